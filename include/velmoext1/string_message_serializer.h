@@ -1,0 +1,47 @@
+/// @file
+#pragma once
+
+#include <velmoext1/export.h>
+#include <velmoext1/message.h>
+
+#include <boost/shared_ptr.hpp>
+
+#include <string>
+
+namespace velmoext_1_4_8
+{
+
+/// Turns a message into a text that fits a narrow channel, and back.
+///
+/// The text is a whole XML document with one "msg" element. It carries type, severity, arguments,
+/// attributes and elements; the flags stay behind. Any thread may call at any time; two threads
+/// need two messages only where one of them writes.
+class VELMOEXT1_API string_message_serializer_t
+{
+public:
+    /// The message as an XML document. Empty where libxml2 has no memory for it. The message must
+    /// not be null.
+    ///
+    /// What a reader would refuse costs only itself:
+    /// - a character that XML 1.0 cannot carry becomes U+FFFD;
+    /// - an attribute or element is left out whose key is no XML name, is longer than 50,000 bytes,
+    ///   or brings all keys together over 3,500,000 bytes;
+    /// - an attribute is left out that brings the start tag over 9,990,000 bytes, an argument whose
+    ///   name is longer than that.
+    ///
+    /// An empty key ends attributes, arguments and elements at its place; type and severity follow.
+    static std::wstring message_to_xml_string(boost::shared_ptr<message_t> message);
+
+    /// The message that the document holds: its first top-level "msg" element. Null where there is
+    /// none, where the text is no XML, or where its entities grow beyond all measure. Opens no
+    /// file, whatever the text asks for.
+    ///
+    /// Reads everything that message_to_xml_string() writes, but for an argument, element or type
+    /// of more than 10,000,000 bytes: a document with one gives null.
+    static boost::shared_ptr<message_t> xml_string_to_message(const std::wstring& text);
+
+private:
+    string_message_serializer_t();
+};
+
+} // namespace velmoext_1_4_8

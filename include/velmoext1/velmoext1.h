@@ -1,0 +1,11 @@
+/// @file
+/// All public headers.
+#pragma once
+
+#include <velmoext1/base_handler.h>
+#include <velmoext1/message.h>
+#include <velmoext1/progress_message.h>
+#include <velmoext1/string_message_serializer.h>
+#include <velmoext1/velmo_adapter.h>
+#include <velmoext1/velmo_ex.h>
+#include <velmoext1/version.h>

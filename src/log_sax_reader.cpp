@@ -1,0 +1,167 @@
+#include "log_sax_reader.h"
+
+#include "message_access.h"
+#include "message_format.h"
+#include "severity_text.h"
+
+#include <rova/strings.h>
+
+#include <boost/make_shared.hpp>
+
+#include <libxml/parser.h>
+
+#include <cstring>
+#include <utility>
+
+namespace velmoext_1_4_8
+{
+namespace
+{
+
+using ROVA_2_18::strings::utf8_to_utf16;
+
+std::map<std::wstring, std::wstring> read_attributes(const xmlChar** attributes)
+{
+    std::map<std::wstring, std::wstring> read;
+    for (const xmlChar** at = attributes; at && at[0]; at += 2)
+        read.emplace(utf8_to_utf16(from_xml(at[0])), at[1] ? utf8_to_utf16(from_xml(at[1])) : L"");
+    return read;
+}
+
+// A piece of text counts up to the next tag, however much of it libxml2 reported. The tag is looked
+// for in the bytes: decoding all that follows, for each piece, would take the square of a log.
+std::string up_to_next_tag(const char* text)
+{
+    return std::string(text, std::strcspn(text, "<"));
+}
+
+} // namespace
+
+void log_sax_reader::set_callback(const message_callback_t& callback)
+{
+    message_callback = callback;
+}
+
+int log_sax_reader::parse(const std::string& text)
+{
+    xmlSAXHandler table = {};
+    table.startDocument = on_document;
+    table.endDocument = on_document;
+    table.startElement = on_start_element;
+    table.endElement = on_end_element;
+    table.characters = on_characters;
+    // Marked as a table of the first SAX, whose element callbacks these are: with the mark of the
+    // second one, some releases of libxml2 call none of them.
+    table.initialized = 1;
+    const int answer =
+        xmlSAXUserParseMemory(&table, this, text.data(), static_cast<int>(text.size()));
+    if (m_failure)
+        std::rethrow_exception(std::exchange(m_failure, nullptr));
+    return answer;
+}
+
+void log_sax_reader::on_document(void* /*reader*/) {}
+
+void log_sax_reader::on_start_element(void* reader, const xmlChar* name, const xmlChar** attributes)
+{
+    auto& self = *static_cast<log_sax_reader*>(reader);
+    self.guard([&] { self.start_element(from_xml(name), attributes); });
+}
+
+void log_sax_reader::on_end_element(void* reader, const xmlChar* name)
+{
+    auto& self = *static_cast<log_sax_reader*>(reader);
+    self.guard([&] { self.end_element(from_xml(name)); });
+}
+
+void log_sax_reader::on_characters(void* reader, const xmlChar* text, int /*length*/)
+{
+    auto& self = *static_cast<log_sax_reader*>(reader);
+    self.guard([&] { self.characters(from_xml(text)); });
+}
+
+// libxml2's frames know nothing of exceptions: none may fly through them.
+template <typename Step>
+void log_sax_reader::guard(const Step& step) noexcept
+{
+    if (m_failure)
+        return;
+    try {
+        step();
+    } catch (...) {
+        m_failure = std::current_exception();
+    }
+}
+
+void log_sax_reader::start_element(const char* name, const xmlChar** attributes)
+{
+    current_element = name;
+    if (current_element == message_format::log) {
+        parse_state = in_log;
+    } else if (current_element == message_format::msg) {
+        start_message(read_attributes(attributes));
+    } else {
+        parse_state = in_child;
+        if (current_element == message_format::arg)
+            start_arg(read_attributes(attributes));
+    }
+}
+
+void log_sax_reader::start_message(texts_t attributes)
+{
+    current_message = boost::make_shared<message_t>();
+    parse_state = in_message;
+    const auto source = attributes.find(L"source");
+    const bool has_source = source != attributes.end();
+    const std::wstring origin = has_source ? source->second : std::wstring();
+    message_access::content(*current_message).attributes = std::move(attributes);
+    if (has_source)
+        current_message->set_source(origin);
+}
+
+void log_sax_reader::start_arg(texts_t attributes)
+{
+    pending_arg_name = attributes[L"name"];
+    if (pending_arg_name.empty() && current_message)
+        pending_arg_name =
+            generate_arg_name(message_access::content(*current_message).next_arg_number);
+}
+
+void log_sax_reader::end_element(const char* name)
+{
+    if (parse_state == in_child)
+        current_element = message_format::msg;
+    if (std::strcmp(name, message_format::msg) != 0)
+        return;
+    parse_state = outside;
+    current_element = message_format::log;
+    if (current_message && !current_message->empty())
+        message_callback(current_message);
+}
+
+void log_sax_reader::characters(const char* text)
+{
+    // A log may hold such elements before any message.
+    if (parse_state != in_child || !current_message)
+        return;
+    message_t::message_content_t& content = message_access::content(*current_message);
+    if (current_element == message_format::msg || current_element == message_format::log)
+        return;
+    if (current_element == message_format::type)
+        current_message->set_type(utf8_to_utf16(up_to_next_tag(text)));
+    else if (current_element == message_format::severity)
+        current_message->set_severity(parse_severity(utf8_to_utf16(up_to_next_tag(text))));
+    else if (current_element == message_format::arg)
+        add_text(content.args, std::exchange(pending_arg_name, std::wstring()), text);
+    else
+        add_text(content.elements, utf8_to_utf16(current_element), text);
+}
+
+// The first text of a key stays, so that of a known key need not even be looked at.
+void log_sax_reader::add_text(texts_t& texts, const std::wstring& key, const char* text)
+{
+    if (texts.find(key) == texts.end())
+        texts.emplace(key, utf8_to_utf16(up_to_next_tag(text)));
+}
+
+} // namespace velmoext_1_4_8

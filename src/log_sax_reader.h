@@ -1,0 +1,71 @@
+#pragma once
+
+#include <velmoext1/message.h>
+
+#include <boost/function.hpp>
+#include <boost/shared_ptr.hpp>
+
+#include <libxml/xmlstring.h>
+
+#include <exception>
+#include <map>
+#include <string>
+
+namespace velmoext_1_4_8
+{
+
+/// Builds messages from the events of a log's parse, and hands each over as soon as its element has
+/// ended. Works on the events as libxml2 gives them: text that arrives in several pieces is not put
+/// together again, and nothing is decoded twice.
+///
+/// What was read last stays from one parse to the next. One thread at a time may use it.
+class log_sax_reader
+{
+public:
+    typedef boost::function<void(boost::shared_ptr<message_t>)> message_callback_t;
+
+    /// Who gets the messages from now on. A message that finds an empty callback ends the parse
+    /// with boost::bad_function_call.
+    void set_callback(const message_callback_t& callback);
+
+    /// Reads the document up to its first fault. The answer is libxml2's: 0 for a well-formed
+    /// document, a positive number for one that is not, a negative one where no parse could begin,
+    /// as for an empty text. What the callback throws passes out, after which nothing more of the
+    /// document has been looked at. The text must not be longer than an int can tell.
+    int parse(const std::string& text);
+
+private:
+    typedef std::map<std::wstring, std::wstring> texts_t;
+
+    enum parse_state_t
+    {
+        outside = 0,
+        in_log = 1,
+        in_message = 2,
+        in_child = 3 ///< also between the children, from the first one on
+    };
+
+    static void on_document(void* reader);
+    static void on_start_element(void* reader, const xmlChar* name, const xmlChar** attributes);
+    static void on_end_element(void* reader, const xmlChar* name);
+    static void on_characters(void* reader, const xmlChar* text, int length);
+
+    template <typename Step>
+    void guard(const Step& step) noexcept;
+
+    void start_element(const char* name, const xmlChar** attributes);
+    void start_message(texts_t attributes);
+    void start_arg(texts_t attributes);
+    void end_element(const char* name);
+    void characters(const char* text);
+    static void add_text(texts_t& texts, const std::wstring& key, const char* text);
+
+    boost::shared_ptr<message_t> current_message;
+    int parse_state = outside;
+    std::string current_element;
+    std::wstring pending_arg_name;
+    message_callback_t message_callback;
+    std::exception_ptr m_failure; ///< what was thrown first; all further events are ignored
+};
+
+} // namespace velmoext_1_4_8

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <libxml/tree.h>
+#include <libxml/xmlreader.h>
+#include <libxml/xmlwriter.h>
+
+#include <memory>
+
+namespace velmoext_1_4_8
+{
+
+/// Frees what libxml2 made, each type with its own function.
+struct xml_deleter_t
+{
+    void operator()(xmlBuffer* buffer) const { xmlBufferFree(buffer); }
+    void operator()(xmlTextWriter* writer) const { xmlFreeTextWriter(writer); }
+    void operator()(xmlTextReader* reader) const { xmlFreeTextReader(reader); }
+};
+
+typedef std::unique_ptr<xmlBuffer, xml_deleter_t> xml_buffer_t;
+typedef std::unique_ptr<xmlTextWriter, xml_deleter_t> xml_writer_t;
+typedef std::unique_ptr<xmlTextReader, xml_deleter_t> xml_reader_t;
+
+} // namespace velmoext_1_4_8
