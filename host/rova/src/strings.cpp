@@ -1,0 +1,109 @@
+#include <rova/strings.h>
+
+#include <unicode/locid.h>
+#include <unicode/uchar.h>
+#include <unicode/unistr.h>
+#include <unicode/utf16.h>
+#include <unicode/utf8.h>
+
+#include <cstddef>
+#include <cstdint>
+
+namespace ROVA_2_18
+{
+namespace strings
+{
+
+namespace
+{
+
+constexpr UChar32 replacement = 0xFFFD;
+
+bool is_ascii(UChar32 element)
+{
+    return static_cast<std::uint32_t>(element) <= 0x7F;
+}
+
+bool is_character(UChar32 element)
+{
+    return static_cast<std::uint32_t>(element) <= UCHAR_MAX_VALUE && !U_IS_SURROGATE(element);
+}
+
+/// Reads one character, or the one element that is none, and steps past it. Not U16_NEXT: that
+/// takes only the low 16 bits of what follows a lead surrogate, and so would pair it with 0x1DC00.
+UChar32 next_element(const std::wstring& text, std::size_t& position)
+{
+    const UChar32 element = text[position++];
+    if (U_IS_LEAD(element) && position != text.size() && U_IS_TRAIL(text[position])) {
+        return U16_GET_SUPPLEMENTARY(element, text[position++]);
+    }
+    return element;
+}
+
+/// ICU is asked for one character at a time, so that no text is too long for its 32-bit lengths.
+/// The answer is the same: upper case in the root locale depends on no neighbour.
+void append_upper(std::wstring& result, UChar32 character)
+{
+    if (is_ascii(character)) {
+        result.push_back(static_cast<wchar_t>(u_toupper(character)));
+        return;
+    }
+    const auto upper = icu::UnicodeString(character).toUpper(icu::Locale::getRoot());
+    for (std::int32_t i = 0; i != upper.length(); ++i) {
+        result.push_back(upper[i]);
+    }
+}
+
+} // namespace
+
+std::string utf16_to_utf8(const std::wstring& text)
+{
+    std::string result(text.size(), '\0');
+    std::size_t read = 0;
+    for (; read != text.size() && is_ascii(text[read]); ++read) {
+        result[read] = static_cast<char>(text[read]);
+    }
+    // A text that is all ASCII is done, at its exact length; any other gets room for the worst
+    // case.
+    std::size_t written = read;
+    result.resize(written + (text.size() - read) * U8_MAX_LENGTH);
+    while (read != text.size()) {
+        const UChar32 element = next_element(text, read);
+        U8_APPEND_UNSAFE(result, written, is_character(element) ? element : replacement);
+    }
+    result.resize(written);
+    return result;
+}
+
+std::wstring utf8_to_utf16(const std::string& text)
+{
+    const auto* const bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+    // No character has fewer bytes than elements, so the text's length is room enough.
+    std::wstring result(text.size(), L'\0');
+    std::size_t written = 0;
+    for (std::size_t read = 0; read != text.size();) {
+        UChar32 character = 0;
+        U8_NEXT_OR_FFFD(bytes, read, text.size(), character);
+        U16_APPEND_UNSAFE(result, written, character);
+    }
+    result.resize(written);
+    return result;
+}
+
+std::wstring to_upper(const std::wstring& text)
+{
+    std::wstring result;
+    result.reserve(text.size());
+    for (std::size_t position = 0; position != text.size();) {
+        const UChar32 element = next_element(text, position);
+        if (is_character(element)) {
+            append_upper(result, element);
+        } else {
+            result.push_back(static_cast<wchar_t>(element));
+        }
+    }
+    return result;
+}
+
+} // namespace strings
+} // namespace ROVA_2_18
