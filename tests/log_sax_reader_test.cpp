@@ -1,0 +1,396 @@
+#include "log_sax_reader.h"
+
+#include "support.h"
+
+#include <gtest/gtest.h>
+
+#include <libxml/parser.h>
+
+#include <stdexcept>
+
+using namespace velmoext_1_4_8;
+
+namespace
+{
+
+class log_sax_reader_test : public testing::Test
+{
+protected:
+    log_sax_reader_test()
+    {
+        m_reader.set_callback([this](message_ptr message) {
+            m_messages.push_back(message);
+            m_types += message->get_type() + L";";
+        });
+    }
+
+    // The message that the elements, inside a "msg" of a "log", give.
+    message_t::message_content_t read(const std::string& elements)
+    {
+        const std::size_t before = m_messages.size();
+        m_reader.parse("<log><msg>" + elements + "<type>t</type></msg></log>");
+        if (m_messages.size() == before + 1)
+            return m_messages.back()->get_content();
+        ADD_FAILURE() << "not one message, but " << m_messages.size() - before;
+        return message_t::message_content_t();
+    }
+
+    std::wstring read_type(const std::string& text)
+    {
+        m_reader.parse("<log><msg><severity>INFO</severity><type>" + text + "</type></msg></log>");
+        if (!m_messages.empty())
+            return m_messages.back()->get_type();
+        ADD_FAILURE() << "no message";
+        return std::wstring();
+    }
+
+    log_sax_reader m_reader;
+    std::vector<message_ptr> m_messages;
+    std::wstring m_types; ///< of the messages as they were delivered, each with a semicolon
+};
+
+} // namespace
+
+TEST_F(log_sax_reader_test, delivers_every_message_of_a_log_in_its_order)
+{
+    EXPECT_EQ(m_reader.parse("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<log>\n"
+                             " <msg tool=\"x\">\n  <arg name=\"a\">1</arg>\n  <type>one</type>\n"
+                             "  <severity>ERROR</severity>\n </msg>\n"
+                             " <msg>\n  <type>two</type>\n </msg>\n</log>\n"),
+              0);
+    EXPECT_EQ(m_types, L"one;two;");
+    const message_ptr one = m_messages.at(0);
+    EXPECT_EQ(one->get_severity(), message_t::error);
+    EXPECT_EQ(one->get_content().args, (texts_t{{L"a", L"1"}}));
+    EXPECT_EQ(one->get_content().attributes, (texts_t{{L"tool", L"x"}}));
+    EXPECT_EQ(m_messages.at(1)->get_severity(), message_t::none);
+}
+
+TEST_F(log_sax_reader_test, a_message_alone_is_delivered_too)
+{
+    EXPECT_EQ(m_reader.parse("<msg><type>t</type></msg>"), 0);
+    EXPECT_EQ(m_types, L"t;");
+}
+
+TEST_F(log_sax_reader_test, a_message_without_type_and_severity_is_dropped)
+{
+    m_reader.parse("<log><msg tool='x'><arg name='a'>1</arg></msg><msg/></log>");
+    EXPECT_EQ(m_messages.size(), 0U);
+}
+
+TEST_F(log_sax_reader_test, a_message_with_a_severity_alone_is_delivered)
+{
+    m_reader.parse("<log><msg><severity>warning</severity></msg></log>");
+    ASSERT_EQ(m_messages.size(), 1U);
+    EXPECT_EQ(m_messages.front()->get_severity(), message_t::warning);
+}
+
+TEST_F(log_sax_reader_test, a_source_attribute_is_kept_as_tool_too)
+{
+    m_reader.parse("<log><msg source='s'><type>t</type></msg></log>");
+    EXPECT_EQ(m_messages.at(0)->get_content().attributes,
+              (texts_t{{L"source", L"s"}, {L"tool", L"s"}}));
+    EXPECT_NE(string_message_serializer_t::message_to_xml_string(m_messages.at(0))
+                  .find(L"<msg source=\"s\" tool=\"s\">"),
+              std::wstring::npos);
+}
+
+TEST_F(log_sax_reader_test, a_source_attribute_does_not_replace_a_tool)
+{
+    m_reader.parse("<log><msg source='s' tool='t'><type>t</type></msg></log>");
+    EXPECT_EQ(m_messages.at(0)->get_content().attributes,
+              (texts_t{{L"source", L"s"}, {L"tool", L"t"}}));
+}
+
+TEST_F(log_sax_reader_test, unnamed_arguments_are_counted_and_named_ones_take_no_number)
+{
+    const auto content = read("<arg>1</arg><arg name='n'>2</arg><arg name=''>3</arg>");
+    EXPECT_EQ(content.args, (texts_t{{L"arg1", L"1"}, {L"arg2", L"3"}, {L"n", L"2"}}));
+    EXPECT_EQ(content.next_arg_number, 3);
+}
+
+TEST_F(log_sax_reader_test, an_unnamed_argument_without_text_takes_a_number)
+{
+    EXPECT_EQ(read("<arg/><arg>2</arg>").args, (texts_t{{L"arg2", L"2"}}));
+}
+
+TEST_F(log_sax_reader_test, an_argument_without_text_is_none)
+{
+    EXPECT_TRUE(read("<arg name='a'></arg><arg name='b'/>").args.empty());
+    EXPECT_EQ(string_message_serializer_t::xml_string_to_message(
+                  L"<msg><arg name='a'></arg><arg name='b'/></msg>")
+                  ->get_content()
+                  .args,
+              (texts_t{{L"a", L""}, {L"b", L""}}));
+}
+
+TEST_F(log_sax_reader_test, the_first_of_several_arguments_or_elements_of_a_name_stays)
+{
+    const auto content = read("<arg name='a'>1</arg><arg name='a'>2</arg><e>3</e><e>4</e>");
+    EXPECT_EQ(content.args, (texts_t{{L"a", L"1"}}));
+    EXPECT_EQ(content.elements, (texts_t{{L"e", L"3"}}));
+}
+
+TEST_F(log_sax_reader_test, a_timestamp_is_an_element_like_any_other)
+{
+    EXPECT_EQ(read("<timestamp>now</timestamp>").elements, (texts_t{{L"timestamp", L"now"}}));
+}
+
+TEST_F(log_sax_reader_test, text_between_the_children_is_ignored)
+{
+    const auto content = read("x<arg name='a'>1</arg>y<e>2</e>z");
+    EXPECT_EQ(content.args, (texts_t{{L"a", L"1"}}));
+    EXPECT_EQ(content.elements, (texts_t{{L"e", L"2"}}));
+}
+
+TEST_F(log_sax_reader_test, text_outside_of_any_message_is_ignored)
+{
+    m_reader.parse("<log>a<msg>b<type>t</type>c</msg>d</log>");
+    EXPECT_EQ(m_types, L"t;");
+    EXPECT_TRUE(m_messages.at(0)->get_content().elements.empty());
+}
+
+TEST_F(log_sax_reader_test, white_space_alone_is_a_text)
+{
+    EXPECT_EQ(read("<arg name='a'>  \n</arg>").args, (texts_t{{L"a", L"  \n"}}));
+}
+
+// ---- text that arrives in pieces
+
+TEST_F(log_sax_reader_test, an_entity_in_an_argument_stays_as_it_is_written)
+{
+    EXPECT_EQ(read("<arg name='n'>a &amp; b</arg>").args,
+              (texts_t{{L"", L"&"}, {L"n", L"a &amp; b"}}));
+}
+
+TEST_F(log_sax_reader_test, a_character_reference_in_an_argument_stays_as_it_is_written)
+{
+    EXPECT_EQ(read("<arg name='n'>a&#10;b</arg>").args,
+              (texts_t{{L"", L"\n"}, {L"n", L"a&#10;b"}}));
+}
+
+TEST_F(log_sax_reader_test, an_entity_in_an_element_stays_as_it_is_written)
+{
+    EXPECT_EQ(read("<e>a &lt; b</e>").elements, (texts_t{{L"e", L"a &lt; b"}}));
+}
+
+TEST_F(log_sax_reader_test, of_the_pieces_of_a_type_the_last_counts)
+{
+    EXPECT_EQ(read_type("a &amp; b"), L" b");
+    EXPECT_EQ(read_type("a &amp;"), L"&");
+    EXPECT_EQ(read_type("&lt;a"), L"a");
+}
+
+TEST_F(log_sax_reader_test, non_ascii_text_is_kept_up_to_where_libxml2_breaks_it)
+{
+    const auto content = read("<arg name='n'>\xC3\xA4 plain</arg><e>plain</e>");
+    EXPECT_EQ(content.args, (texts_t{{L"n", L"\xE4 plain"}}));
+    const auto broken = read("<arg name='n'>plain \xC3\xA4</arg>");
+    EXPECT_EQ(broken.args, (texts_t{{L"", L"\xE4"}, {L"n", L"plain \xE4"}}));
+}
+
+TEST_F(log_sax_reader_test, a_section_of_character_data_is_a_piece)
+{
+    EXPECT_EQ(read("<arg name='n'><![CDATA[a <b]]></arg>").args, (texts_t{{L"n", L"a "}}));
+    EXPECT_EQ(read("<arg name='n'>x<![CDATA[y]]></arg>").args,
+              (texts_t{{L"", L"y"}, {L"n", L"x"}}));
+}
+
+TEST_F(log_sax_reader_test, a_comment_ends_a_piece)
+{
+    EXPECT_EQ(read("<arg name='n'>a<!-- c -->b</arg>").args, (texts_t{{L"", L"b"}, {L"n", L"a"}}));
+}
+
+TEST_F(log_sax_reader_test, an_ampersand_in_an_attribute_stays_a_reference)
+{
+    EXPECT_EQ(read("<arg name='a&amp;b'>1</arg>").args, (texts_t{{L"a&#38;b", L"1"}}));
+}
+
+TEST_F(log_sax_reader_test, an_element_within_a_child_is_a_child_too)
+{
+    const auto content = read("<arg name='n'>a<b>c</b>d</arg>");
+    EXPECT_EQ(content.args, (texts_t{{L"n", L"a"}}));
+    EXPECT_EQ(content.elements, (texts_t{{L"b", L"c"}}));
+}
+
+TEST_F(log_sax_reader_test, namespaces_mean_nothing_here)
+{
+    const auto content = read("<p:e xmlns:p='u'>1</p:e>");
+    EXPECT_EQ(content.elements, (texts_t{{L"p:e", L"1"}}));
+}
+
+// ---- logs that are odd or broken
+
+TEST_F(log_sax_reader_test, elements_before_any_message_do_nothing)
+{
+    m_reader.parse("<log><arg name='a'>1</arg><arg>2</arg><type>x</type><severity>INFO</severity>"
+                   "<e>3</e><msg><type>t</type></msg></log>");
+    EXPECT_EQ(m_types, L"t;");
+    EXPECT_TRUE(m_messages.at(0)->get_content().args.empty());
+    EXPECT_TRUE(m_messages.at(0)->get_content().elements.empty());
+}
+
+TEST_F(log_sax_reader_test, a_foreign_root_delivers_nothing)
+{
+    EXPECT_EQ(m_reader.parse("<type>x</type>"), 0);
+    EXPECT_EQ(m_messages.size(), 0U);
+}
+
+TEST_F(log_sax_reader_test, what_follows_a_message_still_fills_it)
+{
+    m_reader.parse("<log><msg><type>t</type></msg><arg name='a'>1</arg><type>late</type></log>");
+    EXPECT_EQ(m_types, L"t;");
+    EXPECT_EQ(m_messages.at(0)->get_type(), L"late");
+    EXPECT_EQ(m_messages.at(0)->get_content().args, (texts_t{{L"a", L"1"}}));
+}
+
+TEST_F(log_sax_reader_test, a_message_within_a_message_replaces_it_and_is_delivered_at_both_ends)
+{
+    m_reader.parse("<log><msg><type>outer</type><msg><type>inner</type></msg></msg></log>");
+    EXPECT_EQ(m_types, L"inner;inner;");
+    EXPECT_EQ(m_messages.at(0), m_messages.at(1));
+}
+
+TEST_F(log_sax_reader_test, a_log_without_its_end_delivers_what_is_complete)
+{
+    EXPECT_GT(m_reader.parse("<log><msg><type>a</type></msg><msg><type>b</type>"), 0);
+    EXPECT_EQ(m_types, L"a;");
+}
+
+TEST_F(log_sax_reader_test, damage_ends_the_delivery)
+{
+    EXPECT_GT(m_reader.parse("<log><msg><type>a</type></msg><msg><type>b</tipe></msg>"
+                             "<msg><type>c</type></msg></log>"),
+              0);
+    EXPECT_EQ(m_types, L"a;");
+}
+
+TEST_F(log_sax_reader_test, a_log_that_is_cut_anywhere_delivers_the_messages_before_the_cut)
+{
+    const std::string one = "<log>\n <msg a='1'>\n  <arg name='x'>\xC3\xA4&amp;</arg>\n"
+                            "  <type>a</type>\n </msg>";
+    const std::string two = one + "\n <msg>\n  <type>b</type>\n </msg>";
+    const std::string whole = two + "\n</log>\n";
+    for (std::size_t size = 0; size <= whole.size(); ++size) {
+        m_types.clear();
+        log_sax_reader reader;
+        reader.set_callback([this](message_ptr message) { m_types += message->get_type(); });
+        reader.parse(whole.substr(0, size));
+        EXPECT_EQ(m_types, size < one.size() ? L"" : size < two.size() ? L"a" : L"ab") << size;
+    }
+}
+
+TEST_F(log_sax_reader_test, an_empty_text_cannot_be_parsed)
+{
+    EXPECT_LT(m_reader.parse(""), 0);
+}
+
+TEST_F(log_sax_reader_test, one_reader_reads_one_text_after_the_other)
+{
+    m_reader.parse("<log><msg><type>a</type></msg>");
+    m_reader.parse("<msg><type>b</type></msg>");
+    m_reader.parse("</log>");
+    EXPECT_EQ(m_types, L"a;b;");
+}
+
+TEST_F(log_sax_reader_test, nothing_is_printed_whatever_is_read)
+{
+    testing::internal::CaptureStderr();
+    testing::internal::CaptureStdout();
+    for (const char* text : {"plain", "<log>", "<log><msg a='1' a='2'>", "<log>&e;</log>",
+                             "<log xml:id='1 2' p:x='1'/>", "<log>\xFF</log>", "<log>\x01</log>",
+                             "<!DOCTYPE log SYSTEM '/nowhere'><log>&e;</log>"})
+        m_reader.parse(text);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST_F(log_sax_reader_test, the_errors_of_the_process_go_where_they_went_before)
+{
+    static int heard = 0;
+    const auto hear = [](void*, xmlErrorPtr) {
+        ++heard;
+    };
+    void* const former_context = xmlStructuredErrorContext;
+    const xmlStructuredErrorFunc former = xmlStructuredError;
+    xmlSetStructuredErrorFunc(nullptr, hear);
+    m_reader.parse("<log>");
+    string_message_serializer_t::xml_string_to_message(L"<log>");
+    EXPECT_EQ(xmlStructuredError, static_cast<xmlStructuredErrorFunc>(hear));
+    xmlSetStructuredErrorFunc(former_context, former);
+}
+
+// ---- callbacks
+
+TEST_F(log_sax_reader_test, a_message_without_a_callback_is_reported)
+{
+    log_sax_reader reader;
+    try {
+        reader.parse("<log><msg><type>t</type></msg></log>");
+        FAIL() << "nothing was thrown";
+    } catch (const boost::bad_function_call& error) {
+        EXPECT_STREQ(error.what(), "call to empty boost::function");
+    }
+}
+
+TEST_F(log_sax_reader_test, without_a_callback_a_log_without_messages_is_read)
+{
+    EXPECT_EQ(log_sax_reader().parse("<log><msg/></log>"), 0);
+}
+
+TEST_F(log_sax_reader_test, what_the_callback_throws_passes_out_and_ends_the_delivery)
+{
+    int calls = 0;
+    m_reader.set_callback([&](message_ptr) {
+        ++calls;
+        throw std::runtime_error("first");
+    });
+    const std::string log = "<log><msg><type>a</type></msg><msg><type>b</type></msg></log>";
+    EXPECT_THROW(m_reader.parse(log), std::runtime_error);
+    EXPECT_EQ(calls, 1);
+}
+
+TEST_F(log_sax_reader_test, a_reader_whose_callback_threw_can_be_used_again)
+{
+    m_reader.set_callback([](message_ptr) { throw 1; });
+    EXPECT_THROW(m_reader.parse("<log><msg><type>a</type></msg></log>"), int);
+    m_reader.set_callback([this](message_ptr message) { m_types += message->get_type(); });
+    EXPECT_EQ(m_reader.parse("<log><msg><type>b</type></msg></log>"), 0);
+    EXPECT_EQ(m_types, L"b");
+}
+
+TEST_F(log_sax_reader_test, a_new_callback_replaces_the_former_and_lets_go_of_it)
+{
+    const auto held = boost::make_shared<int>(0);
+    m_reader.set_callback([held](message_ptr) {});
+    EXPECT_EQ(held.use_count(), 2);
+    m_reader.set_callback([](message_ptr) {});
+    EXPECT_EQ(held.use_count(), 1);
+}
+
+// ---- cost
+
+TEST_F(log_sax_reader_test, a_long_log_takes_no_square_of_time)
+{
+    std::string log = "<log>";
+    for (int i = 0; i < 100000; ++i)
+        log += "<msg><arg name='a'>text</arg><type>t</type></msg>\n";
+    m_reader.parse(log + "</log>");
+    EXPECT_EQ(m_messages.size(), 100000U);
+}
+
+TEST_F(log_sax_reader_test, very_many_arguments_take_no_square_of_time)
+{
+    std::string args;
+    for (int i = 0; i < 100000; ++i)
+        args += "<arg>x</arg>";
+    EXPECT_EQ(read(args).args.size(), 100000U);
+}
+
+TEST_F(log_sax_reader_test, very_many_entities_in_an_argument_take_no_square_of_time)
+{
+    std::string text = "x";
+    for (int i = 0; i < 200000; ++i)
+        text += "&amp;";
+    EXPECT_EQ(read("<arg name='a'>" + text + "</arg>").args.size(), 2U);
+}

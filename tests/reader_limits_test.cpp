@@ -1,0 +1,78 @@
+#include "reader_limits.h"
+
+#include <gtest/gtest.h>
+
+using namespace velmoext_1_4_8;
+
+namespace
+{
+
+bool admit_name(reader_limits_t& limits, const std::string& name)
+{
+    return limits.admit_name(std::wstring(name.begin(), name.end()), name);
+}
+
+} // namespace
+
+TEST(reader_limits_test, a_name_may_have_fifty_thousand_bytes)
+{
+    reader_limits_t limits;
+    EXPECT_TRUE(admit_name(limits, std::string(50000, 'n')));
+    EXPECT_FALSE(admit_name(limits, std::string(50001, 'n')));
+}
+
+TEST(reader_limits_test, what_is_no_name_is_refused)
+{
+    reader_limits_t limits;
+    EXPECT_FALSE(admit_name(limits, "a b"));
+    EXPECT_FALSE(admit_name(limits, ""));
+}
+
+TEST(reader_limits_test, names_use_up_the_room_for_names)
+{
+    reader_limits_t limits;
+    int admitted = 0;
+    while (admitted < 1000 && admit_name(limits, std::string(49999, 'n')))
+        ++admitted;
+    EXPECT_EQ(admitted, 70);
+    EXPECT_FALSE(admit_name(limits, "n"));
+}
+
+TEST(reader_limits_test, a_name_that_is_refused_uses_up_nothing)
+{
+    reader_limits_t limits;
+    for (int i = 0; i < 1000; ++i)
+        admit_name(limits, std::string(50001, 'n'));
+    EXPECT_TRUE(admit_name(limits, "n"));
+}
+
+TEST(reader_limits_test, namespaces_use_up_the_room_for_names)
+{
+    reader_limits_t limits;
+    EXPECT_FALSE(limits.admit_attribute("xmlns:a", std::string(3500001, 'x')));
+    EXPECT_TRUE(limits.admit_attribute("xmlns:a", std::string(3500000, 'x')));
+    EXPECT_FALSE(admit_name(limits, "n"));
+}
+
+TEST(reader_limits_test, attributes_use_up_the_start_tag)
+{
+    reader_limits_t limits;
+    EXPECT_TRUE(limits.admit_attribute("a", std::string(9000000, 'x')));
+    EXPECT_FALSE(limits.admit_attribute("b", std::string(1000000, 'x')));
+    EXPECT_TRUE(limits.admit_attribute("c", "x"));
+}
+
+TEST(reader_limits_test, a_name_beyond_the_bmp_is_admitted_once)
+{
+    reader_limits_t limits;
+    EXPECT_TRUE(limits.admit_attribute("\xF0\x90\x90\x80", ""));
+    EXPECT_FALSE(limits.admit_attribute("\xF0\x90\x90\x80", ""));
+    EXPECT_TRUE(limits.admit_attribute("\xF0\x90\x90\x81", ""));
+}
+
+TEST(reader_limits_test, each_argument_has_a_start_tag_of_its_own)
+{
+    EXPECT_TRUE(reader_limits_t::admits_arg(std::string(9990000, 'x')));
+    EXPECT_FALSE(reader_limits_t::admits_arg(std::string(9990001, 'x')));
+    EXPECT_FALSE(reader_limits_t::admits_arg(std::string(2000000, '&')));
+}

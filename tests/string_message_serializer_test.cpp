@@ -1,0 +1,441 @@
+#include <velmoext1/string_message_serializer.h>
+
+#include "support.h"
+
+#include <gtest/gtest.h>
+
+#include <sys/resource.h>
+
+#include <type_traits>
+
+using namespace velmoext_1_4_8;
+
+namespace
+{
+
+const wchar_t* const declaration = L"<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
+
+std::wstring encode(const message_ptr& message)
+{
+    return string_message_serializer_t::message_to_xml_string(message);
+}
+
+message_ptr decode(const std::wstring& text)
+{
+    return string_message_serializer_t::xml_string_to_message(text);
+}
+
+message_t::message_content_t encode_and_decode(const message_t::message_content_t& content)
+{
+    const message_ptr message = decode(encode(make_message(content)));
+    if (message)
+        return message->get_content();
+    ADD_FAILURE() << "the document cannot be read";
+    return message_t::message_content_t();
+}
+
+std::wstring repeat(const std::wstring& text, int times)
+{
+    std::wstring repeated;
+    for (int i = 0; i < times; ++i)
+        repeated += text;
+    return repeated;
+}
+
+std::wstring in_type(const std::wstring& declarations, const std::wstring& text)
+{
+    return L"<!DOCTYPE msg [" + declarations + L"]><msg><type>" + text + L"</type></msg>";
+}
+
+} // namespace
+
+TEST(string_message_serializer_test, is_never_made)
+{
+    EXPECT_FALSE(std::is_default_constructible<string_message_serializer_t>::value);
+}
+
+TEST(string_message_serializer_test, a_default_message_is_a_declaration_and_an_empty_type)
+{
+    EXPECT_EQ(encode(boost::make_shared<message_t>()),
+              std::wstring(declaration) + L"<msg>\n <type></type>\n</msg>\n");
+}
+
+TEST(string_message_serializer_test, the_document_is_indented_and_ordered)
+{
+    const auto message = make_message(make_content({{L"tool", L"s"}, {L"b", L"1"}},
+                                                   {{L"b", L"2"}, {L"a", L"3"}}, {{L"e", L"4"}}));
+    message->set_type(L"t");
+    message->set_severity(message_t::error);
+    EXPECT_EQ(encode(message), std::wstring(declaration) + L"<msg b=\"1\" tool=\"s\">\n"
+                                                           L" <arg name=\"a\">3</arg>\n"
+                                                           L" <arg name=\"b\">2</arg>\n"
+                                                           L" <e>4</e>\n"
+                                                           L" <type>t</type>\n"
+                                                           L" <severity>ERROR</severity>\n"
+                                                           L"</msg>\n");
+}
+
+TEST(string_message_serializer_test, a_message_comes_back_with_all_but_its_flags)
+{
+    const auto sent = make_message(make_content(
+        {{L"tool", L"a<b"}}, {{L"n\xE4me", L"1 & 2\n\t\r"}, {L"x", L""}}, {{L"note", L"\"'"}}));
+    sent->set_type(L"]]>");
+    sent->set_severity(message_t::critical);
+    sent->set_flags(3);
+    const message_ptr read = decode(encode(sent));
+    ASSERT_TRUE(read);
+    EXPECT_TRUE(read->equal_to(sent));
+    EXPECT_EQ(read->get_content().args, sent->get_content().args);
+    EXPECT_EQ(read->get_content().attributes, sent->get_content().attributes);
+    EXPECT_EQ(read->get_content().elements, sent->get_content().elements);
+    EXPECT_EQ(read->get_flags(), 0);
+    EXPECT_EQ(read->get_content().next_arg_number, 1);
+}
+
+TEST(string_message_serializer_test, an_argument_with_an_empty_name_comes_back_with_a_number)
+{
+    EXPECT_EQ(encode_and_decode(make_content({}, {{L"", L"x"}})).args, (texts_t{{L"arg1", L"x"}}));
+}
+
+TEST(string_message_serializer_test, a_timestamp_element_survives_both_ways)
+{
+    const message_ptr message = decode(L"<msg><timestamp>2026</timestamp><type>t</type></msg>");
+    ASSERT_TRUE(message);
+    EXPECT_EQ(encode_and_decode(message->get_content()).elements,
+              (texts_t{{L"timestamp", L"2026"}}));
+}
+
+TEST(string_message_serializer_test, severities_are_read_by_the_table)
+{
+    const struct
+    {
+        const wchar_t* text;
+        message_t::severity_t severity;
+    } cases[] = {{L"warning", message_t::warning},
+                 {L"0", message_t::critical},
+                 {L" ERROR", message_t::none},
+                 {L"", message_t::none}};
+    for (const auto& c : cases) {
+        const message_ptr message =
+            decode(std::wstring(L"<msg><severity>") + c.text + L"</severity></msg>");
+        ASSERT_TRUE(message) << testing::PrintToString(std::wstring(c.text));
+        EXPECT_EQ(message->get_severity(), c.severity);
+    }
+}
+
+TEST(string_message_serializer_test, texts_without_a_message_give_null)
+{
+    for (const std::wstring text : {L"",
+                                    L" ",
+                                    L"plain text",
+                                    L"<",
+                                    L"<msg",
+                                    L"<msg>",
+                                    L"<msg><type>t</type>",
+                                    L"<msg><type>t</type></ms",
+                                    L"<log><msg><type>t</type></msg></log>",
+                                    L"<other/>",
+                                    L"<Msg><type>t</type></Msg>",
+                                    L"<!-- <msg/> -->",
+                                    L"<?msg?>",
+                                    L"<a/><msg/>",
+                                    L"<msg a='1' a='2'/>",
+                                    L"<msg>&unknown;</msg>",
+                                    L"x<msg/>",
+                                    L"\x1<msg/>",
+                                    L"<msg><type>\x1</type></msg>",
+                                    L"<msg><type>\xFFFF</type></msg>"})
+        EXPECT_FALSE(decode(text)) << testing::PrintToString(text);
+}
+
+TEST(string_message_serializer_test, what_stands_before_and_after_the_message_does_not_matter)
+{
+    for (const std::wstring text :
+         {L"<msg><type>t</type></msg>", L"<!-- c --><?pi x?>\n<msg><type>t</type></msg>",
+          L"<?xml version='1.0'?><!DOCTYPE msg><msg><type>t</type></msg><!-- c -->\n",
+          L"<?xml version='1.0' encoding='UTF-8' standalone='yes'?><msg><type>t</type></msg>"}) {
+        const message_ptr message = decode(text);
+        ASSERT_TRUE(message) << testing::PrintToString(text);
+        EXPECT_EQ(message->get_type(), L"t");
+    }
+}
+
+TEST(string_message_serializer_test, a_document_that_is_cut_anywhere_gives_null)
+{
+    const auto whole = make_message(make_content({{L"a", L"1"}}, {{L"b", L"\xE9&"}}));
+    const std::wstring text = encode(whole);
+    for (std::size_t size = 0; size + 1 < text.size(); ++size)
+        EXPECT_FALSE(decode(text.substr(0, size))) << size;
+    EXPECT_TRUE(decode(text.substr(0, text.size() - 1))) << "only the last line break is missing";
+}
+
+TEST(string_message_serializer_test, a_text_with_a_zero_inside_gives_null)
+{
+    EXPECT_FALSE(decode(L"<msg>" + units({0}) + L"</msg>"));
+}
+
+TEST(string_message_serializer_test, nothing_is_printed_whatever_is_read)
+{
+    testing::internal::CaptureStderr();
+    testing::internal::CaptureStdout();
+    for (const std::wstring text :
+         {L"plain", L"<msg", L"<msg xml:id='1 2'/>", L"<msg xml:space='x' xmlns:a=''/>",
+          L"<a:msg b:c='1'/>", L"<msg>&e;</msg>", L"<!DOCTYPE msg SYSTEM '/nowhere'><msg/>",
+          L"<?xml version='1.0' encoding='nonsense'?><msg/>"})
+        decode(text);
+    decode(L"<msg><type>" + std::wstring(10000001, L'x') + L"</type></msg>");
+    encode(make_message(make_content({{L"\x1", L"\xFFFE"}, {L"a b", L""}}, {{L"", L"\x1"}})));
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST(string_message_serializer_test, namespaces_are_taken_as_libxml2_gives_them)
+{
+    const message_ptr message =
+        decode(L"<p:msg xmlns:p='u' p:a='1' q:b='2' xml:id='i'><p:type>t</p:type></p:msg>");
+    ASSERT_TRUE(message);
+    EXPECT_EQ(message->get_type(), L"t");
+    EXPECT_EQ(message->get_content().attributes,
+              (texts_t{{L"a", L"1"}, {L"id", L"i"}, {L"q:b", L"2"}}));
+}
+
+// ---- what XML cannot carry
+
+TEST(string_message_serializer_test, an_unwritable_character_is_replaced_wherever_it_stands)
+{
+    for (const unsigned c : {0x0U, 0x1U, 0x1FU, 0xD800U, 0xDFFFU, 0xFFFEU, 0xFFFFU, 0x110000U}) {
+        const std::wstring bad = units({'a', c, 'b'});
+        const std::wstring good = L"a\xFFFD"
+                                  L"b";
+        const auto message = make_message(make_content({{L"k", bad}}, {{bad, bad}}, {{L"e", bad}}));
+        message->set_type(bad);
+        const message_ptr read = decode(encode(message));
+        ASSERT_TRUE(read) << c;
+        EXPECT_EQ(read->get_type(), good) << c;
+        EXPECT_EQ(read->get_content().attributes, (texts_t{{L"k", good}})) << c;
+        EXPECT_EQ(read->get_content().args, (texts_t{{good, good}})) << c;
+        EXPECT_EQ(read->get_content().elements, (texts_t{{L"e", good}})) << c;
+    }
+}
+
+TEST(string_message_serializer_test, a_key_that_is_no_name_is_left_out_and_all_else_written)
+{
+    for (const std::wstring& key :
+         {std::wstring(L"a b"), std::wstring(L"1"), std::wstring(L"-"), std::wstring(L"a<"),
+          std::wstring(L"a>"), std::wstring(L"a\""), std::wstring(L"a="), std::wstring(L"\x1"),
+          std::wstring(L" "), std::wstring(L"a\n"), std::wstring(L"\xD7"), units({'a', 0xD800}),
+          units({'a', 0}), units({0xFFFE}), std::wstring(50001, L'n'),
+          L"n" + std::wstring(25000, L'\xE9')}) {
+        const auto content =
+            make_content({{key, L"1"}, {L"k", L"2"}}, {{key, L"3"}}, {{key, L"4"}, {L"z", L"5"}});
+        const auto read = encode_and_decode(content);
+        EXPECT_EQ(read.attributes, (texts_t{{L"k", L"2"}})) << testing::PrintToString(key);
+        EXPECT_EQ(read.elements, (texts_t{{L"z", L"5"}})) << testing::PrintToString(key);
+        EXPECT_EQ(read.args.size(), 1U) << testing::PrintToString(key);
+    }
+}
+
+TEST(string_message_serializer_test, the_longest_name_is_written_and_read)
+{
+    for (const std::wstring& key :
+         {std::wstring(50000, L'n'), L"ab" + std::wstring(16666, L'\x4E00')}) {
+        const auto content = make_content({{key, L"1"}}, {}, {{key, L"2"}});
+        const auto read = encode_and_decode(content);
+        EXPECT_EQ(read.attributes, content.attributes);
+        EXPECT_EQ(read.elements, content.elements);
+    }
+}
+
+TEST(string_message_serializer_test, odd_uses_of_colons_and_namespaces_can_be_read)
+{
+    for (const wchar_t* key :
+         {L":", L"a:", L":a", L"a:b", L"a::b", L"a:1", L"xmlns", L"xmlns:a", L"xmlns:",
+          L"xmlns:xml", L"xmlns:xmlns", L"xml:lang", L"xml:id", L"xml:space", L"xml:", L"xml"})
+        for (const wchar_t* value : {L"", L"v", L"a b", L"http://www.w3.org/2000/xmlns/",
+                                     L"http://www.w3.org/XML/1998/namespace", L"%zz\x1"}) {
+            const auto read =
+                encode_and_decode(make_content({{key, value}, {L"zz", L"1"}}, {}, {{key, value}}));
+            EXPECT_EQ(read.attributes.at(L"zz"), L"1") << testing::PrintToString(std::wstring(key));
+        }
+}
+
+TEST(string_message_serializer_test, two_spellings_of_one_attribute_name_do_not_cost_the_message)
+{
+    const texts_t texts = {{units({0xD801, 0xDC00}), L"1"}, {units({0x10400}), L"2"}};
+    const auto read = encode_and_decode(make_content(texts, {}, texts));
+    EXPECT_EQ(read.attributes, (texts_t{{units({0xD801, 0xDC00}), L"1"}}));
+    EXPECT_EQ(read.elements, (texts_t{{units({0xD801, 0xDC00}), L"1"}}));
+}
+
+TEST(string_message_serializer_test, a_start_tag_that_is_just_not_too_long_is_read)
+{
+    const std::wstring value(9989000, L'x');
+    const auto content = make_content({{L"k", value}}, {{value, L"1"}, {value + L"y", L"2"}});
+    const auto read = encode_and_decode(content);
+    EXPECT_TRUE(read.attributes == content.attributes);
+    EXPECT_TRUE(read.args == content.args);
+}
+
+TEST(string_message_serializer_test, an_attribute_or_argument_name_that_is_too_long_is_left_out)
+{
+    for (const std::wstring& value : {std::wstring(10000001, L'x'), std::wstring(5000001, L'\xE9'),
+                                      std::wstring(2000001, L'&'), std::wstring(1700000, L'"')}) {
+        const auto read = encode_and_decode(
+            make_content({{L"k", value}, {L"l", L"1"}}, {{value, L"2"}, {L"a", L"3"}}));
+        EXPECT_EQ(read.attributes, (texts_t{{L"l", L"1"}}));
+        EXPECT_EQ(read.args, (texts_t{{L"a", L"3"}}));
+    }
+}
+
+TEST(string_message_serializer_test, attributes_that_are_too_long_together_are_left_out)
+{
+    const std::wstring value(6000000, L'x');
+    const auto read = encode_and_decode(
+        make_content({{L"a", value}, {L"b", value}, {L"c", L"1"}}, {{L"d", L"2"}}));
+    EXPECT_EQ(read.attributes.size(), 2U);
+    EXPECT_EQ(read.attributes.count(L"b"), 0U);
+    EXPECT_EQ(read.args, (texts_t{{L"d", L"2"}}));
+}
+
+TEST(string_message_serializer_test, names_that_are_too_long_together_are_left_out)
+{
+    texts_t elements;
+    texts_t attributes;
+    for (int i = 100; i < 500; ++i)
+        elements[L"p:n" + std::to_wstring(i) + std::wstring(49990, L'n')] = L"1";
+    for (int i = 100; i < 110; ++i)
+        attributes[L"xmlns:n" + std::to_wstring(i)] = std::wstring(100000, static_cast<wchar_t>(i));
+    const auto read = encode_and_decode(make_content(attributes, {{L"a", L"2"}}, elements));
+    EXPECT_GT(read.elements.size(), 40U);
+    EXPECT_LT(read.elements.size(), 100U);
+    EXPECT_EQ(read.args, (texts_t{{L"a", L"2"}}));
+}
+
+TEST(string_message_serializer_test, one_text_beyond_the_readers_measure_gives_null)
+{
+    EXPECT_TRUE(decode(encode(make_message(std::wstring(10000000, L'x')))));
+    EXPECT_FALSE(decode(encode(make_message(std::wstring(10000001, L'x')))));
+}
+
+TEST(string_message_serializer_test, many_long_texts_are_read_together)
+{
+    texts_t args;
+    for (int i = 0; i < 5; ++i)
+        args[std::to_wstring(i)] = std::wstring(9000000, L'x');
+    EXPECT_TRUE(encode_and_decode(make_content({}, args)).args == args);
+}
+
+TEST(string_message_serializer_test, very_many_arguments_take_no_square_of_time)
+{
+    texts_t args;
+    for (int i = 0; i < 200000; ++i)
+        args[std::to_wstring(i)] = L"x";
+    EXPECT_TRUE(encode_and_decode(make_content({}, args)).args == args);
+}
+
+// ---- hostile text
+
+TEST(string_message_serializer_test, an_entity_is_resolved)
+{
+    const message_ptr message = decode(in_type(L"<!ENTITY e 'x&amp;y'>", L"1&e;2"));
+    ASSERT_TRUE(message);
+    EXPECT_EQ(message->get_type(), L"1x&y2");
+}
+
+TEST(string_message_serializer_test, entities_that_multiply_give_null)
+{
+    std::wstring declarations = L"<!ENTITY e0 'xxxxxxxxxxxxxxxx'>";
+    for (int i = 1; i < 12; ++i)
+        declarations += L"<!ENTITY e" + std::to_wstring(i) + L" '" +
+                        repeat(L"&e" + std::to_wstring(i - 1) + L";", 10) + L"'>";
+    EXPECT_FALSE(decode(in_type(declarations, L"&e11;")));
+}
+
+TEST(string_message_serializer_test, an_entity_that_is_repeated_too_often_gives_null)
+{
+    const std::wstring entity = L"<!ENTITY e '" + std::wstring(50000, L'x') + L"'>";
+    EXPECT_TRUE(decode(in_type(entity, repeat(L"&e;", 100))));
+    EXPECT_FALSE(decode(in_type(entity, repeat(L"&e;", 40000))));
+}
+
+TEST(string_message_serializer_test, an_entity_that_is_repeated_too_often_in_attributes_gives_null)
+{
+    const std::wstring text = L"<!DOCTYPE msg [<!ENTITY e '" + std::wstring(50000, L'x') +
+                              L"'>]><msg a='" + repeat(L"&e;", 40000) + L"'/>";
+    EXPECT_FALSE(decode(text));
+}
+
+TEST(string_message_serializer_test, an_entity_that_is_repeated_over_many_arguments_gives_null)
+{
+    const std::wstring text = L"<!DOCTYPE msg [<!ENTITY e '" + std::wstring(50000, L'x') +
+                              L"'>]><msg>" + repeat(L"<arg name='&e;'>&e;</arg>", 20000) +
+                              L"</msg>";
+    EXPECT_FALSE(decode(text));
+}
+
+TEST(string_message_serializer_test, empty_entities_within_entities_give_null)
+{
+    const std::wstring declarations = L"<!ENTITY a ''><!ENTITY b '" + repeat(L"&a;", 10000) +
+                                      L"'><!ENTITY c '" + repeat(L"&b;", 10000) + L"'>";
+    EXPECT_FALSE(decode(in_type(declarations, repeat(L"&c;", 10000))));
+}
+
+TEST(string_message_serializer_test, entities_that_refer_to_each_other_give_null)
+{
+    EXPECT_FALSE(decode(in_type(L"<!ENTITY a '&b;'><!ENTITY b '&a;'>", L"&a;")));
+    EXPECT_FALSE(decode(in_type(L"<!ENTITY a '&a;'>", L"&a;")));
+}
+
+TEST(string_message_serializer_test, attributes_that_are_only_declared_do_not_count)
+{
+    const message_ptr message =
+        decode(L"<!DOCTYPE msg [<!ATTLIST msg a CDATA 'd'>"
+               L"<!ATTLIST arg name CDATA 'n'>]><msg b='1'><arg>2</arg></msg>");
+    ASSERT_TRUE(message);
+    EXPECT_EQ(message->get_content().attributes, (texts_t{{L"b", L"1"}}));
+    EXPECT_EQ(message->get_content().args, (texts_t{{L"arg1", L"2"}}));
+}
+
+TEST(string_message_serializer_test, attributes_that_are_only_declared_take_no_memory)
+{
+    const std::wstring text = L"<!DOCTYPE msg [<!ATTLIST arg name CDATA '" +
+                              std::wstring(80000, L'x') + L"'>]><msg>" + repeat(L"<arg/>", 20000) +
+                              L"</msg>";
+    rusage before = {};
+    getrusage(RUSAGE_SELF, &before);
+    EXPECT_TRUE(decode(text));
+    rusage after = {};
+    getrusage(RUSAGE_SELF, &after);
+    EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 200 * 1024) << "kilobytes";
+}
+
+TEST(string_message_serializer_test, no_file_is_opened_for_an_external_entity)
+{
+    const message_ptr message = decode(in_type(
+        L"<!ENTITY e SYSTEM 'file:///etc/hostname'><!ENTITY % p SYSTEM 'file:///etc/passwd'>",
+        L"a&e;b"));
+    ASSERT_TRUE(message);
+    EXPECT_EQ(message->get_type(), L"ab");
+}
+
+TEST(string_message_serializer_test, two_hundred_levels_are_read_and_very_many_give_null)
+{
+    const auto nested = [](int levels) {
+        return L"<msg><type>" + repeat(L"<a>", levels) + L"x" + repeat(L"</a>", levels) +
+               L"</type></msg>";
+    };
+    const message_ptr message = decode(nested(200));
+    ASSERT_TRUE(message);
+    EXPECT_EQ(message->get_type(), L"x");
+    EXPECT_FALSE(decode(nested(100000)));
+}
+
+TEST(string_message_serializer_test, a_declared_encoding_is_libxml2s_to_judge)
+{
+    const message_ptr message =
+        decode(L"<?xml version='1.0' encoding='UTF-8'?><msg><type>\xE9</type></msg>");
+    ASSERT_TRUE(message);
+    EXPECT_EQ(message->get_type(), L"\xE9");
+    decode(L"<?xml version='1.0' encoding='ISO-8859-1'?><msg><type>\xE9</type></msg>");
+    decode(L"<?xml version='1.0' encoding='UTF-16'?><msg><type>\xE9</type></msg>");
+}

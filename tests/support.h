@@ -1,0 +1,91 @@
+#pragma once
+
+#include <velmoext1/velmoext1.h>
+
+#include <boost/make_shared.hpp>
+#include <boost/shared_ptr.hpp>
+
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace velmoext_1_4_8
+{
+
+typedef std::map<std::wstring, std::wstring> texts_t;
+typedef boost::shared_ptr<message_t> message_ptr;
+
+inline message_ptr make_message(const std::wstring& type,
+                                message_t::severity_t severity = message_t::none)
+{
+    auto message = boost::make_shared<message_t>();
+    message->set_type(type);
+    message->set_severity(severity);
+    return message;
+}
+
+inline message_ptr make_message(const message_t::message_content_t& content)
+{
+    auto message = boost::make_shared<message_t>();
+    message->set_content(content);
+    return message;
+}
+
+inline message_t::message_content_t make_content(texts_t attributes, texts_t args = {},
+                                                 texts_t elements = {})
+{
+    message_t::message_content_t content;
+    content.attributes = std::move(attributes);
+    content.args = std::move(args);
+    content.elements = std::move(elements);
+    return content;
+}
+
+/// Two elements that stand for one character beyond the BMP, or a part of it.
+inline std::wstring units(std::initializer_list<unsigned> values)
+{
+    std::wstring text;
+    for (const unsigned value : values)
+        text.push_back(static_cast<wchar_t>(value));
+    return text;
+}
+
+/// Keeps what it saw, and consumes it when told so.
+class recording_handler_t : public base_handler_t
+{
+public:
+    explicit recording_handler_t(bool consumes = false) : m_consumes(consumes) {}
+
+    using base_handler_t::on_message;
+    bool on_message(boost::shared_ptr<velmo_ex_t> ex, message_ptr msg) override
+    {
+        m_exs.push_back(ex.get());
+        m_messages.push_back(std::move(msg));
+        return m_consumes;
+    }
+
+    const std::vector<message_ptr>& messages() const { return m_messages; }
+    /// The extension objects that delivered; not held.
+    const std::vector<velmo_ex_t*>& exs() const { return m_exs; }
+
+private:
+    bool m_consumes;
+    std::vector<message_ptr> m_messages;
+    std::vector<velmo_ex_t*> m_exs;
+};
+
+/// Says any text to an extension object, as a host would: through an adapter.
+inline void say_to(const boost::shared_ptr<velmo_ex_t>& ex, const std::wstring& text)
+{
+    velmo_adapter_t adapter;
+    adapter.set_output_velmoext(ex);
+    static_cast<velmo2::IMessenger&>(adapter).say(velmo2::info, text.c_str());
+}
+
+inline void deliver(const boost::shared_ptr<velmo_ex_t>& ex, const message_ptr& message)
+{
+    say_to(ex, string_message_serializer_t::message_to_xml_string(message));
+}
+
+} // namespace velmoext_1_4_8

@@ -1,0 +1,124 @@
+// What the locks promise: components of one process meet in the same few extension objects.
+
+#include "support.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <random>
+#include <thread>
+
+using namespace velmoext_1_4_8;
+
+namespace
+{
+
+const int thread_count = 8;
+const auto duration = std::chrono::seconds(3);
+
+// Would be seen in two calls at once by a thread sanitizer, and by its own count.
+class exclusive_handler_t : public base_handler_t
+{
+public:
+    using base_handler_t::on_message;
+    bool on_message(boost::shared_ptr<velmo_ex_t> ex, message_ptr msg) override
+    {
+        EXPECT_EQ(++m_inside, 1);
+        EXPECT_TRUE(ex);
+        EXPECT_TRUE(msg);
+        ++m_seen;
+        --m_inside;
+        return false;
+    }
+
+    int seen() const { return m_seen; }
+
+private:
+    std::atomic<int> m_inside{0};
+    int m_seen = 0; ///< guarded by the extension object that delivers
+};
+
+template <typename Step>
+void run_threads(const Step& step)
+{
+    std::vector<std::thread> threads;
+    for (int i = 0; i < thread_count; ++i)
+        threads.emplace_back([&step, i] { step(i); });
+    for (std::thread& thread : threads)
+        thread.join();
+}
+
+} // namespace
+
+TEST(threads_test, objects_of_few_ids_are_made_used_and_released_by_all_threads)
+{
+    const std::wstring base = velmo_ex_t::generate_id(L"threads_test.");
+    const auto end = std::chrono::steady_clock::now() + duration;
+    std::atomic<long> delivered{0};
+    run_threads([&](int thread) {
+        std::minstd_rand random(static_cast<unsigned>(thread) + 1);
+        const message_ptr message = make_message(L"t", message_t::info);
+        while (std::chrono::steady_clock::now() < end) {
+            const std::wstring id = base + std::to_wstring(random() % 4);
+            const boost::shared_ptr<velmo_ex_t> ex = velmo_ex_t::get(id, L"p");
+            if (!ex)
+                continue;
+            ex->push_handler(boost::make_shared<exclusive_handler_t>());
+            deliver(ex, message);
+            ++delivered;
+            if (random() % 2 == 0)
+                ex->pop_handler();
+            EXPECT_NE(velmo_ex_t::generate_id(base), id);
+        }
+    });
+    EXPECT_GT(delivered.load(), thread_count);
+    for (int i = 0; i < 4; ++i)
+        EXPECT_TRUE(velmo_ex_t::get(base + std::to_wstring(i), L"")) << "an entry was left behind";
+}
+
+TEST(threads_test, one_object_sees_the_messages_of_all_threads_one_at_a_time)
+{
+    const auto ex = velmo_ex_t::get(velmo_ex_t::generate_id(L"threads_test."), L"");
+    const auto handler = boost::make_shared<exclusive_handler_t>();
+    ex->push_handler(handler);
+    const int messages = 500;
+    run_threads([&](int) {
+        for (int i = 0; i < messages; ++i)
+            deliver(ex, make_message(L"t"));
+    });
+    EXPECT_EQ(handler->seen(), thread_count * messages);
+}
+
+TEST(threads_test, a_handler_that_releases_objects_while_others_die_blocks_nobody)
+{
+    struct owning_handler_t : base_handler_t
+    {
+        explicit owning_handler_t(boost::shared_ptr<velmo_ex_t> owned) : m_owned(std::move(owned))
+        {}
+        boost::shared_ptr<velmo_ex_t> m_owned;
+    };
+    run_threads([](int) {
+        for (int i = 0; i < 2000; ++i) {
+            boost::shared_ptr<velmo_ex_t> chain;
+            for (int length = 0; length < 4; ++length) {
+                const auto ex = velmo_ex_t::get(velmo_ex_t::generate_id(L"chain."), L"");
+                ex->push_handler(boost::make_shared<owning_handler_t>(chain));
+                chain = ex;
+            }
+        }
+    });
+    EXPECT_TRUE(velmo_ex_t::get(velmo_ex_t::generate_id(L"chain."), L""));
+}
+
+TEST(threads_test, one_message_is_encoded_by_all_threads_at_once)
+{
+    const message_ptr message = make_message(make_content({{L"tool", L"x"}}, {{L"\xE9", L"&"}}));
+    const std::wstring text = string_message_serializer_t::message_to_xml_string(message);
+    run_threads([&](int) {
+        for (int i = 0; i < 500; ++i) {
+            EXPECT_EQ(string_message_serializer_t::message_to_xml_string(message), text);
+            EXPECT_TRUE(string_message_serializer_t::xml_string_to_message(text));
+        }
+    });
+}
