@@ -3,6 +3,7 @@
 #include "message_access.h"
 #include "message_format.h"
 #include "severity_text.h"
+#include "xml_library.h"
 
 #include <rova/strings.h>
 
@@ -44,6 +45,7 @@ void log_sax_reader::set_callback(const message_callback_t& callback)
 
 int log_sax_reader::parse(const std::string& text)
 {
+    initialize_xml_library();
     xmlSAXHandler table = {};
     table.startDocument = on_document;
     table.endDocument = on_document;

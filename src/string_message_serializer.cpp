@@ -3,6 +3,7 @@
 #include "message_element.h"
 #include "message_format.h"
 #include "xml_handles.h"
+#include "xml_library.h"
 
 #include <rova/strings.h>
 
@@ -20,6 +21,16 @@ const int reader_options = XML_PARSE_RECOVER | XML_PARSE_NOERROR | XML_PARSE_NOW
 
 // With the options alone libxml2 still prints some of its errors.
 void ignore_error(void* /*context*/, xmlErrorPtr /*error*/) {}
+
+// By default libxml2 lets a buffer grow by a few kilobytes at a time, which takes the square of a
+// long text.
+xml_buffer_t create_buffer()
+{
+    xml_buffer_t buffer(xmlBufferCreate());
+    if (buffer)
+        xmlBufferSetAllocationScheme(buffer.get(), XML_BUFFER_ALLOC_DOUBLEIT);
+    return buffer;
+}
 
 bool is_message(const xmlNode& node)
 {
@@ -40,7 +51,8 @@ boost::shared_ptr<message_t> read_first_message(xmlTextReaderPtr reader)
 std::wstring
 string_message_serializer_t::message_to_xml_string(boost::shared_ptr<message_t> message)
 {
-    const xml_buffer_t buffer(xmlBufferCreate());
+    initialize_xml_library();
+    const xml_buffer_t buffer = create_buffer();
     const xml_writer_t writer(xmlNewTextWriterMemory(buffer.get(), 0));
     if (!writer)
         return std::wstring();
@@ -58,6 +70,7 @@ string_message_serializer_t::xml_string_to_message(const std::wstring& text)
     const std::string document = ROVA_2_18::strings::utf16_to_utf8(text);
     if (document.size() > INT_MAX)
         return boost::shared_ptr<message_t>();
+    initialize_xml_library();
     const xml_reader_t reader(xmlReaderForMemory(document.data(), static_cast<int>(document.size()),
                                                  nullptr, encoding, reader_options));
     if (!reader)

@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstdlib>
 #include <random>
 #include <thread>
 
@@ -109,6 +110,20 @@ TEST(threads_test, a_handler_that_releases_objects_while_others_die_blocks_nobod
         }
     });
     EXPECT_TRUE(velmo_ex_t::get(velmo_ex_t::generate_id(L"chain."), L""));
+}
+
+TEST(threads_test, the_first_use_in_a_process_may_come_from_all_threads_at_once)
+{
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    const auto use = [] {
+        const message_ptr message = make_message(L"t");
+        run_threads([&](int) {
+            string_message_serializer_t::xml_string_to_message(
+                string_message_serializer_t::message_to_xml_string(message));
+        });
+        std::_Exit(0);
+    };
+    EXPECT_EXIT(use(), testing::ExitedWithCode(0), "");
 }
 
 TEST(threads_test, one_message_is_encoded_by_all_threads_at_once)
