@@ -1,0 +1,35 @@
+/// @file
+#pragma once
+
+#include "library_names.h"
+#include "printer.h"
+
+#include <velmoext1/base_handler.h>
+#include <velmoext1/velmo_adapter.h>
+#include <velmoext1/velmo_ex.h>
+
+#include <velmo2/messenger.h>
+
+#include <boost/shared_ptr.hpp>
+
+namespace audit
+{
+
+/// The component that receives: prints the messages that come through its messenger and are grave
+/// enough.
+class consumer_t
+{
+public:
+    consumer_t(velmoext::message_t::severity_t least, printer_t::line_sink_t sink);
+
+    velmo2::IMessenger& messenger() { return m_adapter; }
+    boost::shared_ptr<velmoext::velmo_ex_t> ex() const { return m_ex; }
+    boost::shared_ptr<velmoext::base_handler_t> progress_handler() const { return m_printer; }
+
+private:
+    const boost::shared_ptr<velmoext::velmo_ex_t> m_ex;
+    const boost::shared_ptr<printer_t> m_printer;
+    velmoext::velmo_adapter_t m_adapter;
+};
+
+} // namespace audit

@@ -1,0 +1,45 @@
+#include "output.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+
+namespace audit
+{
+namespace
+{
+
+const std::size_t large_piece = 65536;
+
+} // namespace
+
+output_t::output_t(int descriptor)
+    : m_descriptor(descriptor), m_gathered_at_most(::isatty(descriptor) != 0 ? 0 : large_piece)
+{}
+
+void output_t::write(const std::string& text)
+{
+    m_gathered += text;
+    if (m_gathered.size() > m_gathered_at_most)
+        flush();
+}
+
+void output_t::flush()
+{
+    for (std::size_t begin = 0; begin != m_gathered.size() && !m_error;)
+        begin += write_some(begin);
+    m_gathered.clear();
+}
+
+std::size_t output_t::write_some(std::size_t begin)
+{
+    const ssize_t written =
+        ::write(m_descriptor, m_gathered.data() + begin, m_gathered.size() - begin);
+    if (written >= 0)
+        return static_cast<std::size_t>(written);
+    if (errno != EINTR)
+        m_error = std::error_code(errno, std::generic_category());
+    return 0;
+}
+
+} // namespace audit

@@ -1,0 +1,36 @@
+/// @file
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <system_error>
+
+namespace audit
+{
+
+/// Writes to a file descriptor: at once where that is a terminal, else in large pieces. The first
+/// failure stays; nothing is written after it.
+class output_t
+{
+public:
+    /// The descriptor is borrowed.
+    explicit output_t(int descriptor);
+
+    void write(const std::string& text);
+
+    /// Writes what has been gathered. Nothing is written at destruction, where a failure would be
+    /// lost.
+    void flush();
+
+    std::error_code error() const { return m_error; }
+
+private:
+    std::size_t write_some(std::size_t begin);
+
+    const int m_descriptor;
+    const std::size_t m_gathered_at_most;
+    std::string m_gathered;
+    std::error_code m_error;
+};
+
+} // namespace audit

@@ -1,0 +1,41 @@
+/// @file
+#pragma once
+
+#include "library_names.h"
+
+#include <velmoext1/base_handler.h>
+#include <velmoext1/velmo_ex.h>
+
+#include <velmo2/progress.h>
+
+#include <boost/shared_ptr.hpp>
+
+#include <cstddef>
+
+namespace audit
+{
+
+/// Tells one handler how far an operation has come, each time the percentage changes.
+class progress_reporter_t
+{
+public:
+    progress_reporter_t(boost::shared_ptr<velmoext::velmo_ex_t> ex,
+                        boost::shared_ptr<velmoext::base_handler_t> handler,
+                        boost::shared_ptr<velmo2::IProgress> progress);
+
+    /// So many of all parts are done; an operation without parts is done at once.
+    void report(std::size_t done, std::size_t all);
+
+    /// Whether the user asked to end the operation.
+    bool is_canceled() const { return m_progress->is_canceled(); }
+
+private:
+    void send(int percent);
+
+    const boost::shared_ptr<velmoext::velmo_ex_t> m_ex;
+    const boost::shared_ptr<velmoext::base_handler_t> m_handler;
+    const boost::shared_ptr<velmo2::IProgress> m_progress;
+    int m_reported_percent = -1;
+};
+
+} // namespace audit

@@ -1,0 +1,41 @@
+/// @file
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstddef>
+#include <string>
+
+namespace audit
+{
+
+/// A directory tree of one test; it goes with the object, whatever its modes and depth.
+class scratch_tree_t
+{
+public:
+    scratch_tree_t();
+    scratch_tree_t(const scratch_tree_t&) = delete;
+    scratch_tree_t& operator=(const scratch_tree_t&) = delete;
+    ~scratch_tree_t();
+
+    const std::string& path() const { return m_path; }
+    std::string path(const std::string& name) const { return m_path + '/' + name; }
+
+    /// Its mode is 0644, whatever the process's mask is.
+    void make_file(const std::string& name, off_t size = 1) const;
+    void make_directory(const std::string& name) const;
+    void make_link(const std::string& name, const std::string& target) const;
+    void make_fifo(const std::string& name) const;
+
+    /// So many directories, each named "d" and in the one before, and a file "bottom" in the last.
+    void make_depth(std::size_t levels) const;
+
+    void set_mode(const std::string& name, mode_t mode) const;
+    void move(const std::string& from, const std::string& to) const;
+    void remove_file(const std::string& name) const;
+
+private:
+    std::string m_path;
+};
+
+} // namespace audit
