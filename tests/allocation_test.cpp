@@ -44,7 +44,8 @@ int fail_each_allocation(const Step& step, const Check& check)
 
 } // namespace
 
-void* operator new(std::size_t size)
+// Not inlined: g++ would take malloc() and free() for two halves that do not belong together.
+__attribute__((noinline)) void* operator new(std::size_t size)
 {
     if (allocations_left == 0)
         throw std::bad_alloc();
@@ -55,12 +56,12 @@ void* operator new(std::size_t size)
     throw std::bad_alloc();
 }
 
-void operator delete(void* memory) noexcept
+__attribute__((noinline)) void operator delete(void* memory) noexcept
 {
     std::free(memory);
 }
 
-void operator delete(void* memory, std::size_t /*size*/) noexcept
+__attribute__((noinline)) void operator delete(void* memory, std::size_t /*size*/) noexcept
 {
     std::free(memory);
 }
