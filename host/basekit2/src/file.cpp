@@ -1,0 +1,171 @@
+#include <basekit2/file.h>
+
+#include "native_name.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstddef>
+#include <cstdlib>
+#include <string>
+
+namespace basekit2
+{
+
+namespace
+{
+
+constexpr mode_t owner_only = S_IRUSR | S_IWUSR;
+constexpr std::size_t piece_size = 65536;
+
+enum class outcome
+{
+    made,
+    failed,
+    not_supported
+};
+
+class descriptor_t
+{
+public:
+    explicit descriptor_t(int number) : m_number(number) {}
+    descriptor_t(const descriptor_t&) = delete;
+    descriptor_t& operator=(const descriptor_t&) = delete;
+    ~descriptor_t()
+    {
+        if (is_open())
+            close(m_number);
+    }
+
+    bool is_open() const { return m_number != -1; }
+    int number() const { return m_number; }
+
+private:
+    int m_number;
+};
+
+template <typename Call>
+auto uninterrupted(const Call& call)
+{
+    auto answer = call();
+    while (answer == -1 && errno == EINTR)
+        answer = call();
+    return answer;
+}
+
+int open_file(const std::string& name, int flags)
+{
+    return uninterrupted([&] { return open(name.c_str(), flags | O_CLOEXEC, owner_only); });
+}
+
+bool is_regular(int file)
+{
+    struct stat status = {};
+    return fstat(file, &status) == 0 && S_ISREG(status.st_mode);
+}
+
+bool write_all(int target, const char* bytes, std::size_t size)
+{
+    while (size != 0) {
+        const ssize_t written = uninterrupted([=] { return write(target, bytes, size); });
+        if (written <= 0)
+            return false;
+        bytes += written;
+        size -= static_cast<std::size_t>(written);
+    }
+    return true;
+}
+
+/// From the source's beginning, wherever a former try has left off.
+bool copy_bytes(int source, int target)
+{
+    std::array<char, piece_size> piece = {};
+    off_t position = 0;
+    for (;;) {
+        const ssize_t count =
+            uninterrupted([&] { return pread(source, piece.data(), piece.size(), position); });
+        if (count <= 0)
+            return count == 0;
+        if (!write_all(target, piece.data(), static_cast<std::size_t>(count)))
+            return false;
+        position += count;
+    }
+}
+
+/// A network file system may tell only on closing that the disk is full.
+bool is_stored(int target)
+{
+    const int twin = fcntl(target, F_DUPFD_CLOEXEC, 0);
+    return twin != -1 && close(twin) == 0;
+}
+
+bool fill(int source, int target)
+{
+    return fchmod(target, owner_only) == 0 && copy_bytes(source, target) && is_stored(target);
+}
+
+/// Writes a file without a name, which goes with the process, and names it when it is whole.
+outcome copy_unnamed(int source, const std::string& directory, const std::string& to)
+{
+    const descriptor_t target(open_file(directory, O_TMPFILE | O_WRONLY));
+    if (!target.is_open())
+        return outcome::not_supported;
+    if (!fill(source, target.number()))
+        return outcome::failed;
+    const std::string unnamed = "/proc/self/fd/" + std::to_string(target.number());
+    if (linkat(AT_FDCWD, unnamed.c_str(), AT_FDCWD, to.c_str(), AT_SYMLINK_FOLLOW) == 0)
+        return outcome::made;
+    return errno == EEXIST ? outcome::failed : outcome::not_supported;
+}
+
+/// The temporary name does not grow with the destination's, which may be as long as names can be.
+bool copy_named(int source, const std::string& directory, const std::string& to)
+{
+    std::string name;
+    const descriptor_t target(uninterrupted([&] {
+        name = directory + "/.copy-XXXXXX";
+        return mkostemp(name.data(), O_CLOEXEC);
+    }));
+    if (!target.is_open())
+        return false;
+    const bool made = fill(source, target.number()) && link(name.c_str(), to.c_str()) == 0;
+    unlink(name.c_str());
+    return made;
+}
+
+std::string directory_of(const path_t& path)
+{
+    const std::wstring branch = path.get_branch();
+    return branch.empty() ? "." : native_name(branch);
+}
+
+} // namespace
+
+bool copy_file(const path_t& from, const path_t& to)
+{
+    const std::string destination = native_name(to.as_string());
+    if (destination.empty())
+        return false;
+    // A FIFO without a writer would otherwise be waited for, and a terminal taken over.
+    const descriptor_t source(
+        open_file(native_name(from.as_string()), O_RDONLY | O_NONBLOCK | O_NOCTTY));
+    if (!source.is_open() || !is_regular(source.number()))
+        return false;
+    const std::string directory = directory_of(to);
+    const outcome result = copy_unnamed(source.number(), directory, destination);
+    // Which errors say that there are no unnamed files depends on the kernel and the file system;
+    // any other reason stops the second way as well.
+    if (result == outcome::not_supported)
+        return copy_named(source.number(), directory, destination);
+    return result == outcome::made;
+}
+
+bool remove_file(const path_t& path)
+{
+    return unlink(native_name(path.as_string()).c_str()) == 0;
+}
+
+} // namespace basekit2

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <rova/strings.h>
+
+#include <string>
+
+namespace basekit2
+{
+
+/// The system's name for a path's text. Empty, and so no file's name, where the text holds a zero
+/// character: the system would read only the part before it.
+inline std::string native_name(const std::wstring& text)
+{
+    if (text.find(L'\0') != std::wstring::npos)
+        return std::string();
+    return ROVA_2_18::strings::utf16_to_utf8(text);
+}
+
+} // namespace basekit2

@@ -1,0 +1,799 @@
+// The C library's calls that change or read a file are defined here once more: they do what they
+// are told to do first, then what they always do. So every failure, short write and interruption
+// can be had at every instant, and either way of copying on every file system.
+
+#include <basekit2/file.h>
+
+#include <rova/strings.h>
+
+#include <gtest/gtest.h>
+
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <chrono>
+#include <clocale>
+#include <csignal>
+#include <cstdarg>
+#include <cstddef>
+#include <cstdlib>
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <random>
+#include <set>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace
+{
+
+using basekit2::copy_file;
+using basekit2::path_t;
+using basekit2::remove_file;
+using namespace std::string_literals;
+
+/// Sees each call and the descriptor that it is about, -1 for none; answers the error that the call
+/// is to fail with, 0 for none. Tells a call that makes an unnamed file from any other open().
+typedef std::function<int(const std::string& call, int descriptor)> faults_t;
+
+std::atomic<const faults_t*> faults_in_place{nullptr};
+std::atomic<std::size_t> most_read{SIZE_MAX};
+std::atomic<std::size_t> most_written{SIZE_MAX};
+
+bool fails(const char* call, int descriptor = -1)
+{
+    const faults_t* const faults = faults_in_place.load();
+    const int error = faults != nullptr ? (*faults)(call, descriptor) : 0;
+    if (error != 0)
+        errno = error;
+    return error != 0;
+}
+
+class with_faults
+{
+public:
+    explicit with_faults(faults_t faults) : m_faults(std::move(faults))
+    {
+        faults_in_place = &m_faults;
+    }
+    with_faults(const with_faults&) = delete;
+    with_faults& operator=(const with_faults&) = delete;
+    ~with_faults() { faults_in_place = nullptr; }
+
+private:
+    faults_t m_faults;
+};
+
+class with_short_pieces
+{
+public:
+    with_short_pieces(std::size_t read, std::size_t written)
+    {
+        most_read = read;
+        most_written = written;
+    }
+    with_short_pieces(const with_short_pieces&) = delete;
+    with_short_pieces& operator=(const with_short_pieces&) = delete;
+    ~with_short_pieces() { most_read = most_written = SIZE_MAX; }
+};
+
+} // namespace
+
+#define IN_PLACE_OF_THE_SYSTEMS extern "C" __attribute__((visibility("default")))
+
+IN_PLACE_OF_THE_SYSTEMS int open(const char* file, int oflag, ...)
+{
+    mode_t mode = 0;
+    if ((oflag & (O_CREAT | __O_TMPFILE)) != 0) {
+        va_list rest;
+        va_start(rest, oflag);
+        mode = va_arg(rest, mode_t);
+        va_end(rest);
+    }
+    if (fails((oflag & __O_TMPFILE) != 0 ? "open unnamed" : "open"))
+        return -1;
+    return static_cast<int>(syscall(SYS_openat, AT_FDCWD, file, oflag, mode));
+}
+
+// Not declared as mkostemp: the system's header calls the first parameter by a keyword.
+IN_PLACE_OF_THE_SYSTEMS int make_temporary(char* name, int flags) __asm__("mkostemp");
+
+int make_temporary(char* name, int flags)
+{
+    typedef int (*make_temporary_t)(char*, int);
+    const auto real = reinterpret_cast<make_temporary_t>(dlsym(RTLD_NEXT, "mkostemp"));
+    if (!fails("mkostemp"))
+        return real(name, flags);
+    // As the C library leaves it after a failure of the system.
+    std::fill_n(name + std::string(name).size() - 6, 6, 'f');
+    return -1;
+}
+
+IN_PLACE_OF_THE_SYSTEMS ssize_t pread(int fd, void* buf, std::size_t nbytes, off_t offset)
+{
+    if (fails("pread", fd))
+        return -1;
+    return syscall(SYS_pread64, fd, buf, std::min(nbytes, most_read.load()), offset);
+}
+
+IN_PLACE_OF_THE_SYSTEMS ssize_t write(int fd, const void* buf, std::size_t n)
+{
+    if (fails("write", fd))
+        return -1;
+    return syscall(SYS_write, fd, buf, std::min(n, most_written.load()));
+}
+
+IN_PLACE_OF_THE_SYSTEMS int fchmod(int fd, mode_t mode) noexcept
+{
+    return fails("fchmod", fd) ? -1 : static_cast<int>(syscall(SYS_fchmod, fd, mode));
+}
+
+/// Closes in any case, as Linux does.
+IN_PLACE_OF_THE_SYSTEMS int close(int fd)
+{
+    const bool fail = fails("close", fd);
+    const int error = errno;
+    const int answer = static_cast<int>(syscall(SYS_close, fd));
+    if (fail)
+        errno = error;
+    return fail ? -1 : answer;
+}
+
+IN_PLACE_OF_THE_SYSTEMS int linkat(int fromfd, const char* from, int tofd, const char* to,
+                                   int flags) noexcept
+{
+    if (fails("linkat"))
+        return -1;
+    return static_cast<int>(syscall(SYS_linkat, fromfd, from, tofd, to, flags));
+}
+
+IN_PLACE_OF_THE_SYSTEMS int link(const char* from, const char* to) noexcept
+{
+    if (fails("link"))
+        return -1;
+    return static_cast<int>(syscall(SYS_linkat, AT_FDCWD, from, AT_FDCWD, to, 0));
+}
+
+IN_PLACE_OF_THE_SYSTEMS int unlink(const char* name) noexcept
+{
+    return fails("unlink") ? -1 : static_cast<int>(syscall(SYS_unlinkat, AT_FDCWD, name, 0));
+}
+
+namespace
+{
+
+std::wstring wide(const std::string& text)
+{
+    return ROVA_2_18::strings::utf8_to_utf16(text);
+}
+
+/// Bytes of which no two pieces are the same.
+std::string content_of(std::size_t size)
+{
+    std::string content(size, '\0');
+    for (std::size_t i = 0; i != size; ++i)
+        content[i] = static_cast<char>((i * 2654435761U) >> 16);
+    return content;
+}
+
+class with_umask
+{
+public:
+    explicit with_umask(mode_t mask) : m_former(umask(mask)) {}
+    with_umask(const with_umask&) = delete;
+    with_umask& operator=(const with_umask&) = delete;
+    ~with_umask() { umask(m_former); }
+
+private:
+    mode_t m_former;
+};
+
+class with_c_locale
+{
+public:
+    with_c_locale() : m_former(std::setlocale(LC_ALL, nullptr)) { std::setlocale(LC_ALL, "C"); }
+    with_c_locale(const with_c_locale&) = delete;
+    with_c_locale& operator=(const with_c_locale&) = delete;
+    ~with_c_locale() { std::setlocale(LC_ALL, m_former.c_str()); }
+
+private:
+    std::string m_former;
+};
+
+class with_current_directory
+{
+public:
+    explicit with_current_directory(const std::filesystem::path& directory)
+        : m_former(std::filesystem::current_path())
+    {
+        std::filesystem::current_path(directory);
+    }
+    with_current_directory(const with_current_directory&) = delete;
+    with_current_directory& operator=(const with_current_directory&) = delete;
+    ~with_current_directory()
+    {
+        std::error_code error;
+        std::filesystem::current_path(m_former, error);
+    }
+
+private:
+    std::filesystem::path m_former;
+};
+
+/// Answers how the child ended, in which the action ran and gave the exit code.
+template <typename Action>
+int status_of_child(const Action& action)
+{
+    const pid_t child = fork();
+    if (child == 0)
+        _exit(action());
+    int status = -1;
+    while (waitpid(child, &status, 0) == -1 && errno == EINTR) {
+    }
+    return status;
+}
+
+bool was_killed(int status)
+{
+    return WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL;
+}
+
+bool has_exited_with(int status, int code)
+{
+    return WIFEXITED(status) && WEXITSTATUS(status) == code;
+}
+
+/// The system kills this process so much later, whatever it does then.
+bool kill_this_process_after(std::chrono::nanoseconds time)
+{
+    sigevent event = {};
+    event.sigev_notify = SIGEV_SIGNAL;
+    event.sigev_signo = SIGKILL;
+    timer_t timer = nullptr;
+    itimerspec setting = {};
+    setting.it_value.tv_nsec = std::max<long>(1, static_cast<long>(time.count()));
+    return timer_create(CLOCK_MONOTONIC, &event, &timer) == 0 &&
+           timer_settime(timer, 0, &setting, nullptr) == 0;
+}
+
+/// A scratch folder, and verbs on the names in it.
+class basekit2_file_test : public testing::Test
+{
+public:
+    basekit2_file_test()
+    {
+        std::string name = testing::TempDir() + "basekit2_file_XXXXXX";
+        m_directory = mkdtemp(name.data());
+    }
+    ~basekit2_file_test() override
+    {
+        std::error_code error;
+        std::filesystem::remove_all(m_directory, error);
+    }
+    basekit2_file_test(const basekit2_file_test&) = delete;
+    basekit2_file_test& operator=(const basekit2_file_test&) = delete;
+
+protected:
+    std::filesystem::path at(const std::string& name) const { return m_directory / name; }
+    path_t path(const std::string& name) const { return path_t(wide(at(name))); }
+    void write_file(const std::string& name, const std::string& content) const
+    {
+        std::ofstream(at(name), std::ios::binary) << content;
+    }
+    std::string read_file(const std::string& name) const
+    {
+        std::ifstream file(at(name), std::ios::binary);
+        std::string content(std::filesystem::file_size(at(name)), '\0');
+        file.read(content.data(), static_cast<std::streamsize>(content.size()));
+        return content;
+    }
+    mode_t permissions(const std::string& name) const
+    {
+        struct stat status = {};
+        EXPECT_EQ(stat(at(name).c_str(), &status), 0) << name;
+        return status.st_mode & 07777U;
+    }
+    std::set<std::string> names() const
+    {
+        std::set<std::string> result;
+        for (const auto& entry : std::filesystem::directory_iterator(m_directory))
+            result.insert(entry.path().filename());
+        return result;
+    }
+    bool copy(const std::string& from, const std::string& to) const
+    {
+        return copy_file(path(from), path(to));
+    }
+
+    /// One of each kind that is neither a regular file nor missing.
+    void make_odd_files() const
+    {
+        std::filesystem::create_directory(at("directory"));
+        std::filesystem::create_symlink("nothing", at("dangling"));
+        ASSERT_EQ(mkfifo(at("fifo").c_str(), 0600), 0);
+        bind_socket("socket");
+    }
+
+private:
+    void bind_socket(const std::string& name) const
+    {
+        const with_current_directory here(m_directory);
+        sockaddr_un address = {};
+        address.sun_family = AF_UNIX;
+        name.copy(&address.sun_path[0], name.size());
+        const int socket_made = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        ASSERT_EQ(bind(socket_made, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+        close(socket_made);
+    }
+
+    std::filesystem::path m_directory;
+};
+
+/// How a system does without unnamed files: which call fails, and with what.
+struct way_t
+{
+    std::string name;
+    std::string call;
+    int error;
+};
+
+int fault_of(const way_t& way, const std::string& call)
+{
+    return call == way.call ? way.error : 0;
+}
+
+/// What holds for every way in which a copy can be made.
+class basekit2_file_ways_test : public basekit2_file_test, public testing::WithParamInterface<way_t>
+{
+protected:
+    bool copy(const std::string& from, const std::string& to) const
+    {
+        return copy_with(from, to, [](const std::string&, int) { return 0; });
+    }
+    bool copy_with(const std::string& from, const std::string& to, const faults_t& more) const
+    {
+        const with_faults faults([&](const std::string& call, int descriptor) {
+            const int error = fault_of(GetParam(), call);
+            return error != 0 ? error : more(call, descriptor);
+        });
+        return basekit2_file_test::copy(from, to);
+    }
+    /// Whole or not at all.
+    void expect_no_partial_copy(const std::string& content, const std::string& to) const
+    {
+        if (std::filesystem::exists(std::filesystem::symlink_status(at(to)))) {
+            EXPECT_TRUE(read_file(to) == content) << "a part of the source";
+            EXPECT_EQ(permissions(to), 0600U);
+        }
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(every_way, basekit2_file_ways_test,
+                         testing::Values(way_t{"as_the_system_does", "", 0},
+                                         way_t{"without_unnamed_files", "open unnamed", EOPNOTSUPP},
+                                         way_t{"without_the_process_directory", "linkat", ENOENT}),
+                         [](const auto& row) { return row.param.name; });
+
+TEST_P(basekit2_file_ways_test, the_copy_has_all_bytes_of_the_source)
+{
+    for (const std::size_t size : {0U, 1U, 65535U, 65536U, 65537U, 1000000U}) {
+        const std::string to = "copy of " + std::to_string(size);
+        write_file("source", content_of(size));
+        EXPECT_TRUE(copy("source", to)) << size;
+        EXPECT_TRUE(read_file(to) == content_of(size)) << size;
+        EXPECT_TRUE(read_file("source") == content_of(size)) << size;
+    }
+}
+
+TEST_P(basekit2_file_ways_test, only_the_destination_is_added)
+{
+    write_file("source", "text");
+    EXPECT_TRUE(copy("source", "copy"));
+    EXPECT_EQ(names(), (std::set<std::string>{"source", "copy"}));
+}
+
+TEST_P(basekit2_file_ways_test, what_is_at_the_destination_stays)
+{
+    write_file("source", "new");
+    write_file("file", "old");
+    write_file("empty", "");
+    make_odd_files();
+    std::filesystem::create_symlink("file", at("link"));
+    const auto before = names();
+    for (const auto& name : before) {
+        const auto kind = std::filesystem::symlink_status(at(name)).type();
+        EXPECT_FALSE(copy("source", name)) << name;
+        EXPECT_EQ(std::filesystem::symlink_status(at(name)).type(), kind) << name;
+    }
+    EXPECT_EQ(names(), before);
+    EXPECT_EQ(read_file("file"), "old");
+    EXPECT_EQ(read_file("empty"), "");
+    EXPECT_EQ(read_file("source"), "new");
+}
+
+TEST_P(basekit2_file_ways_test, only_the_owner_may_read_and_write_the_copy)
+{
+    for (const mode_t mask : {0U, 022U, 077U, 0600U, 0777U}) {
+        for (const mode_t mode : {0777U, 0644U, 0400U, 07777U}) {
+            const std::string name = std::to_string(mask) + "-" + std::to_string(mode);
+            write_file("source " + name, "text");
+            ASSERT_EQ(chmod(at("source " + name).c_str(), mode), 0);
+            const with_umask masked(mask);
+            EXPECT_TRUE(copy("source " + name, name)) << name;
+            EXPECT_EQ(permissions(name), 0600U) << name;
+        }
+    }
+}
+
+TEST_P(basekit2_file_ways_test, short_reads_and_writes_are_gone_on_with)
+{
+    write_file("source", content_of(1000));
+    for (const std::size_t most : {1U, 7U, 999U}) {
+        const std::string to = "copy by " + std::to_string(most);
+        {
+            const with_short_pieces pieces(2 * most, most);
+            EXPECT_TRUE(copy("source", to)) << most;
+        }
+        EXPECT_TRUE(read_file(to) == content_of(1000)) << most;
+    }
+}
+
+TEST_P(basekit2_file_ways_test, a_write_that_writes_nothing_is_a_failure)
+{
+    write_file("source", "text");
+    const with_short_pieces pieces(SIZE_MAX, 0);
+    EXPECT_FALSE(copy("source", "copy"));
+    EXPECT_EQ(names(), std::set<std::string>{"source"});
+}
+
+TEST_P(basekit2_file_ways_test, interruptions_are_gone_on_with)
+{
+    write_file("source", content_of(200000));
+    const std::set<std::string> interrupted = {"open", "open unnamed", "mkostemp", "pread",
+                                               "write"};
+    std::set<std::string> seen;
+    bool now = false;
+    EXPECT_TRUE(copy_with("source", "copy", [&](const std::string& call, int) {
+        if (interrupted.count(call) == 0)
+            return 0;
+        seen.insert(call);
+        now = !now;
+        return now ? EINTR : 0;
+    }));
+    EXPECT_TRUE(read_file("copy") == content_of(200000));
+    EXPECT_EQ(names(), (std::set<std::string>{"source", "copy"}));
+    EXPECT_GE(seen.size(), 4U);
+}
+
+TEST_P(basekit2_file_ways_test, an_error_of_the_system_leaves_nothing_behind)
+{
+    const std::pair<std::string, int> rows[] = {
+        {"open", EACCES}, {"pread", EIO},   {"write", ENOSPC},    {"write", EDQUOT},
+        {"write", EFBIG}, {"write", EIO},   {"fchmod", EPERM},    {"close", ENOSPC},
+        {"link", EPERM},  {"link", EMLINK}, {"mkostemp", ENOSPC},
+    };
+    write_file("source", content_of(200000));
+    for (const auto& row : rows) {
+        bool reached = false;
+        const bool made = copy_with("source", "copy", [&](const std::string& call, int) {
+            reached = reached || call == row.first;
+            return call == row.first ? row.second : 0;
+        });
+        EXPECT_EQ(made, !reached) << row.first << " " << row.second;
+        std::filesystem::remove(at(made ? "copy" : "none"));
+        EXPECT_EQ(names(), std::set<std::string>{"source"}) << row.first << " " << row.second;
+    }
+}
+
+TEST_P(basekit2_file_ways_test, a_disk_that_fills_up_on_the_way_leaves_nothing_behind)
+{
+    write_file("source", content_of(300000));
+    for (int good = 0; good != 4; ++good) {
+        int writes = 0;
+        EXPECT_FALSE(copy_with("source", "copy", [&](const std::string& call, int) {
+            return call == "write" && writes++ >= good ? ENOSPC : 0;
+        })) << good;
+        EXPECT_EQ(names(), std::set<std::string>{"source"}) << good;
+        EXPECT_EQ(writes, good + 1) << "tried again";
+    }
+}
+
+TEST_P(basekit2_file_ways_test, the_process_size_limit_leaves_nothing_behind)
+{
+    write_file("source", content_of(200000));
+    const int status = status_of_child([this] {
+        std::signal(SIGXFSZ, SIG_IGN);
+        const rlimit limit = {100000, 100000};
+        if (setrlimit(RLIMIT_FSIZE, &limit) != 0)
+            return 2;
+        return copy("source", "copy") ? 1 : 0;
+    });
+    EXPECT_TRUE(has_exited_with(status, 0)) << status;
+    EXPECT_EQ(names(), std::set<std::string>{"source"});
+}
+
+TEST_P(basekit2_file_ways_test, killed_before_any_call_it_leaves_no_partial_copy)
+{
+    const std::string content = content_of(200000);
+    write_file("source", content);
+    int kills = 0;
+    for (bool killed = true; killed; ++kills) {
+        std::filesystem::remove(at("copy"));
+        const int status = status_of_child([&] {
+            int calls = 0;
+            return copy_with("source", "copy",
+                             [&](const std::string&, int) {
+                                 return calls++ == kills ? raise(SIGKILL) : 0;
+                             })
+                       ? 0
+                       : 1;
+        });
+        killed = was_killed(status);
+        EXPECT_TRUE(killed || has_exited_with(status, 0)) << status;
+        expect_no_partial_copy(content, "copy");
+    }
+    EXPECT_TRUE(std::filesystem::exists(at("copy")));
+    EXPECT_GE(kills, 12);
+}
+
+TEST_P(basekit2_file_ways_test, killed_at_any_instant_it_leaves_no_partial_copy)
+{
+    const std::string content = content_of(1000000);
+    write_file("source", content);
+    const auto begin = std::chrono::steady_clock::now();
+    ASSERT_TRUE(copy("source", "copy"));
+    const std::chrono::nanoseconds time = std::chrono::steady_clock::now() - begin;
+    const unsigned seed = std::random_device()();
+    SCOPED_TRACE(seed);
+    std::mt19937 random(seed);
+    std::uniform_int_distribution<long> instants(0, 2 * time.count());
+    for (int round = 0; round != 100; ++round) {
+        std::filesystem::remove(at("copy"));
+        const std::chrono::nanoseconds instant(instants(random));
+        const int status = status_of_child(
+            [&] { return kill_this_process_after(instant) && copy("source", "copy") ? 0 : 1; });
+        EXPECT_TRUE(was_killed(status) || has_exited_with(status, 0)) << status;
+        expect_no_partial_copy(content, "copy");
+    }
+}
+
+TEST_P(basekit2_file_ways_test, of_several_at_once_one_makes_the_copy)
+{
+    constexpr std::size_t count = 8;
+    std::vector<char> made(count);
+    for (std::size_t i = 0; i != count; ++i)
+        write_file(std::to_string(i), std::string(100000, static_cast<char>('a' + i)));
+    std::vector<std::thread> threads;
+    const with_faults faults(
+        [](const std::string& call, int) { return fault_of(GetParam(), call); });
+    for (std::size_t i = 0; i != count; ++i) {
+        threads.emplace_back([this, i, &made] {
+            made[i] = static_cast<char>(basekit2_file_test::copy(std::to_string(i), "copy"));
+        });
+    }
+    for (auto& thread : threads)
+        thread.join();
+    ASSERT_EQ(std::count(made.begin(), made.end(), 1), 1);
+    const auto winner = std::find(made.begin(), made.end(), 1) - made.begin();
+    EXPECT_TRUE(read_file("copy") == read_file(std::to_string(winner)));
+    EXPECT_EQ(names().size(), count + 1);
+}
+
+TEST_P(basekit2_file_ways_test, every_descriptor_is_close_on_exec)
+{
+    write_file("source", "text");
+    std::set<std::string> seen;
+    EXPECT_TRUE(copy_with("source", "copy", [&](const std::string& call, int descriptor) {
+        if (descriptor != -1) {
+            seen.insert(call);
+            EXPECT_NE(fcntl(descriptor, F_GETFD) & FD_CLOEXEC, 0) << call;
+        }
+        return 0;
+    }));
+    EXPECT_EQ(seen, (std::set<std::string>{"fchmod", "pread", "write", "close"}));
+}
+
+TEST_P(basekit2_file_ways_test, no_descriptor_stays_open)
+{
+    write_file("source", "text");
+    const auto open_ones = [] {
+        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+    };
+    const auto before = open_ones();
+    EXPECT_TRUE(copy("source", "copy"));
+    EXPECT_FALSE(copy("source", "copy"));
+    EXPECT_FALSE(copy("source", "missing/copy"));
+    EXPECT_FALSE(copy("missing", "other"));
+    EXPECT_EQ(open_ones(), before);
+}
+
+TEST_P(basekit2_file_ways_test, any_name_works_in_the_c_locale)
+{
+    const with_c_locale locale;
+    const std::string rows[] = {"\xC3\xA4\xC3\x9F\xE2\x82\xAC", "\xF0\x9F\x98\x80", "a b\n\\",
+                                std::string(255, 'n')};
+    for (const auto& name : rows) {
+        std::filesystem::create_directory(at("in " + name.substr(0, 9)));
+        const std::string to = "in " + name.substr(0, 9) + "/" + name;
+        write_file(name, name);
+        EXPECT_TRUE(copy(name, to)) << name;
+        EXPECT_EQ(read_file(to), name) << name;
+        EXPECT_TRUE(remove_file(path(to))) << name;
+        EXPECT_FALSE(std::filesystem::exists(at(to))) << name;
+    }
+}
+
+TEST_P(basekit2_file_ways_test, a_bare_name_is_in_the_current_directory)
+{
+    write_file("source", "text");
+    const with_current_directory here(at(""));
+    const with_faults faults([this](const std::string& call, int) {
+        if (call == "link") {
+            EXPECT_EQ(names().size(), 2U) << "the temporary name stands elsewhere";
+        }
+        return fault_of(GetParam(), call);
+    });
+    EXPECT_TRUE(copy_file(L"source", L"copy"));
+    EXPECT_EQ(names(), (std::set<std::string>{"source", "copy"}));
+}
+
+TEST_P(basekit2_file_ways_test, a_destination_that_cannot_be_made_is_a_failure)
+{
+    write_file("source", "text");
+    std::filesystem::create_directory(at("directory"));
+    const std::string rows[] = {"missing/copy",       "source/copy",  "copy/",
+                                "directory/.",        "directory/..", "directory/",
+                                std::string(256, 'n')};
+    for (const auto& to : rows) {
+        EXPECT_FALSE(copy("source", to)) << to;
+        EXPECT_EQ(names(), (std::set<std::string>{"source", "directory"})) << to;
+    }
+}
+
+TEST_F(basekit2_file_test, a_file_without_unnamed_ones_is_copied_whatever_the_error_says)
+{
+    write_file("source", "text");
+    for (const int error : {EOPNOTSUPP, EISDIR, EINVAL, ENOENT, EPERM, ENOSYS}) {
+        for (const auto* const failing : {"open unnamed", "linkat"}) {
+            const std::string to = failing + std::to_string(error);
+            const with_faults faults(
+                [&](const std::string& call, int) { return call == failing ? error : 0; });
+            EXPECT_TRUE(copy("source", to)) << to;
+        }
+    }
+}
+
+TEST_F(basekit2_file_test, a_temporary_name_is_made_only_where_there_are_no_unnamed_files)
+{
+    write_file("source", "text");
+    const int unnamed = open(at("").c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0600);
+    const int expected = unnamed == -1 ? 1 : 0;
+    close(unnamed);
+    int made = 0;
+    const with_faults faults([&](const std::string& call, int) {
+        made += call == "mkostemp" ? 1 : 0;
+        return 0;
+    });
+    EXPECT_TRUE(copy("source", "copy"));
+    EXPECT_EQ(made, expected);
+}
+
+TEST_F(basekit2_file_test, a_destination_that_appears_meanwhile_stays)
+{
+    write_file("source", "new");
+    for (const std::string failing : {"", "open unnamed"}) {
+        const std::string to = "copy " + failing;
+        const with_faults faults([&](const std::string& call, int) {
+            if (call == "link" || call == "linkat")
+                write_file(to, "old");
+            return call == failing ? EOPNOTSUPP : 0;
+        });
+        EXPECT_FALSE(copy("source", to)) << failing;
+        EXPECT_EQ(read_file(to), "old") << failing;
+    }
+}
+
+TEST_F(basekit2_file_test, what_is_no_regular_file_is_not_copied_and_not_waited_for)
+{
+    make_odd_files();
+    std::filesystem::create_symlink("fifo", at("link"));
+    std::filesystem::create_symlink("loop", at("loop"));
+    const auto before = names();
+    for (const auto* const name : {"directory", "dangling", "fifo", "socket", "link", "loop",
+                                   "missing", "fifo/", "/dev/null", "/dev/zero"}) {
+        EXPECT_FALSE(copy(name, "copy")) << name;
+        EXPECT_EQ(names(), before) << name;
+    }
+}
+
+TEST_F(basekit2_file_test, a_fifo_with_a_writer_is_not_copied)
+{
+    make_odd_files();
+    const int both_ends = open(at("fifo").c_str(), O_RDWR | O_CLOEXEC);
+    ASSERT_EQ(write(both_ends, "text", 4), 4);
+    EXPECT_FALSE(copy("fifo", "copy"));
+    close(both_ends);
+    EXPECT_FALSE(std::filesystem::exists(at("copy")));
+}
+
+TEST_F(basekit2_file_test, a_link_to_a_file_is_copied_as_the_file)
+{
+    write_file("source", "text");
+    std::filesystem::create_symlink("source", at("link"));
+    EXPECT_TRUE(copy("link", "copy"));
+    EXPECT_TRUE(std::filesystem::is_regular_file(std::filesystem::symlink_status(at("copy"))));
+    EXPECT_EQ(read_file("copy"), "text");
+}
+
+TEST_F(basekit2_file_test, a_path_that_names_nothing_makes_every_operation_fail)
+{
+    write_file("source", "text");
+    const std::wstring source = path("source").as_string();
+    const std::wstring rows[] = {L""s, L"\0"s, source + L'\0', source + L"\0x"s, L"\0"s + source};
+    const with_current_directory here(at(""));
+    for (const auto& row : rows) {
+        const std::wstring beside = row.empty() ? row : path("copy").as_string() + L'\0' + row;
+        EXPECT_FALSE(copy_file(row, path("copy"))) << testing::PrintToString(row);
+        EXPECT_FALSE(copy_file(source, row)) << testing::PrintToString(row);
+        EXPECT_FALSE(copy_file(source, beside)) << testing::PrintToString(beside);
+        EXPECT_FALSE(remove_file(row)) << testing::PrintToString(row);
+        EXPECT_EQ(names(), std::set<std::string>{"source"}) << testing::PrintToString(row);
+    }
+}
+
+TEST_F(basekit2_file_test, nothing_is_begun_for_a_destination_that_names_nothing)
+{
+    write_file("source", "text");
+    std::vector<std::string> calls;
+    const with_faults faults([&](const std::string& call, int) {
+        calls.push_back(call);
+        return 0;
+    });
+    EXPECT_FALSE(copy_file(path("source"), path_t()));
+    EXPECT_FALSE(copy_file(path("source"), L"copy\0"s));
+    EXPECT_EQ(calls, std::vector<std::string>());
+}
+
+TEST_F(basekit2_file_test, remove_file_removes_a_name_of_any_kind_but_a_directory)
+{
+    write_file("file", "text");
+    make_odd_files();
+    std::filesystem::create_symlink("file", at("link"));
+    std::filesystem::create_symlink("directory", at("directory link"));
+    for (const auto* const name : {"link", "directory link", "dangling", "fifo", "socket"}) {
+        EXPECT_TRUE(remove_file(path(name))) << name;
+    }
+    EXPECT_EQ(names(), (std::set<std::string>{"file", "directory"}));
+    EXPECT_TRUE(remove_file(path("file")));
+    EXPECT_EQ(names(), std::set<std::string>{"directory"});
+}
+
+TEST_F(basekit2_file_test, remove_file_changes_nothing_where_it_answers_false)
+{
+    write_file("file", "text");
+    std::filesystem::create_directory(at("directory"));
+    std::filesystem::create_symlink("directory", at("link"));
+    const auto before = names();
+    for (const auto* const name : {"directory", "directory/", "missing", "missing/file", "file/",
+                                   "file/below", "link/", "."}) {
+        EXPECT_FALSE(remove_file(path(name))) << name;
+        EXPECT_EQ(names(), before) << name;
+    }
+}
+
+} // namespace
