@@ -4,6 +4,7 @@ set(headers
   velmoext1/base_handler.h
   velmoext1/export.h
   velmoext1/message.h
+  velmoext1/messages_storage.h
   velmoext1/progress_message.h
   velmoext1/string_message_serializer.h
   velmoext1/velmo_adapter.h
@@ -11,10 +12,13 @@ set(headers
   velmoext1/velmoext1.h
   velmoext1/version.h)
 if(VELMOEXT1_BUNDLED_HOST)
-  foreach(host velmo2 rova)
+  foreach(host velmo2 rova basekit2)
     list(APPEND header_roots ${PROJECT_SOURCE_DIR}/host/${host}/include)
   endforeach()
   list(APPEND headers
+    basekit2/export.h
+    basekit2/file.h
+    basekit2/path.h
     rova/debug.h
     rova/export.h
     rova/strings.h

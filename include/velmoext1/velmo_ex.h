@@ -55,6 +55,7 @@ public:
     boost::shared_ptr<base_handler_t> pop_handler();
 
 private:
+    friend class messages_storage_impl_t;
     friend class velmo_adapter_t;
 
     typedef std::map<std::wstring, boost::weak_ptr<velmo_ex_t>> registry_t;

@@ -4,6 +4,7 @@
 
 #include <velmoext1/base_handler.h>
 #include <velmoext1/message.h>
+#include <velmoext1/messages_storage.h>
 #include <velmoext1/progress_message.h>
 #include <velmoext1/string_message_serializer.h>
 #include <velmoext1/velmo_adapter.h>

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <basekit2/path.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace velmoext_1_4_8
+{
+
+/// Owns one open file. Only regular files are opened, so that nothing blocks; descriptors do not
+/// outlive an exec.
+class file_descriptor_t
+{
+public:
+    file_descriptor_t() = default;
+    file_descriptor_t(const file_descriptor_t&) = delete;
+    file_descriptor_t& operator=(const file_descriptor_t&) = delete;
+    ~file_descriptor_t();
+
+    /// Closes what is open and opens the path, to read or to write. Answers whether it is open.
+    ///
+    /// Who opens to write has the file alone among those who do so, in this process and others,
+    /// until it is closed or the process ends; readers are not kept out. A missing file is made,
+    /// for its owner only. What stands in it stays until truncate(), so that it can be saved first.
+    bool open(bool is_reading, const basekit2::path_t& path);
+    /// Harmless when nothing is open.
+    void close();
+    /// The system's descriptor, -1 when nothing is open.
+    int get() const { return m_descriptor; }
+
+    /// In bytes; -1 when nothing is open.
+    std::int64_t size() const;
+
+    /// Makes the file empty. False where it refuses, as a write that fails.
+    bool truncate();
+
+    /// Writes all of it. After the first failure nothing more is written until the next open():
+    /// what stands in the file then ends where it broke off. Writing to nothing open fails.
+    void write(const char* bytes, std::size_t count);
+    /// Whether truncate() or write() failed since the last open().
+    bool has_failed() const { return m_has_failed; }
+
+    /// Replaces the text by that many bytes from the position on; by fewer where the file ends or
+    /// refuses.
+    void read(std::int64_t position, std::size_t count, std::string& text) const;
+
+private:
+    int m_descriptor = -1;
+    bool m_has_failed = false;
+};
+
+} // namespace velmoext_1_4_8

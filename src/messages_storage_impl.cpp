@@ -1,0 +1,207 @@
+#include "messages_storage_impl.h"
+
+#include "message_element.h"
+#include "message_format.h"
+#include "xml_library.h"
+
+#include <basekit2/file.h>
+#include <rova/strings.h>
+
+#include <climits>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <string>
+#include <utility>
+
+namespace velmoext_1_4_8
+{
+namespace
+{
+
+using ROVA_2_18::strings::utf16_to_utf8;
+
+// The flags of a message that is worth recording.
+const int recorded_flags = 3;
+
+// libxml2 takes no more at once, so that a longer log could not be carried over.
+const std::int64_t longest_log = INT_MAX;
+
+std::string utf8_name(const basekit2::path_t& path)
+{
+    return utf16_to_utf8(path.as_string(false));
+}
+
+// libxml2 prints the failure of a write, so it hears of none; the descriptor remembers it.
+int write_to_file(void* file, const char* bytes, int count)
+{
+    static_cast<file_descriptor_t*>(file)->write(bytes, static_cast<std::size_t>(count));
+    return count;
+}
+
+// The writer knows the descriptor's owner, never its number: that can belong to another file once
+// this one is closed.
+xml_writer_t create_writer(file_descriptor_t& file)
+{
+    initialize_xml_library();
+    xmlOutputBufferPtr buffer = xmlOutputBufferCreateIO(write_to_file, nullptr, &file, nullptr);
+    xml_writer_t writer(buffer ? xmlNewTextWriter(buffer) : nullptr);
+    if (buffer && !writer)
+        xmlOutputBufferClose(buffer);
+    return writer;
+}
+
+enum class copy_t
+{
+    missing,
+    left_behind, ///< by a process of this user that was killed; the whole old log
+    foreign
+};
+
+copy_t look_at_copy(const basekit2::path_t& temporary)
+{
+    struct stat status = {};
+    if (lstat(utf8_name(temporary).c_str(), &status) != 0)
+        return copy_t::missing;
+    return S_ISREG(status.st_mode) && status.st_uid == geteuid() ? copy_t::left_behind
+                                                                 : copy_t::foreign;
+}
+
+void remove_own(const basekit2::path_t& copy, bool is_own_copy)
+{
+    if (is_own_copy)
+        basekit2::remove_file(copy);
+}
+
+} // namespace
+
+messages_storage_impl_t::messages_storage_impl_t(const basekit2::path_t& path)
+    : m_path(path), m_replay_reader(utf8_name(path))
+{}
+
+messages_storage_impl_t::~messages_storage_impl_t()
+{
+    stop_recording();
+}
+
+bool messages_storage_impl_t::on_message(boost::shared_ptr<velmo_ex_t> /*ex*/,
+                                         boost::shared_ptr<message_t> msg)
+{
+    if (msg && m_writer && (msg->get_flags() & recorded_flags) != 0)
+        write_message_element(std::move(msg), m_writer.get());
+    return false;
+}
+
+bool messages_storage_impl_t::start_recording()
+{
+    if (m_writer)
+        return true;
+    const basekit2::path_t copy = temporary_path();
+    // Asked before the log is opened, which could make one, and again when nobody else can record.
+    if (look_at_copy(copy) == copy_t::foreign || !m_write_file.open(false, m_path))
+        return false;
+    const copy_t found = look_at_copy(copy);
+    if (found == copy_t::foreign || m_write_file.size() > longest_log) {
+        m_write_file.close();
+        return false;
+    }
+    const bool is_own_copy = found == copy_t::missing && basekit2::copy_file(m_path, copy);
+    if (!m_write_file.truncate() || !begin_log()) {
+        remove_own(copy, is_own_copy);
+        m_write_file.close();
+        return false;
+    }
+    return look_at_copy(copy) == copy_t::missing || carry_over(copy, is_own_copy);
+}
+
+bool messages_storage_impl_t::stop_recording()
+{
+    if (!m_writer)
+        return true;
+    xmlTextWriterEndElement(m_writer.get());
+    xmlTextWriterEndDocument(m_writer.get());
+    m_writer.reset();
+    m_write_file.close();
+    return true;
+}
+
+bool messages_storage_impl_t::start_reading()
+{
+    return m_read_file.open(true, m_path);
+}
+
+bool messages_storage_impl_t::replay(boost::shared_ptr<velmo_ex_t> ex)
+{
+    if (m_writer || m_read_file.get() == -1)
+        return false;
+    m_replay_reader.set_callback(
+        [&ex](boost::shared_ptr<message_t> msg) { ex->dispatch_message(std::move(msg)); });
+    return m_replay_reader.parse();
+}
+
+void messages_storage_impl_t::stop_reading()
+{
+    m_read_file.close();
+}
+
+basekit2::path_t messages_storage_impl_t::temporary_path() const
+{
+    basekit2::path_t path(m_path.get_branch());
+    path.append(basekit2::path_t(m_path.get_leaf() + L".tmp"));
+    return path;
+}
+
+// Where the element cannot be begun the writer stays: the storage then counts as recording, and
+// what is recorded goes nowhere, until it is stopped.
+bool messages_storage_impl_t::begin_log()
+{
+    m_writer = create_writer(m_write_file);
+    if (!m_writer)
+        return false;
+    xmlTextWriterSetIndent(m_writer.get(), 1);
+    xmlTextWriterStartDocument(m_writer.get(), nullptr, "UTF-8", nullptr);
+    return xmlTextWriterStartElement(m_writer.get(), to_xml(message_format::log)) >= 0;
+}
+
+bool messages_storage_impl_t::carry_over(const basekit2::path_t& copy, bool is_own_copy)
+{
+    file_descriptor_t readable;
+    if (!readable.open(true, copy)) {
+        remove_own(copy, is_own_copy);
+        m_write_file.close();
+        return false;
+    }
+    if (!write_messages_of(copy, readable.size())) {
+        abandon_log();
+        return false;
+    }
+    basekit2::remove_file(copy);
+    return true;
+}
+
+// Only what has left the writer's buffer survives the end of the process, and only then may the
+// copy go.
+bool messages_storage_impl_t::write_messages_of(const basekit2::path_t& copy, std::int64_t size)
+{
+    try {
+        log_file_reader reader(utf8_name(copy));
+        reader.set_callback([this](boost::shared_ptr<message_t> msg) {
+            write_message_element(std::move(msg), m_writer.get());
+        });
+        reader.parse();
+        xmlTextWriterFlush(m_writer.get());
+        return reader.position() == size && !m_write_file.has_failed();
+    } catch (...) {
+        abandon_log();
+        throw;
+    }
+}
+
+// The file is closed first, so that nothing of the writer's buffer reaches it.
+void messages_storage_impl_t::abandon_log()
+{
+    m_write_file.close();
+    m_writer.reset();
+}
+
+} // namespace velmoext_1_4_8

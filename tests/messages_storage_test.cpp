@@ -1,0 +1,599 @@
+#include <velmoext1/messages_storage.h>
+
+#include "storage_support.h"
+
+#include <clocale>
+#include <csignal>
+#include <fcntl.h>
+#include <stdexcept>
+#include <sys/file.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace velmoext_1_4_8;
+
+namespace
+{
+
+class messages_storage_test : public storage_test_t
+{
+protected:
+    std::string log() const { return m_folder.read("log.xml"); }
+    bool has_copy() const { return m_folder.has("log.xml.tmp"); }
+
+    boost::shared_ptr<velmo_ex_t> m_ex =
+        velmo_ex_t::get(velmo_ex_t::generate_id(L"messages_storage_test."), L"");
+};
+
+std::string log_of(const std::string& messages)
+{
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<log>\n" + messages + "</log>\n";
+}
+
+std::string message_of(const std::string& type)
+{
+    return " <msg>\n  <type>" + type + "</type>\n  <severity>INFO</severity>\n </msg>\n";
+}
+
+} // namespace
+
+// ---- one storage per path
+
+TEST_F(messages_storage_test, the_same_path_gives_the_same_storage_while_it_lives)
+{
+    const storage_ptr storage = get();
+    EXPECT_EQ(get(), storage);
+    EXPECT_NE(get("other.xml"), storage);
+}
+
+TEST_F(messages_storage_test, a_path_whose_storage_is_gone_gives_a_new_one)
+{
+    storage_ptr storage = get();
+    const boost::weak_ptr<messages_storage_t> watched = storage;
+    storage.reset();
+    EXPECT_TRUE(watched.expired());
+    EXPECT_TRUE(get());
+}
+
+TEST_F(messages_storage_test, getting_a_storage_touches_no_file)
+{
+    const storage_ptr storage = get();
+    EXPECT_FALSE(m_folder.has("log.xml"));
+}
+
+// ---- recording
+
+TEST_F(messages_storage_test, a_new_log_without_messages_is_an_empty_root)
+{
+    record_all(L"");
+    EXPECT_EQ(log(), empty_log);
+    EXPECT_FALSE(has_copy());
+}
+
+TEST_F(messages_storage_test, messages_are_written_in_their_order)
+{
+    record_all(L"ab");
+    EXPECT_EQ(log(), log_of(message_of("a") + message_of("b")));
+}
+
+TEST_F(messages_storage_test, a_log_is_its_owners_alone)
+{
+    record_all(L"a");
+    struct stat status = {};
+    ASSERT_EQ(stat(m_folder.name("log.xml").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777U, 0600U);
+}
+
+TEST_F(messages_storage_test, a_second_start_changes_nothing)
+{
+    const storage_ptr storage = get();
+    EXPECT_TRUE(storage->start_recording());
+    record(storage, L"a");
+    EXPECT_TRUE(storage->start_recording());
+    record(storage, L"b");
+    storage->stop_recording();
+    EXPECT_EQ(types_in(), L"a;b;");
+}
+
+TEST_F(messages_storage_test, stopping_without_a_recording_is_harmless)
+{
+    EXPECT_TRUE(get()->stop_recording());
+    EXPECT_FALSE(m_folder.has("log.xml"));
+}
+
+TEST_F(messages_storage_test, a_second_recording_goes_on_in_the_same_log)
+{
+    record_all(L"ab");
+    record_all(L"cd");
+    EXPECT_EQ(log(), log_of(message_of("a") + message_of("b") + message_of("c") + message_of("d")));
+    EXPECT_FALSE(has_copy());
+}
+
+TEST_F(messages_storage_test, one_storage_records_again_after_a_stop)
+{
+    const storage_ptr storage = get();
+    for (const wchar_t* type : {L"a", L"b", L"c"}) {
+        EXPECT_TRUE(storage->start_recording());
+        record(storage, type);
+        EXPECT_TRUE(storage->stop_recording());
+    }
+    EXPECT_EQ(types_in(), L"a;b;c;");
+}
+
+TEST_F(messages_storage_test, only_flagged_messages_are_written)
+{
+    const storage_ptr storage = get();
+    storage->start_recording();
+    for (const int flags : {0, 1, 2, 3, 4, 5, 6, 7, 8, 16, -1, -4})
+        record(storage, std::to_wstring(flags), flags);
+    storage->stop_recording();
+    EXPECT_EQ(types_in(), L"1;2;3;5;6;7;-1;");
+}
+
+TEST_F(messages_storage_test, carried_over_messages_need_no_flag)
+{
+    record_all(L"a"); // its flags do not stand in the log
+    record_all(L"");
+    EXPECT_EQ(types_in(), L"a;");
+}
+
+TEST_F(messages_storage_test, no_message_is_consumed)
+{
+    const storage_ptr storage = get();
+    const boost::shared_ptr<velmo_ex_t> ex;
+    EXPECT_FALSE(storage->on_message(ex, make_flagged(L"a")));
+    EXPECT_FALSE(storage->on_message(ex, message_ptr()));
+    storage->start_recording();
+    EXPECT_FALSE(storage->on_message(ex, make_flagged(L"a")));
+    EXPECT_FALSE(storage->on_message(ex, message_ptr()));
+    EXPECT_FALSE(storage->on_message(ex, boost::make_shared<progress_message_t>()));
+}
+
+TEST_F(messages_storage_test, messages_without_a_recording_are_not_kept)
+{
+    const storage_ptr storage = get();
+    record(storage, L"a");
+    storage->start_recording();
+    storage->stop_recording();
+    record(storage, L"b");
+    EXPECT_EQ(log(), empty_log);
+}
+
+TEST_F(messages_storage_test, the_last_owner_closes_the_log)
+{
+    storage_ptr storage = get();
+    storage->start_recording();
+    record(storage, L"a");
+    storage.reset();
+    EXPECT_EQ(log(), log_of(message_of("a")));
+}
+
+TEST_F(messages_storage_test, a_storage_on_a_stack_records_and_passes_on)
+{
+    const storage_ptr storage = get();
+    const auto below = boost::make_shared<recording_handler_t>();
+    m_ex->push_handler(below);
+    m_ex->push_handler(storage);
+    storage->start_recording();
+    const message_ptr message = make_flagged(L"a");
+    say_to(m_ex, string_message_serializer_t::message_to_xml_string(message));
+    say_to(m_ex, L"no message");
+    EXPECT_EQ(below->messages().size(), 2U);
+    storage->stop_recording();
+    EXPECT_EQ(log(), empty_log) << "flags do not cross the channel";
+}
+
+TEST_F(messages_storage_test, any_unicode_name_works_whatever_the_locale)
+{
+    ASSERT_STREQ(std::setlocale(LC_ALL, nullptr), "C");
+    record_all(L"a", "l\xC3\xB6g \xF0\x9F\x98\x80.xml");
+    record_all(L"b", "l\xC3\xB6g \xF0\x9F\x98\x80.xml");
+    EXPECT_EQ(types_in("l\xC3\xB6g \xF0\x9F\x98\x80.xml"), L"a;b;");
+}
+
+TEST_F(messages_storage_test, a_log_without_its_end_still_contributes_its_messages)
+{
+    m_folder.write("log.xml",
+                   "<?xml version=\"1.0\"?>\n<log>\n" + message_of("a") + " <msg>\n  <ty");
+    record_all(L"b");
+    EXPECT_EQ(types_in(), L"a;b;");
+}
+
+TEST_F(messages_storage_test, a_log_that_is_cut_anywhere_contributes_what_is_complete)
+{
+    const std::string first =
+        "<?xml version=\"1.0\"?>\n<log>\n <msg a='1'>\n  <type>a</type>\n </msg>";
+    const std::string second = first + "\n <msg>\n  <type>b</type>\n </msg>";
+    const std::string whole = second + "\n</log>\n";
+    for (std::size_t size = 0; size <= whole.size(); ++size) {
+        m_folder.write("log.xml", whole.substr(0, size));
+        record_all(L"c");
+        EXPECT_EQ(types_in(), size < first.size()    ? L"c;"
+                              : size < second.size() ? L"a;c;"
+                                                     : L"a;b;c;")
+            << size;
+    }
+}
+
+TEST_F(messages_storage_test, damage_in_the_middle_ends_what_is_carried_over)
+{
+    m_folder.write("log.xml", log_of(message_of("a") + " <msg></mag>\n" + message_of("b")));
+    record_all(L"c");
+    EXPECT_EQ(types_in(), L"a;c;");
+    EXPECT_FALSE(has_copy());
+}
+
+TEST_F(messages_storage_test, what_is_no_log_is_replaced)
+{
+    m_folder.write("log.xml", "plain text");
+    record_all(L"a");
+    EXPECT_EQ(log(), log_of(message_of("a")));
+}
+
+// ---- who may record
+
+TEST_F(messages_storage_test, a_storage_of_another_spelling_cannot_record_at_the_same_time)
+{
+    record_all(L"a");
+    ASSERT_EQ(symlink(m_folder.name("log.xml").c_str(), m_folder.name("link.xml").c_str()), 0);
+    const storage_ptr first = get();
+    const storage_ptr second = get("link.xml");
+    ASSERT_TRUE(first->start_recording());
+    EXPECT_FALSE(second->start_recording());
+    record(second, L"x");
+    record(first, L"b");
+    first->stop_recording();
+    EXPECT_EQ(types_in(), L"a;b;");
+    EXPECT_FALSE(m_folder.has("link.xml.tmp"));
+    EXPECT_TRUE(second->start_recording());
+}
+
+TEST_F(messages_storage_test, a_log_that_another_process_holds_is_left_alone)
+{
+    record_all(L"a");
+    const std::string before = log();
+    const int other = open(m_folder.name("log.xml").c_str(), O_RDWR | O_CLOEXEC);
+    ASSERT_EQ(flock(other, LOCK_EX), 0);
+    EXPECT_FALSE(get()->start_recording());
+    EXPECT_EQ(log(), before);
+    EXPECT_FALSE(has_copy());
+    close(other);
+    record_all(L"b");
+    EXPECT_EQ(types_in(), L"a;b;");
+}
+
+TEST_F(messages_storage_test, a_reader_that_closes_the_log_leaves_the_lock_in_place)
+{
+    const storage_ptr recorder = get();
+    ASSERT_TRUE(recorder->start_recording());
+    m_folder.read("log.xml");
+    const storage_ptr reader = get("./log.xml");
+    EXPECT_TRUE(reader->start_reading());
+    reader->stop_reading();
+    EXPECT_FALSE(reader->start_recording());
+}
+
+TEST_F(messages_storage_test, recording_starts_while_the_log_is_read)
+{
+    record_all(L"a");
+    const storage_ptr storage = get();
+    ASSERT_TRUE(storage->start_reading());
+    EXPECT_TRUE(storage->start_recording());
+    storage->stop_recording();
+    EXPECT_EQ(types_in(), L"a;");
+}
+
+TEST_F(messages_storage_test, a_program_that_is_started_meanwhile_does_not_get_the_log)
+{
+    const storage_ptr storage = get();
+    ASSERT_TRUE(storage->start_recording());
+    ASSERT_TRUE(storage->start_reading());
+    const std::string command =
+        "for fd in /proc/self/fd/*; do readlink $fd; done | grep -q " + m_folder.name("log.xml");
+    EXPECT_NE(std::system(command.c_str()), 0); // NOLINT(cert-env33-c): a program is the subject
+}
+
+// ---- copies that were left behind
+
+TEST_F(messages_storage_test, a_copy_that_was_left_behind_is_carried_over)
+{
+    m_folder.write("log.xml.tmp", log_of(message_of("a") + message_of("b")));
+    m_folder.write("log.xml", log_of(message_of("a")));
+    record_all(L"c");
+    EXPECT_EQ(types_in(), L"a;b;c;");
+    EXPECT_FALSE(has_copy());
+}
+
+TEST_F(messages_storage_test, a_copy_that_was_left_behind_without_its_log_is_carried_over)
+{
+    m_folder.write("log.xml.tmp", log_of(message_of("a")));
+    record_all(L"b");
+    EXPECT_EQ(types_in(), L"a;b;");
+}
+
+TEST_F(messages_storage_test, what_is_no_file_in_the_place_of_the_copy_is_left_alone)
+{
+    record_all(L"a");
+    const std::string before = log();
+    ASSERT_EQ(mkdir(m_folder.name("log.xml.tmp").c_str(), 0700), 0);
+    EXPECT_FALSE(get()->start_recording());
+    EXPECT_TRUE(has_copy());
+    EXPECT_EQ(log(), before);
+}
+
+TEST_F(messages_storage_test, a_link_in_the_place_of_the_copy_is_left_alone)
+{
+    m_folder.write("precious", "text");
+    ASSERT_EQ(symlink(m_folder.name("precious").c_str(), m_folder.name("log.xml.tmp").c_str()), 0);
+    EXPECT_FALSE(get()->start_recording());
+    EXPECT_EQ(m_folder.read("precious"), "text");
+    EXPECT_TRUE(has_copy());
+    EXPECT_FALSE(m_folder.has("log.xml"));
+}
+
+TEST_F(messages_storage_test, a_file_of_somebody_else_in_the_place_of_the_copy_is_left_alone)
+{
+    if (geteuid() != 0)
+        return; // only root can make such a file
+    m_folder.write("log.xml.tmp", log_of(message_of("x")));
+    ASSERT_EQ(chmod(m_folder.name("log.xml.tmp").c_str(), 0666), 0);
+    ASSERT_EQ(chown(m_folder.name("log.xml.tmp").c_str(), 12345, static_cast<gid_t>(-1)), 0);
+    EXPECT_FALSE(get()->start_recording());
+    EXPECT_TRUE(has_copy());
+    EXPECT_FALSE(m_folder.has("log.xml"));
+}
+
+// ---- odd files
+
+TEST_F(messages_storage_test, what_is_no_regular_file_is_refused_at_once)
+{
+    ASSERT_EQ(mkdir(m_folder.name("directory").c_str(), 0700), 0);
+    ASSERT_EQ(mkfifo(m_folder.name("fifo").c_str(), 0600), 0);
+    const int listener = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    m_folder.name("socket").copy(address.sun_path, sizeof(address.sun_path) - 1);
+    ASSERT_EQ(bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof(address)), 0);
+    ASSERT_EQ(symlink("/dev/null", m_folder.name("device").c_str()), 0);
+    for (const char* leaf : {"directory", "fifo", "socket", "device"}) {
+        EXPECT_FALSE(get(leaf)->start_recording()) << leaf;
+        EXPECT_FALSE(get(leaf)->start_reading()) << leaf;
+        EXPECT_FALSE(get(leaf)->replay(m_ex)) << leaf;
+    }
+    close(listener);
+}
+
+TEST_F(messages_storage_test, a_fifo_that_somebody_reads_is_refused_too)
+{
+    ASSERT_EQ(mkfifo(m_folder.name("fifo").c_str(), 0600), 0);
+    const int reader = open(m_folder.name("fifo").c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    EXPECT_FALSE(get("fifo")->start_recording());
+    close(reader);
+}
+
+TEST_F(messages_storage_test, a_path_with_a_zero_inside_is_refused)
+{
+    const std::wstring name = m_folder.wide_name("log.xml") + units({0}) + L"x";
+    const storage_ptr storage = messages_storage_t::get(basekit2::path_t(name));
+    EXPECT_FALSE(storage->start_recording());
+    EXPECT_FALSE(storage->start_reading());
+    EXPECT_FALSE(m_folder.has("log.xml"));
+}
+
+TEST_F(messages_storage_test, an_empty_path_and_a_missing_folder_are_refused)
+{
+    EXPECT_FALSE(messages_storage_t::get(basekit2::path_t())->start_recording());
+    EXPECT_FALSE(messages_storage_t::get(basekit2::path_t())->start_reading());
+    EXPECT_FALSE(get("missing/log.xml")->start_recording());
+}
+
+TEST_F(messages_storage_test, a_log_that_is_too_long_is_left_alone)
+{
+    m_folder.write("log.xml", log_of(message_of("a")));
+    ASSERT_EQ(truncate(m_folder.name("log.xml").c_str(), (1LL << 31) + 10), 0);
+    const storage_ptr storage = get();
+    EXPECT_FALSE(storage->start_recording());
+    EXPECT_FALSE(has_copy());
+    EXPECT_EQ(std::filesystem::file_size(m_folder.name("log.xml")), (1ULL << 31) + 10);
+    ASSERT_TRUE(storage->start_reading());
+    EXPECT_FALSE(storage->replay(m_ex));
+    m_folder.write("log.xml", log_of(message_of("a")));
+    EXPECT_EQ(replay(storage), L"a;") << "the position stayed where it was";
+}
+
+// ---- reading
+
+TEST_F(messages_storage_test, a_replay_delivers_the_log_in_its_order)
+{
+    record_all(L"abc");
+    const auto handler = boost::make_shared<recording_handler_t>();
+    m_ex->push_handler(handler);
+    const storage_ptr storage = get();
+    EXPECT_TRUE(storage->start_reading());
+    EXPECT_TRUE(storage->replay(m_ex));
+    ASSERT_EQ(handler->messages().size(), 3U);
+    EXPECT_EQ(handler->messages().at(0)->get_type(), L"a");
+    EXPECT_EQ(handler->messages().at(1)->get_type(), L"b");
+    EXPECT_EQ(handler->messages().at(2)->get_type(), L"c");
+    EXPECT_EQ(handler->exs().front(), m_ex.get());
+}
+
+TEST_F(messages_storage_test, a_replay_needs_a_started_reading)
+{
+    record_all(L"a");
+    const storage_ptr storage = get();
+    EXPECT_FALSE(storage->replay(m_ex));
+    EXPECT_TRUE(storage->start_reading());
+    storage->stop_reading();
+    EXPECT_FALSE(storage->replay(m_ex));
+    EXPECT_EQ(replay(storage), L"a;") << "nothing was read by the refused ones";
+}
+
+TEST_F(messages_storage_test, a_storage_that_records_does_not_replay)
+{
+    record_all(L"a");
+    const storage_ptr storage = get();
+    storage->start_recording();
+    EXPECT_TRUE(storage->start_reading());
+    EXPECT_FALSE(storage->replay(m_ex));
+    storage->stop_recording();
+    EXPECT_TRUE(storage->replay(m_ex));
+}
+
+TEST_F(messages_storage_test, a_missing_log_cannot_be_read)
+{
+    const storage_ptr storage = get();
+    EXPECT_FALSE(storage->start_reading());
+    EXPECT_FALSE(storage->replay(m_ex));
+    EXPECT_FALSE(m_folder.has("log.xml"));
+}
+
+TEST_F(messages_storage_test, a_log_that_vanished_cannot_be_replayed)
+{
+    record_all(L"a");
+    const storage_ptr storage = get();
+    EXPECT_TRUE(storage->start_reading());
+    std::filesystem::remove(m_folder.name("log.xml"));
+    EXPECT_FALSE(storage->replay(m_ex));
+    EXPECT_FALSE(storage->start_reading());
+}
+
+TEST_F(messages_storage_test, stopping_a_reading_that_was_not_started_is_harmless)
+{
+    get()->stop_reading();
+    EXPECT_FALSE(get()->replay(m_ex));
+}
+
+TEST_F(messages_storage_test, a_second_replay_of_an_unchanged_log_delivers_nothing)
+{
+    record_all(L"a");
+    const storage_ptr storage = get();
+    ASSERT_TRUE(storage->start_reading());
+    EXPECT_TRUE(storage->replay(m_ex));
+    EXPECT_FALSE(storage->replay(m_ex));
+    storage->stop_reading();
+    EXPECT_EQ(replay(storage), L"");
+}
+
+TEST_F(messages_storage_test, a_later_replay_delivers_what_was_appended)
+{
+    const std::string start = "<log>\n" + message_of("a");
+    m_folder.write("log.xml", start);
+    const storage_ptr storage = get();
+    EXPECT_EQ(replay(storage), L"a;");
+    m_folder.write("log.xml", start + message_of("b"));
+    EXPECT_EQ(replay(storage), L"b;");
+}
+
+TEST_F(messages_storage_test, a_log_that_became_shorter_is_not_replayed)
+{
+    record_all(L"ab");
+    const storage_ptr storage = get();
+    EXPECT_EQ(replay(storage), L"a;b;");
+    m_folder.write("log.xml", log_of(message_of("c")));
+    ASSERT_TRUE(storage->start_reading());
+    EXPECT_FALSE(storage->replay(m_ex));
+}
+
+TEST_F(messages_storage_test, a_message_that_a_handler_consumes_does_not_end_the_replay)
+{
+    record_all(L"ab");
+    const auto below = boost::make_shared<recording_handler_t>();
+    const auto above = boost::make_shared<recording_handler_t>(true);
+    m_ex->push_handler(below);
+    m_ex->push_handler(above);
+    const storage_ptr storage = get();
+    storage->start_reading();
+    EXPECT_TRUE(storage->replay(m_ex));
+    EXPECT_EQ(above->messages().size(), 2U);
+    EXPECT_TRUE(below->messages().empty());
+}
+
+TEST_F(messages_storage_test, a_log_that_is_cut_within_a_message_replays_what_is_complete)
+{
+    m_folder.write("log.xml", "<log>\n" + message_of("a") + " <msg>\n  <type>b</type>");
+    const storage_ptr storage = get();
+    ASSERT_TRUE(storage->start_reading());
+    const auto handler = boost::make_shared<recording_handler_t>();
+    m_ex->push_handler(handler);
+    EXPECT_TRUE(storage->replay(m_ex));
+    EXPECT_EQ(handler->messages().size(), 1U);
+}
+
+TEST_F(messages_storage_test, a_log_without_a_single_tag_answers_false)
+{
+    m_folder.write("log.xml", "plain text");
+    const storage_ptr storage = get();
+    ASSERT_TRUE(storage->start_reading());
+    EXPECT_FALSE(storage->replay(m_ex));
+}
+
+TEST_F(messages_storage_test, several_roots_are_read_up_to_the_second)
+{
+    m_folder.write("log.xml",
+                   "<log>" + message_of("a") + "</log><log>" + message_of("b") + "</log>");
+    EXPECT_EQ(replay(get()), L"a;");
+}
+
+TEST_F(messages_storage_test, what_a_handler_throws_leaves_the_replay_and_the_storage_works_on)
+{
+    struct throwing_handler_t : base_handler_t
+    {
+        using base_handler_t::on_message;
+        bool on_message(boost::shared_ptr<velmo_ex_t> /*ex*/, message_ptr /*msg*/) override
+        {
+            throw std::runtime_error("handler");
+        }
+    };
+    record_all(L"ab");
+    const storage_ptr storage = get();
+    storage->start_reading();
+    m_ex->push_handler(boost::make_shared<throwing_handler_t>());
+    EXPECT_THROW(storage->replay(m_ex), std::runtime_error);
+    EXPECT_FALSE(storage->replay(m_ex)) << "the text counts as read";
+    EXPECT_TRUE(storage->start_recording());
+    EXPECT_TRUE(storage->stop_recording());
+    EXPECT_EQ(types_in(), L"a;b;");
+}
+
+TEST_F(messages_storage_test, a_storage_may_be_replayed_into_a_stack_where_another_records)
+{
+    record_all(L"ab");
+    const storage_ptr copy = get("copy.xml");
+    ASSERT_TRUE(copy->start_recording());
+    struct flagging_handler_t : base_handler_t
+    {
+        using base_handler_t::on_message;
+        bool on_message(boost::shared_ptr<velmo_ex_t> /*ex*/, message_ptr msg) override
+        {
+            msg->set_flags(1);
+            return false;
+        }
+    };
+    m_ex->push_handler(copy);
+    m_ex->push_handler(boost::make_shared<flagging_handler_t>());
+    const storage_ptr storage = get();
+    storage->start_reading();
+    EXPECT_TRUE(storage->replay(m_ex));
+    copy->stop_recording();
+    EXPECT_EQ(m_folder.read("copy.xml"), log());
+}
+
+TEST_F(messages_storage_test, the_last_message_of_a_long_log_is_read_whatever_its_size)
+{
+    for (const std::size_t size : {10U, 400U, 600U, 5000U, 1000000U}) {
+        std::string messages;
+        while (messages.size() < 12000000)
+            messages += message_of(std::string(100000, 'x'));
+        const std::string last =
+            " <msg tool=\"" + std::string(size, 'x') + "\">\n  <type>last</type>\n </msg>\n";
+        m_folder.write("long.xml", log_of(messages + last));
+        const std::wstring types = replay(get("long.xml"));
+        EXPECT_EQ(types.substr(types.size() - 5), L"last;") << size;
+        std::filesystem::remove(m_folder.name("long.xml"));
+    }
+}

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <rova/strings.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+/// A folder of one test's own; goes with all that is in it.
+class scratch_folder_t
+{
+public:
+    scratch_folder_t()
+    {
+        std::string name = (std::filesystem::temp_directory_path() / "velmoext1.XXXXXX").string();
+        m_path = mkdtemp(name.data());
+    }
+    ~scratch_folder_t()
+    {
+        std::error_code ignored;
+        std::filesystem::remove_all(m_path, ignored);
+    }
+    scratch_folder_t(const scratch_folder_t&) = delete;
+    scratch_folder_t& operator=(const scratch_folder_t&) = delete;
+
+    std::string name(const std::string& leaf) const { return m_path + "/" + leaf; }
+    std::wstring wide_name(const std::string& leaf) const
+    {
+        return ROVA_2_18::strings::utf8_to_utf16(name(leaf));
+    }
+
+    bool has(const std::string& leaf) const
+    {
+        return std::filesystem::exists(std::filesystem::symlink_status(name(leaf)));
+    }
+
+    std::string read(const std::string& leaf) const
+    {
+        std::ifstream file(name(leaf), std::ios::binary);
+        return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+    }
+
+    void write(const std::string& leaf, const std::string& bytes) const
+    {
+        std::ofstream(name(leaf), std::ios::binary) << bytes;
+    }
+
+private:
+    std::string m_path;
+};

@@ -1,0 +1,75 @@
+#pragma once
+
+#include "scratch_folder.h"
+#include "support.h"
+
+#include <velmoext1/messages_storage.h>
+
+#include <gtest/gtest.h>
+
+namespace velmoext_1_4_8
+{
+
+typedef boost::shared_ptr<messages_storage_t> storage_ptr;
+
+/// The declaration and the root of an empty log, as they are written.
+inline const std::string empty_log = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<log/>\n";
+
+inline message_ptr make_flagged(const std::wstring& type, int flags = 1)
+{
+    const message_ptr message = make_message(type, message_t::info);
+    message->set_flags(flags);
+    return message;
+}
+
+/// A scratch folder with a log in it.
+class storage_test_t : public testing::Test
+{
+protected:
+    storage_ptr get(const std::string& leaf = "log.xml") const
+    {
+        return messages_storage_t::get(basekit2::path_t(m_folder.wide_name(leaf)));
+    }
+
+    static void record(const storage_ptr& storage, const std::wstring& type, int flags = 1)
+    {
+        EXPECT_FALSE(
+            storage->on_message(boost::shared_ptr<velmo_ex_t>(), make_flagged(type, flags)));
+    }
+
+    /// Records the types, one letter each, in a recording of its own.
+    void record_all(const std::wstring& types, const std::string& leaf = "log.xml") const
+    {
+        const storage_ptr storage = get(leaf);
+        ASSERT_TRUE(storage->start_recording());
+        for (const wchar_t type : types)
+            record(storage, std::wstring(1, type));
+        ASSERT_TRUE(storage->stop_recording());
+    }
+
+    /// The types of the messages that a replay delivers, each followed by a semicolon.
+    static std::wstring replay(const storage_ptr& storage)
+    {
+        const auto ex = velmo_ex_t::get(velmo_ex_t::generate_id(L"storage_test."), L"");
+        const auto handler = boost::make_shared<recording_handler_t>();
+        ex->push_handler(handler);
+        storage->start_reading();
+        storage->replay(ex);
+        storage->stop_reading();
+        std::wstring types;
+        for (const message_ptr& message : handler->messages())
+            types += message->get_type() + L";";
+        return types;
+    }
+
+    /// The same of a whole log.
+    std::wstring types_in(const std::string& leaf = "log.xml") const
+    {
+        m_folder.write("copy to read", m_folder.read(leaf));
+        return replay(get("copy to read"));
+    }
+
+    scratch_folder_t m_folder;
+};
+
+} // namespace velmoext_1_4_8
