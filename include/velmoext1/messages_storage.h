@@ -54,8 +54,10 @@ public:
     /// - the copy left for a later start: where not all old messages could be written, as on a full
     ///   disk.
     ///
-    /// Where no memory is left for a writer it is false too, and the old messages are lost; the
-    /// storage then counts as recording or not, and stop_recording() makes it idle.
+    /// The old messages are lost in two cases: where no copy of the log can be made, as in a folder
+    /// that refuses it or on a full disk, recording starts all the same and with an empty log; and
+    /// where libxml2 has no memory for a writer the answer is false, with the storage counting as
+    /// recording or not until stop_recording() makes it idle.
     virtual bool start_recording();
 
     /// Closes the log. Always true, also where no recording is on or the file refused a part of it.
@@ -66,7 +68,9 @@ public:
     virtual bool start_reading();
 
     /// Delivers the messages of the file to the extension object, in the order of the file, as if
-    /// they were sent anew: all of them the first time, later those that were appended since.
+    /// they were sent anew. The first time it reads the whole file, later only what stands behind
+    /// the place where it stopped, as a document of its own; a recording in between writes the
+    /// file anew, but does not take the place back. A new storage reads from the beginning.
     ///
     /// True when there was something new to read, also where it was damaged: the messages before
     /// the damage have been delivered then. False, with nothing delivered, while recording is on,

@@ -1,0 +1,198 @@
+// Logs as libxml2's breaking of text makes them read. Each file of the folder LOGS comes with
+// - NAME.expected: the messages that its replay delivers; one that elements behind it have changed
+//   after its delivery is followed by what it became;
+// - NAME.carried, where that differs: the same after a recording has carried the log over.
+// Lines that begin with '#' say why.
+
+#include "message_text.h"
+#include "storage_support.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+using namespace velmoext_1_4_8;
+
+namespace
+{
+
+const std::filesystem::path folder(LOGS);
+
+std::vector<std::string> names_of(const std::string& extension)
+{
+    std::vector<std::string> names;
+    std::error_code missing;
+    for (const auto& entry : std::filesystem::directory_iterator(folder, missing))
+        if (entry.path().extension() == extension)
+            names.push_back(entry.path().stem().string());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+bool has(const std::string& leaf)
+{
+    return std::filesystem::exists(folder / leaf);
+}
+
+std::string read(const std::string& leaf)
+{
+    std::ifstream file(folder / leaf, std::ios::binary);
+    EXPECT_TRUE(file) << leaf << " cannot be read";
+    return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+}
+
+std::string read_messages(const std::string& leaf)
+{
+    std::string messages;
+    std::ifstream file(folder / leaf);
+    EXPECT_TRUE(file) << leaf << " cannot be read";
+    for (std::string line; std::getline(file, line);)
+        if (line.compare(0, 1, "#") != 0)
+            messages += line + "\n";
+    return messages;
+}
+
+// Writes down each message when it is delivered, and keeps it.
+class writing_handler_t : public base_handler_t
+{
+public:
+    using base_handler_t::on_message;
+    bool on_message(boost::shared_ptr<velmo_ex_t> /*ex*/, message_ptr msg) override
+    {
+        m_texts.push_back(message_text(*msg, "  ", "\n"));
+        m_messages.push_back(std::move(msg));
+        return false;
+    }
+
+    std::vector<std::string> texts() const
+    {
+        std::vector<std::string> made;
+        for (std::size_t i = 0; i < m_texts.size(); ++i) {
+            const std::string now = message_text(*m_messages[i], "  ", "\n");
+            made.push_back("message\n" + m_texts[i] +
+                           (now == m_texts[i] ? "" : "afterwards\n" + now));
+        }
+        return made;
+    }
+
+    const std::vector<std::string>& texts_at_delivery() const { return m_texts; }
+
+private:
+    std::vector<std::string> m_texts;
+    std::vector<message_ptr> m_messages;
+};
+
+boost::shared_ptr<writing_handler_t> replay_whole(const storage_ptr& storage)
+{
+    const auto ex = velmo_ex_t::get(velmo_ex_t::generate_id(L"log_road_test."), L"");
+    const auto handler = boost::make_shared<writing_handler_t>();
+    ex->push_handler(handler);
+    EXPECT_TRUE(storage->start_reading());
+    storage->replay(ex);
+    return handler;
+}
+
+std::string joined(const std::vector<std::string>& texts)
+{
+    std::string all;
+    for (const std::string& text : texts)
+        all += text;
+    return all;
+}
+
+class log_road_test : public storage_test_t
+{};
+
+class log_road_file_test : public storage_test_t, public testing::WithParamInterface<std::string>
+{
+protected:
+    void copy(const std::string& name) const { m_folder.write("log.xml", read(name + ".xml")); }
+};
+
+} // namespace
+
+TEST_P(log_road_file_test, is_replayed_as_expected)
+{
+    copy(GetParam());
+    EXPECT_EQ(joined(replay_whole(get())->texts()), read_messages(GetParam() + ".expected"));
+}
+
+TEST_P(log_road_file_test, is_replayed_as_expected_after_it_was_carried_over)
+{
+    copy(GetParam());
+    record_all(L"");
+    const bool differs = has(GetParam() + ".carried");
+    EXPECT_EQ(joined(replay_whole(get())->texts()),
+              read_messages(GetParam() + (differs ? ".carried" : ".expected")));
+}
+
+INSTANTIATE_TEST_SUITE_P(log, log_road_file_test, testing::ValuesIn(names_of(".xml")),
+                         [](const auto& name) { return name.param; });
+
+TEST_F(log_road_test, each_file_has_its_partner)
+{
+    const std::vector<std::string> logs = names_of(".xml");
+    EXPECT_FALSE(logs.empty());
+    EXPECT_EQ(names_of(".expected"), logs);
+    for (const std::string& name : names_of(".carried"))
+        EXPECT_TRUE(has(name + ".xml")) << name;
+}
+
+TEST_F(log_road_test, what_is_carried_over_is_written_down_only_where_it_differs)
+{
+    for (const std::string& name : names_of(".carried"))
+        EXPECT_NE(read_messages(name + ".carried"), read_messages(name + ".expected")) << name;
+}
+
+TEST_F(log_road_test, a_log_that_is_cut_anywhere_delivers_the_first_of_its_messages)
+{
+    const std::string log = read("a_bit_of_everything.xml");
+    m_folder.write("log.xml", log);
+    const std::vector<std::string> all = replay_whole(get())->texts_at_delivery();
+    ASSERT_EQ(all.size(), 2U);
+    std::size_t delivered = 0;
+    for (std::size_t size = 0; size <= log.size(); ++size) {
+        m_folder.write("log.xml", log.substr(0, size));
+        const auto handler = replay_whole(get());
+        const std::vector<std::string>& texts = handler->texts_at_delivery();
+        ASSERT_LE(texts.size(), all.size()) << size;
+        EXPECT_TRUE(std::equal(texts.begin(), texts.end(), all.begin())) << size;
+        EXPECT_GE(texts.size(), delivered) << size;
+        delivered = texts.size();
+    }
+    EXPECT_EQ(delivered, all.size());
+}
+
+TEST_F(log_road_test, of_what_was_appended_since_a_replay_the_first_message_is_delivered)
+{
+    const std::string log = "<log>\n <msg><type>a</type></msg>\n";
+    m_folder.write("log.xml", log);
+    const storage_ptr storage = get();
+    EXPECT_EQ(replay(storage), L"a;");
+    m_folder.write("log.xml", log + "<msg><type>b</type></msg>\n<msg><type>c</type></msg>\n</log>");
+    EXPECT_EQ(replay(storage), L"b;") << "it is parsed as a document of its own";
+}
+
+TEST_F(log_road_test, a_storage_that_has_replayed_a_log_misses_what_is_recorded_later)
+{
+    storage_ptr storage = get();
+    record_all(L"a");
+    EXPECT_EQ(replay(storage), L"a;");
+    record_all(L"bc");
+    EXPECT_EQ(replay(storage), L"") << "the end of the root stood where b begins now";
+    storage.reset();
+    EXPECT_EQ(replay(get()), L"a;b;c;");
+}
+
+TEST_F(log_road_test, a_replay_of_a_log_that_is_being_recorded_skips_what_is_torn)
+{
+    const std::string log = "<log>\n <msg><type>a</type></msg>\n <msg><ty";
+    m_folder.write("log.xml", log);
+    const storage_ptr storage = get();
+    EXPECT_EQ(replay(storage), L"a;");
+    m_folder.write("log.xml", log + "pe>b</type></msg>\n <msg><type>c</type></msg>\n");
+    EXPECT_EQ(replay(storage), L"") << "it begins in the middle of a message";
+}

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "support.h"
+
+#include <cstdio>
+#include <string>
+
+namespace velmoext_1_4_8
+{
+
+/// One element of a wide string, so that a line of text shows it beyond doubt.
+inline std::string escaped(wchar_t unit)
+{
+    switch (unit) {
+    case L'\n':
+        return "\\n";
+    case L'\r':
+        return "\\r";
+    case L'\t':
+        return "\\t";
+    case L'"':
+        return "\\\"";
+    case L'\\':
+        return "\\\\";
+    default:
+        break;
+    }
+    if (L' ' <= unit && unit <= L'~')
+        return std::string(1, static_cast<char>(unit));
+    char text[16] = "";
+    std::snprintf(text, sizeof(text), "\\u%04X", static_cast<unsigned>(unit));
+    return text;
+}
+
+inline std::string quoted(const std::wstring& text)
+{
+    std::string made = "\"";
+    for (const wchar_t unit : text)
+        made += escaped(unit);
+    return made + "\"";
+}
+
+inline std::string severity_name(message_t::severity_t severity)
+{
+    static const char* const names[] = {"none", "info", "warning", "error", "critical"};
+    return message_t::none <= severity && severity <= message_t::critical
+               ? names[severity]
+               : std::to_string(static_cast<int>(severity));
+}
+
+/// What a message says, each part as a line that begins with `before` and ends with `behind`.
+inline std::string message_text(const message_t& message, const std::string& before,
+                                const std::string& behind)
+{
+    const message_t::message_content_t content = message.get_content();
+    std::string made = before + "type " + quoted(message.get_type()) + behind + before +
+                       "severity " + severity_name(message.get_severity()) + behind;
+    const auto add = [&](const char* kind, const texts_t& texts) {
+        for (const auto& text : texts)
+            made += before + kind + quoted(text.first) + " = " + quoted(text.second) + behind;
+    };
+    add("attribute ", content.attributes);
+    add("arg ", content.args);
+    add("element ", content.elements);
+    return made;
+}
+
+} // namespace velmoext_1_4_8
