@@ -1,5 +1,6 @@
 #include "entry_auditor.h"
 
+#include "message_words.h"
 #include "path_text.h"
 
 #include <rova/strings.h>
@@ -73,7 +74,7 @@ void entry_auditor_t::audit_name(const entry_t& entry)
 void entry_auditor_t::audit_file(const entry_t& entry)
 {
     m_reporter.note(
-        L"file_seen",
+        file_seen_type,
         {{L"path", entry.path}, {L"size", size_text(entry)}, {L"mode", mode_text(entry)}});
     audit_access(entry);
     audit_size(entry);

@@ -2,18 +2,20 @@
 #include "consumer.h"
 #include "interrupt.h"
 #include "library_names.h"
+#include "log.h"
 #include "options.h"
 #include "output.h"
-#include "path_text.h"
 #include "progress_reporter.h"
+#include "quoted.h"
 #include "reporter.h"
+#include "tally.h"
 #include "terminal_progress.h"
-#include "terminal_text.h"
 #include "tree_walker.h"
 
 #include <velmoext1/velmo_adapter.h>
 
 #include <boost/make_shared.hpp>
+#include <boost/shared_ptr.hpp>
 
 #include <unistd.h>
 
@@ -34,14 +36,26 @@ enum exit_code_t
 {
     complete = 0,
     wrong_usage = 1,
-    unreadable_directory = 2,
+    unusable_path = 2,
     unwritable_output = 3,
     interrupted = 130
 };
 
+const char unrecordable[] =
+    " cannot be recorded into: it is no regular file that can be written, or somebody else records "
+    "into it, or what it holds cannot be carried over";
+const char unreadable[] = " cannot be replayed: it is no regular file that can be read";
+const char without_message[] = " cannot be replayed: no message is in it";
+
 void complain(const std::string& text)
 {
     std::fprintf(stderr, "audit: %s\n", text.c_str());
+}
+
+int refuse(const std::string& path, const std::string& why)
+{
+    complain(quoted(path) + why);
+    return unusable_path;
 }
 
 int finish(output_t& output, exit_code_t code)
@@ -60,48 +74,87 @@ int print(const std::string& text)
     return finish(output, complete);
 }
 
-int refuse(const std::string& directory, std::error_code error)
+// The host between two components that know nothing of each other: the one that prints, and the one
+// that walks or a log of what it once said.
+class host_t
 {
-    complain("'" + terminal_text(path_text(directory)) + "' cannot be read: " + error.message());
-    return unreadable_directory;
-}
+public:
+    explicit host_t(const options_t& options);
+    host_t(const host_t&) = delete;
+    host_t& operator=(const host_t&) = delete;
+    ~host_t() = default;
 
-void show_figures(std::uint64_t messages, std::uint64_t lines)
+    int walk();
+    int replay();
+
+private:
+    void show(const std::string& line);
+    int end(exit_code_t code, std::uint64_t messages, const char* deed);
+
+    const options_t& m_options;
+    const bool m_is_watched;
+    output_t m_output{STDOUT_FILENO};
+    std::uint64_t m_lines = 0;
+    const boost::shared_ptr<terminal_progress_t> m_progress;
+    consumer_t m_consumer;
+};
+
+host_t::host_t(const options_t& options)
+    : m_options(options), m_is_watched(options.progress || ::isatty(STDERR_FILENO) != 0),
+      m_progress(boost::make_shared<terminal_progress_t>(
+          m_is_watched, [this] { return is_interrupted() || m_output.error(); })),
+      m_consumer(options.severity, [this](const std::string& line) { show(line); })
+{}
+
+int host_t::walk()
 {
-    std::fprintf(stderr,
-                 "audit: %" PRIu64 " messages crossed the channel, %" PRIu64 " were shown\n",
-                 messages, lines);
-}
+    watch_for_interrupt();
+    recording_t recording;
+    if (m_options.log && !recording.start(*m_options.log, *m_consumer.ex()))
+        return refuse(*m_options.log, unrecordable);
 
-// The host between two components that know nothing of each other: the one that walks and the one
-// that prints.
-int walk(const options_t& options)
-{
-    const bool is_watched = options.progress || ::isatty(STDERR_FILENO) != 0;
-    std::uint64_t lines = 0;
-    output_t output(STDOUT_FILENO);
-    const auto progress = boost::make_shared<terminal_progress_t>(
-        is_watched, [&] { return is_interrupted() || output.error(); });
-    consumer_t consumer(options.severity, [&](const std::string& line) {
-        ++lines;
-        progress->hide();
-        output.write(line + '\n');
-    });
-    channel_t channel(consumer.messenger());
-
+    channel_t channel(m_consumer.messenger());
     velmoext::velmo_adapter_t outbound;
     outbound.set_output_velmo(&channel);
     reporter_t reporter(outbound);
-    progress_reporter_t progress_reporter(consumer.ex(), consumer.progress_handler(), progress);
-    tree_walker_t walker(reporter, progress_reporter, options.large);
-    if (const std::error_code error = walker.walk(options.directory))
-        return refuse(options.directory, error);
+    progress_reporter_t progress(m_consumer.ex(), m_consumer.progress_handler(), m_progress);
+    tree_walker_t walker(reporter, progress, m_options.large);
+    if (const std::error_code error = walker.walk(m_options.directory))
+        return refuse(m_options.directory, " cannot be read: " + error.message());
+    // Before the last output, which may wait long for its reader.
+    recording.stop();
+    return end(walker.is_complete() ? complete : interrupted, channel.count(),
+               "crossed the channel");
+}
 
-    progress->hide();
-    const int code = finish(output, walker.is_complete() ? complete : interrupted);
-    if (is_watched)
-        show_figures(channel.count(), lines);
-    return code;
+int host_t::replay()
+{
+    const auto log = open_log(m_options.replayed_log);
+    if (!log->start_reading())
+        return refuse(m_options.replayed_log, unreadable);
+    const auto tally = boost::make_shared<tally_t>();
+    m_consumer.ex()->push_handler(tally);
+    // A text that is no log can be something to read, too.
+    if (!log->replay(m_consumer.ex()) || tally->count() == 0)
+        return refuse(m_options.replayed_log, without_message);
+    return end(complete, tally->count(), "were replayed");
+}
+
+void host_t::show(const std::string& line)
+{
+    ++m_lines;
+    m_progress->hide();
+    m_output.write(line + '\n');
+}
+
+int host_t::end(exit_code_t code, std::uint64_t messages, const char* deed)
+{
+    m_progress->hide();
+    const int answer = finish(m_output, code);
+    if (m_is_watched)
+        std::fprintf(stderr, "audit: %" PRIu64 " messages %s, %" PRIu64 " were shown\n", messages,
+                     deed, m_lines);
+    return answer;
 }
 
 int run(const options_t& options)
@@ -111,8 +164,10 @@ int run(const options_t& options)
         return print(usage_text());
     case options_t::version:
         return print(version_text());
+    case options_t::replay:
+        return host_t(options).replay();
     default:
-        return walk(options);
+        return host_t(options).walk();
     }
 }
 
@@ -123,7 +178,6 @@ int main(int argc, char** argv)
 {
     // A reader that went away is an error like any other of standard output.
     std::signal(SIGPIPE, SIG_IGN);
-    audit::watch_for_interrupt();
     try {
         return audit::run(audit::parse_options({argv + std::min(argc, 1), argv + argc}));
     } catch (const audit::usage_error_t& error) {

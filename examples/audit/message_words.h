@@ -5,6 +5,9 @@
 namespace audit
 {
 
+/// The type of a message about a file as such, be it as it should or not.
+constexpr wchar_t file_seen_type[] = L"file_seen";
+
 /// The argument of a progress message that holds a whole number from 0 to 100.
 constexpr wchar_t percent_word[] = L"percent";
 

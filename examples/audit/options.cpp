@@ -1,8 +1,8 @@
 #include "options.h"
 
-#include "path_text.h"
+#include "log.h"
+#include "quoted.h"
 #include "severity_name.h"
-#include "terminal_text.h"
 
 #include <velmoext1/version.h>
 
@@ -16,11 +16,6 @@ namespace audit
 {
 namespace
 {
-
-std::string quoted(const std::string& argument)
-{
-    return "'" + terminal_text(path_text(argument)) + "'";
-}
 
 velmoext::message_t::severity_t parse_severity(const std::string& name)
 {
@@ -56,6 +51,13 @@ std::uint64_t parse_size(const std::string& text)
     return number << *shift;
 }
 
+std::string parse_log(const std::string& option, const std::string& name)
+{
+    if (!can_name_log(name))
+        throw usage_error_t(option + " takes a name in UTF-8, not " + quoted(name));
+    return name;
+}
+
 /// Goes through the arguments once, from left to right.
 class parser_t
 {
@@ -66,12 +68,28 @@ public:
 
     options_t parse()
     {
-        while (m_next != m_end && m_options.action == options_t::walk)
+        while (m_next != m_end && !is_answered())
             read(*m_next++);
+        if (m_options.action == options_t::replay)
+            check_replay();
         return m_options;
     }
 
 private:
+    bool is_answered() const
+    {
+        return m_options.action == options_t::help || m_options.action == options_t::version;
+    }
+
+    void check_replay() const
+    {
+        if (m_options.log)
+            throw usage_error_t("either --log or --replay");
+        if (m_has_directory)
+            throw usage_error_t("--replay walks no directory, so not also " +
+                                quoted(m_options.directory));
+    }
+
     void read(const std::string& argument)
     {
         if (m_is_past_options || argument.size() < 2 || argument.front() != '-')
@@ -111,8 +129,18 @@ private:
             m_options.severity = parse_severity(value_of(argument, equals));
         else if (name == "--large")
             m_options.large = parse_size(value_of(argument, equals));
+        else if (name == "--log")
+            m_options.log = parse_log(name, value_of(argument, equals));
+        else if (name == "--replay")
+            read_replay(parse_log(name, value_of(argument, equals)));
         else
             throw usage_error_t("unknown option " + quoted(argument));
+    }
+
+    void read_replay(const std::string& name)
+    {
+        m_options.action = options_t::replay;
+        m_options.replayed_log = name;
     }
 
     std::string value_of(const std::string& argument, std::size_t equals)
@@ -141,6 +169,7 @@ options_t parse_options(const std::vector<std::string>& arguments)
 std::string usage_text()
 {
     return "Usage: audit [OPTION]... [DIR]\n"
+           "       audit [OPTION]... --replay FILE\n"
            "Walks the directory tree DIR (by default " +
            options_t().directory +
            ") and prints a line for\n"
@@ -150,6 +179,9 @@ std::string usage_text()
            "                    error or critical; info shows every file\n"
            "  --large BYTES     report files of BYTES and more, with K, M or G behind the number\n"
            "                    for the powers of 1024 (by default 100M)\n"
+           "  --log FILE        record what is found into the log FILE, shown or not, behind what\n"
+           "                    earlier walks left there; a FILE that is no log is overwritten\n"
+           "  --replay FILE     walk nothing, and print what the log FILE holds\n"
            "  --progress        show how far the walk is, and figures at its end, also where\n"
            "                    standard error is no terminal\n"
            "  --help            print this text\n"
@@ -159,8 +191,13 @@ std::string usage_text()
            "A line has the severity, the type, the source and the named values of one message.\n"
            "In paths, \\xHH stands for a byte that cannot be shown, and \\\\ for a backslash.\n"
            "\n"
-           "Exit status: 0 the walk is complete, 1 wrong usage, 2 DIR cannot be read,\n"
-           "3 standard output cannot be written, 130 the walk was interrupted.\n";
+           "A log gives back plain ASCII as it was. A value with &, < or > or a character beyond\n"
+           "ASCII comes back changed or in pieces.\n"
+           "\n"
+           "Exit status: 0 the walk or the replay is complete, 1 wrong usage, 2 DIR cannot\n"
+           "be read or FILE cannot be recorded into or replayed, 3 standard output cannot be "
+           "written,\n"
+           "130 the walk was interrupted.\n";
 }
 
 std::string version_text()

@@ -6,6 +6,7 @@
 #include <velmoext1/message.h>
 
 #include <cstdint>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -19,6 +20,7 @@ struct options_t
     enum action_t
     {
         walk,
+        replay,
         help,
         version
     };
@@ -29,6 +31,8 @@ struct options_t
     velmoext::message_t::severity_t severity = velmoext::message_t::warning;
     std::uint64_t large = 100ULL << 20U; ///< files of so many bytes and more are reported
     bool progress = false;               ///< shown even where nobody may be looking
+    std::optional<std::string> log;      ///< what a walk is recorded into, if anything
+    std::string replayed_log;            ///< for a replay
 };
 
 /// A command line that makes no sense; what() says why, without a line end.

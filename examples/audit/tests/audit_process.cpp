@@ -163,4 +163,17 @@ std::string read_all(const descriptor_t& source)
     return text;
 }
 
+interrupted_run_t::interrupted_run_t(const std::vector<std::string>& arguments, launch_t launch)
+{
+    narrow_pipe_t pipe;
+    launch.out = pipe.writer.get();
+    audit_process_t process(arguments, launch);
+    pipe.writer = descriptor_t();
+    char first = 0;
+    EXPECT_EQ(::read(pipe.reader.get(), &first, 1), 1);
+    process.interrupt();
+    lines = lines_of(first + read_all(pipe.reader));
+    result = process.finish();
+}
+
 } // namespace audit

@@ -83,4 +83,14 @@ struct narrow_pipe_t
 /// What comes until the other end is closed.
 std::string read_all(const descriptor_t& source);
 
+/// A run that gets an interrupt when its first output is there, while it waits for that to be read.
+struct interrupted_run_t
+{
+    explicit interrupted_run_t(const std::vector<std::string>& arguments,
+                               launch_t launch = launch_t());
+
+    std::vector<std::string> lines;
+    result_t result;
+};
+
 } // namespace audit

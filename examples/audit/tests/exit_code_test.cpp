@@ -40,11 +40,7 @@ class exit_code_test : public testing::Test
 {
 protected:
     /// Two lines for each of them are more than a narrow pipe and the program's own memory take.
-    void make_many_files() const
-    {
-        for (int number = 0; number < many; ++number)
-            m_tree.make_file(std::string(200, 'x') + std::to_string(number), 0);
-    }
+    void make_many_files() const { m_tree.make_empty_files(many); }
 
     static constexpr int many = 600;
     static constexpr std::size_t lines_of_many = 2 * many + 1;
@@ -79,9 +75,17 @@ TEST_F(exit_code_test, the_version_is_one_line)
 
 TEST_F(exit_code_test, wrong_usage_is_1_and_one_line_that_points_at_help)
 {
-    const std::vector<std::string> cases[] = {
-        {"--bogus"},          {"-x"},  {"--severity"}, {"--severity", "x"}, {"a", "b"},
-        {"--large", "\n1\n"}, {"--\n"}};
+    const std::vector<std::string> cases[] = {{"--bogus"},
+                                              {"-x"},
+                                              {"--severity"},
+                                              {"--severity", "x"},
+                                              {"a", "b"},
+                                              {"--log"},
+                                              {"--log", "a\xff"},
+                                              {"--replay", "a", "b"},
+                                              {"--replay", "a", "--log", "b"},
+                                              {"--large", "\n1\n"},
+                                              {"--\n"}};
     for (const auto& arguments : cases) {
         const result_t result = run_audit(arguments);
         EXPECT_EQ(result.exit_code, 1);
@@ -175,30 +179,10 @@ TEST_F(exit_code_test, no_standard_output_at_all_is_3)
                    "standard output cannot be written: Bad file descriptor");
 }
 
-/// Sends an interrupt when the first output is there, while the walk waits for it to be read.
-struct interrupted_walk_t
-{
-    explicit interrupted_walk_t(const std::string& path, launch_t launch = launch_t())
-    {
-        narrow_pipe_t pipe;
-        launch.out = pipe.writer.get();
-        audit_process_t process({"--severity", "info", path}, launch);
-        pipe.writer = descriptor_t();
-        char first = 0;
-        EXPECT_EQ(::read(pipe.reader.get(), &first, 1), 1);
-        process.interrupt();
-        lines = lines_of(first + read_all(pipe.reader));
-        result = process.finish();
-    }
-
-    std::vector<std::string> lines;
-    result_t result;
-};
-
 TEST_F(exit_code_test, an_interrupted_walk_is_130_and_ends_with_its_summary)
 {
     make_many_files();
-    const interrupted_walk_t walk(m_tree.path());
+    const interrupted_run_t walk({"--severity", "info", m_tree.path()});
     EXPECT_EQ(walk.result.exit_code, 130);
     ASSERT_FALSE(walk.lines.empty());
     EXPECT_EQ(walk.result.err, "");
@@ -229,7 +213,7 @@ TEST_F(exit_code_test, an_interrupt_that_was_ignored_from_the_start_stays_ignore
     make_many_files();
     launch_t launch;
     launch.ignores_interrupt = true;
-    const interrupted_walk_t walk(m_tree.path(), launch);
+    const interrupted_run_t walk({"--severity", "info", m_tree.path()}, launch);
     EXPECT_EQ(walk.result.exit_code, 0);
     EXPECT_EQ(walk.lines.size(), lines_of_many);
 }

@@ -94,6 +94,8 @@ TEST(options_test, a_value_must_follow_where_one_is_needed)
 {
     EXPECT_EQ(complaint_about({"--severity"}), "--severity needs a value");
     EXPECT_EQ(complaint_about({"dir", "--large"}), "--large needs a value");
+    EXPECT_EQ(complaint_about({"--log"}), "--log needs a value");
+    EXPECT_EQ(complaint_about({"--replay"}), "--replay needs a value");
 }
 
 TEST(options_test, an_unknown_option_is_refused)
@@ -106,6 +108,59 @@ TEST(options_test, a_second_directory_is_refused)
 {
     EXPECT_EQ(complaint_about({"one", "two"}), "one directory at a time, not also 'two'");
     EXPECT_EQ(complaint_about({"one", "--", "two"}), "one directory at a time, not also 'two'");
+}
+
+TEST(options_test, a_walk_is_recorded_only_where_that_is_asked_for)
+{
+    EXPECT_FALSE(parse_options({"dir"}).log.has_value());
+    for (const arguments_t& arguments :
+         {arguments_t{"--log", "file", "dir"}, arguments_t{"dir", "--log=file"}}) {
+        const options_t options = parse_options(arguments);
+        EXPECT_EQ(options.action, options_t::walk);
+        EXPECT_EQ(options.log, "file");
+        EXPECT_EQ(options.directory, "dir");
+    }
+}
+
+TEST(options_test, an_empty_name_is_a_log_s_name_too)
+{
+    EXPECT_EQ(parse_options({"--log="}).log, "");
+    EXPECT_EQ(parse_options({"--replay="}).action, options_t::replay);
+}
+
+TEST(options_test, a_replay_may_choose_its_severity)
+{
+    const options_t options = parse_options({"--replay", "file", "--severity", "info"});
+    EXPECT_EQ(options.action, options_t::replay);
+    EXPECT_EQ(options.replayed_log, "file");
+    EXPECT_EQ(options.severity, message_t::info);
+}
+
+TEST(options_test, a_replay_has_no_directory)
+{
+    for (const arguments_t& arguments :
+         {arguments_t{"--replay", "file", "dir"}, arguments_t{"dir", "--replay", "file"}})
+        EXPECT_EQ(complaint_about(arguments), "--replay walks no directory, so not also 'dir'");
+}
+
+TEST(options_test, a_replay_is_not_recorded)
+{
+    for (const arguments_t& arguments :
+         {arguments_t{"--replay", "a", "--log", "b"}, arguments_t{"--log", "a", "--replay", "b"}})
+        EXPECT_EQ(complaint_about(arguments), "either --log or --replay");
+}
+
+TEST(options_test, help_is_there_in_a_replay_too)
+{
+    EXPECT_EQ(parse_options({"dir", "--replay", "file", "--help"}).action, options_t::help);
+}
+
+TEST(options_test, a_log_s_name_is_utf_8)
+{
+    EXPECT_EQ(parse_options({"--log", "\xc3\xa4"}).log, "\xc3\xa4");
+    for (const char* const option : {"--log", "--replay"})
+        EXPECT_EQ(complaint_about({option, "a\xff"}),
+                  std::string(option) + R"( takes a name in UTF-8, not 'a\xff')");
 }
 
 TEST(options_test, what_follows_two_dashes_is_a_directory)
@@ -133,8 +188,9 @@ TEST(options_test, a_complaint_shows_an_argument_safely)
 
 TEST(options_test, the_usage_names_every_option)
 {
-    for (const char* const option : {"--severity LEVEL", "--large BYTES", "--progress", "--help",
-                                     "--version", "/usr/share/doc"})
+    for (const char* const option :
+         {"--severity LEVEL", "--large BYTES", "--log FILE", "--replay FILE", "--progress",
+          "--help", "--version", "/usr/share/doc"})
         EXPECT_NE(usage_text().find(option), std::string::npos) << option;
 }
 

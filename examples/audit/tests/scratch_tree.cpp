@@ -75,6 +75,12 @@ void scratch_tree_t::make_file(const std::string& name, off_t size) const
     make_file_at(AT_FDCWD, path(name), size);
 }
 
+void scratch_tree_t::make_empty_files(int count) const
+{
+    for (int number = 0; number < count; ++number)
+        make_file(std::string(200, 'x') + std::to_string(number), 0);
+}
+
 void scratch_tree_t::make_directory(const std::string& name) const
 {
     make_directory_at(AT_FDCWD, path(name));

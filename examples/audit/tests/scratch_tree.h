@@ -23,6 +23,8 @@ public:
 
     /// Its mode is 0644, whatever the process's mask is.
     void make_file(const std::string& name, off_t size = 1) const;
+    /// So many of them, with names of more than 200 bytes.
+    void make_empty_files(int count) const;
     void make_directory(const std::string& name) const;
     void make_link(const std::string& name, const std::string& target) const;
     void make_fifo(const std::string& name) const;

@@ -1,0 +1,14 @@
+#include "tally.h"
+
+namespace audit
+{
+
+bool tally_t::on_message(boost::shared_ptr<velmoext::velmo_ex_t> /*ex*/,
+                         boost::shared_ptr<velmoext::message_t> msg)
+{
+    if (msg)
+        ++m_count;
+    return false;
+}
+
+} // namespace audit
