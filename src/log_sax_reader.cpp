@@ -11,7 +11,9 @@
 
 #include <libxml/parser.h>
 
+#include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <utility>
 
 namespace velmoext_1_4_8
@@ -36,6 +38,24 @@ std::string up_to_next_tag(const char* text)
     return std::string(text, std::strcspn(text, "<"));
 }
 
+// No longer text is a severity, in whichever case.
+const std::size_t longest_severity = 64;
+
+std::string up_to_next_tag(const char* text, std::size_t most)
+{
+    const std::size_t size = strnlen(text, most);
+    const auto* const tag = static_cast<const char*>(std::memchr(text, '<', size));
+    return std::string(text, tag ? static_cast<std::size_t>(tag - text) : size);
+}
+
+bool is_predefined_reference(const char* text)
+{
+    static const char* const references[] = {"&amp;", "&lt;", "&gt;", "&quot;", "&apos;"};
+    return std::any_of(std::begin(references), std::end(references), [&](const char* reference) {
+        return std::strncmp(text, reference, std::strlen(reference)) == 0;
+    });
+}
+
 } // namespace
 
 void log_sax_reader::set_callback(const message_callback_t& callback)
@@ -55,6 +75,8 @@ int log_sax_reader::parse(const std::string& text)
     // Marked as a table of the first SAX, whose element callbacks these are: with the mark of the
     // second one, some releases of libxml2 call none of them.
     table.initialized = 1;
+    xml_silence_t silence;
+    m_silence = &silence;
     const int answer =
         xmlSAXUserParseMemory(&table, this, text.data(), static_cast<int>(text.size()));
     if (m_failure)
@@ -76,10 +98,10 @@ void log_sax_reader::on_end_element(void* reader, const xmlChar* name)
     self.guard([&] { self.end_element(from_xml(name)); });
 }
 
-void log_sax_reader::on_characters(void* reader, const xmlChar* text, int /*length*/)
+void log_sax_reader::on_characters(void* reader, const xmlChar* text, int length)
 {
     auto& self = *static_cast<log_sax_reader*>(reader);
-    self.guard([&] { self.characters(from_xml(text)); });
+    self.guard([&] { self.characters(from_xml(text), length); });
 }
 
 // libxml2's frames know nothing of exceptions: none may fly through them.
@@ -138,10 +160,17 @@ void log_sax_reader::end_element(const char* name)
     parse_state = outside;
     current_element = message_format::log;
     if (current_message && !current_message->empty())
-        message_callback(current_message);
+        deliver_message();
 }
 
-void log_sax_reader::characters(const char* text)
+// The handlers that see the message may use libxml2 too.
+void log_sax_reader::deliver_message()
+{
+    const xml_silence_t::pause_t pause(*m_silence);
+    message_callback(current_message);
+}
+
+void log_sax_reader::characters(const char* text, int length)
 {
     // A log may hold such elements before any message.
     if (parse_state != in_child || !current_message)
@@ -150,13 +179,22 @@ void log_sax_reader::characters(const char* text)
     if (current_element == message_format::msg || current_element == message_format::log)
         return;
     if (current_element == message_format::type)
-        current_message->set_type(utf8_to_utf16(up_to_next_tag(text)));
+        set_type(text, length);
     else if (current_element == message_format::severity)
-        current_message->set_severity(parse_severity(utf8_to_utf16(up_to_next_tag(text))));
+        current_message->set_severity(
+            parse_severity(utf8_to_utf16(up_to_next_tag(text, longest_severity))));
     else if (current_element == message_format::arg)
         add_text(content.args, std::exchange(pending_arg_name, std::wstring()), text);
     else
         add_text(content.elements, utf8_to_utf16(current_element), text);
+}
+
+// Of a type the last piece counts. The one that a predefined entity stands for follows for certain,
+// so what comes before it need not be looked at: a type full of them would take the square of it.
+void log_sax_reader::set_type(const char* text, int length)
+{
+    if (!is_predefined_reference(text + length))
+        current_message->set_type(utf8_to_utf16(up_to_next_tag(text)));
 }
 
 // The first text of a key stays, so that of a known key need not even be looked at.

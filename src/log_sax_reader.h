@@ -1,5 +1,7 @@
 #pragma once
 
+#include "xml_silence.h"
+
 #include <velmoext1/message.h>
 
 #include <boost/function.hpp>
@@ -30,8 +32,8 @@ public:
 
     /// Reads the document up to its first fault. The answer is libxml2's: 0 for a well-formed
     /// document, a positive number for one that is not, a negative one where no parse could begin,
-    /// as for an empty text. What the callback throws passes out, after which nothing more of the
-    /// document has been looked at. The text must not be longer than an int can tell.
+    /// as for an empty text. What the callback throws passes out, and no message behind it is
+    /// handed over. The text must not be longer than an int can tell.
     int parse(const std::string& text);
 
 private:
@@ -57,7 +59,9 @@ private:
     void start_message(texts_t attributes);
     void start_arg(texts_t attributes);
     void end_element(const char* name);
-    void characters(const char* text);
+    void characters(const char* text, int length);
+    void deliver_message();
+    void set_type(const char* text, int length);
     static void add_text(texts_t& texts, const std::wstring& key, const char* text);
 
     boost::shared_ptr<message_t> current_message;
@@ -65,7 +69,8 @@ private:
     std::string current_element;
     std::wstring pending_arg_name;
     message_callback_t message_callback;
-    std::exception_ptr m_failure; ///< what was thrown first; all further events are ignored
+    xml_silence_t* m_silence = nullptr; ///< of the parse that runs
+    std::exception_ptr m_failure;       ///< what was thrown first; all further events are ignored
 };
 
 } // namespace velmoext_1_4_8

@@ -10,9 +10,6 @@ namespace
 // More than libxml2 nests elements; entities that refer to each other could nest without end.
 const int max_depth = 1000;
 
-// Also an empty entity must be looked up.
-const std::size_t reference_cost = 10;
-
 } // namespace
 
 bool node_text_t::append(const xmlNode* first, std::string& text)
@@ -49,7 +46,8 @@ bool node_text_t::append_entity(const xmlNode* reference, std::string& text)
     const xmlEntity* const entity = xmlGetDocEntity(reference->doc, reference->name);
     if (!entity)
         return true;
-    const std::size_t cost = reference_cost + static_cast<std::size_t>(entity->length);
+    // What stands in it is paid with it, its own references too.
+    const auto cost = static_cast<std::size_t>(entity->length);
     if (cost > m_budget)
         return false;
     m_budget -= cost;

@@ -78,7 +78,7 @@ boost::shared_ptr<base_handler_t> velmo_ex_t::pop_handler()
 
 void velmo_ex_t::dispatch_message(boost::shared_ptr<message_t> msg)
 {
-    // Released after the lock: a handler may let go of the last other owner.
+    // Released after the lock: a handler may let go of the last other owner, an adapter's included.
     boost::shared_ptr<velmo_ex_t> self;
     const boost::mutex::scoped_lock lock(m_mutex);
     if (m_handlers.empty())

@@ -102,6 +102,13 @@ TEST_F(log_sax_reader_test, a_source_attribute_does_not_replace_a_tool)
               (texts_t{{L"source", L"s"}, {L"tool", L"t"}}));
 }
 
+TEST_F(log_sax_reader_test, an_empty_source_attribute_makes_an_empty_tool)
+{
+    m_reader.parse("<log><msg source=''><type>t</type></msg></log>");
+    EXPECT_EQ(m_messages.at(0)->get_content().attributes,
+              (texts_t{{L"source", L""}, {L"tool", L""}}));
+}
+
 TEST_F(log_sax_reader_test, unnamed_arguments_are_counted_and_named_ones_take_no_number)
 {
     const auto content = read("<arg>1</arg><arg name='n'>2</arg><arg name=''>3</arg>");
@@ -299,7 +306,10 @@ TEST_F(log_sax_reader_test, nothing_is_printed_whatever_is_read)
     testing::internal::CaptureStdout();
     for (const char* text : {"plain", "<log>", "<log><msg a='1' a='2'>", "<log>&e;</log>",
                              "<log xml:id='1 2' p:x='1'/>", "<log>\xFF</log>", "<log>\x01</log>",
-                             "<!DOCTYPE log SYSTEM '/nowhere'><log>&e;</log>"})
+                             "<!DOCTYPE log SYSTEM '/nowhere'><log>&e;</log>",
+                             "<!DOCTYPE log [<!ENTITY amp 'x'>]><log/>",
+                             "<?xml version='1.0' encoding='UTF-7'?><log>\xC3\xA9</log>",
+                             "<?xml version='1.0' encoding='UTF-32'?><log>\xC3\xA9</log>"})
         m_reader.parse(text);
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
@@ -317,6 +327,10 @@ TEST_F(log_sax_reader_test, the_errors_of_the_process_go_where_they_went_before)
     m_reader.parse("<log>");
     string_message_serializer_t::xml_string_to_message(L"<log>");
     EXPECT_EQ(xmlStructuredError, static_cast<xmlStructuredErrorFunc>(hear));
+    EXPECT_EQ(heard, 0);
+    m_reader.set_callback([](message_ptr) { xmlReadDoc(BAD_CAST "<", nullptr, nullptr, 0); });
+    m_reader.parse("<msg><type>t</type></msg>");
+    EXPECT_GT(heard, 0) << "a handler's own errors are the process's";
     xmlSetStructuredErrorFunc(former_context, former);
 }
 
@@ -348,6 +362,15 @@ TEST_F(log_sax_reader_test, what_the_callback_throws_passes_out_and_ends_the_del
     const std::string log = "<log><msg><type>a</type></msg><msg><type>b</type></msg></log>";
     EXPECT_THROW(m_reader.parse(log), std::runtime_error);
     EXPECT_EQ(calls, 1);
+}
+
+TEST_F(log_sax_reader_test, nothing_that_is_thrown_flies_through_libxml2)
+{
+    m_reader.set_callback([](message_ptr) { throw 1; });
+    xmlResetLastError();
+    EXPECT_THROW(m_reader.parse("<log><msg><type>a</type></msg></lag>"), int);
+    EXPECT_NE(xmlGetLastError(), nullptr) << "libxml2 did not get to the end of the text";
+    xmlResetLastError();
 }
 
 TEST_F(log_sax_reader_test, a_reader_whose_callback_threw_can_be_used_again)
@@ -385,6 +408,28 @@ TEST_F(log_sax_reader_test, very_many_arguments_take_no_square_of_time)
     for (int i = 0; i < 100000; ++i)
         args += "<arg>x</arg>";
     EXPECT_EQ(read(args).args.size(), 100000U);
+}
+
+TEST_F(log_sax_reader_test, very_many_entities_in_a_type_take_no_square_of_time)
+{
+    std::string text = "x";
+    for (int i = 0; i < 200000; ++i)
+        text += "&amp;&lt;&gt;&quot;&apos;";
+    EXPECT_EQ(read_type(text), L"'");
+    EXPECT_EQ(read_type(text + "end"), L"end");
+}
+
+TEST_F(log_sax_reader_test, very_many_entities_in_a_severity_take_no_square_of_time)
+{
+    std::string text = "x";
+    for (int i = 0; i < 200000; ++i)
+        text += "&amp;";
+    m_reader.parse("<log><msg><severity>" + text +
+                   "</severity><type>t</type></msg><msg><severity>" + text +
+                   "error</severity></msg></log>");
+    ASSERT_EQ(m_messages.size(), 2U);
+    EXPECT_EQ(m_messages.at(0)->get_severity(), message_t::none);
+    EXPECT_EQ(m_messages.at(1)->get_severity(), message_t::error);
 }
 
 TEST_F(log_sax_reader_test, very_many_entities_in_an_argument_take_no_square_of_time)

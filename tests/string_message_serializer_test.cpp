@@ -1,5 +1,6 @@
 #include <velmoext1/string_message_serializer.h>
 
+#include "scratch_folder.h"
 #include "support.h"
 
 #include <gtest/gtest.h>
@@ -41,6 +42,25 @@ std::wstring repeat(const std::wstring& text, int times)
         repeated += text;
     return repeated;
 }
+
+// What this process has used since the object was made.
+class usage_t
+{
+public:
+    usage_t() { getrusage(RUSAGE_SELF, &m_before); }
+    long megabytes() const { return (now().ru_maxrss - m_before.ru_maxrss) / 1024; }
+    long seconds() const { return now().ru_utime.tv_sec - m_before.ru_utime.tv_sec; }
+
+private:
+    static rusage now()
+    {
+        rusage usage = {};
+        getrusage(RUSAGE_SELF, &usage);
+        return usage;
+    }
+
+    rusage m_before = {};
+};
 
 std::wstring in_type(const std::wstring& declarations, const std::wstring& text)
 {
@@ -172,6 +192,8 @@ TEST(string_message_serializer_test, a_document_that_is_cut_anywhere_gives_null)
 TEST(string_message_serializer_test, a_text_with_a_zero_inside_gives_null)
 {
     EXPECT_FALSE(decode(L"<msg>" + units({0}) + L"</msg>"));
+    EXPECT_FALSE(decode(units({0, 0, 0}) + L"<msg><type>t</type></msg>"));
+    EXPECT_FALSE(decode(L"<msg><type>t</type></msg>" + units({0})));
 }
 
 TEST(string_message_serializer_test, nothing_is_printed_whatever_is_read)
@@ -181,8 +203,12 @@ TEST(string_message_serializer_test, nothing_is_printed_whatever_is_read)
     for (const std::wstring text :
          {L"plain", L"<msg", L"<msg xml:id='1 2'/>", L"<msg xml:space='x' xmlns:a=''/>",
           L"<a:msg b:c='1'/>", L"<msg>&e;</msg>", L"<!DOCTYPE msg SYSTEM '/nowhere'><msg/>",
-          L"<?xml version='1.0' encoding='nonsense'?><msg/>"})
+          L"<?xml version='1.0' encoding='nonsense'?><msg/>",
+          L"<?xml version='1.0' encoding='UTF-7'?><msg><type>\xE9</type></msg>",
+          L"<?xml version='1.0' encoding='UTF-32'?><msg><type>\xE9</type></msg>",
+          L"<!DOCTYPE msg [<!ENTITY amp 'x'>]><msg/>"})
         decode(text);
+    decode(units({0, 0, '<', 0}) + L"<msg/>");
     decode(L"<msg><type>" + std::wstring(10000001, L'x') + L"</type></msg>");
     encode(make_message(make_content({{L"\x1", L"\xFFFE"}, {L"a b", L""}}, {{L"", L"\x1"}})));
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
@@ -396,26 +422,80 @@ TEST(string_message_serializer_test, attributes_that_are_only_declared_do_not_co
     EXPECT_EQ(message->get_content().args, (texts_t{{L"arg1", L"2"}}));
 }
 
-TEST(string_message_serializer_test, attributes_that_are_only_declared_take_no_memory)
+TEST(string_message_serializer_test, declared_defaults_cost_neither_time_nor_memory)
 {
-    const std::wstring text = L"<!DOCTYPE msg [<!ATTLIST arg name CDATA '" +
-                              std::wstring(80000, L'x') + L"'>]><msg>" + repeat(L"<arg/>", 20000) +
-                              L"</msg>";
-    rusage before = {};
-    getrusage(RUSAGE_SELF, &before);
-    EXPECT_TRUE(decode(text));
-    rusage after = {};
-    getrusage(RUSAGE_SELF, &after);
-    EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 200 * 1024) << "kilobytes";
+    const auto declare = [](const std::wstring& attribute, int count) {
+        std::wstring declarations = L"<!DOCTYPE msg [<!ATTLIST a ";
+        for (int i = 0; i < count; ++i)
+            declarations += attribute + std::to_wstring(i) + L" CDATA 'u' ";
+        return declarations + L">]><msg>" + repeat(L"<a/>", 5000) + L"</msg>";
+    };
+    const usage_t usage;
+    EXPECT_TRUE(decode(declare(L"x", 10)));
+    EXPECT_FALSE(decode(declare(L"x", 2000)));
+    EXPECT_FALSE(decode(declare(L"xmlns:b", 4000)));
+    EXPECT_TRUE(decode(L"<!DOCTYPE msg [<!ATTLIST arg name CDATA '" + std::wstring(80000, L'x') +
+                       L"'>]><msg>" + repeat(L"<arg/>", 5000) + L"</msg>"));
+    EXPECT_LT(usage.megabytes(), 200);
+    EXPECT_LT(usage.seconds(), 10);
 }
 
-TEST(string_message_serializer_test, no_file_is_opened_for_an_external_entity)
+TEST(string_message_serializer_test, parameter_entities_cost_neither_time_nor_memory)
 {
-    const message_ptr message = decode(in_type(
-        L"<!ENTITY e SYSTEM 'file:///etc/hostname'><!ENTITY % p SYSTEM 'file:///etc/passwd'>",
-        L"a&e;b"));
+    const usage_t usage;
+    for (const std::wstring& what : {std::wstring(L"<!--"), std::wstring(L"<?p ")}) {
+        const std::wstring end = what == L"<!--" ? L"-->" : L"?>";
+        EXPECT_FALSE(decode(L"<!DOCTYPE msg [<!ENTITY % a '" + what + std::wstring(100000, L'x') +
+                            end + L"'>" + repeat(L"%a;", 20000) + L"]><msg/>"));
+    }
+    EXPECT_LT(usage.megabytes(), 200);
+    EXPECT_LT(usage.seconds(), 10);
+}
+
+TEST(string_message_serializer_test, a_reference_to_a_parameter_entity_gives_null)
+{
+    EXPECT_FALSE(decode(L"<!DOCTYPE msg [<!ENTITY % a ''>%a;]><msg/>"));
+    EXPECT_FALSE(decode(L"<!DOCTYPE msg [<!ENTITY % a '<!--]>-->'>%a;] ><msg/>"));
+    for (const std::wstring& text :
+         {std::wstring(L"<!DOCTYPE msg [<!ENTITY % a ''>]><msg/>"),
+          std::wstring(L"<msg a='%a;]'/>"),
+          std::wstring(L"<!DOCTYPE msg [ ]><msg><arg>100%a;</arg></msg>"),
+          std::wstring(L"<!DOCTYPE msg [<!ENTITY e '100&#37;a;'>]><msg><arg>&e;</arg></msg>")})
+        EXPECT_TRUE(decode(text)) << testing::PrintToString(text);
+}
+
+TEST(string_message_serializer_test, entities_may_add_ten_million_bytes_to_a_message)
+{
+    const std::wstring entity = L"<!ENTITY e '" + std::wstring(50000, L'x') + L"'>";
+    EXPECT_TRUE(decode(in_type(entity, repeat(L"&e;", 200))));
+    EXPECT_FALSE(decode(in_type(entity, repeat(L"&e;", 201))));
+}
+
+TEST(string_message_serializer_test, the_first_of_two_attributes_of_one_local_name_stays)
+{
+    const message_ptr message = decode(L"<msg xmlns:p='u' xmlns:q='v' p:a='1' a='2' q:a='3'/>");
     ASSERT_TRUE(message);
-    EXPECT_EQ(message->get_type(), L"ab");
+    EXPECT_EQ(message->get_content().attributes, (texts_t{{L"a", L"1"}}));
+}
+
+TEST(string_message_serializer_test, no_file_that_the_text_names_is_opened)
+{
+    const scratch_folder_t folder;
+    folder.write("e.dtd", "<!ENTITY e 'from the file'>");
+    folder.write("text", "from the file");
+    const std::wstring dtd = folder.wide_name("e.dtd");
+    const std::wstring file = folder.wide_name("text");
+    for (const std::wstring& text :
+         {L"<!DOCTYPE msg SYSTEM '" + dtd + L"'><msg><type>a&e;b</type></msg>",
+          L"<!DOCTYPE msg PUBLIC 'p' '" + dtd + L"'><msg><type>a&e;b</type></msg>",
+          in_type(L"<!ENTITY e SYSTEM '" + file + L"'>", L"a&e;b"),
+          in_type(L"<!ENTITY e SYSTEM 'file://" + file + L"'>", L"a&e;b")}) {
+        const message_ptr message = decode(text);
+        ASSERT_TRUE(message) << testing::PrintToString(text);
+        EXPECT_EQ(message->get_type(), L"ab");
+    }
+    EXPECT_FALSE(decode(L"<!DOCTYPE msg [<!ENTITY % p SYSTEM '" + dtd +
+                        L"'>%p;]><msg><type>a&e;b</type></msg>"));
 }
 
 TEST(string_message_serializer_test, two_hundred_levels_are_read_and_very_many_give_null)

@@ -31,7 +31,8 @@ public:
     /// The object of this id, made with this prefix where there is none; an object that is there
     /// keeps its own prefix. Any text is an id, also the empty one.
     ///
-    /// Null while the last owner of the id's former object is still letting go of it: ask again.
+    /// Null while the id's former object, which nobody owns any more, is still letting go of its
+    /// handlers. Another thread may ask again; a handler that dies with it gets null each time.
     static boost::shared_ptr<velmo_ex_t> get(const std::wstring& id, const std::wstring& prefix);
 
     /// `base` and a decimal number behind it, such that the process has no object of that id. The
@@ -75,12 +76,13 @@ private:
     boost::mutex m_mutex;
     std::list<boost::shared_ptr<base_handler_t>> m_handlers; ///< guarded by m_mutex
     std::wstring m_prefix;                                   ///< not guarded, see set_prefix()
-    entries_t m_entry; ///< its place in the registry; guarded by m_global_mutex
+    entries_t m_entry; ///< its place in the registry; only get() and the destructor touch it
 
     VELMOEXT1_LOCAL static boost::mutex m_global_mutex;
     VELMOEXT1_LOCAL static registry_t m_active_velmo_exs; ///< guarded by m_global_mutex
-    VELMOEXT1_LOCAL static entries_t m_expired_entries;   ///< guarded by m_global_mutex
-    VELMOEXT1_LOCAL static std::int32_t m_id_counter;     ///< guarded by m_global_mutex
+    VELMOEXT1_LOCAL static entries_t
+        m_expired_entries; ///< of objects being destroyed; guarded by m_global_mutex
+    VELMOEXT1_LOCAL static std::int32_t m_id_counter; ///< guarded by m_global_mutex
 };
 
 } // namespace velmoext_1_4_8

@@ -1,5 +1,8 @@
 /// @file
 /// All public headers.
+///
+/// Where memory is lacking, every operation throws std::bad_alloc and leaves what it works on as it
+/// was; otherwise only what handlers and the host throw passes out.
 #pragma once
 
 #include <velmoext1/base_handler.h>

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <libxml/xmlerror.h>
+
+namespace velmoext_1_4_8
+{
+
+/// Keeps libxml2 from printing on this thread as long as it lives. Some of its errors go to the
+/// thread's handlers, whatever options and handlers a parse has of its own; other threads keep
+/// theirs.
+class xml_silence_t
+{
+public:
+    xml_silence_t();
+    ~xml_silence_t();
+    xml_silence_t(const xml_silence_t&) = delete;
+    xml_silence_t& operator=(const xml_silence_t&) = delete;
+
+    /// Gives the thread its own handlers back, as long as it lives, while other code runs there.
+    class pause_t
+    {
+    public:
+        explicit pause_t(xml_silence_t& silence);
+        ~pause_t();
+        pause_t(const pause_t&) = delete;
+        pause_t& operator=(const pause_t&) = delete;
+
+    private:
+        xml_silence_t& m_silence;
+    };
+
+private:
+    void begin();
+    void end();
+
+    xmlGenericErrorFunc m_generic = nullptr;
+    void* m_generic_context = nullptr;
+    xmlStructuredErrorFunc m_structured = nullptr;
+    void* m_structured_context = nullptr;
+};
+
+} // namespace velmoext_1_4_8
