@@ -51,6 +51,8 @@ __attribute__((noinline)) void* operator new(std::size_t size)
         throw std::bad_alloc();
     if (allocations_left > 0)
         --allocations_left;
+    // These are the operators that all else is to use instead of C's functions.
+    // NOLINTNEXTLINE(cppcoreguidelines-no-malloc)
     if (void* const memory = std::malloc(size == 0 ? 1 : size))
         return memory;
     throw std::bad_alloc();
@@ -58,12 +60,12 @@ __attribute__((noinline)) void* operator new(std::size_t size)
 
 __attribute__((noinline)) void operator delete(void* memory) noexcept
 {
-    std::free(memory);
+    std::free(memory); // NOLINT(cppcoreguidelines-no-malloc)
 }
 
 __attribute__((noinline)) void operator delete(void* memory, std::size_t /*size*/) noexcept
 {
-    std::free(memory);
+    std::free(memory); // NOLINT(cppcoreguidelines-no-malloc)
 }
 
 TEST(allocation_test, an_object_that_could_not_be_made_leaves_no_entry)
