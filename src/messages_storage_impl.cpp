@@ -96,22 +96,12 @@ bool messages_storage_impl_t::start_recording()
 {
     if (m_writer)
         return true;
-    const basekit2::path_t copy = temporary_path();
-    // Asked before the log is opened, which could make one, and again when nobody else can record.
-    if (look_at_copy(copy) == copy_t::foreign || !m_write_file.open(false, m_path))
-        return false;
-    const copy_t found = look_at_copy(copy);
-    if (found == copy_t::foreign || m_write_file.size() > longest_log) {
-        m_write_file.close();
-        return false;
+    try {
+        return begin_recording();
+    } catch (...) {
+        abandon_log();
+        throw;
     }
-    const bool is_own_copy = found == copy_t::missing && basekit2::copy_file(m_path, copy);
-    if (!m_write_file.truncate() || !begin_log()) {
-        remove_own(copy, is_own_copy);
-        m_write_file.close();
-        return false;
-    }
-    return look_at_copy(copy) == copy_t::missing || carry_over(copy, is_own_copy);
 }
 
 bool messages_storage_impl_t::stop_recording()
@@ -142,6 +132,26 @@ bool messages_storage_impl_t::replay(boost::shared_ptr<velmo_ex_t> ex)
 void messages_storage_impl_t::stop_reading()
 {
     m_read_file.close();
+}
+
+bool messages_storage_impl_t::begin_recording()
+{
+    const basekit2::path_t copy = temporary_path();
+    // Asked before the log is opened, which could make one, and again when nobody else can record.
+    if (look_at_copy(copy) == copy_t::foreign || !m_write_file.open(false, m_path))
+        return false;
+    const copy_t found = look_at_copy(copy);
+    if (found == copy_t::foreign || m_write_file.size() > longest_log) {
+        m_write_file.close();
+        return false;
+    }
+    const bool is_own_copy = found == copy_t::missing && basekit2::copy_file(m_path, copy);
+    if (!m_write_file.truncate() || !begin_log()) {
+        remove_own(copy, is_own_copy);
+        m_write_file.close();
+        return false;
+    }
+    return look_at_copy(copy) == copy_t::missing || carry_over(copy, is_own_copy);
 }
 
 basekit2::path_t messages_storage_impl_t::temporary_path() const
@@ -183,18 +193,13 @@ bool messages_storage_impl_t::carry_over(const basekit2::path_t& copy, bool is_o
 // copy go.
 bool messages_storage_impl_t::write_messages_of(const basekit2::path_t& copy, std::int64_t size)
 {
-    try {
-        log_file_reader reader(utf8_name(copy));
-        reader.set_callback([this](boost::shared_ptr<message_t> msg) {
-            write_message_element(std::move(msg), m_writer.get());
-        });
-        reader.parse();
-        xmlTextWriterFlush(m_writer.get());
-        return reader.position() == size && !m_write_file.has_failed();
-    } catch (...) {
-        abandon_log();
-        throw;
-    }
+    log_file_reader reader(utf8_name(copy));
+    reader.set_callback([this](boost::shared_ptr<message_t> msg) {
+        write_message_element(std::move(msg), m_writer.get());
+    });
+    reader.parse();
+    xmlTextWriterFlush(m_writer.get());
+    return reader.position() == size && !m_write_file.has_failed();
 }
 
 // The file is closed first, so that nothing of the writer's buffer reaches it.

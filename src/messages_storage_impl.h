@@ -33,6 +33,7 @@ public:
     void stop_reading();
 
 private:
+    bool begin_recording();
     basekit2::path_t temporary_path() const;
     bool begin_log();
     bool carry_over(const basekit2::path_t& copy, bool is_own_copy);

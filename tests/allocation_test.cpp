@@ -2,6 +2,7 @@
 // std::bad_alloc, leave no lock behind and nothing half done; leaks are the sanitizers' to find.
 
 #include "log_sax_reader.h"
+#include "scratch_folder.h"
 #include "support.h"
 
 #include <gtest/gtest.h>
@@ -123,6 +124,28 @@ TEST(allocation_test, a_message_that_could_not_be_read_is_read_next_time)
                   [&] { EXPECT_FALSE(message); }),
               6);
     EXPECT_TRUE(message);
+}
+
+TEST(allocation_test, a_recording_that_could_not_start_leaves_the_log_to_others_and_loses_nothing)
+{
+    const scratch_folder_t folder;
+    folder.write("log.xml",
+                 "<log><msg source='a long source that is allocated'><arg name='n'>x</arg>"
+                 "<type>a long type that is allocated</type></msg></log>");
+    const auto storage = messages_storage_t::get(basekit2::path_t(folder.wide_name("log.xml")));
+    const auto other = messages_storage_t::get(basekit2::path_t(folder.wide_name("./log.xml")));
+    bool is_started = false;
+    const int failures = fail_each_allocation([&] { is_started = storage->start_recording(); },
+                                              [&] {
+                                                  EXPECT_TRUE(other->start_recording())
+                                                      << "the lock was kept";
+                                                  EXPECT_TRUE(other->stop_recording());
+                                              });
+    EXPECT_GE(failures, 6);
+    EXPECT_TRUE(is_started);
+    storage->stop_recording();
+    EXPECT_NE(folder.read("log.xml").find("<type>a long type that is allocated</type>"),
+              std::string::npos);
 }
 
 TEST(allocation_test, a_log_that_could_not_be_read_is_read_next_time)
