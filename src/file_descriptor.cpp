@@ -38,7 +38,7 @@ bool is_something_else(const std::string& name)
     return stat(name.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
 }
 
-bool is_still_named(const std::string& name, int descriptor)
+bool leads_to(const std::string& name, int descriptor)
 {
     struct stat named = {};
     struct stat opened = {};
@@ -51,7 +51,7 @@ bool is_still_named(const std::string& name, int descriptor)
 bool lock(const std::string& name, int descriptor)
 {
     return retry_interrupted([&] { return flock(descriptor, LOCK_EX | LOCK_NB); }) == 0 &&
-           is_still_named(name, descriptor);
+           leads_to(name, descriptor);
 }
 
 int open_file(const std::string& name, int flags)
@@ -84,9 +84,17 @@ bool file_descriptor_t::open(bool is_reading, const basekit2::path_t& path)
 
 void file_descriptor_t::close()
 {
-    if (m_descriptor != -1)
+    if (m_descriptor != -1) {
+        // A child that was forked meanwhile shares the lock, and may not have come to its exec yet.
+        flock(m_descriptor, LOCK_UN);
         ::close(m_descriptor);
+    }
     m_descriptor = -1;
+}
+
+bool file_descriptor_t::is_named(const basekit2::path_t& path) const
+{
+    return leads_to(ROVA_2_18::strings::utf16_to_utf8(path.as_string(false)), m_descriptor);
 }
 
 std::int64_t file_descriptor_t::size() const

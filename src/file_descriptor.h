@@ -30,6 +30,9 @@ public:
     /// The system's descriptor, -1 when nothing is open.
     int get() const { return m_descriptor; }
 
+    /// Whether the path, too, leads to the file that is open.
+    bool is_named(const basekit2::path_t& path) const;
+
     /// In bytes; -1 when nothing is open.
     std::int64_t size() const;
 

@@ -26,6 +26,9 @@ public:
     /// messages before the damage have been handed over. What the callback throws passes out.
     bool parse();
 
+    /// See log_sax_reader::has_lacked_memory().
+    bool has_lacked_memory() const { return m_sax.has_lacked_memory(); }
+
     /// Where the next parse() goes on, in bytes.
     std::int64_t position() const { return m_position; }
 

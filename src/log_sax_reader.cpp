@@ -3,6 +3,7 @@
 #include "message_access.h"
 #include "message_format.h"
 #include "severity_text.h"
+#include "xml_handles.h"
 #include "xml_library.h"
 
 #include <rova/strings.h>
@@ -10,6 +11,7 @@
 #include <boost/make_shared.hpp>
 
 #include <libxml/parser.h>
+#include <libxml/parserInternals.h>
 
 #include <algorithm>
 #include <cstring>
@@ -50,7 +52,7 @@ std::string up_to_next_tag(const char* text, std::size_t most)
 
 bool is_predefined_reference(const char* text)
 {
-    static const char* const references[] = {"&amp;", "&lt;", "&gt;", "&quot;", "&apos;"};
+    static const char* const references[] = {"&amp;", "&lt;", "&gt;", "&quot;", "&apos;", "&#13;"};
     return std::any_of(std::begin(references), std::end(references), [&](const char* reference) {
         return std::strncmp(text, reference, std::strlen(reference)) == 0;
     });
@@ -66,6 +68,34 @@ void log_sax_reader::set_callback(const message_callback_t& callback)
 int log_sax_reader::parse(const std::string& text)
 {
     initialize_xml_library();
+    xml_silence_t silence;
+    m_silence = &silence;
+    const int answer = parse_document(text, this);
+    m_has_lacked_memory = silence.has_lacked_memory();
+    if (m_failure)
+        std::rethrow_exception(std::exchange(m_failure, nullptr));
+    return answer;
+}
+
+int log_sax_reader::parse_document(const std::string& text, void* reader)
+{
+    const xml_parser_t parser(
+        xmlCreateMemoryParserCtxt(text.data(), static_cast<int>(text.size())));
+    if (!parser)
+        return -1;
+    *parser->sax = make_table();
+    parser->userData = reader;
+    // By default the names of one text may take 10,000,000 bytes. A log holds those of very many
+    // messages, and one name too many would cost all that follows.
+    xmlDictSetLimit(parser->dict, 0);
+    xmlParseDocument(parser.get());
+    if (parser->wellFormed)
+        return 0;
+    return parser->errNo != XML_ERR_OK ? parser->errNo : -1;
+}
+
+xmlSAXHandler log_sax_reader::make_table()
+{
     xmlSAXHandler table = {};
     table.startDocument = on_document;
     table.endDocument = on_document;
@@ -75,13 +105,7 @@ int log_sax_reader::parse(const std::string& text)
     // Marked as a table of the first SAX, whose element callbacks these are: with the mark of the
     // second one, some releases of libxml2 call none of them.
     table.initialized = 1;
-    xml_silence_t silence;
-    m_silence = &silence;
-    const int answer =
-        xmlSAXUserParseMemory(&table, this, text.data(), static_cast<int>(text.size()));
-    if (m_failure)
-        std::rethrow_exception(std::exchange(m_failure, nullptr));
-    return answer;
+    return table;
 }
 
 void log_sax_reader::on_document(void* /*reader*/) {}
@@ -189,8 +213,8 @@ void log_sax_reader::characters(const char* text, int length)
         add_text(content.elements, utf8_to_utf16(current_element), text);
 }
 
-// Of a type the last piece counts. The one that a predefined entity stands for follows for certain,
-// so what comes before it need not be looked at: a type full of them would take the square of it.
+// Of a type the last piece counts. The one that such a reference stands for follows for certain, so
+// what comes before it need not be looked at: a type full of them would take the square of it.
 void log_sax_reader::set_type(const char* text, int length)
 {
     if (!is_predefined_reference(text + length))

@@ -7,7 +7,7 @@
 #include <boost/function.hpp>
 #include <boost/shared_ptr.hpp>
 
-#include <libxml/xmlstring.h>
+#include <libxml/parser.h>
 
 #include <exception>
 #include <map>
@@ -36,6 +36,9 @@ public:
     /// handed over. The text must not be longer than an int can tell.
     int parse(const std::string& text);
 
+    /// Whether the last parse() ended early, or left something out, for lack of memory.
+    bool has_lacked_memory() const { return m_has_lacked_memory; }
+
 private:
     typedef std::map<std::wstring, std::wstring> texts_t;
 
@@ -46,6 +49,9 @@ private:
         in_message = 2,
         in_child = 3 ///< also between the children, from the first one on
     };
+
+    static int parse_document(const std::string& text, void* reader);
+    static xmlSAXHandler make_table();
 
     static void on_document(void* reader);
     static void on_start_element(void* reader, const xmlChar* name, const xmlChar** attributes);
@@ -70,7 +76,8 @@ private:
     std::wstring pending_arg_name;
     message_callback_t message_callback;
     xml_silence_t* m_silence = nullptr; ///< of the parse that runs
-    std::exception_ptr m_failure;       ///< what was thrown first; all further events are ignored
+    bool m_has_lacked_memory = false;
+    std::exception_ptr m_failure; ///< what was thrown first; all further events are ignored
 };
 
 } // namespace velmoext_1_4_8

@@ -35,15 +35,27 @@ public:
     {
         if (xmlTextWriterStartElement(m_writer, to_xml(message_format::msg)) < 0)
             return false;
+        try {
+            write_children(message);
+        } catch (...) {
+            // What follows must not end up inside this element.
+            xmlTextWriterEndElement(m_writer);
+            throw;
+        }
+        return xmlTextWriterEndElement(m_writer) >= 0;
+    }
+
+private:
+    // No element but the message's own is open where memory can run out.
+    void write_children(const message_t& message)
+    {
         write_content(message_access::content(message));
         write_element(message_format::type, message.get_type());
         const std::wstring severity = severity_text(message.get_severity());
         if (!severity.empty())
             write_element(message_format::severity, severity);
-        return xmlTextWriterEndElement(m_writer) >= 0;
     }
 
-private:
     bool write_content(const message_t::message_content_t& content)
     {
         return write_each(content.attributes, &element_writer_t::write_attribute_of_key) &&
@@ -71,10 +83,11 @@ private:
     bool write_arg(const std::wstring& key, const std::wstring& text)
     {
         const std::string name = xml_text(key);
+        const std::string value = xml_text(text);
         return !reader_limits_t::admits_arg(name) ||
                (xmlTextWriterStartElement(m_writer, to_xml(message_format::arg)) >= 0 &&
                 write_attribute(message_format::arg_name, name) &&
-                xmlTextWriterWriteString(m_writer, to_xml(xml_text(text))) >= 0 &&
+                xmlTextWriterWriteString(m_writer, to_xml(value)) >= 0 &&
                 xmlTextWriterEndElement(m_writer) >= 0);
     }
 

@@ -6,7 +6,6 @@
 #include <boost/weak_ptr.hpp>
 
 #include <map>
-#include <utility>
 
 namespace velmoext_1_4_8
 {
@@ -38,7 +37,8 @@ bool messages_storage_t::on_message(boost::shared_ptr<velmo_ex_t> ex,
                                     boost::shared_ptr<message_t> msg)
 {
     const boost::mutex::scoped_lock lock(m_mutex);
-    return m_impl->on_message(std::move(ex), std::move(msg));
+    // Copies: what the caller let go of dies with the parameters, after the lock.
+    return m_impl->on_message(ex, msg);
 }
 
 bool messages_storage_t::start_recording()
@@ -62,7 +62,7 @@ bool messages_storage_t::start_reading()
 bool messages_storage_t::replay(boost::shared_ptr<velmo_ex_t> ex)
 {
     const boost::mutex::scoped_lock lock(m_mutex);
-    return m_impl->replay(std::move(ex));
+    return m_impl->replay(ex);
 }
 
 void messages_storage_t::stop_reading()

@@ -3,15 +3,18 @@
 #include "message_element.h"
 #include "message_format.h"
 #include "xml_library.h"
+#include "xml_silence.h"
 
 #include <basekit2/file.h>
 #include <rova/strings.h>
 
 #include <climits>
+#include <filesystem>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <string>
+#include <system_error>
 #include <utility>
 
 namespace velmoext_1_4_8
@@ -51,20 +54,12 @@ xml_writer_t create_writer(file_descriptor_t& file)
     return writer;
 }
 
-enum class copy_t
+// The path without links: whichever of them a log is recorded through, its copy has one place.
+basekit2::path_t resolve(const basekit2::path_t& path)
 {
-    missing,
-    left_behind, ///< by a process of this user that was killed; the whole old log
-    foreign
-};
-
-copy_t look_at_copy(const basekit2::path_t& temporary)
-{
-    struct stat status = {};
-    if (lstat(utf8_name(temporary).c_str(), &status) != 0)
-        return copy_t::missing;
-    return S_ISREG(status.st_mode) && status.st_uid == geteuid() ? copy_t::left_behind
-                                                                 : copy_t::foreign;
+    std::error_code error;
+    const std::filesystem::path resolved = std::filesystem::canonical(utf8_name(path), error);
+    return error ? path : basekit2::path_t(ROVA_2_18::strings::utf8_to_utf16(resolved.string()));
 }
 
 void remove_own(const basekit2::path_t& copy, bool is_own_copy)
@@ -134,30 +129,52 @@ void messages_storage_impl_t::stop_reading()
     m_read_file.close();
 }
 
+messages_storage_impl_t::copy_t messages_storage_impl_t::look_at_copy(const basekit2::path_t& copy)
+{
+    struct stat status = {};
+    if (lstat(utf8_name(copy).c_str(), &status) != 0)
+        return copy_t::missing;
+    const bool is_usable =
+        S_ISREG(status.st_mode) && status.st_uid == geteuid() && status.st_size <= longest_log;
+    return is_usable ? copy_t::left_behind : copy_t::unusable;
+}
+
 bool messages_storage_impl_t::begin_recording()
 {
     const basekit2::path_t copy = temporary_path();
     // Asked before the log is opened, which could make one, and again when nobody else can record.
-    if (look_at_copy(copy) == copy_t::foreign || !m_write_file.open(false, m_path))
+    if (look_at_copy(copy) == copy_t::unusable || !m_write_file.open(false, m_path))
         return false;
     const copy_t found = look_at_copy(copy);
-    if (found == copy_t::foreign || m_write_file.size() > longest_log) {
+    const bool is_own_copy = found == copy_t::missing && m_write_file.size() <= longest_log &&
+                             basekit2::copy_file(m_path, copy);
+    if (!may_begin(copy, found, is_own_copy)) {
         m_write_file.close();
         return false;
     }
-    const bool is_own_copy = found == copy_t::missing && basekit2::copy_file(m_path, copy);
     if (!m_write_file.truncate() || !begin_log()) {
         remove_own(copy, is_own_copy);
         m_write_file.close();
         return false;
     }
-    return look_at_copy(copy) == copy_t::missing || carry_over(copy, is_own_copy);
+    return (found == copy_t::missing && !is_own_copy) || carry_over(copy, is_own_copy);
+}
+
+// The log may be emptied: it is not too long to be read again, and what stands in the copy's place
+// is a copy, not the log itself under another name, nor anything that appeared there just now.
+bool messages_storage_impl_t::may_begin(const basekit2::path_t& copy, copy_t found,
+                                        bool is_own_copy) const
+{
+    return m_write_file.size() <= longest_log && found != copy_t::unusable &&
+           !m_write_file.is_named(copy) &&
+           (found == copy_t::left_behind || is_own_copy || look_at_copy(copy) == copy_t::missing);
 }
 
 basekit2::path_t messages_storage_impl_t::temporary_path() const
 {
-    basekit2::path_t path(m_path.get_branch());
-    path.append(basekit2::path_t(m_path.get_leaf() + L".tmp"));
+    const basekit2::path_t log = resolve(m_path);
+    basekit2::path_t path(log.get_branch());
+    path.append(basekit2::path_t(log.get_leaf() + L".tmp"));
     return path;
 }
 
@@ -185,7 +202,12 @@ bool messages_storage_impl_t::carry_over(const basekit2::path_t& copy, bool is_o
         abandon_log();
         return false;
     }
-    basekit2::remove_file(copy);
+    readable.close();
+    // A copy that stays would be taken for the whole log by the next start.
+    if (!basekit2::remove_file(copy)) {
+        abandon_log();
+        return false;
+    }
     return true;
 }
 
@@ -193,13 +215,16 @@ bool messages_storage_impl_t::carry_over(const basekit2::path_t& copy, bool is_o
 // copy go.
 bool messages_storage_impl_t::write_messages_of(const basekit2::path_t& copy, std::int64_t size)
 {
+    bool is_written = true;
+    const xml_silence_t silence;
     log_file_reader reader(utf8_name(copy));
-    reader.set_callback([this](boost::shared_ptr<message_t> msg) {
-        write_message_element(std::move(msg), m_writer.get());
+    reader.set_callback([&](boost::shared_ptr<message_t> msg) {
+        is_written = write_message_element(std::move(msg), m_writer.get()) && is_written;
     });
     reader.parse();
-    xmlTextWriterFlush(m_writer.get());
-    return reader.position() == size && !m_write_file.has_failed();
+    is_written = xmlTextWriterFlush(m_writer.get()) >= 0 && is_written;
+    return is_written && reader.position() == size && !reader.has_lacked_memory() &&
+           !silence.has_lacked_memory() && !m_write_file.has_failed();
 }
 
 // The file is closed first, so that nothing of the writer's buffer reaches it.

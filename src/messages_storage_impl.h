@@ -33,7 +33,18 @@ public:
     void stop_reading();
 
 private:
+    /// What stands in the place of the copy that a start makes.
+    enum class copy_t
+    {
+        missing,
+        left_behind, ///< by a process of this user that was killed; the whole old log
+        unusable     ///< somebody else's, no file, or too long
+    };
+
+    static copy_t look_at_copy(const basekit2::path_t& copy);
+
     bool begin_recording();
+    bool may_begin(const basekit2::path_t& copy, copy_t found, bool is_own_copy) const;
     basekit2::path_t temporary_path() const;
     bool begin_log();
     bool carry_over(const basekit2::path_t& copy, bool is_own_copy);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <libxml/parser.h>
 #include <libxml/tree.h>
 #include <libxml/xmlreader.h>
 #include <libxml/xmlwriter.h>
@@ -17,6 +18,17 @@ struct xml_deleter_t
     void operator()(xmlTextReader* reader) const { xmlFreeTextReader(reader); }
 };
 
+/// A parser and the document that it began, which a table without tree building leaves empty.
+struct xml_parser_deleter_t
+{
+    void operator()(xmlParserCtxt* parser) const
+    {
+        xmlFreeDoc(parser->myDoc);
+        xmlFreeParserCtxt(parser);
+    }
+};
+
+typedef std::unique_ptr<xmlParserCtxt, xml_parser_deleter_t> xml_parser_t;
 typedef std::unique_ptr<xmlBuffer, xml_deleter_t> xml_buffer_t;
 typedef std::unique_ptr<xmlTextWriter, xml_deleter_t> xml_writer_t;
 typedef std::unique_ptr<xmlTextReader, xml_deleter_t> xml_reader_t;

@@ -10,8 +10,6 @@ namespace
 // libxml2's own type asks for a function of C's variable arguments.
 void ignore_text(void* /*context*/, const char* /*format*/, ...) {} // NOLINT(cert-dcl50-cpp)
 
-void ignore_error(void* /*context*/, xmlErrorPtr /*error*/) {}
-
 } // namespace
 
 xml_silence_t::xml_silence_t()
@@ -34,6 +32,12 @@ xml_silence_t::pause_t::~pause_t()
     m_silence.begin();
 }
 
+void xml_silence_t::hear_error(void* silence, xmlErrorPtr error)
+{
+    if (error->code == XML_ERR_NO_MEMORY)
+        static_cast<xml_silence_t*>(silence)->m_has_lacked_memory = true;
+}
+
 void xml_silence_t::begin()
 {
     m_generic = xmlGenericError;
@@ -41,7 +45,7 @@ void xml_silence_t::begin()
     m_structured = xmlStructuredError;
     m_structured_context = xmlStructuredErrorContext;
     xmlSetGenericErrorFunc(nullptr, ignore_text);
-    xmlSetStructuredErrorFunc(nullptr, ignore_error);
+    xmlSetStructuredErrorFunc(this, hear_error);
 }
 
 void xml_silence_t::end()

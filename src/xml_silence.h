@@ -16,6 +16,9 @@ public:
     xml_silence_t(const xml_silence_t&) = delete;
     xml_silence_t& operator=(const xml_silence_t&) = delete;
 
+    /// Whether libxml2 told meanwhile that it has no memory.
+    bool has_lacked_memory() const { return m_has_lacked_memory; }
+
     /// Gives the thread its own handlers back, as long as it lives, while other code runs there.
     class pause_t
     {
@@ -30,8 +33,12 @@ public:
     };
 
 private:
+    static void hear_error(void* silence, xmlErrorPtr error);
+
     void begin();
     void end();
+
+    bool m_has_lacked_memory = false;
 
     xmlGenericErrorFunc m_generic = nullptr;
     void* m_generic_context = nullptr;

@@ -315,6 +315,36 @@ TEST_F(messages_storage_test, a_copy_that_was_left_behind_without_its_log_is_car
     EXPECT_EQ(types_in(), L"a;b;");
 }
 
+TEST_F(messages_storage_test, a_copy_that_was_left_behind_is_found_through_a_link_too)
+{
+    m_folder.write("log.xml.tmp", log_of(message_of("a") + message_of("b")));
+    m_folder.write("log.xml", log_of(message_of("a")));
+    ASSERT_EQ(symlink(m_folder.name("log.xml").c_str(), m_folder.name("link.xml").c_str()), 0);
+    record_all(L"c", "link.xml");
+    EXPECT_EQ(types_in(), L"a;b;c;");
+    EXPECT_FALSE(has_copy());
+}
+
+TEST_F(messages_storage_test, the_log_itself_in_the_place_of_the_copy_is_left_alone)
+{
+    record_all(L"ab");
+    const std::string before = log();
+    std::filesystem::create_hard_link(m_folder.name("log.xml"), m_folder.name("log.xml.tmp"));
+    EXPECT_FALSE(get()->start_recording());
+    EXPECT_EQ(log(), before);
+    EXPECT_TRUE(has_copy());
+}
+
+TEST_F(messages_storage_test, a_copy_that_is_too_long_is_left_alone)
+{
+    record_all(L"a");
+    const std::string before = log();
+    m_folder.write("log.xml.tmp", "x");
+    ASSERT_EQ(truncate(m_folder.name("log.xml.tmp").c_str(), 1LL << 31), 0);
+    EXPECT_FALSE(get()->start_recording());
+    EXPECT_EQ(log(), before);
+}
+
 TEST_F(messages_storage_test, what_is_no_file_in_the_place_of_the_copy_is_left_alone)
 {
     record_all(L"a");
@@ -581,6 +611,26 @@ TEST_F(messages_storage_test, a_storage_may_be_replayed_into_a_stack_where_anoth
     EXPECT_TRUE(storage->replay(m_ex));
     copy->stop_recording();
     EXPECT_EQ(m_folder.read("copy.xml"), log());
+}
+
+TEST_F(messages_storage_test, very_many_different_names_cost_no_message)
+{
+    const storage_ptr storage = get();
+    ASSERT_TRUE(storage->start_recording());
+    for (int i = 0; i < 600; ++i) {
+        const message_ptr message = make_flagged(L"t");
+        message->set_content(
+            make_content({}, {}, {{L"n" + std::to_wstring(i) + std::wstring(40000, L'n'), L"x"}}));
+        message->set_flags(1);
+        storage->on_message(m_ex, message);
+    }
+    storage->stop_recording();
+    record_all(L"l");
+    const auto handler = boost::make_shared<recording_handler_t>();
+    m_ex->push_handler(handler);
+    EXPECT_TRUE(storage->start_reading());
+    EXPECT_TRUE(storage->replay(m_ex));
+    EXPECT_EQ(handler->messages().size(), 601U);
 }
 
 TEST_F(messages_storage_test, the_last_message_of_a_long_log_is_read_whatever_its_size)

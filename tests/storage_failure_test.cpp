@@ -129,6 +129,28 @@ TEST_F(storage_failure_test, a_start_that_fails_without_memory_keeps_a_copy_that
     EXPECT_EQ(types_in(), L"a;b;");
 }
 
+TEST_F(storage_failure_test, what_is_carried_over_without_memory_is_whole_or_kept_in_the_copy)
+{
+    const std::wstring types = L"abcdefghijklmnopqrst";
+    testing::internal::CaptureStderr();
+    int failures = 0;
+    for (long successes = 3; successes < 200; ++successes) {
+        std::filesystem::remove(m_folder.name("log.xml"));
+        std::filesystem::remove(m_folder.name("log.xml.tmp"));
+        record_all(types);
+        std::filesystem::rename(m_folder.name("log.xml"), m_folder.name("log.xml.tmp"));
+        const storage_ptr storage = get();
+        xml_allocations_left = successes;
+        failures += storage->start_recording() ? 0 : 1;
+        xml_allocations_left = -1;
+        storage->stop_recording();
+        record_all(L"");
+        EXPECT_EQ(types_in().size(), 2 * types.size()) << successes;
+    }
+    testing::internal::GetCapturedStderr();
+    EXPECT_GT(failures, 10);
+}
+
 TEST_F(storage_failure_test, a_copy_that_cannot_be_opened_leaves_the_storage_as_if_recording)
 {
     record_all(L"a");
