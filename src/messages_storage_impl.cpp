@@ -58,8 +58,10 @@ xml_writer_t create_writer(file_descriptor_t& file)
 basekit2::path_t resolve(const basekit2::path_t& path)
 {
     std::error_code error;
-    const std::filesystem::path resolved = std::filesystem::canonical(utf8_name(path), error);
-    return error ? path : basekit2::path_t(ROVA_2_18::strings::utf8_to_utf16(resolved.string()));
+    const std::string resolved = std::filesystem::canonical(utf8_name(path), error).string();
+    const basekit2::path_t wide(ROVA_2_18::strings::utf8_to_utf16(resolved));
+    const bool is_text = utf8_name(wide) == resolved;
+    return error || !is_text ? path : wide;
 }
 
 void remove_own(const basekit2::path_t& copy, bool is_own_copy)

@@ -52,7 +52,8 @@ public:
     ///   somebody else records into it, it is longer than 2 GiB, or what stands in the place of the
     ///   copy is no regular file of this process's user;
     /// - the copy left for a later start: where not all old messages could be written, as on a full
-    ///   disk.
+    ///   disk or without memory, or where the copy cannot be removed.
+    /// A file that holds no log is replaced by one.
     ///
     /// The old messages are lost in two cases: where no copy of the log can be made, as in a folder
     /// that refuses it or on a full disk, recording starts all the same and with an empty log; and
