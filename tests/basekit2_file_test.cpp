@@ -769,6 +769,49 @@ TEST_F(basekit2_file_test, nothing_is_begun_for_a_destination_that_names_nothing
     EXPECT_EQ(calls, std::vector<std::string>());
 }
 
+TEST_F(basekit2_file_test, the_whole_of_a_file_is_read)
+{
+    for (const std::size_t size : {0U, 1U, 65536U, 200000U}) {
+        write_file("source", content_of(size));
+        std::string bytes = "old";
+        EXPECT_TRUE(basekit2::read_file(path("source"), size, bytes)) << size;
+        EXPECT_TRUE(bytes == content_of(size)) << size;
+    }
+}
+
+TEST_F(basekit2_file_test, a_file_that_is_read_in_short_and_interrupted_pieces_is_whole)
+{
+    write_file("source", content_of(1000));
+    const with_short_pieces pieces(7, 7);
+    bool now = false;
+    const with_faults faults([&](const std::string& call, int) {
+        now = !now;
+        return now && (call == "open" || call == "pread") ? EINTR : 0;
+    });
+    std::string bytes;
+    EXPECT_TRUE(basekit2::read_file(path("source"), 1000, bytes));
+    EXPECT_TRUE(bytes == content_of(1000));
+}
+
+TEST_F(basekit2_file_test, a_file_that_cannot_be_read_leaves_the_bytes_as_they_were)
+{
+    make_odd_files();
+    write_file("source", content_of(1000));
+    const path_t refused[] = {path("directory"),    path("dangling"),
+                              path("fifo"),         path("socket"),
+                              path("missing"),      path_t(),
+                              path_t(L"/dev/zero"), path_t(path("source").as_string() + L'\0')};
+    std::string bytes = "old";
+    for (const path_t& name : refused)
+        EXPECT_FALSE(basekit2::read_file(name, 1000, bytes));
+    EXPECT_FALSE(basekit2::read_file(path("source"), 999, bytes));
+    EXPECT_FALSE(basekit2::read_file(path("source"), 0, bytes));
+    const with_faults faults(
+        [](const std::string& call, int) { return call == "pread" ? EIO : 0; });
+    EXPECT_FALSE(basekit2::read_file(path("source"), 1000, bytes));
+    EXPECT_EQ(bytes, "old");
+}
+
 TEST_F(basekit2_file_test, remove_file_removes_a_name_of_any_kind_but_a_directory)
 {
     write_file("file", "text");

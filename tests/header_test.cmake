@@ -2,7 +2,9 @@
 set(header_roots ${PROJECT_SOURCE_DIR}/include)
 set(headers
   velmoext1/base_handler.h
+  velmoext1/config_reader.h
   velmoext1/export.h
+  velmoext1/extended_message.h
   velmoext1/message.h
   velmoext1/messages_storage.h
   velmoext1/progress_message.h
@@ -12,18 +14,23 @@ set(headers
   velmoext1/velmoext1.h
   velmoext1/version.h)
 if(VELMOEXT1_BUNDLED_HOST)
-  foreach(host velmo2 rova basekit2)
+  foreach(host velmo2 rova basekit2 setbook2)
     list(APPEND header_roots ${PROJECT_SOURCE_DIR}/host/${host}/include)
   endforeach()
   list(APPEND headers
     basekit2/export.h
     basekit2/file.h
     basekit2/path.h
+    basekit2/variant_bag.h
     rova/debug.h
     rova/export.h
+    rova/i18n.h
     rova/strings.h
     rova/varg_list.h
     rova/variant.h
+    setbook2/export.h
+    setbook2/message_catalog.h
+    setbook2/product_locations.h
     velmo2/messenger.h
     velmo2/progress.h)
 endif()
@@ -46,4 +53,4 @@ foreach(header ${headers})
 endforeach()
 add_library(header_test OBJECT ${sources})
 velmoext1_target_defaults(header_test)
-target_link_libraries(header_test PRIVATE velmoext1::velmoext1 velmoext1::rova)
+target_link_libraries(header_test PRIVATE velmoext1::velmoext1 velmoext1::setbook2)

@@ -6,6 +6,8 @@
 #pragma once
 
 #include <velmoext1/base_handler.h>
+#include <velmoext1/config_reader.h>
+#include <velmoext1/extended_message.h>
 #include <velmoext1/message.h>
 #include <velmoext1/messages_storage.h>
 #include <velmoext1/progress_message.h>

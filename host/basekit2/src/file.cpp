@@ -1,5 +1,6 @@
 #include <basekit2/file.h>
 
+#include "file_content.h"
 #include "native_name.h"
 
 #include <fcntl.h>
@@ -67,6 +68,12 @@ bool is_regular(int file)
     return fstat(file, &status) == 0 && S_ISREG(status.st_mode);
 }
 
+/// A FIFO without a writer would otherwise be waited for, and a terminal taken over.
+int open_source(const std::wstring& name)
+{
+    return open_file(native_name(name), O_RDONLY | O_NONBLOCK | O_NOCTTY);
+}
+
 bool write_all(int target, const char* bytes, std::size_t size)
 {
     while (size != 0) {
@@ -79,20 +86,38 @@ bool write_all(int target, const char* bytes, std::size_t size)
     return true;
 }
 
-/// From the source's beginning, wherever a former try has left off.
-bool copy_bytes(int source, int target)
+/// Hands over the source's bytes from its beginning, wherever a former reading has left off. False
+/// where the system cannot read or the taker takes no more.
+template <typename Take>
+bool read_pieces(int source, const Take& take)
 {
     std::array<char, piece_size> piece = {};
-    off_t position = 0;
-    for (;;) {
+    for (off_t position = 0;;) {
         const ssize_t count =
             uninterrupted([&] { return pread(source, piece.data(), piece.size(), position); });
         if (count <= 0)
             return count == 0;
-        if (!write_all(target, piece.data(), static_cast<std::size_t>(count)))
+        if (!take(piece.data(), static_cast<std::size_t>(count)))
             return false;
         position += count;
     }
+}
+
+bool copy_bytes(int source, int target)
+{
+    return read_pieces(source, [=](const char* bytes, std::size_t size) {
+        return write_all(target, bytes, size);
+    });
+}
+
+bool read_bytes(int source, std::size_t at_most, std::string& read)
+{
+    return read_pieces(source, [&](const char* bytes, std::size_t size) {
+        const bool fits = size <= at_most - read.size();
+        if (fits)
+            read.append(bytes, size);
+        return fits;
+    });
 }
 
 /// A network file system may tell only on closing that the disk is full.
@@ -144,14 +169,25 @@ std::string directory_of(const path_t& path)
 
 } // namespace
 
+content_t read_content(const std::wstring& name, std::size_t at_most, std::string& bytes)
+{
+    const descriptor_t source(open_source(name));
+    const bool is_missing = errno == ENOENT || errno == ENOTDIR;
+    if (!source.is_open())
+        return is_missing && !holds_zero(name) ? content_t::missing : content_t::failed;
+    std::string read;
+    if (!is_regular(source.number()) || !read_bytes(source.number(), at_most, read))
+        return content_t::failed;
+    bytes.swap(read);
+    return content_t::read;
+}
+
 bool copy_file(const path_t& from, const path_t& to)
 {
     const std::string destination = native_name(to.as_string());
     if (destination.empty())
         return false;
-    // A FIFO without a writer would otherwise be waited for, and a terminal taken over.
-    const descriptor_t source(
-        open_file(native_name(from.as_string()), O_RDONLY | O_NONBLOCK | O_NOCTTY));
+    const descriptor_t source(open_source(from.as_string()));
     if (!source.is_open() || !is_regular(source.number()))
         return false;
     const std::string directory = directory_of(to);
@@ -161,6 +197,11 @@ bool copy_file(const path_t& from, const path_t& to)
     if (result == outcome::not_supported)
         return copy_named(source.number(), directory, destination);
     return result == outcome::made;
+}
+
+bool read_file(const path_t& path, std::size_t at_most, std::string& bytes)
+{
+    return read_content(path.as_string(), at_most, bytes) == content_t::read;
 }
 
 bool remove_file(const path_t& path)

@@ -7,11 +7,16 @@
 namespace basekit2
 {
 
+inline bool holds_zero(const std::wstring& text)
+{
+    return text.find(L'\0') != std::wstring::npos;
+}
+
 /// The system's name for a path's text. Empty, and so no file's name, where the text holds a zero
 /// character: the system would read only the part before it.
 inline std::string native_name(const std::wstring& text)
 {
-    if (text.find(L'\0') != std::wstring::npos)
+    if (holds_zero(text))
         return std::string();
     return ROVA_2_18::strings::utf16_to_utf8(text);
 }

@@ -1,10 +1,13 @@
 /// @file
-/// Copying and removing files. Any thread may call at any time. Nothing throws but for lack of
-/// memory, and nothing is printed.
+/// Copying, reading and removing files. Any thread may call at any time. Nothing throws but for
+/// lack of memory, and nothing is printed.
 #pragma once
 
 #include <basekit2/export.h>
 #include <basekit2/path.h>
+
+#include <cstddef>
+#include <string>
 
 namespace basekit2
 {
@@ -26,6 +29,11 @@ namespace basekit2
 /// beside the destination; a process killed meanwhile leaves that name behind. Such a file system
 /// must know hard links, otherwise the answer is false.
 BASEKIT2_API bool copy_file(const path_t& from, const path_t& to);
+
+/// Reads the whole of a regular file; a link to one is followed. False, with `bytes` unchanged,
+/// where it has more than `at_most` bytes, is missing, may not be read, or is anything but a
+/// regular file; this is answered at once, nothing is waited for.
+BASEKIT2_API bool read_file(const path_t& path, std::size_t at_most, std::string& bytes);
 
 /// Removes the name of a file, or of anything else that is no directory; a link is removed, not
 /// what it leads to. False for a directory, for a name that is not there, that may not be removed,

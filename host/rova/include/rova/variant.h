@@ -7,6 +7,11 @@
 
 namespace ROVA_2_18
 {
+namespace i18n
+{
+class pattern_t;
+} // namespace i18n
+
 namespace types
 {
 
@@ -23,6 +28,9 @@ public:
     std::string as_string() const;
 
 private:
+    /// Spared the way over UTF-8 and back.
+    friend class i18n::pattern_t;
+
     std::wstring m_text;
 };
 

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <libxml/globals.h>
+#include <libxml/xmlerror.h>
+
+namespace basekit2
+{
+
+/// Takes libxml2's errors on this thread as long as it lives, so that none is printed or told to
+/// the host, and then leaves the thread as it was. Other threads keep their handlers.
+class xml_errors_t
+{
+public:
+    xml_errors_t()
+        : m_had_error(xmlGetLastError() != nullptr), m_generic(xmlGenericError),
+          m_generic_context(xmlGenericErrorContext), m_structured(xmlStructuredError),
+          m_structured_context(xmlStructuredErrorContext)
+    {
+        xmlSetGenericErrorFunc(nullptr, ignore);
+        xmlSetStructuredErrorFunc(this, take);
+    }
+    ~xml_errors_t()
+    {
+        xmlSetGenericErrorFunc(m_generic_context, m_generic);
+        xmlSetStructuredErrorFunc(m_structured_context, m_structured);
+        if (!m_had_error)
+            xmlResetLastError();
+    }
+    xml_errors_t(const xml_errors_t&) = delete;
+    xml_errors_t& operator=(const xml_errors_t&) = delete;
+
+    /// Whether there was more than a warning. What breaks only the rules of namespaces does not
+    /// count: names with a colon are names like any other.
+    bool has_failed() const { return m_has_failed; }
+
+private:
+    // libxml2's own type asks for a function of C's variable arguments.
+    static void ignore(void* /*context*/, const char* /*format*/, ...) {} // NOLINT(cert-dcl50-cpp)
+    static void take(void* errors, xmlErrorPtr error)
+    {
+        if (error->level >= XML_ERR_ERROR && error->domain != XML_FROM_NAMESPACE)
+            static_cast<xml_errors_t*>(errors)->m_has_failed = true;
+    }
+
+    bool m_has_failed = false;
+    bool m_had_error;
+    xmlGenericErrorFunc m_generic;
+    void* m_generic_context;
+    xmlStructuredErrorFunc m_structured;
+    void* m_structured_context;
+};
+
+} // namespace basekit2

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <unicode/messagepattern.h>
+#include <unicode/unistr.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+
+namespace ROVA_2_18
+{
+namespace i18n
+{
+
+/// What a pattern does with the argument of one name.
+struct argument_uses_t
+{
+    bool is_text = false;
+    bool is_selector = false;
+    bool is_number = false;
+    icu::UnicodeString text_name;     ///< empty where the text keeps its name
+    icu::UnicodeString selector_name; ///< empty where the selector keeps its name
+};
+
+/// The names of a pattern's arguments. ICU knows one value by a name: where one is used both as a
+/// number and as a text, the text gets another name.
+class argument_names_t
+{
+public:
+    typedef std::map<icu::UnicodeString, argument_uses_t> names_t;
+
+    explicit argument_names_t(const icu::MessagePattern& pattern);
+
+    const names_t& all() const { return m_names; }
+    /// Whether the pattern is past what ICU can be asked for; not all names are there then.
+    bool is_too_much() const;
+    /// Whether the pattern asks for more of a language than its numbers and dates.
+    bool need_rules() const { return m_need_rules; }
+
+    /// The pattern with the new names in place.
+    icu::UnicodeString renamed_pattern() const;
+
+private:
+    icu::UnicodeString name_at(std::int32_t start) const;
+    void add_part(std::int32_t index);
+    void add_type(const icu::UnicodeString& type);
+    void rename(argument_uses_t& uses);
+    icu::UnicodeString new_name();
+    std::int32_t copy_argument(std::int32_t start, std::int32_t copied,
+                               icu::UnicodeString& result) const;
+    std::int32_t copy_text(std::int32_t start, std::int32_t copied,
+                           const icu::UnicodeString& new_name, icu::UnicodeString& result) const;
+    std::int32_t copy_select(std::int32_t start, std::int32_t copied,
+                             const icu::UnicodeString& new_name, icu::UnicodeString& result) const;
+
+    const icu::MessagePattern& m_pattern;
+    names_t m_names;
+    std::size_t m_typed_places = 0;
+    std::int32_t m_nested_texts = 0;
+    bool m_need_rules = false;
+    std::size_t m_next_number = 0;
+};
+
+} // namespace i18n
+} // namespace ROVA_2_18

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <rova/varg_list.h>
+
+#include <unicode/fmtable.h>
+#include <unicode/locid.h>
+#include <unicode/msgfmt.h>
+#include <unicode/unistr.h>
+
+#include <cstddef>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace ROVA_2_18
+{
+namespace i18n
+{
+
+class argument_names_t;
+struct argument_uses_t;
+
+/// A parsed pattern. Any thread may format at any time.
+class pattern_t
+{
+public:
+    pattern_t(const std::wstring& pattern, const std::string& locale);
+    pattern_t(const pattern_t&) = delete;
+    pattern_t& operator=(const pattern_t&) = delete;
+    ~pattern_t();
+
+    std::wstring format(const generic::varg_list& arguments) const;
+
+    /// A name by which ICU asks for an argument.
+    struct slot_t
+    {
+        icu::UnicodeString name;
+        std::size_t argument; ///< its place in m_arguments
+        bool is_number;
+        /// For an argument that is not there; without one ICU writes the name in braces.
+        icu::UnicodeString stand_in;
+    };
+
+private:
+    typedef std::vector<const std::wstring*> texts_t;
+
+    void add_slots(const argument_names_t& names);
+    void add_slots(const icu::UnicodeString& name, const argument_uses_t& uses);
+    void add_slot(const slot_t& slot);
+    void make_format(const icu::UnicodeString& pattern, const icu::Locale& locale);
+    std::size_t find_argument(const std::string& name) const;
+    texts_t find_texts(const generic::varg_list& arguments) const;
+    icu::UnicodeString format(const std::vector<icu::UnicodeString>& names,
+                              const std::vector<icu::Formattable>& values,
+                              UErrorCode& status) const;
+
+    std::wstring m_text;                  ///< what stands where there is nothing to format
+    std::vector<std::string> m_arguments; ///< the names that the pattern uses, sorted
+    std::vector<slot_t> m_slots;
+    std::unique_ptr<const icu::MessageFormat> m_format; ///< none where there is nothing to format
+    mutable std::mutex m_mutex; ///< guards m_format, which makes parts of itself while it formats
+};
+
+} // namespace i18n
+} // namespace ROVA_2_18

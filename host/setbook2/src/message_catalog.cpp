@@ -1,0 +1,128 @@
+#include <setbook2/message_catalog.h>
+
+#include "catalog_file.h"
+
+#include <rova/strings.h>
+
+#include <boost/locale/info.hpp>
+#include <boost/locale/util.hpp>
+
+#include <algorithm>
+#include <locale>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+
+namespace setbook2
+{
+namespace
+{
+
+using ROVA_2_18::i18n::catalog_t;
+using ROVA_2_18::strings::utf16_to_utf8;
+
+class catalogs_t
+{
+public:
+    const catalog_t* find(const std::wstring& name);
+    void set(const std::wstring& name, boost::shared_ptr<const catalog_t> catalog);
+    void bind(const catalog_place_t& place);
+
+private:
+    const catalog_t* find_file(const std::wstring& name);
+
+    std::mutex m_mutex;
+    std::map<std::wstring, boost::shared_ptr<const catalog_t>> m_registered; ///< guarded by m_mutex
+    std::map<std::wstring, std::unique_ptr<const catalog_file_t>> m_files;   ///< guarded by m_mutex
+    std::optional<catalog_place_t> m_place;                                  ///< guarded by m_mutex
+};
+
+const catalog_t* catalogs_t::find(const std::wstring& name)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    const auto registered = m_registered.find(name);
+    return registered != m_registered.end() ? registered->second.get() : find_file(name);
+}
+
+const catalog_t* catalogs_t::find_file(const std::wstring& name)
+{
+    const auto known = m_files.find(name);
+    if (known != m_files.end())
+        return known->second.get();
+    if (!m_place)
+        return nullptr;
+    auto file = catalog_file_t::find(*m_place, name);
+    return file ? m_files.emplace(name, std::move(file)).first->second.get() : nullptr;
+}
+
+void catalogs_t::set(const std::wstring& name, boost::shared_ptr<const catalog_t> catalog)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (catalog)
+        m_registered[name] = std::move(catalog);
+    else
+        m_registered.erase(name);
+}
+
+void catalogs_t::bind(const catalog_place_t& place)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_place = place;
+    m_files.clear();
+}
+
+catalogs_t& catalogs()
+{
+    static catalogs_t all;
+    return all;
+}
+
+// What the reader of locale names gives for a text that is none.
+const char no_language[] = "C";
+
+// Nothing else can become part of a path.
+bool is_locale_text(const std::string& text)
+{
+    return std::all_of(text.begin(), text.end(), [](char letter) {
+        return std::isalnum(letter, std::locale::classic()) || letter == '_' || letter == '-' ||
+               letter == '.' || letter == '@';
+    });
+}
+
+std::optional<catalog_place_t> parse_place(const std::wstring& directory,
+                                           const std::wstring& locale)
+{
+    if (directory.empty() || directory.find(L'\0') != std::wstring::npos)
+        return std::nullopt;
+    const std::string text = utf16_to_utf8(locale);
+    const std::locale parsed = boost::locale::util::create_info(std::locale::classic(), text);
+    const auto& info = std::use_facet<boost::locale::info>(parsed);
+    if (info.language() == no_language || !is_locale_text(text))
+        return std::nullopt;
+    return catalog_place_t{utf16_to_utf8(directory), info.language(), info.country(),
+                           info.variant()};
+}
+
+} // namespace
+
+const catalog_t* getMessageCatalog(const std::wstring& name)
+{
+    return catalogs().find(name);
+}
+
+void registerMessageCatalog(const std::wstring& name, boost::shared_ptr<const catalog_t> catalog)
+{
+    catalogs().set(name, std::move(catalog));
+}
+
+bool bindCatalogDirectory(const std::wstring& directory, const std::wstring& locale)
+{
+    const auto place = parse_place(directory, locale);
+    if (place)
+        catalogs().bind(*place);
+    return place.has_value();
+}
+
+} // namespace setbook2

@@ -1,0 +1,770 @@
+#include "scratch_folder.h"
+
+#include <basekit2/variant_bag.h>
+
+#include <rova/debug.h>
+#include <rova/strings.h>
+
+#include <gtest/gtest.h>
+
+#include <libxml/globals.h>
+#include <libxml/parser.h>
+#include <libxml/xmlerror.h>
+
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <iterator>
+#include <ostream>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace
+{
+
+using basekit2::load_failed;
+using basekit2::load_variant_bag2;
+using basekit2::variant_bag_t;
+using basekit2::variant_t;
+using ROVA_2_18::debug::assert_handler_t;
+using ROVA_2_18::debug::set_assert_handler;
+using ROVA_2_18::strings::utf16_to_utf8;
+using namespace std::string_literals;
+
+std::string reported;
+
+void keep_report(const char* expression, const char*, int, const char*)
+{
+    reported += expression;
+}
+
+class with_kept_reports
+{
+public:
+    with_kept_reports() : m_former(set_assert_handler(keep_report)) { reported.clear(); }
+    with_kept_reports(const with_kept_reports&) = delete;
+    with_kept_reports& operator=(const with_kept_reports&) = delete;
+    ~with_kept_reports() { set_assert_handler(m_former); }
+
+private:
+    assert_handler_t m_former;
+};
+
+/// Each value as name=[text], each bag as name(what is in it), in the order of the walks.
+std::string written(const variant_bag_t& bag)
+{
+    std::string text;
+    for (auto at = bag.begin_values(); !at.at_end(); at.next())
+        text += utf16_to_utf8(at.get_name()) + "=[" +
+                utf16_to_utf8(at.get_value().get<std::wstring>()) + "]";
+    for (auto at = bag.begin_bags(); !at.at_end(); at.next())
+        text += utf16_to_utf8(at.get_name()) + "(" + written(at.get_value()) + ")";
+    return text;
+}
+
+variant_bag_t bag_before()
+{
+    variant_bag_t bag;
+    bag.add_value(L"before", L"1");
+    bag.add_bag(L"child").add_value(L"", L"2");
+    return bag;
+}
+
+const std::string text_before = "before=[1]child(=[2])";
+
+std::string repeated(const std::string& unit, std::size_t times)
+{
+    std::string text;
+    text.reserve(unit.size() * times);
+    for (std::size_t i = 0; i != times; ++i)
+        text += unit;
+    return text;
+}
+
+std::string nested(std::size_t depth)
+{
+    return repeated("<a>", depth) + repeated("</a>", depth);
+}
+
+std::string attributes(std::size_t count)
+{
+    std::string text;
+    for (std::size_t i = 0; i != count; ++i)
+        text += " n" + std::to_string(i) + "=''";
+    return text;
+}
+
+std::string named_elements(std::size_t count)
+{
+    std::string text;
+    for (std::size_t i = 0; i != count; ++i)
+        text += "<n" + std::to_string(i) + "/>";
+    return text;
+}
+
+/// In 16 bits each, the low byte first, behind a mark of that.
+std::string utf16(const std::wstring& text)
+{
+    std::string bytes = "\xFF\xFE";
+    for (const wchar_t unit : text) {
+        bytes.push_back(static_cast<char>(unit & 0xFF));
+        bytes.push_back(static_cast<char>((unit >> 8) & 0xFF));
+    }
+    return bytes;
+}
+
+class basekit2_variant_bag_test : public testing::Test
+{
+protected:
+    /// What the file gives, or "failed".
+    std::string load_bytes(const std::string& bytes, const wchar_t* root = nullptr) const
+    {
+        m_folder.write("file.xml", bytes);
+        return load_name(m_folder.wide_name("file.xml"), root);
+    }
+    static std::string load_name(const std::wstring& name, const wchar_t* root = nullptr,
+                                 bool allow_missing = false)
+    {
+        variant_bag_t bag = bag_before();
+        const std::uint32_t status = load_variant_bag2(bag, name, root, allow_missing);
+        if (status == 0)
+            return written(bag);
+        EXPECT_EQ(status, load_failed);
+        EXPECT_EQ(written(bag), text_before);
+        return "failed";
+    }
+    void bind_socket(const std::string& leaf) const
+    {
+        sockaddr_un address = {};
+        address.sun_family = AF_UNIX;
+        const std::string name = m_folder.name(leaf);
+        ASSERT_LT(name.size(), sizeof address.sun_path);
+        name.copy(&address.sun_path[0], name.size());
+        const int bound = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        ASSERT_EQ(bind(bound, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+        close(bound);
+    }
+
+    scratch_folder_t m_folder;
+};
+
+/// Whatever is written to the process's two outputs meanwhile.
+template <typename Action>
+std::string printed_by(const Action& action)
+{
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    action();
+    const std::string error = testing::internal::GetCapturedStderr();
+    return testing::internal::GetCapturedStdout() + error;
+}
+
+std::atomic<int> foreign_calls{0};
+
+void count_text(void* /*context*/, const char* /*format*/, ...) // NOLINT(cert-dcl50-cpp)
+{
+    ++foreign_calls;
+}
+
+void count_error(void* /*context*/, xmlErrorPtr /*error*/)
+{
+    ++foreign_calls;
+}
+
+/// Handlers of the test's own, as a host may have set them on its thread.
+class with_foreign_handlers
+{
+public:
+    with_foreign_handlers()
+    {
+        foreign_calls = 0;
+        xmlSetGenericErrorFunc(&m_context, count_text);
+        xmlSetStructuredErrorFunc(this, count_error);
+    }
+    with_foreign_handlers(const with_foreign_handlers&) = delete;
+    with_foreign_handlers& operator=(const with_foreign_handlers&) = delete;
+    ~with_foreign_handlers()
+    {
+        xmlSetGenericErrorFunc(nullptr, nullptr);
+        xmlSetStructuredErrorFunc(nullptr, nullptr);
+        xmlResetLastError();
+    }
+
+    bool are_in_place() const
+    {
+        return xmlGenericError == count_text && xmlGenericErrorContext == &m_context &&
+               xmlStructuredError == count_error && xmlStructuredErrorContext == this;
+    }
+
+private:
+    int m_context = 0;
+};
+
+struct form_t
+{
+    const char* bytes;
+    const char* result;
+};
+
+// GoogleTest looks for this name.
+void PrintTo(const form_t& form, std::ostream* stream) // NOLINT(readability-identifier-naming)
+{
+    *stream << form.bytes;
+}
+
+class basekit2_variant_bag_forms_test : public basekit2_variant_bag_test,
+                                        public testing::WithParamInterface<form_t>
+{};
+
+} // namespace
+
+TEST(basekit2_variant_test, a_default_value_holds_nothing)
+{
+    const variant_t value;
+    EXPECT_FALSE(value.can_get<const wchar_t*>());
+    EXPECT_FALSE(value.can_get<std::wstring>());
+    EXPECT_FALSE(value.can_get<bool>());
+    EXPECT_FALSE(value.can_get<std::int64_t>());
+    EXPECT_FALSE(value.can_get<double>());
+}
+
+TEST(basekit2_variant_test, a_text_is_there_in_both_forms_and_no_other)
+{
+    for (const variant_t& value : {variant_t(L"text"), variant_t(L"text"s)}) {
+        EXPECT_TRUE(value.can_get<const wchar_t*>());
+        EXPECT_TRUE(value.can_get<std::wstring>());
+        EXPECT_FALSE(value.can_get<bool>());
+        EXPECT_FALSE(value.can_get<std::int64_t>());
+        EXPECT_FALSE(value.can_get<double>());
+        EXPECT_STREQ(value.get<const wchar_t*>(), L"text");
+        EXPECT_EQ(value.get<std::wstring>(), L"text");
+    }
+}
+
+TEST(basekit2_variant_test, a_truth_is_no_number_and_no_text)
+{
+    const variant_t value(true);
+    EXPECT_TRUE(value.get<bool>());
+    EXPECT_FALSE(value.can_get<std::int64_t>());
+    EXPECT_FALSE(value.can_get<double>());
+    EXPECT_FALSE(value.can_get<std::wstring>());
+    EXPECT_FALSE(value.can_get<const wchar_t*>());
+}
+
+TEST(basekit2_variant_test, a_whole_number_keeps_all_its_bits)
+{
+    for (const std::int64_t number : {INT64_MIN, INT64_MAX, std::int64_t{0}, std::int64_t{-1}}) {
+        const variant_t value(number);
+        EXPECT_EQ(value.get<std::int64_t>(), number);
+        EXPECT_FALSE(value.can_get<bool>());
+        EXPECT_FALSE(value.can_get<double>());
+    }
+}
+
+TEST(basekit2_variant_test, a_real_number_is_no_whole_one)
+{
+    const variant_t value(1.0);
+    EXPECT_EQ(value.get<double>(), 1.0);
+    EXPECT_FALSE(value.can_get<std::int64_t>());
+}
+
+TEST(basekit2_variant_test, a_null_text_is_an_empty_one)
+{
+    const variant_t value(static_cast<const wchar_t*>(nullptr));
+    EXPECT_STREQ(value.get<const wchar_t*>(), L"");
+    EXPECT_EQ(value.get<std::wstring>(), L"");
+}
+
+TEST(basekit2_variant_test, a_text_keeps_what_is_behind_a_zero_character)
+{
+    EXPECT_EQ(variant_t(L"a\0b"s).get<std::wstring>(), L"a\0b"s);
+}
+
+TEST(basekit2_variant_test, a_value_that_is_there_is_not_reported)
+{
+    const with_kept_reports reports;
+    EXPECT_EQ(variant_t(L"text").get<std::wstring>(), L"text");
+    EXPECT_FALSE(variant_t(false).get<bool>());
+    EXPECT_EQ(reported, "");
+}
+
+TEST(basekit2_variant_test, a_pointer_to_a_text_of_another_kind_is_reported)
+{
+    const with_kept_reports reports;
+    EXPECT_STREQ(variant_t(true).get<const wchar_t*>(), L"");
+    EXPECT_EQ(reported, "can_get<const wchar_t*>()");
+}
+
+TEST(basekit2_variant_test, a_text_of_another_kind_is_reported)
+{
+    const with_kept_reports reports;
+    EXPECT_EQ(variant_t(1.5).get<std::wstring>(), L"");
+    EXPECT_EQ(reported, "can_get<std::wstring>()");
+}
+
+TEST(basekit2_variant_test, a_truth_of_another_kind_is_reported)
+{
+    const with_kept_reports reports;
+    EXPECT_FALSE(variant_t(std::int64_t{1}).get<bool>());
+    EXPECT_EQ(reported, "can_get<bool>()");
+}
+
+TEST(basekit2_variant_test, a_whole_number_of_another_kind_is_reported)
+{
+    const with_kept_reports reports;
+    EXPECT_EQ(variant_t(L"1").get<std::int64_t>(), 0);
+    EXPECT_EQ(reported, "can_get<std::int64_t>()");
+}
+
+TEST(basekit2_variant_test, a_real_number_of_another_kind_is_reported)
+{
+    const with_kept_reports reports;
+    EXPECT_EQ(variant_t().get<double>(), 0.0);
+    EXPECT_EQ(reported, "can_get<double>()");
+}
+
+TEST_F(basekit2_variant_bag_test, a_new_bag_is_empty)
+{
+    const variant_bag_t bag;
+    EXPECT_TRUE(bag.begin_values().at_end());
+    EXPECT_TRUE(bag.begin_bags().at_end());
+    EXPECT_TRUE(bag.begin_by_name(L"a").at_end());
+    EXPECT_FALSE(bag.has(L""));
+}
+
+TEST_F(basekit2_variant_bag_test, of_values_with_one_name_the_first_is_found)
+{
+    variant_bag_t bag;
+    bag.add_value(L"a", L"1");
+    bag.add_value(L"a", L"2");
+    EXPECT_TRUE(bag.has(L"a"));
+    EXPECT_EQ(bag.get_variant(L"a", L"0").get<std::wstring>(), L"1");
+    EXPECT_EQ(written(bag), "a=[1]a=[2]");
+}
+
+TEST_F(basekit2_variant_bag_test, the_default_stands_for_a_value_that_is_not_there)
+{
+    variant_bag_t bag;
+    bag.add_bag(L"a");
+    EXPECT_FALSE(bag.has(L"a"));
+    EXPECT_EQ(bag.get_variant(L"a", L"default").get<std::wstring>(), L"default");
+}
+
+TEST_F(basekit2_variant_bag_test, the_walk_by_name_stops_at_the_bags_of_that_name_only)
+{
+    variant_bag_t bag;
+    for (const wchar_t* const name : {L"x", L"a", L"x", L"x", L"a", L"b"})
+        bag.add_bag(name).add_value(L"", std::to_wstring(bag.begin_values().at_end()));
+    int count = 0;
+    for (auto at = bag.begin_by_name(L"a"); !at.at_end(); at.next(), ++count)
+        EXPECT_EQ(at.get_name(), L"a");
+    EXPECT_EQ(count, 2);
+    EXPECT_TRUE(bag.begin_by_name(L"").at_end());
+}
+
+TEST_F(basekit2_variant_bag_test, bags_with_an_empty_name_are_walked_over_by_it)
+{
+    variant_bag_t bag;
+    bag.add_bag(L"a");
+    bag.add_bag(L"").add_value(L"", L"text");
+    auto at = bag.begin_by_name(L"");
+    EXPECT_EQ(written(at.get_value()), "=[text]");
+    at.next();
+    EXPECT_TRUE(at.at_end());
+}
+
+TEST_F(basekit2_variant_bag_test, a_copy_does_not_follow_its_original)
+{
+    variant_bag_t bag;
+    variant_bag_t& child = bag.add_bag(L"a");
+    const variant_bag_t copy(bag);
+    variant_bag_t assigned;
+    assigned = bag;
+    child.add_bag(L"b").add_value(L"c", L"1");
+    EXPECT_EQ(written(bag), "a(b(c=[1]))");
+    EXPECT_EQ(written(copy), "a()");
+    EXPECT_EQ(written(assigned), "a()");
+}
+
+TEST_F(basekit2_variant_bag_test, a_bag_may_become_a_copy_of_one_below_it)
+{
+    variant_bag_t bag;
+    variant_bag_t& child = bag.add_bag(L"a");
+    child.add_value(L"v", L"1");
+    child.add_bag(L"b").add_value(L"w", L"2");
+    bag = bag.begin_bags().get_value();
+    EXPECT_EQ(written(bag), "v=[1]b(w=[2])");
+}
+
+TEST_F(basekit2_variant_bag_test, a_bag_may_be_replaced_by_one_below_it)
+{
+    variant_bag_t bag;
+    variant_bag_t& child = bag.add_bag(L"a");
+    child.add_value(L"v", L"1");
+    child.add_bag(L"b").add_value(L"w", L"2");
+    bag = std::move(child);
+    EXPECT_EQ(written(bag), "v=[1]b(w=[2])");
+}
+
+TEST_P(basekit2_variant_bag_forms_test, is_read_as_it_stands)
+{
+    EXPECT_EQ(load_bytes(GetParam().bytes), GetParam().result);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    forms, basekit2_variant_bag_forms_test,
+    testing::Values(
+        form_t{"<r/>", ""}, form_t{"<r></r>", ""},
+        form_t{"<r b='1' a=\"2\" c=''/>", "b=[1]a=[2]c=[]"},
+        form_t{"<?xml version='1.0'?>\n<r> <a/> <b/><a c='1'/>\n</r>\n", "a()b()a(c=[1])"},
+        form_t{"<r>text</r>", "=[text]"}, form_t{"<r>\n text \t\n</r>", "=[\n text \t\n]"},
+        form_t{"<r a='1'>text<b/></r>", "a=[1]=[text]b()"},
+        form_t{"<r>one<a>in</a> two <b/>three</r>", "=[one two three]a(=[in])b()"},
+        form_t{"<r>a<![CDATA[<b>&amp;]]>c</r>", "=[a<b>&amp;c]"}, form_t{"<r><![CDATA[]]></r>", ""},
+        form_t{"<r> \t\r\n </r>", ""}, form_t{"<r>&#32;<![CDATA[ \n]]>&#9;</r>", ""},
+        form_t{"<r>&#160;</r>", "=[\xC2\xA0]"},
+        form_t{"<r>&lt;&gt;&amp;&quot;&apos;&#65;&#x42;</r>", "=[<>&\"'AB]"},
+        form_t{"<r a='&lt;&gt;&amp;&quot;&apos;&#65;&#38;&#x3c;'/>", "a=[<>&\"'A&<]"},
+        form_t{"<r>&amp;lt;&#38;#65;</r>", "=[&lt;&#65;]"}, form_t{"<r a='&amp;lt;'/>", "a=[&lt;]"},
+        form_t{"<r a='x\ny\tz&#10;'/>", "a=[x y z\n]"}, form_t{"<r>a\r\nb\rc</r>", "=[a\nb\nc]"},
+        form_t{"<r \xC3\xA4='\xC3\xB6'><\xD0\xB6>\xE2\x82\xAC</\xD0\xB6></r>",
+               "\xC3\xA4=[\xC3\xB6]\xD0\xB6(=[\xE2\x82\xAC])"},
+        form_t{"<r><\xF0\x90\x90\x80 "
+               "\xF0\x90\x90\x81='\xF0\x9F\x98\x80'>&#x1F600;</\xF0\x90\x90\x80></r>",
+               "\xF0\x90\x90\x80(\xF0\x90\x90\x81=[\xF0\x9F\x98\x80]=[\xF0\x9F\x98\x80])"},
+        form_t{"<x:r xmlns='u' xmlns:x='v' x:a='1'><x:b/><y:c z:d='2'/></x:r>",
+               "xmlns=[u]xmlns:x=[v]x:a=[1]x:b()y:c(z:d=[2])"},
+        form_t{"<r xml:lang='no language' xml:space='odd'/>",
+               "xml:lang=[no language]xml:space=[odd]"},
+        form_t{"<r xmlns:a='' xmlns:xml='x' a:b='1' c:b='2'/>",
+               "xmlns:a=[]xmlns:xml=[x]a:b=[1]c:b=[2]"},
+        form_t{"<!-- c --><?p i?><r>a<!-- c -->b<?p:q i?>c</r><!-- c --><?p?>", "=[abc]"},
+        form_t{"\xEF\xBB\xBF<r>\xC3\xA4</r>", "=[\xC3\xA4]"},
+        form_t{"<?xml version='1.0' encoding='ISO-8859-1'?><r \xE4='\xF6'>\xFC</r>",
+               "\xC3\xA4=[\xC3\xB6]=[\xC3\xBC]"},
+        form_t{"<?xml version='1.0' encoding='UTF-8' standalone='yes'?><r/>", ""}));
+
+TEST_F(basekit2_variant_bag_test, a_file_in_utf16_is_read)
+{
+    EXPECT_EQ(load_bytes(utf16(L"<r \u00e4='1'>\u20ac\xD83D\xDE00</r>")),
+              "\xC3\xA4=[1]=[\xE2\x82\xAC\xF0\x9F\x98\x80]");
+}
+
+TEST_F(basekit2_variant_bag_test, names_and_texts_beyond_the_bmp_are_pairs_of_elements)
+{
+    m_folder.write("file.xml", "<r a='\xF0\x9F\x98\x80'/>");
+    variant_bag_t bag;
+    EXPECT_EQ(load_variant_bag2(bag, m_folder.wide_name("file.xml"), nullptr, false), 0U);
+    EXPECT_EQ(bag.get_variant(L"a", L"").get<std::wstring>(), L"\xD83D\xDE00");
+}
+
+TEST_F(basekit2_variant_bag_test, what_was_in_the_bag_goes_when_another_is_loaded)
+{
+    EXPECT_EQ(load_bytes("<r a='1'/>"), "a=[1]");
+}
+
+TEST_F(basekit2_variant_bag_test, only_the_root_that_is_asked_for_is_read)
+{
+    EXPECT_EQ(load_bytes("<r>1</r>", L"r"), "=[1]");
+    for (const wchar_t* const root : {L"", L"R", L"r ", L"rr", L"a:r"})
+        EXPECT_EQ(load_bytes("<r>1</r>", root), "failed") << utf16_to_utf8(root);
+    EXPECT_EQ(load_bytes("<a:r>1</a:r>", L"r"), "failed");
+    EXPECT_EQ(load_bytes("<r><x/></r>", L"x"), "failed");
+}
+
+TEST_F(basekit2_variant_bag_test, a_root_beyond_the_bmp_is_known_in_either_form)
+{
+    EXPECT_EQ(load_bytes("<\xF0\x90\x90\x80>1</\xF0\x90\x90\x80>", L"\U00010400"), "=[1]");
+    EXPECT_EQ(load_bytes("<\xF0\x90\x90\x80>1</\xF0\x90\x90\x80>", L"\xD801\xDC00"), "=[1]");
+}
+
+TEST_F(basekit2_variant_bag_test, a_file_with_any_name_is_found)
+{
+    for (const std::string name :
+         {"\xC3\xA4 \xF0\x9F\x98\x80.xml", "http:", "-", "a%20b", "a\nb"}) {
+        m_folder.write(name, "<r>1</r>");
+        EXPECT_EQ(load_name(m_folder.wide_name(name)), "=[1]") << name;
+    }
+}
+
+TEST_F(basekit2_variant_bag_test, a_link_to_a_file_is_followed)
+{
+    m_folder.write("file", "<r>1</r>");
+    std::filesystem::create_symlink("file", m_folder.name("link"));
+    EXPECT_EQ(load_name(m_folder.wide_name("link")), "=[1]");
+}
+
+TEST_F(basekit2_variant_bag_test, a_missing_file_is_a_failure)
+{
+    EXPECT_EQ(load_name(m_folder.wide_name("missing")), "failed");
+    EXPECT_EQ(load_name(L""), "failed");
+}
+
+TEST_F(basekit2_variant_bag_test, a_missing_file_is_an_empty_bag_where_that_is_allowed)
+{
+    m_folder.write("file", "<r/>");
+    std::filesystem::create_symlink("nothing", m_folder.name("dangling"));
+    for (const std::string name : {"missing", "missing/file", "file/below", "dangling"})
+        EXPECT_EQ(load_name(m_folder.wide_name(name), L"r", true), "") << name;
+}
+
+TEST_F(basekit2_variant_bag_test, a_file_that_is_there_is_not_missing)
+{
+    m_folder.write("file", "<r>");
+    EXPECT_EQ(load_name(m_folder.wide_name("file"), nullptr, true), "failed");
+    EXPECT_EQ(load_name(m_folder.wide_name("file") + L"\0x"s, nullptr, true), "failed");
+    EXPECT_EQ(load_name(m_folder.wide_name(std::string(300, 'n')), nullptr, true), "failed");
+    EXPECT_EQ(load_name(m_folder.wide_name(""), nullptr, true), "failed");
+}
+
+TEST_F(basekit2_variant_bag_test, a_name_with_a_zero_character_is_no_files)
+{
+    m_folder.write("file", "<r/>");
+    EXPECT_EQ(load_name(m_folder.wide_name("file") + L"\0"s), "failed");
+    EXPECT_EQ(load_name(L"\0"s, nullptr, true), "failed");
+}
+
+TEST_F(basekit2_variant_bag_test, what_is_no_regular_file_is_refused_at_once)
+{
+    ASSERT_EQ(mkfifo(m_folder.name("fifo").c_str(), 0600), 0);
+    std::filesystem::create_directory(m_folder.name("directory"));
+    bind_socket("socket");
+    for (const std::string name : {"fifo", "directory", "socket"})
+        EXPECT_EQ(load_name(m_folder.wide_name(name), nullptr, true), "failed") << name;
+    EXPECT_EQ(load_name(L"/dev/zero"), "failed");
+}
+
+TEST_F(basekit2_variant_bag_test, a_file_that_may_not_be_read_is_refused)
+{
+    m_folder.write("file", "<r/>");
+    ASSERT_EQ(chmod(m_folder.name("file").c_str(), 0), 0);
+    const bool may_read_all = access(m_folder.name("file").c_str(), R_OK) == 0;
+    EXPECT_EQ(load_name(m_folder.wide_name("file"), nullptr, true), may_read_all ? "" : "failed");
+}
+
+TEST_F(basekit2_variant_bag_test, what_is_no_well_formed_xml_is_refused)
+{
+    const std::vector<std::string> files = {
+        "",
+        " ",
+        "text",
+        "\x7F"
+        "ELF\x01\x02\0\0"s,
+        std::string(1000, '\0'),
+        "<r/><r/>",
+        "<r/>text",
+        "text<r/>",
+        "<r>",
+        "</r>",
+        "<r></s>",
+        "<r><a></r></a>",
+        "<r a='1' a='2'/>",
+        "<r a=1/>",
+        "<r a/>",
+        "<r a='<'/>",
+        "<r a='1'b='2'/>",
+        "<r>&undefined;</r>",
+        "<r a='&undefined;'/>",
+        "<r>&#0;</r>",
+        "<r>&#xD800;</r>",
+        "<r>&amp</r>",
+        "<r>]]></r>",
+        "<r>\x01</r>",
+        "<r>\0</r>"s,
+        "<r/>\0"s,
+        "<r/>\0<r/>"s,
+        "<r>\xFF</r>",
+        "<r>\xC3</r>",
+        "<r a='\xC3'/>",
+        "<r><!-- -- --></r>",
+        "<r><![CDATA[</r>",
+        "<r/><?xml version='1.0'?>",
+        " <?xml version='1.0'?><r/>",
+        "<?xml version='1.0' encoding='no such'?><r/>",
+        "<?xml version='2.0'?><r/>",
+        utf16(L"<r>\xD83D</r>"),
+        utf16(L"<r>text</r>") + "x",
+    };
+    for (const std::string& bytes : files)
+        EXPECT_EQ(load_bytes(bytes), "failed") << testing::PrintToString(bytes);
+}
+
+TEST_F(basekit2_variant_bag_test, a_file_that_its_encoding_does_not_admit_is_refused)
+{
+    for (const std::string encoding : {"US-ASCII", "EUC-JP", "Shift_JIS", "ISO-2022-JP"}) {
+        const std::string head = "<?xml version='1.0' encoding='" + encoding + "'?><r>";
+        EXPECT_EQ(load_bytes(head + "text</r>"), "=[text]") << encoding;
+        EXPECT_EQ(load_bytes(head + "\xFF</r>"), "failed") << encoding;
+        EXPECT_EQ(load_bytes(head + std::string(5000, ' ') + "\xFF</r>"), "failed") << encoding;
+        EXPECT_EQ(load_bytes(head + "</r>" + std::string(5000, ' ') + "\xFF"), "failed")
+            << encoding;
+    }
+}
+
+TEST_F(basekit2_variant_bag_test, a_long_file_in_another_encoding_is_read_to_its_end)
+{
+    const std::string head = "<?xml version='1.0' encoding='ISO-8859-1'?><r>";
+    const std::string blanks(200000, ' ');
+    EXPECT_EQ(load_bytes(head + "\xE4" + blanks + "</r>" + blanks + "<!-- \xE4 -->" + blanks),
+              "=[\xC3\xA4" + blanks + "]");
+}
+
+TEST_F(basekit2_variant_bag_test, a_file_cut_off_anywhere_is_refused)
+{
+    const std::string whole = "<?xml version='1.0'?><!-- c --><r a='1'>t&amp;&#65;<b c=\"2\"/>"
+                              "<![CDATA[d]]><?p i?><e>\xC3\xA4</e></r>";
+    EXPECT_EQ(load_bytes(whole), "a=[1]=[t&Ad]b(c=[2])e(=[\xC3\xA4])");
+    for (std::size_t size = 0; size != whole.size(); ++size)
+        EXPECT_EQ(load_bytes(whole.substr(0, size)), "failed") << size;
+}
+
+TEST_F(basekit2_variant_bag_test, a_document_type_declaration_is_refused)
+{
+    m_folder.write("other.dtd", "<!ENTITY e 'text'>");
+    const std::vector<std::string> types = {
+        "<!DOCTYPE r>",
+        "<!DOCTYPE r []>",
+        "<!DOCTYPE r [<!ENTITY e 'text'>]>",
+        "<!DOCTYPE r [<!ENTITY e SYSTEM 'other.dtd'>]>",
+        "<!DOCTYPE r [<!ENTITY % e SYSTEM 'other.dtd'>%e;]>",
+        "<!DOCTYPE r [<!ATTLIST r a CDATA 'default'>]>",
+        "<!DOCTYPE r SYSTEM '" + m_folder.name("other.dtd") + "'>",
+        "<!DOCTYPE r PUBLIC 'p' '" + m_folder.name("other.dtd") + "'>",
+        "<!DOCTYPE r SYSTEM 'http://127.0.0.1:1/other.dtd'>",
+        "<!DOCTYPE r [<!ENTITY a '1234567890'><!ENTITY b '" + repeated("&a;", 1000) +
+            "'><!ENTITY e '" + repeated("&b;", 1000) + "'>]>",
+        "<!DOCTYPE",
+        "<!DOCTYPE r",
+        "<!DOCTYPE r [<!ENTITY",
+    };
+    for (const std::string& type : types)
+        for (const std::string root : {"<r/>", "<r>&e;</r>", "<r a='&e;'/>", ""})
+            EXPECT_EQ(load_bytes(type + root), "failed") << type << root;
+}
+
+TEST_F(basekit2_variant_bag_test, elements_may_be_nested_256_deep)
+{
+    EXPECT_NE(load_bytes(nested(256)), "failed");
+    EXPECT_EQ(load_bytes(nested(257)), "failed");
+    EXPECT_EQ(load_bytes(nested(100000)), "failed");
+}
+
+TEST_F(basekit2_variant_bag_test, an_element_may_have_256_attributes)
+{
+    EXPECT_NE(load_bytes("<r" + attributes(256) + "/>"), "failed");
+    EXPECT_EQ(load_bytes("<r" + attributes(257) + "/>"), "failed");
+    EXPECT_EQ(load_bytes("<r>" + repeated("<a" + attributes(5000) + "/>", 100) + "</r>"), "failed");
+}
+
+TEST_F(basekit2_variant_bag_test, different_names_may_take_64_kibibytes)
+{
+    EXPECT_NE(load_bytes("<r>" + named_elements(10000) + "</r>"), "failed");
+    EXPECT_EQ(load_bytes("<r>" + named_elements(20000) + "</r>"), "failed");
+}
+
+TEST_F(basekit2_variant_bag_test, one_name_may_be_used_any_number_of_times)
+{
+    const std::string entry = "<entry_with_a_long_name and_a_long_attribute='1'/>";
+    EXPECT_NE(load_bytes("<r>" + repeated(entry, 10000) + "</r>"), "failed");
+}
+
+TEST_F(basekit2_variant_bag_test, a_value_may_have_ten_million_bytes)
+{
+    EXPECT_EQ(load_bytes("<r>" + std::string(10000000, 'x') + "</r>").size(), 10000003U);
+    EXPECT_EQ(load_bytes("<r>" + std::string(10000001, 'x') + "</r>"), "failed");
+    EXPECT_NE(load_bytes("<r a='" + std::string(9990000, 'x') + "'/>"), "failed");
+    EXPECT_EQ(load_bytes("<r a='" + std::string(10010000, 'x') + "'/>"), "failed");
+}
+
+TEST_F(basekit2_variant_bag_test, a_file_may_have_16_mebibytes)
+{
+    const std::string element = "<a><!--" + std::string(65522, 'x') + "--></a>";
+    const std::string most = "<r>" + repeated(element, 255) + std::string(65529, ' ') + "</r>";
+    ASSERT_EQ(most.size(), std::size_t{16} << 20U);
+    EXPECT_EQ(load_bytes(most), repeated("a()", 255));
+    EXPECT_EQ(load_bytes(most + " "), "failed");
+}
+
+TEST_F(basekit2_variant_bag_test, nothing_is_printed)
+{
+    const std::vector<std::string> files = {"<r/>",
+                                            "",
+                                            "<r>",
+                                            "<r a='1' a='2'/>",
+                                            "<!DOCTYPE r><r/>",
+                                            "<r>\xFF</r>",
+                                            "<r xmlns:a='' c:b='2' xml:lang='-'/>",
+                                            "<?xml version='1.1' encoding='no such'?><r/>",
+                                            utf16(L"<r>\xD83D</r>"),
+                                            "<r>" + named_elements(20000) + "</r>",
+                                            nested(300)};
+    EXPECT_EQ(printed_by([&] {
+                  for (const std::string& bytes : files)
+                      load_bytes(bytes);
+                  load_name(m_folder.wide_name("missing"));
+              }),
+              "");
+}
+
+TEST_F(basekit2_variant_bag_test, the_threads_handlers_of_libxml2_stay_and_are_not_called)
+{
+    const with_foreign_handlers handlers;
+    for (const std::string bytes : {"<r/>", "<r>", "<!DOCTYPE r><r/>", "<r a='1' a='2'/>"}) {
+        load_bytes(bytes);
+        EXPECT_TRUE(handlers.are_in_place()) << bytes;
+    }
+    EXPECT_EQ(foreign_calls, 0);
+}
+
+TEST_F(basekit2_variant_bag_test, no_error_of_the_parse_stays_on_the_thread)
+{
+    xmlResetLastError();
+    EXPECT_EQ(load_bytes("<r>"), "failed");
+    EXPECT_EQ(xmlGetLastError(), nullptr);
+}
+
+TEST_F(basekit2_variant_bag_test, the_hosts_defaults_for_libxml2_change_nothing)
+{
+    const int substitute = xmlSubstituteEntitiesDefault(0);
+    const int keep = xmlKeepBlanksDefault(0);
+    EXPECT_EQ(load_bytes("<r a='&amp;'>a <b/> <b/> c&amp;</r>"), "a=[&]=[a   c&]b()b()");
+    xmlSubstituteEntitiesDefault(substitute);
+    xmlKeepBlanksDefault(keep);
+}
+
+TEST_F(basekit2_variant_bag_test, several_threads_may_load_at_once)
+{
+    m_folder.write("good", "<r a='1'>text<b/></r>");
+    m_folder.write("bad", "<r a='1'>text<b></r>");
+    std::vector<std::thread> threads;
+    for (int i = 0; i != 8; ++i)
+        threads.emplace_back([&] {
+            for (int round = 0; round != 50; ++round) {
+                EXPECT_EQ(load_name(m_folder.wide_name("good"), L"r"), "a=[1]=[text]b()");
+                EXPECT_EQ(load_name(m_folder.wide_name("bad"), L"r"), "failed");
+            }
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+}
+
+TEST_F(basekit2_variant_bag_test, no_descriptor_stays_open)
+{
+    const auto count = [] {
+        const std::filesystem::directory_iterator open("/proc/self/fd");
+        return std::distance(begin(open), end(open));
+    };
+    const auto before = count();
+    load_bytes("<r/>");
+    load_bytes("<r>");
+    load_name(m_folder.wide_name(""));
+    EXPECT_EQ(count(), before);
+}

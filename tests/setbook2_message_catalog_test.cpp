@@ -1,0 +1,826 @@
+#include <setbook2/message_catalog.h>
+
+#include "catalog_support.h"
+#include "support.h"
+
+#include <gtest/gtest.h>
+
+#include <clocale>
+#include <cstdint>
+#include <cstring>
+#include <filesystem>
+#include <locale>
+#include <sys/stat.h>
+#include <thread>
+
+namespace
+{
+
+using setbook2::bindCatalogDirectory;
+using setbook2::getMessageCatalog;
+using setbook2::registerMessageCatalog;
+using velmoext_1_4_8::units;
+
+typedef ROVA_2_18::i18n::catalog_t catalog_t;
+typedef ROVA_2_18::i18n::message_t message_t;
+
+const wchar_t no_catalog[] = L"(none)";
+const std::size_t largest_file = 16U << 20U;
+
+/// Gives one text for every id.
+class fixed_catalog_t : public catalog_t
+{
+public:
+    explicit fixed_catalog_t(const std::wstring& text) : m_text(text) {}
+    message_t message(const std::wstring& /*id*/) const override { return message_t(m_text); }
+
+private:
+    std::wstring m_text;
+};
+
+boost::shared_ptr<const catalog_t> fixed(const std::wstring& text)
+{
+    return boost::make_shared<fixed_catalog_t>(text);
+}
+
+std::wstring text_of(const std::wstring& id = L"t", const std::wstring& name = L"cat")
+{
+    const catalog_t* const catalog = getMessageCatalog(name);
+    return catalog ? catalog->message(id).as_ustring({}) : no_catalog;
+}
+
+std::wstring number_of(const std::wstring& number)
+{
+    ROVA_2_18::generic::varg_list arguments;
+    arguments.push_back({"n", number});
+    return getMessageCatalog(L"cat")->message(L"t").as_ustring(arguments);
+}
+
+class setbook2_message_catalog_test : public testing::Test
+{
+protected:
+    /// A catalog whose id "t" has that text.
+    void make(const std::string& locale, const std::string& text,
+              const std::string& name = "cat") const
+    {
+        m_catalogs.make(locale, name, po_of({{"t", text}}));
+    }
+
+    void remove(const std::string& locale) const
+    {
+        std::filesystem::remove(m_catalogs.file(locale, "cat"));
+    }
+
+    /// The texts of id "t" when each file has those bytes.
+    std::wstring text_in(const std::string& bytes) const
+    {
+        m_catalogs.write("de", "cat", bytes);
+        m_catalogs.bind(L"de");
+        return text_of();
+    }
+
+    std::string bytes_of(const std::string& po, const std::vector<std::string>& options = {}) const
+    {
+        m_catalogs.make("en", "source", po, options);
+        return m_catalogs.read("en", "source");
+    }
+
+    catalogs_t m_catalogs;
+};
+
+/// A variable of the environment, as long as this lives.
+class variable_t
+{
+public:
+    variable_t(const char* name, const char* value) : m_name(name)
+    {
+        const char* const former = std::getenv(name);
+        m_was_set = former != nullptr;
+        m_former = former ? former : "";
+        setenv(name, value, 1);
+    }
+    ~variable_t()
+    {
+        if (m_was_set)
+            setenv(m_name, m_former.c_str(), 1);
+        else
+            unsetenv(m_name);
+    }
+    variable_t(const variable_t&) = delete;
+    variable_t& operator=(const variable_t&) = delete;
+
+private:
+    const char* m_name;
+    bool m_was_set = false;
+    std::string m_former;
+};
+
+/// Both of the process's locales, as long as this lives.
+class process_locale_t
+{
+public:
+    explicit process_locale_t(const std::locale& locale)
+        : m_former(std::locale::global(locale)), m_former_name(std::setlocale(LC_ALL, nullptr))
+    {
+        std::setlocale(LC_ALL, "C");
+    }
+    ~process_locale_t()
+    {
+        std::setlocale(LC_ALL, m_former_name.c_str());
+        std::locale::global(m_former);
+    }
+    process_locale_t(const process_locale_t&) = delete;
+    process_locale_t& operator=(const process_locale_t&) = delete;
+
+private:
+    std::locale m_former;
+    std::string m_former_name;
+};
+
+struct grouping_t : std::numpunct<char>
+{
+    std::string do_grouping() const override { return "\1"; }
+    char do_thousands_sep() const override { return '.'; }
+};
+
+std::string with_word(std::string bytes, std::size_t offset, std::uint32_t word)
+{
+    std::memcpy(&bytes.at(offset), &word, sizeof(word));
+    return bytes;
+}
+
+std::uint32_t word_at(const std::string& bytes, std::size_t offset)
+{
+    std::uint32_t word = 0;
+    std::memcpy(&word, &bytes.at(offset), sizeof(word));
+    return word;
+}
+
+// Where a `.mo` file's head says where things are.
+enum head : std::size_t
+{
+    revision = 4,
+    count = 8,
+    keys = 12,
+    texts = 16,
+    hash_size = 20,
+    hash_table = 24
+};
+
+} // namespace
+
+// ---- files
+
+TEST(setbook2_message_catalog_process_test, without_a_directory_there_is_no_catalog)
+{
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    EXPECT_EXIT(std::_Exit(getMessageCatalog(L"cat") ? 1 : 0), testing::ExitedWithCode(0), "");
+}
+
+TEST_F(setbook2_message_catalog_test, a_file_of_the_bound_locale_is_found)
+{
+    make("de", "deutsch");
+    EXPECT_TRUE(m_catalogs.bind(L"de"));
+    EXPECT_EQ(text_of(), L"deutsch");
+}
+
+TEST_F(setbook2_message_catalog_test, a_directory_need_not_be_there_when_it_is_bound)
+{
+    EXPECT_TRUE(m_catalogs.bind(L"de"));
+    make("de", "deutsch");
+    EXPECT_EQ(text_of(), L"deutsch");
+}
+
+TEST_F(setbook2_message_catalog_test, nothing_is_found_where_no_file_is)
+{
+    make("de", "deutsch", "other");
+    m_catalogs.bind(L"de");
+    EXPECT_EQ(getMessageCatalog(L"cat"), nullptr);
+    EXPECT_EQ(getMessageCatalog(L""), nullptr);
+}
+
+TEST_F(setbook2_message_catalog_test, a_file_that_comes_later_is_found)
+{
+    m_catalogs.bind(L"de");
+    EXPECT_EQ(text_of(), no_catalog);
+    make("de", "deutsch");
+    EXPECT_EQ(text_of(), L"deutsch");
+}
+
+TEST_F(setbook2_message_catalog_test, a_file_that_was_found_is_kept)
+{
+    make("de", "deutsch");
+    m_catalogs.bind(L"de");
+    const catalog_t* const found = getMessageCatalog(L"cat");
+    remove("de");
+    EXPECT_EQ(getMessageCatalog(L"cat"), found);
+    EXPECT_EQ(text_of(), L"deutsch");
+}
+
+TEST_F(setbook2_message_catalog_test,
+       a_better_file_that_comes_later_does_not_replace_one_that_was_found)
+{
+    make("de", "deutsch");
+    m_catalogs.bind(L"de_AT");
+    EXPECT_EQ(text_of(), L"deutsch");
+    make("de_AT", "austrian");
+    EXPECT_EQ(text_of(), L"deutsch");
+}
+
+TEST_F(setbook2_message_catalog_test, binding_anew_forgets_what_was_read)
+{
+    make("de", "old");
+    m_catalogs.bind(L"de");
+    EXPECT_EQ(text_of(), L"old");
+    make("de", "new");
+    m_catalogs.bind(L"de");
+    EXPECT_EQ(text_of(), L"new");
+}
+
+TEST_F(setbook2_message_catalog_test, a_catalogs_language_is_that_of_the_last_binding)
+{
+    make("de", "deutsch");
+    make("en", "english");
+    m_catalogs.bind(L"de");
+    EXPECT_EQ(text_of(), L"deutsch");
+    m_catalogs.bind(L"en");
+    EXPECT_EQ(text_of(), L"english");
+}
+
+TEST_F(setbook2_message_catalog_test, names_may_have_dots)
+{
+    make("de", "bare", "audit");
+    make("de", "prefixed", "p.audit");
+    make("de", "dot", ".audit");
+    m_catalogs.bind(L"de");
+    EXPECT_EQ(text_of(L"t", L"audit"), L"bare");
+    EXPECT_EQ(text_of(L"t", L"p.audit"), L"prefixed");
+    EXPECT_EQ(text_of(L"t", L".audit"), L"dot");
+}
+
+TEST_F(setbook2_message_catalog_test, a_name_that_leads_elsewhere_has_no_file)
+{
+    make("de", "deutsch");
+    make("de", "below", "cat/UTF-8");
+    m_catalogs.bind(L"de");
+    const std::wstring names[] = {L"../LC_MESSAGES/cat",
+                                  L"./cat",
+                                  L"/cat",
+                                  L"cat/",
+                                  L"cat/UTF-8",
+                                  L"../../de/LC_MESSAGES/cat",
+                                  L"..",
+                                  L".",
+                                  L"cat" + units({0}),
+                                  L"cat.mo" + units({0})};
+    for (const std::wstring& name : names)
+        EXPECT_EQ(text_of(L"t", name), no_catalog) << testing::PrintToString(name);
+}
+
+TEST_F(setbook2_message_catalog_test, the_case_of_a_name_counts)
+{
+    make("de", "deutsch");
+    m_catalogs.bind(L"de");
+    EXPECT_EQ(text_of(L"t", L"CAT"), no_catalog);
+}
+
+TEST_F(setbook2_message_catalog_test, any_unicode_name_and_directory_work_whatever_the_locale)
+{
+    const std::string leaf = "k\xC3\xA4se \xF0\x9F\x98\x80";
+    const std::wstring wide_leaf = ROVA_2_18::strings::utf8_to_utf16(leaf);
+    const process_locale_t plain(std::locale::classic());
+    make(leaf + "/de", "deutsch", leaf);
+    EXPECT_TRUE(bindCatalogDirectory(m_catalogs.directory() + L"/" + wide_leaf, L"de"));
+    EXPECT_EQ(text_of(L"t", wide_leaf), L"deutsch");
+}
+
+// ---- locales
+
+TEST_F(setbook2_message_catalog_test, a_locale_falls_back_step_by_step)
+{
+    const char* const folders[] = {"de@euro", "de_AT", "de"};
+    for (const char* folder : folders)
+        make(folder, folder);
+    for (const char* folder : folders) {
+        m_catalogs.bind(L"de_AT@euro");
+        EXPECT_EQ(text_of(), ROVA_2_18::strings::utf8_to_utf16(folder));
+        remove(folder);
+    }
+    m_catalogs.bind(L"de_AT@euro");
+    EXPECT_EQ(text_of(), no_catalog);
+}
+
+TEST_F(setbook2_message_catalog_test, a_file_of_the_whole_locale_comes_first)
+{
+    for (const char* folder : {"de_AT@euro", "de@euro", "de_AT", "de"})
+        make(folder, folder);
+    m_catalogs.bind(L"de_AT@euro");
+    EXPECT_EQ(text_of(), L"de_AT@euro");
+}
+
+TEST_F(setbook2_message_catalog_test, each_catalog_falls_back_by_itself)
+{
+    make("de", "deutsch");
+    make("de_AT", "austrian", "other");
+    m_catalogs.bind(L"de_AT");
+    EXPECT_EQ(text_of(), L"deutsch");
+    EXPECT_EQ(text_of(L"t", L"other"), L"austrian");
+}
+
+TEST_F(setbook2_message_catalog_test, a_locale_does_not_fall_back_to_one_of_another_language)
+{
+    make("en", "english");
+    make("c", "none");
+    make("de_DE", "german");
+    m_catalogs.bind(L"de");
+    EXPECT_EQ(text_of(), no_catalog);
+}
+
+TEST_F(setbook2_message_catalog_test, an_encoding_does_not_count)
+{
+    make("de_AT", "austrian");
+    for (const wchar_t* locale :
+         {L"de_AT.UTF-8", L"de_AT.utf8", L"de_AT.ISO-8859-1", L"de_AT.ISO-8859-15@euro"}) {
+        EXPECT_TRUE(m_catalogs.bind(locale)) << testing::PrintToString(locale);
+        EXPECT_EQ(text_of(), L"austrian") << testing::PrintToString(locale);
+    }
+}
+
+TEST_F(setbook2_message_catalog_test, locales_without_a_language_have_a_folder_too)
+{
+    make("c", "none");
+    make("posix", "posix");
+    EXPECT_TRUE(m_catalogs.bind(L"C"));
+    EXPECT_EQ(text_of(), L"none");
+    EXPECT_TRUE(m_catalogs.bind(L"C.UTF-8"));
+    EXPECT_EQ(text_of(), L"none");
+    EXPECT_TRUE(m_catalogs.bind(L"POSIX"));
+    EXPECT_EQ(text_of(), L"posix");
+}
+
+TEST_F(setbook2_message_catalog_test, numbers_look_as_in_the_locale_of_the_files_folder)
+{
+    make("en", "{n, number}");
+    make("de", "{n, number}");
+    make("de_AT", "{n, number}");
+    m_catalogs.bind(L"en");
+    EXPECT_EQ(number_of(L"12345.5"), L"12,345.5");
+    m_catalogs.bind(L"de");
+    EXPECT_EQ(number_of(L"12345.5"), L"12.345,5");
+    m_catalogs.bind(L"de_AT");
+    EXPECT_EQ(number_of(L"12345.5"), L"12" + units({0xA0}) + L"345,5");
+}
+
+TEST_F(setbook2_message_catalog_test, numbers_of_a_fall_back_look_as_in_the_locale_that_was_found)
+{
+    make("de", "{n, number}");
+    m_catalogs.bind(L"de_AT");
+    EXPECT_EQ(number_of(L"12345.5"), L"12.345,5");
+}
+
+TEST_F(setbook2_message_catalog_test, the_process_s_locale_and_environment_have_no_influence)
+{
+    make("de", "{n, number} \xE2\x82\xAC");
+    make("en", "english");
+    const variable_t lang("LANG", "en_US.UTF-8");
+    const variable_t all("LC_ALL", "C");
+    const variable_t language("LANGUAGE", "en");
+    const process_locale_t grouping(std::locale(std::locale::classic(), new grouping_t));
+    m_catalogs.bind(L"de");
+    EXPECT_EQ(number_of(L"12345.5"), L"12.345,5 " + units({0x20AC}));
+}
+
+TEST_F(setbook2_message_catalog_test, what_is_no_directory_or_locale_is_refused_and_changes_nothing)
+{
+    make("de", "deutsch");
+    m_catalogs.bind(L"de");
+    const std::wstring directory = m_catalogs.directory();
+    const std::pair<std::wstring, std::wstring> rows[] = {
+        {L"", L"de"},
+        {directory + units({0}), L"de"},
+        {directory, L""},
+        {directory, L"."},
+        {directory, L"_"},
+        {directory, L"@"},
+        {directory, L".UTF-8"},
+        {directory, L"_AT"},
+        {directory, L".."},
+        {directory, L"../de"},
+        {directory, L"de/../de"},
+        {directory, L"/de"},
+        {directory, L"de/"},
+        {directory, L"de" + units({0})},
+        {directory, L"d e"},
+        {directory, L"12"},
+        {directory, L"d" + units({0xE4})},
+        {directory, L"de_A/T"},
+        {directory, L"de_../de"},
+        {directory, L"de@../de"},
+        {directory, L"de@eu ro"},
+        {directory, L"de_AT@euro/x"},
+    };
+    for (const auto& [refused, locale] : rows) {
+        EXPECT_FALSE(bindCatalogDirectory(refused, locale)) << testing::PrintToString(locale);
+        EXPECT_EQ(text_of(), L"deutsch") << testing::PrintToString(locale);
+    }
+}
+
+TEST_F(setbook2_message_catalog_test, a_refused_binding_keeps_what_was_read_and_where_it_looks)
+{
+    make("de", "deutsch");
+    m_catalogs.bind(L"de");
+    const catalog_t* const found = getMessageCatalog(L"cat");
+    EXPECT_FALSE(bindCatalogDirectory(L"", L"en"));
+    EXPECT_FALSE(m_catalogs.bind(L""));
+    EXPECT_EQ(getMessageCatalog(L"cat"), found);
+    make("de", "later", "other");
+    EXPECT_EQ(text_of(L"t", L"other"), L"later");
+}
+
+// ---- messages
+
+TEST_F(setbook2_message_catalog_test, an_empty_id_is_an_empty_message_never_the_header)
+{
+    make("de", "deutsch");
+    m_catalogs.bind(L"de");
+    EXPECT_EQ(text_of(L""), L"");
+}
+
+TEST_F(setbook2_message_catalog_test, an_unknown_id_is_an_empty_message)
+{
+    make("de", "deutsch");
+    m_catalogs.bind(L"de");
+    for (const std::wstring& id :
+         {std::wstring(L"u"), std::wstring(L"T"), std::wstring(L"t "), units({'t', 0}),
+          units({'t', 0, 'x'}), units({0}), units({0, 't'}), std::wstring(100000, L't')})
+        EXPECT_EQ(text_of(id), L"") << testing::PrintToString(id.substr(0, 10));
+}
+
+TEST_F(setbook2_message_catalog_test, an_id_that_is_no_sound_text_is_an_empty_message)
+{
+    make("de", "deutsch");
+    m_catalogs.bind(L"de");
+    EXPECT_EQ(text_of(units({0xD800})), L"");
+    EXPECT_EQ(text_of(units({'t', 0xDC00})), L"");
+}
+
+TEST_F(setbook2_message_catalog_test, fuzzy_and_untranslated_entries_are_empty_messages)
+{
+    m_catalogs.make("de", "cat",
+                    po_of({{"t", "deutsch"}, {"empty", ""}}) +
+                        "\n#, fuzzy\nmsgid \"fuzzy\"\nmsgstr \"guessed\"\n" +
+                        "\n#~ msgid \"old\"\n#~ msgstr \"obsolete\"\n");
+    m_catalogs.bind(L"de");
+    EXPECT_EQ(text_of(L"t"), L"deutsch");
+    for (const wchar_t* id : {L"empty", L"fuzzy", L"old"})
+        EXPECT_EQ(text_of(id), L"") << testing::PrintToString(id);
+}
+
+TEST_F(setbook2_message_catalog_test, ids_and_texts_may_have_any_characters)
+{
+    const std::string odd = "\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80 \"\\\n";
+    m_catalogs.make("de", "cat", po_of({{odd, odd}}));
+    m_catalogs.bind(L"de");
+    const std::wstring wide_odd = ROVA_2_18::strings::utf8_to_utf16(odd);
+    EXPECT_EQ(text_of(wide_odd), wide_odd);
+}
+
+TEST_F(setbook2_message_catalog_test, every_one_of_many_ids_is_found)
+{
+    po_entries_t entries;
+    for (int i = 0; i < 2000; ++i)
+        entries.emplace_back("id" + std::to_string(i), "text" + std::to_string(i));
+    m_catalogs.make("de", "cat", po_of(entries));
+    m_catalogs.bind(L"de");
+    for (int i = 0; i < 2000; ++i)
+        EXPECT_EQ(text_of(L"id" + std::to_wstring(i)), L"text" + std::to_wstring(i));
+    EXPECT_EQ(text_of(L"id2000"), L"");
+}
+
+TEST_F(setbook2_message_catalog_test, a_message_is_the_same_each_time_it_is_asked_for)
+{
+    make("de", "{n, plural, one {# Datei} other {# Dateien}}");
+    m_catalogs.bind(L"de");
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(number_of(L"1"), L"1 Datei");
+        EXPECT_EQ(number_of(L"2"), L"2 Dateien");
+    }
+}
+
+// ---- catalogs of the application's own
+
+TEST_F(setbook2_message_catalog_test, a_registered_catalog_is_found_by_its_name)
+{
+    const auto catalog = fixed(L"own");
+    m_catalogs.add(L"own", catalog);
+    EXPECT_EQ(getMessageCatalog(L"own"), catalog.get());
+    EXPECT_EQ(getMessageCatalog(L"OWN"), nullptr);
+}
+
+TEST_F(setbook2_message_catalog_test, a_registered_catalog_is_held)
+{
+    auto catalog = fixed(L"own");
+    const boost::weak_ptr<const catalog_t> watched = catalog;
+    m_catalogs.add(L"own", catalog);
+    catalog.reset();
+    EXPECT_FALSE(watched.expired());
+    registerMessageCatalog(L"own", nullptr);
+    EXPECT_TRUE(watched.expired());
+}
+
+TEST_F(setbook2_message_catalog_test, a_later_catalog_replaces_the_former_one)
+{
+    m_catalogs.add(L"own", fixed(L"old"));
+    m_catalogs.add(L"own", fixed(L"new"));
+    EXPECT_EQ(text_of(L"t", L"own"), L"new");
+    registerMessageCatalog(L"own", nullptr);
+    EXPECT_EQ(text_of(L"t", L"own"), no_catalog);
+}
+
+TEST_F(setbook2_message_catalog_test, a_registered_catalog_covers_the_file_until_it_is_taken_back)
+{
+    make("de", "file");
+    m_catalogs.bind(L"de");
+    EXPECT_EQ(text_of(), L"file");
+    m_catalogs.add(L"cat", fixed(L"own"));
+    EXPECT_EQ(text_of(), L"own");
+    registerMessageCatalog(L"cat", nullptr);
+    EXPECT_EQ(text_of(), L"file");
+}
+
+TEST_F(setbook2_message_catalog_test, binding_a_directory_leaves_registered_catalogs_alone)
+{
+    m_catalogs.add(L"own", fixed(L"own"));
+    m_catalogs.bind(L"de");
+    EXPECT_EQ(text_of(L"t", L"own"), L"own");
+}
+
+TEST_F(setbook2_message_catalog_test, a_registered_catalog_may_have_any_name)
+{
+    for (const std::wstring& name : {std::wstring(), std::wstring(L"a/b"), units({0})}) {
+        m_catalogs.add(name, fixed(L"own"));
+        EXPECT_EQ(text_of(L"t", name), L"own") << testing::PrintToString(name);
+    }
+}
+
+TEST_F(setbook2_message_catalog_test, taking_back_what_is_not_there_changes_nothing)
+{
+    m_catalogs.add(L"own", fixed(L"own"));
+    registerMessageCatalog(L"other", nullptr);
+    EXPECT_EQ(text_of(L"t", L"own"), L"own");
+}
+
+// ---- files that others can write
+
+TEST_F(setbook2_message_catalog_test, a_file_that_is_cut_anywhere_is_passed_over)
+{
+    make("de", "deutsch");
+    const std::string whole = bytes_of(po_of({{"t", "text"}, {"u", "other"}}));
+    for (std::size_t size = 0; size < whole.size(); ++size) {
+        m_catalogs.write("de_AT", "cat", whole.substr(0, size));
+        m_catalogs.bind(L"de_AT");
+        EXPECT_EQ(text_of(), L"deutsch") << size;
+    }
+    m_catalogs.write("de_AT", "cat", whole);
+    m_catalogs.bind(L"de_AT");
+    EXPECT_EQ(text_of(), L"text");
+}
+
+TEST_F(setbook2_message_catalog_test, a_file_with_any_byte_replaced_does_no_harm)
+{
+    const std::string whole = bytes_of(
+        po_of({{"t", "text"}, {"u", "{n, plural, one {#} other {# \xE2\x82\xAC}}"}, {"v", "w"}}));
+    int refused = 0;
+    int whole_texts = 0;
+    for (std::size_t at = 0; at < whole.size(); ++at)
+        for (const char byte : {'\xFF', '\0', '\x7F'}) {
+            std::string damaged = whole;
+            damaged[at] = byte;
+            const std::wstring text = text_in(damaged);
+            for (const wchar_t* id : {L"u", L"v", L"", L"unknown"})
+                text_of(id);
+            refused += text == no_catalog ? 1 : 0;
+            whole_texts += text == L"text" ? 1 : 0;
+        }
+    EXPECT_GT(refused, 100);
+    EXPECT_GT(whole_texts, 100);
+}
+
+TEST_F(setbook2_message_catalog_test, a_file_whose_head_leads_out_of_it_is_passed_over)
+{
+    const std::string whole = bytes_of(po_of({{"t", "text"}, {"u", "other"}}));
+    ASSERT_EQ(text_in(whole), L"text");
+    const auto size = static_cast<std::uint32_t>(whole.size());
+    const std::pair<std::size_t, std::uint32_t> rows[] = {
+        {0, 0},
+        {revision, 0x00020000},
+        {revision, 0xFFFFFFFF},
+        {count, 0},
+        {count, 0x20000000},
+        {count, 0x20000001},
+        {count, 0x1FFFFFFF},
+        {count, 0xFFFFFFFF},
+        {keys, size},
+        {keys, size - 8},
+        {keys, 0xFFFFFFF8},
+        {keys, 0xFFFFFFFF},
+        {texts, size},
+        {texts, 0xFFFFFFE8},
+        {texts, 0xFFFFFFFF},
+        {hash_size, 0},
+        {hash_size, 1},
+        {hash_size, 2},
+        {hash_size, 0x40000000},
+        {hash_size, 0x40000003},
+        {hash_size, 0xFFFFFFFF},
+        {hash_table, size},
+        {hash_table, 0xFFFFFFFC},
+        {hash_table, 0xFFFFFFF4},
+    };
+    for (const auto& [offset, word] : rows)
+        EXPECT_EQ(text_in(with_word(whole, offset, word)), no_catalog) << offset << ": " << word;
+}
+
+TEST_F(setbook2_message_catalog_test, a_file_without_any_string_is_passed_over)
+{
+    std::string bytes = with_word(bytes_of(po_of({{"t", "text"}})), count, 0);
+    const std::uint32_t places = word_at(bytes, hash_size);
+    for (std::uint32_t place = 0; place < places; ++place)
+        bytes = with_word(bytes, word_at(bytes, hash_table) + place * 4, 0);
+    EXPECT_EQ(text_in(bytes), no_catalog);
+    const auto behind = static_cast<std::uint32_t>(bytes.size());
+    EXPECT_EQ(text_in(with_word(bytes, texts, behind)), no_catalog);
+}
+
+TEST_F(setbook2_message_catalog_test, a_file_whose_strings_lead_out_of_it_is_passed_over)
+{
+    const std::string whole = bytes_of(po_of({{"t", "text"}, {"u", "other"}}));
+    const auto size = static_cast<std::uint32_t>(whole.size());
+    for (const head table : {keys, texts})
+        for (std::size_t entry = 0; entry < 3; ++entry) {
+            const std::size_t length = word_at(whole, table) + entry * 8;
+            const std::size_t offset = length + 4;
+            const std::uint32_t wrapping = 0 - word_at(whole, offset);
+            for (const std::uint32_t word : {size, wrapping, wrapping + 28, 0xFFFFFFFFU})
+                EXPECT_EQ(text_in(with_word(whole, length, word)), no_catalog)
+                    << length << ": " << word;
+            for (const std::uint32_t word : {size, 0xFFFFFFFFU, 0 - word_at(whole, length)})
+                EXPECT_EQ(text_in(with_word(whole, offset, word)), no_catalog)
+                    << offset << ": " << word;
+        }
+}
+
+TEST_F(setbook2_message_catalog_test, a_file_whose_hash_table_names_no_string_is_passed_over)
+{
+    const std::string whole = bytes_of(po_of({{"t", "text"}, {"u", "other"}}));
+    const std::uint32_t places = word_at(whole, hash_size);
+    ASSERT_GT(places, 2U);
+    for (std::uint32_t place = 0; place < places; ++place)
+        EXPECT_EQ(text_in(with_word(whole, word_at(whole, hash_table) + place * 4, 4)), no_catalog)
+            << place;
+}
+
+TEST_F(setbook2_message_catalog_test, a_hash_table_without_a_free_place_ends_the_search)
+{
+    std::string full = bytes_of(po_of({{"t", "text"}, {"u", "other"}}));
+    for (std::uint32_t place = 0; place < word_at(full, hash_size); ++place)
+        full = with_word(full, word_at(full, hash_table) + place * 4, 1);
+    const std::wstring text = text_in(full);
+    EXPECT_TRUE(text.empty() || text == no_catalog) << testing::PrintToString(text);
+}
+
+TEST_F(setbook2_message_catalog_test, a_file_of_more_than_16_mib_is_passed_over)
+{
+    std::string bytes = bytes_of(po_of({{"t", "text"}}));
+    bytes.resize(largest_file);
+    EXPECT_EQ(text_in(bytes), L"text");
+    bytes.push_back('\0');
+    EXPECT_EQ(text_in(bytes), no_catalog);
+}
+
+TEST_F(setbook2_message_catalog_test, what_is_no_file_is_passed_over_at_once)
+{
+    make("de", "deutsch");
+    ASSERT_EQ(mkfifo(m_catalogs.file("de_AT", "cat").c_str(), 0600), 0);
+    std::filesystem::create_directory(m_catalogs.file("de@euro", "cat"));
+    std::filesystem::create_symlink("/dev/zero", m_catalogs.file("de_AT@euro", "cat"));
+    m_catalogs.bind(L"de_AT@euro");
+    EXPECT_EQ(text_of(), L"deutsch");
+}
+
+TEST_F(setbook2_message_catalog_test, a_file_in_another_encoding_is_passed_over)
+{
+    const std::string entry = "\nmsgid \"t\"\nmsgstr \"gr\xFC\xDF\"\n";
+    EXPECT_EQ(
+        text_in(bytes_of(po_of("Content-Type: text/plain; charset=ISO-8859-1\n", {}) + entry)),
+        no_catalog);
+}
+
+TEST_F(setbook2_message_catalog_test, a_file_that_does_not_tell_its_encoding_is_passed_over)
+{
+    EXPECT_EQ(text_in(bytes_of("msgid \"t\"\nmsgstr \"text\"\n")), no_catalog);
+    EXPECT_EQ(text_in(bytes_of(po_of("Language: de\n", {{"t", "text"}}))), no_catalog);
+}
+
+TEST_F(setbook2_message_catalog_test, the_case_of_an_encoding_does_not_count)
+{
+    EXPECT_EQ(
+        text_in(bytes_of(po_of("Content-Type: text/plain; charset=utf-8\n", {{"t", "text"}}))),
+        L"text");
+}
+
+TEST_F(setbook2_message_catalog_test, a_file_without_a_hash_table_is_passed_over)
+{
+    EXPECT_EQ(text_in(bytes_of(po_of({{"t", "text"}}), {"--no-hash"})), no_catalog);
+}
+
+TEST_F(setbook2_message_catalog_test, a_file_of_either_byte_order_is_read)
+{
+    const po_entries_t entries = {{"t", "text"}, {"u", "other"}};
+    for (const char* order : {"little", "big"}) {
+        EXPECT_EQ(text_in(bytes_of(po_of(entries), {std::string("--endianness=") + order})),
+                  L"text")
+            << order;
+        EXPECT_EQ(text_of(L"u"), L"other") << order;
+        EXPECT_EQ(text_of(L"v"), L"") << order;
+    }
+}
+
+TEST_F(setbook2_message_catalog_test, an_endless_plural_expression_is_passed_over)
+{
+    const std::string type = "Content-Type: text/plain; charset=UTF-8\n";
+    const std::string plural = "Plural-Forms: nplurals=2; plural=";
+    for (const char* piece : {"(", "!", "n?", "n+"}) {
+        std::string expression;
+        while (expression.size() < 1000000)
+            expression += piece;
+        const std::string header = type + plural + expression + "n;\n";
+        EXPECT_EQ(text_in(bytes_of(po_of(header, {{"t", "text"}}))), no_catalog) << piece;
+    }
+}
+
+TEST_F(setbook2_message_catalog_test, a_plural_expression_of_a_real_language_is_read)
+{
+    const std::string header =
+        "Content-Type: text/plain; charset=UTF-8\n"
+        "Plural-Forms: nplurals=6; plural=(n==0 ? 0 : n==1 ? 1 : n==2 ? 2 : n%100>=3 && "
+        "n%100<=10 ? 3 : n%100>=11 ? 4 : 5);\n";
+    EXPECT_EQ(text_in(bytes_of(po_of(header, {{"t", "text"}}))), L"text");
+}
+
+TEST_F(setbook2_message_catalog_test, a_damaged_file_lets_the_next_locale_answer)
+{
+    make("de", "deutsch");
+    m_catalogs.write("de_AT", "cat", "no catalog");
+    m_catalogs.bind(L"de_AT");
+    EXPECT_EQ(text_of(), L"deutsch");
+}
+
+TEST_F(setbook2_message_catalog_test, numbers_look_as_in_the_locale_behind_a_damaged_file)
+{
+    make("de", "{n, number}");
+    m_catalogs.write("de_AT", "cat", "no catalog");
+    m_catalogs.bind(L"de_AT");
+    EXPECT_EQ(number_of(L"12345.5"), L"12.345,5");
+}
+
+TEST_F(setbook2_message_catalog_test, a_damaged_file_that_is_repaired_is_found)
+{
+    EXPECT_EQ(text_in("no catalog"), no_catalog);
+    make("de", "deutsch");
+    EXPECT_EQ(text_of(), L"deutsch");
+}
+
+TEST_F(setbook2_message_catalog_test, nothing_is_printed)
+{
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    text_in("no catalog");
+    text_of(L"t", L"missing");
+    bindCatalogDirectory(L"", L"");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+}
+
+// ---- threads
+
+TEST_F(setbook2_message_catalog_test, catalogs_and_messages_are_asked_for_by_all_threads)
+{
+    for (const char* name : {"0", "1", "2"})
+        m_catalogs.make("de", name, po_of({{"t", name}, {"u", "{n} \xE2\x82\xAC"}}));
+    m_catalogs.add(L"own", fixed(L"own"));
+    m_catalogs.bind(L"de_AT");
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < 8; ++thread)
+        threads.emplace_back([thread] {
+            for (int i = 0; i < 200; ++i) {
+                const std::wstring name = std::to_wstring((thread + i) % 3);
+                EXPECT_EQ(text_of(L"t", name), name);
+                EXPECT_EQ(text_of(L"u", name), L"{n} " + units({0x20AC}));
+                EXPECT_EQ(text_of(L"t", L"own"), L"own");
+                EXPECT_EQ(text_of(L"t", L"missing"), no_catalog);
+            }
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+}

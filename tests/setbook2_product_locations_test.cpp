@@ -1,0 +1,77 @@
+#include <setbook2/product_locations.h>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <thread>
+#include <vector>
+
+namespace
+{
+
+using setbook2::IProductLocations;
+
+class locations_t : public IProductLocations
+{
+public:
+    const wchar_t* get_install_dir() override { return L"install"; }
+    const wchar_t* get_data_dir() override { return L"data"; }
+    const wchar_t* get_config_dir() override { return L"config"; }
+};
+
+class setbook2_product_locations_test : public testing::Test
+{
+public:
+    ~setbook2_product_locations_test() override { IProductLocations::set(nullptr); }
+
+protected:
+    locations_t m_first;
+    locations_t m_second;
+};
+
+} // namespace
+
+TEST_F(setbook2_product_locations_test, nothing_is_set_at_first)
+{
+    EXPECT_EQ(IProductLocations::get(), nullptr);
+}
+
+TEST_F(setbook2_product_locations_test, what_was_set_is_answered)
+{
+    IProductLocations::set(&m_first);
+    EXPECT_EQ(IProductLocations::get(), &m_first);
+}
+
+TEST_F(setbook2_product_locations_test, what_was_set_last_counts)
+{
+    IProductLocations::set(&m_first);
+    IProductLocations::set(&m_second);
+    EXPECT_EQ(IProductLocations::get(), &m_second);
+}
+
+TEST_F(setbook2_product_locations_test, null_takes_it_back)
+{
+    IProductLocations::set(&m_first);
+    IProductLocations::set(nullptr);
+    EXPECT_EQ(IProductLocations::get(), nullptr);
+}
+
+TEST_F(setbook2_product_locations_test, threads_that_set_and_ask_see_one_of_those_that_were_set)
+{
+    std::atomic<int> strangers{0};
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < 8; ++thread)
+        threads.emplace_back([&, thread] {
+            for (int i = 0; i < 10000; ++i) {
+                if (thread < 4)
+                    IProductLocations::set(i % 2 == 0 ? &m_first : &m_second);
+                IProductLocations* const found = IProductLocations::get();
+                if (found && found != &m_first && found != &m_second)
+                    ++strangers;
+            }
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(strangers, 0);
+    EXPECT_TRUE(IProductLocations::get());
+}
