@@ -20,7 +20,8 @@ namespace audit
 class consumer_t
 {
 public:
-    consumer_t(velmoext::message_t::severity_t least, printer_t::line_sink_t sink);
+    consumer_t(velmoext::message_t::severity_t least, printer_t::line_maker_t maker,
+               printer_t::line_sink_t sink);
 
     velmo2::IMessenger& messenger() { return m_adapter; }
     boost::shared_ptr<velmoext::velmo_ex_t> ex() const { return m_ex; }

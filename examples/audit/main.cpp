@@ -1,12 +1,16 @@
+#include "catalogs.h"
 #include "channel.h"
 #include "consumer.h"
 #include "interrupt.h"
 #include "library_names.h"
+#include "locations.h"
 #include "log.h"
 #include "options.h"
 #include "output.h"
+#include "plain_line.h"
 #include "progress_reporter.h"
 #include "quoted.h"
+#include "readable_line.h"
 #include "reporter.h"
 #include "tally.h"
 #include "terminal_progress.h"
@@ -74,6 +78,15 @@ int print(const std::string& text)
     return finish(output, complete);
 }
 
+printer_t::line_maker_t line_maker(bool is_plain)
+{
+    if (is_plain)
+        return [](const auto& /*ex*/, const auto& message) {
+            return plain_line(*message);
+        };
+    return readable_line;
+}
+
 // The host between two components that know nothing of each other: the one that prints, and the one
 // that walks or a log of what it once said.
 class host_t
@@ -88,11 +101,13 @@ public:
     int replay();
 
 private:
+    void choose_language();
     void show(const std::string& line);
     int end(exit_code_t code, std::uint64_t messages, const char* deed);
 
     const options_t& m_options;
     const bool m_is_watched;
+    locations_t m_locations;
     output_t m_output{STDOUT_FILENO};
     std::uint64_t m_lines = 0;
     const boost::shared_ptr<terminal_progress_t> m_progress;
@@ -103,8 +118,20 @@ host_t::host_t(const options_t& options)
     : m_options(options), m_is_watched(options.progress || ::isatty(STDERR_FILENO) != 0),
       m_progress(boost::make_shared<terminal_progress_t>(
           m_is_watched, [this] { return is_interrupted() || m_output.error(); })),
-      m_consumer(options.severity, [this](const std::string& line) { show(line); })
-{}
+      m_consumer(options.severity, line_maker(options.plain),
+                 [this](const std::string& line) { show(line); })
+{
+    choose_language();
+}
+
+// An answer in another language than the one asked for by name would look like a mistake.
+void host_t::choose_language()
+{
+    if (!m_options.language)
+        bind_catalogs_or_english(m_locations.locale_dir(), environment_language());
+    else if (!bind_catalogs(m_locations.locale_dir(), *m_options.language))
+        throw usage_error_t("there are no texts for --lang " + quoted(*m_options.language));
+}
 
 int host_t::walk()
 {

@@ -5,6 +5,9 @@
 namespace audit
 {
 
+/// The source of all messages of this program.
+constexpr wchar_t source_name[] = L"audit";
+
 /// The type of a message about a file as such, be it as it should or not.
 constexpr wchar_t file_seen_type[] = L"file_seen";
 

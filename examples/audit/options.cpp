@@ -116,6 +116,8 @@ private:
             m_options.action = options_t::version;
         else if (argument == "--progress")
             m_options.progress = true;
+        else if (argument == "--plain")
+            m_options.plain = true;
         else
             return false;
         return true;
@@ -131,6 +133,8 @@ private:
             m_options.large = parse_size(value_of(argument, equals));
         else if (name == "--log")
             m_options.log = parse_log(name, value_of(argument, equals));
+        else if (name == "--lang")
+            m_options.language = value_of(argument, equals);
         else if (name == "--replay")
             read_replay(parse_log(name, value_of(argument, equals)));
         else
@@ -182,13 +186,18 @@ std::string usage_text()
            "  --log FILE        record what is found into the log FILE, shown or not, behind what\n"
            "                    earlier walks left there; a FILE that is no log is overwritten\n"
            "  --replay FILE     walk nothing, and print what the log FILE holds\n"
+           "  --lang LANG       show the texts in that language, as in de or en_GB, whatever the\n"
+           "                    environment asks for (LC_ALL, LC_MESSAGES, LANG)\n"
+           "  --plain           show the messages as they are, without texts\n"
            "  --progress        show how far the walk is, and figures at its end, also where\n"
            "                    standard error is no terminal\n"
            "  --help            print this text\n"
            "  --version         print the version\n"
            "  --                end the options: what follows is DIR\n"
            "\n"
-           "A line has the severity, the type, the source and the named values of one message.\n"
+           "A line has the severity, the title and the text of one message, in English where\n"
+           "there are no texts in the language. With --plain, and where a message has no text,\n"
+           "it has the severity, the type, the source and the named values.\n"
            "In paths, \\xHH stands for a byte that cannot be shown, and \\\\ for a backslash.\n"
            "\n"
            "A log gives back plain ASCII as it was. A value with &, < or > or a character beyond\n"

@@ -32,6 +32,8 @@ struct options_t
     std::uint64_t large = 100ULL << 20U; ///< files of so many bytes and more are reported
     bool progress = false;               ///< shown even where nobody may be looking
     std::optional<std::string> log;      ///< what a walk is recorded into, if anything
+    bool plain = false;                  ///< messages are shown as they are
+    std::optional<std::string> language; ///< of the texts, where the environment does not count
     std::string replayed_log;            ///< for a replay
 };
 

@@ -1,8 +1,6 @@
 #include "printer.h"
 
 #include "message_words.h"
-#include "severity_name.h"
-#include "terminal_text.h"
 
 #include <algorithm>
 #include <cwchar>
@@ -15,23 +13,6 @@ namespace
 
 using velmoext::message_t;
 
-std::string field(const std::wstring& text)
-{
-    const std::string shown = terminal_text(text);
-    const bool is_plain = !shown.empty() && shown.find_first_of(" =") == std::string::npos;
-    return is_plain ? shown : '"' + shown + '"';
-}
-
-std::string line_of(const message_t& message)
-{
-    std::string line = severity_name(message.get_severity()) + ' ' + field(message.get_type()) +
-                       ' ' + field(message.get_source());
-    const message_t::message_content_t content = message.get_content();
-    for (const auto& [name, value] : content.args)
-        line += ' ' + field(name) + '=' + field(value);
-    return line;
-}
-
 // What is no number counts as nothing done.
 int percent_of(const message_t& message)
 {
@@ -42,7 +23,9 @@ int percent_of(const message_t& message)
 
 } // namespace
 
-printer_t::printer_t(line_sink_t sink) : m_sink(std::move(sink)) {}
+printer_t::printer_t(line_maker_t maker, line_sink_t sink)
+    : m_maker(std::move(maker)), m_sink(std::move(sink))
+{}
 
 bool printer_t::on_message(boost::shared_ptr<velmoext::velmo_ex_t> /*ex*/,
                            boost::shared_ptr<velmoext::progress_message_t> msg)
@@ -53,12 +36,12 @@ bool printer_t::on_message(boost::shared_ptr<velmoext::velmo_ex_t> /*ex*/,
     return true;
 }
 
-bool printer_t::on_message(boost::shared_ptr<velmoext::velmo_ex_t> /*ex*/,
+bool printer_t::on_message(boost::shared_ptr<velmoext::velmo_ex_t> ex,
                            boost::shared_ptr<velmoext::message_t> msg)
 {
     if (!msg)
         return false;
-    m_sink(line_of(*msg));
+    m_sink(m_maker(ex, msg));
     return true;
 }
 

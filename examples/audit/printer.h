@@ -13,16 +13,18 @@
 namespace audit
 {
 
-/// Shows each message as one line: severity, type, source, and each argument as name=value. What is
-/// empty or has a space or an equals sign in it stands in quotation marks. Progress goes to the
-/// host's progress object.
+/// Shows each message as one line. Progress goes to the host's progress object.
 class printer_t : public velmoext::base_handler_t
 {
 public:
-    /// Takes one line, in UTF-8, without its end.
+    /// Makes one line of a message, in UTF-8, without its end.
+    typedef std::function<std::string(const boost::shared_ptr<velmoext::velmo_ex_t>&,
+                                      const boost::shared_ptr<velmoext::message_t>&)>
+        line_maker_t;
+    /// Takes a line.
     typedef std::function<void(const std::string&)> line_sink_t;
 
-    explicit printer_t(line_sink_t sink);
+    printer_t(line_maker_t maker, line_sink_t sink);
 
     bool on_message(boost::shared_ptr<velmoext::velmo_ex_t> ex,
                     boost::shared_ptr<velmoext::progress_message_t> msg) override;
@@ -32,6 +34,7 @@ public:
                     boost::shared_ptr<velmoext::message_t> msg) override;
 
 private:
+    const line_maker_t m_maker;
     const line_sink_t m_sink;
 };
 

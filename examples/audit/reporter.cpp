@@ -1,5 +1,7 @@
 #include "reporter.h"
 
+#include "message_words.h"
+
 #include <rova/strings.h>
 
 #include <boost/make_shared.hpp>
@@ -13,7 +15,6 @@ namespace
 
 using velmoext::message_t;
 
-const wchar_t source[] = L"audit";
 const int worth_recording = 1;
 
 } // namespace
@@ -55,7 +56,7 @@ void reporter_t::send(severity_t severity, const std::wstring& type, const args_
     message->set_severity(severity);
     message->set_flags(flags);
     message->set_content(content);
-    message->set_source(source);
+    message->set_source(source_name);
     m_channel.send_to_velmo(message);
 }
 

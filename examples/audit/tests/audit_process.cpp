@@ -49,6 +49,15 @@ bool limit_descriptors(unsigned most)
     return ::setrlimit(RLIMIT_NOFILE, &limit) == 0;
 }
 
+bool set_language(const std::map<std::string, std::string>& language)
+{
+    for (const char* const name : {"LC_ALL", "LC_MESSAGES", "LANG", "LANGUAGE"})
+        ::unsetenv(name);
+    return std::all_of(language.begin(), language.end(), [](const auto& variable) {
+        return ::setenv(variable.first.c_str(), variable.second.c_str(), 1) == 0;
+    });
+}
+
 std::string contents(std::FILE* file)
 {
     std::string text;
@@ -103,6 +112,8 @@ result_t audit_process_t::finish()
 
 void audit_process_t::become(std::vector<std::string> arguments, const launch_t& launch)
 {
+    if (launch.is_plain)
+        arguments.insert(arguments.begin(), "--plain");
     arguments.insert(arguments.begin(), AUDIT_PROGRAM);
     std::vector<char*> words;
     for (std::string& argument : arguments)
@@ -112,7 +123,7 @@ void audit_process_t::become(std::vector<std::string> arguments, const launch_t&
     std::signal(SIGINT, launch.ignores_interrupt ? SIG_IGN : SIG_DFL);
     ::alarm(longest_run_in_seconds);
     const bool is_ready =
-        redirect(launch.out) && ::setenv("LC_ALL", "C", 1) == 0 &&
+        redirect(launch.out) && set_language(launch.language) &&
         (launch.is_privileged || give_up_privileges()) &&
         (launch.most_descriptors == 0 || limit_descriptors(launch.most_descriptors));
     if (is_ready)

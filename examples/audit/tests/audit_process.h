@@ -6,6 +6,7 @@
 #include <sys/types.h>
 
 #include <cstdio>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -20,9 +21,12 @@ struct launch_t
     static const int closed = -2; ///< for `out`: there is no standard output
 
     int out = file;            ///< a descriptor, or one of the above
+    bool is_plain = true;      ///< messages are shown as they are
     bool is_privileged = true; ///< false: file modes bind it even if it is root's
     bool ignores_interrupt = false;
     unsigned most_descriptors = 0; ///< 0: the limit stays
+    /// What the environment tells of the language, and nothing else does.
+    std::map<std::string, std::string> language = {{"LC_ALL", "C"}};
 };
 
 struct result_t
@@ -32,7 +36,7 @@ struct result_t
     std::string err;
 };
 
-/// The program under test, in the locale "C". It is ended where it hangs.
+/// The program under test. It is ended where it hangs.
 class audit_process_t
 {
 public:

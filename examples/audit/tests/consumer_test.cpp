@@ -1,6 +1,7 @@
 #include "consumer.h"
 
 #include "library_names.h"
+#include "severity_name.h"
 
 #include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
@@ -14,6 +15,12 @@ namespace
 {
 
 using velmoext::message_t;
+
+std::string severity_of(const boost::shared_ptr<velmoext::velmo_ex_t>& /*ex*/,
+                        const boost::shared_ptr<message_t>& message)
+{
+    return severity_name(message->get_severity());
+}
 
 class consumer_test : public testing::Test
 {
@@ -29,7 +36,7 @@ protected:
     }
 
     std::vector<std::string> m_lines;
-    consumer_t m_consumer{message_t::error, [this](const std::string& line) {
+    consumer_t m_consumer{message_t::error, severity_of, [this](const std::string& line) {
                               m_lines.push_back(line);
                           }};
 };
@@ -39,7 +46,7 @@ TEST_F(consumer_test, shows_what_is_grave_enough)
     for (const auto severity :
          {message_t::critical, message_t::warning, message_t::error, message_t::info})
         say(severity);
-    EXPECT_EQ(m_lines, (std::vector<std::string>{"critical t \"\"", "error t \"\""}));
+    EXPECT_EQ(m_lines, (std::vector<std::string>{"critical", "error"}));
 }
 
 TEST_F(consumer_test, a_text_that_is_no_message_shows_nothing_and_does_no_harm)
@@ -47,12 +54,13 @@ TEST_F(consumer_test, a_text_that_is_no_message_shows_nothing_and_does_no_harm)
     for (const wchar_t* const text : {L"", L"hello", L"<msg", L"<other/>"})
         say(text);
     say(message_t::error);
-    EXPECT_EQ(m_lines, std::vector<std::string>{"error t \"\""});
+    EXPECT_EQ(m_lines, std::vector<std::string>{"error"});
 }
 
 TEST_F(consumer_test, two_consumers_do_not_see_each_other_s_messages)
 {
-    consumer_t other(message_t::info, [](const std::string& line) { ADD_FAILURE() << line; });
+    consumer_t other(message_t::info, severity_of,
+                     [](const std::string& line) { ADD_FAILURE() << line; });
     say(message_t::error);
     EXPECT_EQ(m_lines.size(), 1U);
 }

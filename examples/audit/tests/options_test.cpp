@@ -32,18 +32,23 @@ TEST(options_test, without_arguments_the_documentation_is_walked_for_warnings)
     EXPECT_EQ(options.severity, message_t::warning);
     EXPECT_EQ(options.large, 104857600U);
     EXPECT_FALSE(options.progress);
+    EXPECT_FALSE(options.plain);
+    EXPECT_FALSE(options.language);
 }
 
 TEST(options_test, every_option_may_stand_on_either_side_of_the_directory)
 {
-    const arguments_t orders[] = {{"--severity", "error", "--large", "7", "--progress", "dir"},
-                                  {"dir", "--progress", "--large=7", "--severity=error"}};
+    const arguments_t orders[] = {
+        {"--severity", "error", "--large", "7", "--lang", "de", "--plain", "--progress", "dir"},
+        {"dir", "--progress", "--plain", "--lang=de", "--large=7", "--severity=error"}};
     for (const arguments_t& arguments : orders) {
         const options_t options = parse_options(arguments);
         EXPECT_EQ(options.directory, "dir");
         EXPECT_EQ(options.severity, message_t::error);
         EXPECT_EQ(options.large, 7U);
         EXPECT_TRUE(options.progress);
+        EXPECT_TRUE(options.plain);
+        EXPECT_EQ(options.language, "de");
     }
 }
 
@@ -189,8 +194,8 @@ TEST(options_test, a_complaint_shows_an_argument_safely)
 TEST(options_test, the_usage_names_every_option)
 {
     for (const char* const option :
-         {"--severity LEVEL", "--large BYTES", "--log FILE", "--replay FILE", "--progress",
-          "--help", "--version", "/usr/share/doc"})
+         {"--severity LEVEL", "--large BYTES", "--log FILE", "--replay FILE", "--lang LANG",
+          "--plain", "--progress", "--help", "--version", "/usr/share/doc"})
         EXPECT_NE(usage_text().find(option), std::string::npos) << option;
 }
 
