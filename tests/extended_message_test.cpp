@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-#include <thread>
+#include <utility>
 
 using namespace velmoext_1_4_8;
 

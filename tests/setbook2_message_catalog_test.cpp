@@ -71,7 +71,7 @@ protected:
         std::filesystem::remove(m_catalogs.file(locale, "cat"));
     }
 
-    /// The texts of id "t" when each file has those bytes.
+    /// The text of id "t" in a file of those bytes.
     std::wstring text_in(const std::string& bytes) const
     {
         m_catalogs.write("de", "cat", bytes);
