@@ -25,29 +25,28 @@ namespace
 
 using ROVA_2_18::strings::utf8_to_utf16;
 
-std::map<std::wstring, std::wstring> read_attributes(const xmlChar** attributes)
-{
-    std::map<std::wstring, std::wstring> read;
-    for (const xmlChar** at = attributes; at && at[0]; at += 2)
-        read.emplace(utf8_to_utf16(from_xml(at[0])), at[1] ? utf8_to_utf16(from_xml(at[1])) : L"");
-    return read;
-}
-
-// A piece of text counts up to the next tag, however much of it libxml2 reported. The tag is looked
-// for in the bytes: decoding all that follows, for each piece, would take the square of a log.
-std::string up_to_next_tag(const char* text)
-{
-    return std::string(text, std::strcspn(text, "<"));
-}
+const std::wstring source_key = L"source";
 
 // No longer text is a severity, in whichever case.
 const std::size_t longest_severity = 64;
 
-std::string up_to_next_tag(const char* text, std::size_t most)
+// A piece of text counts up to the next tag, however much of it libxml2 reported. The tag is looked
+// for in the bytes: decoding all that follows, for each piece, would take the square of a log.
+std::size_t size_to_next_tag(const char* text)
+{
+    return std::strcspn(text, "<");
+}
+
+std::size_t size_to_next_tag(const char* text, std::size_t most)
 {
     const std::size_t size = strnlen(text, most);
     const auto* const tag = static_cast<const char*>(std::memchr(text, '<', size));
-    return std::string(text, tag ? static_cast<std::size_t>(tag - text) : size);
+    return tag ? static_cast<std::size_t>(tag - text) : size;
+}
+
+std::wstring read_text(const xmlChar* text)
+{
+    return text ? utf8_to_utf16(from_xml(text)) : std::wstring();
 }
 
 bool is_predefined_reference(const char* text)
@@ -141,35 +140,57 @@ void log_sax_reader::guard(const Step& step) noexcept
     }
 }
 
+log_sax_reader::element_t log_sax_reader::element_of(const char* name)
+{
+    static const struct
+    {
+        const char* name;
+        element_t element;
+    } known[] = {{message_format::arg, element_t::arg},
+                 {message_format::type, element_t::type},
+                 {message_format::severity, element_t::severity},
+                 {message_format::msg, element_t::msg},
+                 {message_format::log, element_t::log}};
+    const auto* const found =
+        std::find_if(std::begin(known), std::end(known),
+                     [&](const auto& candidate) { return std::strcmp(name, candidate.name) == 0; });
+    return found == std::end(known) ? element_t::other : found->element;
+}
+
 void log_sax_reader::start_element(const char* name, const xmlChar** attributes)
 {
-    current_element = name;
-    if (current_element == message_format::log) {
+    current_element = element_of(name);
+    if (current_element == element_t::log) {
         parse_state = in_log;
-    } else if (current_element == message_format::msg) {
-        start_message(read_attributes(attributes));
+    } else if (current_element == element_t::msg) {
+        start_message(attributes);
     } else {
         parse_state = in_child;
-        if (current_element == message_format::arg)
-            start_arg(read_attributes(attributes));
+        if (current_element == element_t::arg)
+            start_arg(attributes);
+        else if (current_element == element_t::other)
+            m_other_name = name;
     }
 }
 
-void log_sax_reader::start_message(texts_t attributes)
+void log_sax_reader::start_message(const xmlChar** attributes)
 {
     current_message = boost::make_shared<message_t>();
     parse_state = in_message;
-    const auto source = attributes.find(L"source");
-    const bool has_source = source != attributes.end();
-    const std::wstring origin = has_source ? source->second : std::wstring();
-    message_access::content(*current_message).attributes = std::move(attributes);
-    if (has_source)
-        current_message->set_source(origin);
+    texts_t& read = message_access::content(*current_message).attributes;
+    for (const xmlChar** at = attributes; at && at[0]; at += 2)
+        read.emplace_hint(read.end(), read_text(at[0]), read_text(at[1]));
+    const auto source = read.find(source_key);
+    if (source != read.end())
+        current_message->set_source(source->second);
 }
 
-void log_sax_reader::start_arg(texts_t attributes)
+void log_sax_reader::start_arg(const xmlChar** attributes)
 {
-    pending_arg_name = attributes[L"name"];
+    const xmlChar** name = attributes;
+    while (name && name[0] && std::strcmp(from_xml(name[0]), message_format::arg_name) != 0)
+        name += 2;
+    pending_arg_name = name && name[0] ? read_text(name[1]) : std::wstring();
     if (pending_arg_name.empty() && current_message)
         pending_arg_name =
             generate_arg_name(message_access::content(*current_message).next_arg_number);
@@ -178,11 +199,11 @@ void log_sax_reader::start_arg(texts_t attributes)
 void log_sax_reader::end_element(const char* name)
 {
     if (parse_state == in_child)
-        current_element = message_format::msg;
+        current_element = element_t::msg;
     if (std::strcmp(name, message_format::msg) != 0)
         return;
     parse_state = outside;
-    current_element = message_format::log;
+    current_element = element_t::log;
     if (current_message && !current_message->empty())
         deliver_message();
 }
@@ -200,17 +221,23 @@ void log_sax_reader::characters(const char* text, int length)
     if (parse_state != in_child || !current_message)
         return;
     message_t::message_content_t& content = message_access::content(*current_message);
-    if (current_element == message_format::msg || current_element == message_format::log)
-        return;
-    if (current_element == message_format::type)
+    switch (current_element) {
+    case element_t::log:
+    case element_t::msg:
+        break;
+    case element_t::type:
         set_type(text, length);
-    else if (current_element == message_format::severity)
+        break;
+    case element_t::severity:
         current_message->set_severity(
-            parse_severity(utf8_to_utf16(up_to_next_tag(text, longest_severity))));
-    else if (current_element == message_format::arg)
+            parse_severity(to_wide(text, size_to_next_tag(text, longest_severity))));
+        break;
+    case element_t::arg:
         add_text(content.args, std::exchange(pending_arg_name, std::wstring()), text);
-    else
-        add_text(content.elements, utf8_to_utf16(current_element), text);
+        break;
+    case element_t::other:
+        add_text(content.elements, utf8_to_utf16(m_other_name), text);
+    }
 }
 
 // Of a type the last piece counts. The one that such a reference stands for follows for certain, so
@@ -218,14 +245,21 @@ void log_sax_reader::characters(const char* text, int length)
 void log_sax_reader::set_type(const char* text, int length)
 {
     if (!is_predefined_reference(text + length))
-        current_message->set_type(utf8_to_utf16(up_to_next_tag(text)));
+        message_access::type(*current_message) = to_wide(text, size_to_next_tag(text));
 }
 
 // The first text of a key stays, so that of a known key need not even be looked at.
-void log_sax_reader::add_text(texts_t& texts, const std::wstring& key, const char* text)
+void log_sax_reader::add_text(texts_t& texts, std::wstring key, const char* text)
 {
-    if (texts.find(key) == texts.end())
-        texts.emplace(key, utf8_to_utf16(up_to_next_tag(text)));
+    const auto place = texts.lower_bound(key);
+    if (place == texts.end() || place->first != key)
+        texts.emplace_hint(place, std::move(key), to_wide(text, size_to_next_tag(text)));
+}
+
+std::wstring log_sax_reader::to_wide(const char* text, std::size_t size)
+{
+    m_utf8.assign(text, size);
+    return utf8_to_utf16(m_utf8);
 }
 
 } // namespace velmoext_1_4_8

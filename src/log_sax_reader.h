@@ -9,6 +9,7 @@
 
 #include <libxml/parser.h>
 
+#include <cstddef>
 #include <exception>
 #include <map>
 #include <string>
@@ -50,6 +51,18 @@ private:
         in_child = 3 ///< also between the children, from the first one on
     };
 
+    /// Which element it is; other names stand in m_other_name.
+    enum class element_t
+    {
+        log,
+        msg,
+        arg,
+        type,
+        severity,
+        other
+    };
+
+    static element_t element_of(const char* name);
     static int parse_document(const std::string& text, void* reader);
     static xmlSAXHandler make_table();
 
@@ -62,18 +75,21 @@ private:
     void guard(const Step& step) noexcept;
 
     void start_element(const char* name, const xmlChar** attributes);
-    void start_message(texts_t attributes);
-    void start_arg(texts_t attributes);
+    void start_message(const xmlChar** attributes);
+    void start_arg(const xmlChar** attributes);
     void end_element(const char* name);
     void characters(const char* text, int length);
     void deliver_message();
     void set_type(const char* text, int length);
-    static void add_text(texts_t& texts, const std::wstring& key, const char* text);
+    void add_text(texts_t& texts, std::wstring key, const char* text);
+    std::wstring to_wide(const char* text, std::size_t size);
 
     boost::shared_ptr<message_t> current_message;
     int parse_state = outside;
-    std::string current_element;
+    element_t current_element = element_t::other;
+    std::string m_other_name;
     std::wstring pending_arg_name;
+    std::string m_utf8; ///< what is being decoded
     message_callback_t message_callback;
     xml_silence_t* m_silence = nullptr; ///< of the parse that runs
     bool m_has_lacked_memory = false;

@@ -5,10 +5,13 @@
 namespace velmoext_1_4_8
 {
 
-/// Lets the reader and the writer of messages work on the content itself, where the public
-/// operations would copy all of it for every argument.
+/// Lets what works on messages look at their texts, where the public operations would copy them.
 struct message_access
 {
+    static std::wstring& type(message_t& message) { return message.m_type; }
+
+    static const std::wstring& type(const message_t& message) { return message.m_type; }
+
     static message_t::message_content_t& content(message_t& message) { return message.m_content; }
 
     static const message_t::message_content_t& content(const message_t& message)

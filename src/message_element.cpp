@@ -24,12 +24,32 @@ namespace
 typedef std::map<std::wstring, std::wstring> texts_t;
 using ROVA_2_18::strings::utf8_to_utf16;
 
+const std::size_t largest_kept = 65536;
+
+// The key and the text that are being written; kept by each thread, so that their memory is used
+// again.
+struct scratch_t
+{
+    xml_text_t name;
+    xml_text_t value;
+
+    // A text of unusual length is not to stay for good.
+    void trim()
+    {
+        scratch_t fresh;
+        if (name.utf8().capacity() + value.utf8().capacity() > largest_kept)
+            std::swap(*this, fresh);
+    }
+};
+
 // Writes one element. What a reader would stumble over is left out, so that it costs only itself;
 // the writer itself refuses no name but an empty one.
 class element_writer_t
 {
 public:
-    explicit element_writer_t(xmlTextWriterPtr writer) : m_writer(writer) {}
+    element_writer_t(xmlTextWriterPtr writer, scratch_t& scratch)
+        : m_writer(writer), m_name(scratch.name), m_value(scratch.value)
+    {}
 
     bool write(const message_t& message)
     {
@@ -50,17 +70,17 @@ private:
     void write_children(const message_t& message)
     {
         write_content(message_access::content(message));
-        write_element(message_format::type, message.get_type());
-        const std::wstring severity = severity_text(message.get_severity());
-        if (!severity.empty())
-            write_element(message_format::severity, severity);
+        write_text_element(message_format::type, message_access::type(message));
+        const char* const severity = severity_text(message.get_severity());
+        if (*severity != '\0')
+            xmlTextWriterWriteElement(m_writer, to_xml(message_format::severity), to_xml(severity));
     }
 
     bool write_content(const message_t::message_content_t& content)
     {
-        return write_each(content.attributes, &element_writer_t::write_attribute_of_key) &&
+        return write_each(content.attributes, &element_writer_t::write_attribute) &&
                write_each(content.args, &element_writer_t::write_arg) &&
-               write_each(content.elements, &element_writer_t::write_element_of_key);
+               write_each(content.elements, &element_writer_t::write_element);
     }
 
     bool write_each(const texts_t& texts,
@@ -71,44 +91,54 @@ private:
         });
     }
 
-    bool write_attribute_of_key(const std::wstring& key, const std::wstring& text)
+    bool write_attribute(const std::wstring& key, const std::wstring& text)
     {
-        const std::string name = xml_text(key);
-        const std::string value = xml_text(text);
-        const bool is_readable = key.empty() || (m_limits.admit_name(key, name) &&
-                                                 m_limits.admit_attribute(name, value));
-        return !is_readable || write_attribute(name, value);
+        m_name.assign(key);
+        m_value.assign(text);
+        const bool is_readable = key.empty() || (m_limits.admit_name(key, m_name) &&
+                                                 m_limits.admit_attribute(m_name, m_value));
+        return !is_readable || xmlTextWriterWriteAttribute(m_writer, to_xml(m_name.utf8()),
+                                                           to_xml(m_value.utf8())) >= 0;
     }
 
     bool write_arg(const std::wstring& key, const std::wstring& text)
     {
-        const std::string name = xml_text(key);
-        const std::string value = xml_text(text);
-        return !reader_limits_t::admits_arg(name) ||
+        m_name.assign(key);
+        m_value.assign(text);
+        return !reader_limits_t::admits_arg(m_name) ||
                (xmlTextWriterStartElement(m_writer, to_xml(message_format::arg)) >= 0 &&
-                write_attribute(message_format::arg_name, name) &&
-                xmlTextWriterWriteString(m_writer, to_xml(value)) >= 0 &&
-                xmlTextWriterEndElement(m_writer) >= 0);
+                xmlTextWriterWriteAttribute(m_writer, to_xml(message_format::arg_name),
+                                            to_xml(m_name.utf8())) >= 0 &&
+                write_value() && xmlTextWriterEndElement(m_writer) >= 0);
     }
 
-    bool write_element_of_key(const std::wstring& key, const std::wstring& text)
+    bool write_element(const std::wstring& key, const std::wstring& text)
     {
-        const std::string name = xml_text(key);
-        const bool is_readable = key.empty() || m_limits.admit_name(key, name);
-        return !is_readable || write_element(name, text);
+        m_name.assign(key);
+        const bool is_readable = key.empty() || m_limits.admit_name(key, m_name);
+        return !is_readable || write_text_element(m_name.utf8().c_str(), text);
     }
 
-    bool write_attribute(const std::string& name, const std::string& value)
+    bool write_text_element(const char* name, const std::wstring& text)
     {
-        return xmlTextWriterWriteAttribute(m_writer, to_xml(name), to_xml(value)) >= 0;
+        m_value.assign(text);
+        return xmlTextWriterStartElement(m_writer, to_xml(name)) >= 0 && write_value() &&
+               xmlTextWriterEndElement(m_writer) >= 0;
     }
 
-    bool write_element(const std::string& name, const std::wstring& text)
+    // The writer escapes a text in a copy, also one in which there is nothing to escape.
+    bool write_value()
     {
-        return xmlTextWriterWriteElement(m_writer, to_xml(name), to_xml(xml_text(text))) >= 0;
+        const std::string& text = m_value.utf8();
+        if (m_value.is_plain())
+            return xmlTextWriterWriteRawLen(m_writer, to_xml(text),
+                                            static_cast<int>(text.size())) >= 0;
+        return xmlTextWriterWriteString(m_writer, to_xml(text)) >= 0;
     }
 
     xmlTextWriterPtr m_writer;
+    xml_text_t& m_name;
+    xml_text_t& m_value;
     reader_limits_t m_limits;
 };
 
@@ -140,15 +170,17 @@ private:
     void read_child(const xmlNode& child, message_t& message)
     {
         message_t::message_content_t& content = message_access::content(message);
-        const std::wstring text = read_text(child.children);
+        std::wstring text = read_text(child.children);
         if (xmlStrEqual(child.name, to_xml(message_format::severity)))
             message.set_severity(parse_severity(text));
         else if (xmlStrEqual(child.name, to_xml(message_format::type)))
-            message.set_type(text);
+            message_access::type(message) = std::move(text);
         else if (xmlStrEqual(child.name, to_xml(message_format::arg)))
-            content.args.emplace(read_arg_name(child, content), text);
+            content.args.emplace_hint(content.args.end(), read_arg_name(child, content),
+                                      std::move(text));
         else
-            content.elements.emplace(utf8_to_utf16(from_xml(child.name)), text);
+            content.elements.emplace_hint(content.elements.end(),
+                                          utf8_to_utf16(from_xml(child.name)), std::move(text));
     }
 
     std::wstring read_arg_name(const xmlNode& arg, message_t::message_content_t& content)
@@ -163,12 +195,13 @@ private:
 
     std::wstring read_text(const xmlNode* first)
     {
-        std::string text;
-        m_is_within_measure = m_is_within_measure && m_node_text.append(first, text);
-        return m_is_within_measure ? utf8_to_utf16(text) : std::wstring();
+        m_text.clear();
+        m_is_within_measure = m_is_within_measure && m_node_text.append(first, m_text);
+        return m_is_within_measure ? utf8_to_utf16(m_text) : std::wstring();
     }
 
     node_text_t m_node_text;
+    std::string m_text; ///< of the node that is being read
     bool m_is_within_measure = true;
 };
 
@@ -176,7 +209,10 @@ private:
 
 bool write_message_element(boost::shared_ptr<message_t> message, xmlTextWriterPtr writer)
 {
-    return element_writer_t(writer).write(*message);
+    thread_local scratch_t scratch;
+    const bool is_written = element_writer_t(writer, scratch).write(*message);
+    scratch.trim();
+    return is_written;
 }
 
 boost::shared_ptr<message_t> read_message_element(const xmlNode* node)

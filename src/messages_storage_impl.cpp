@@ -122,7 +122,7 @@ bool messages_storage_impl_t::replay(boost::shared_ptr<velmo_ex_t> ex)
     if (m_writer || m_read_file.get() == -1)
         return false;
     m_replay_reader.set_callback(
-        [&ex](boost::shared_ptr<message_t> msg) { ex->dispatch_message(std::move(msg)); });
+        [&ex](const boost::shared_ptr<message_t>& msg) { velmo_ex_t::dispatch_message(ex, msg); });
     return m_replay_reader.parse();
 }
 

@@ -1,7 +1,5 @@
 #include "reader_limits.h"
 
-#include "xml_text.h"
-
 namespace velmoext_1_4_8
 {
 namespace
@@ -22,30 +20,32 @@ bool declares_namespace(const std::string& name)
 
 } // namespace
 
-bool reader_limits_t::admit_name(const std::wstring& key, const std::string& name)
+bool reader_limits_t::admit_name(const std::wstring& key, const xml_text_t& name)
 {
-    return name.size() <= longest_name && is_xml_name(key) && take(m_names_left, name.size() + 1);
+    const std::size_t size = name.utf8().size();
+    return size <= longest_name && is_xml_name(key) && take(m_names_left, size + 1);
 }
 
-bool reader_limits_t::admit_attribute(const std::string& name, const std::string& value)
+bool reader_limits_t::admit_attribute(const xml_text_t& name, const xml_text_t& value)
 {
     // The value of a namespace's declaration stands in the dictionary too.
-    return (!declares_namespace(name) || take(m_names_left, value.size())) &&
-           take(m_start_tag_left, sizeof(" =\"\"") + name.size() + size_as_xml_attribute(value)) &&
+    return (!declares_namespace(name.utf8()) || take(m_names_left, value.utf8().size())) &&
+           take(m_start_tag_left,
+                sizeof(" =\"\"") + name.utf8().size() + size_as_xml_attribute(value)) &&
            is_first_of_name(name);
 }
 
-bool reader_limits_t::admits_arg(const std::string& name)
+bool reader_limits_t::admits_arg(const xml_text_t& name)
 {
     return size_as_xml_attribute(name) <= longest_start_tag;
 }
 
 // A character beyond the BMP can stand in a key as one element or as two: the names of two keys can
 // be the same, but no element may have an attribute twice.
-bool reader_limits_t::is_first_of_name(const std::string& name)
+bool reader_limits_t::is_first_of_name(const xml_text_t& name)
 {
-    return name.find_first_of("\xF0\xF1\xF2\xF3") == std::string::npos ||
-           m_ambiguous_names.insert(name).second;
+    return name.is_plain() || name.utf8().find_first_of("\xF0\xF1\xF2\xF3") == std::string::npos ||
+           m_ambiguous_names.insert(name.utf8()).second;
 }
 
 } // namespace velmoext_1_4_8

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "xml_text.h"
+
 #include <cstddef>
 #include <set>
 #include <string>
@@ -14,16 +16,16 @@ class reader_limits_t
 public:
     /// Whether the key can name an attribute or element: it is an XML name, not too long, and the
     /// reader's dictionary still has room for it. `name` is the key in UTF-8.
-    bool admit_name(const std::wstring& key, const std::string& name);
+    bool admit_name(const std::wstring& key, const xml_text_t& name);
 
     /// Whether the start tag still takes this attribute, and has no other of that name.
-    bool admit_attribute(const std::string& name, const std::string& value);
+    bool admit_attribute(const xml_text_t& name, const xml_text_t& value);
 
     /// Whether an argument of this name fits into a start tag of its own.
-    static bool admits_arg(const std::string& name);
+    static bool admits_arg(const xml_text_t& name);
 
 private:
-    bool is_first_of_name(const std::string& name);
+    bool is_first_of_name(const xml_text_t& name);
 
     static constexpr std::size_t longest_name = 50000;
     /// libxml2 holds the whole tag in a window of 10,000,000 bytes, with some of what surrounds it.

@@ -8,7 +8,7 @@ namespace velmoext_1_4_8
 {
 
 /// The severity's word in XML, empty where it has none.
-std::wstring severity_text(message_t::severity_t severity);
+const char* severity_text(message_t::severity_t severity);
 
 /// The severity that a text from XML means, whatever the case of its letters; none where it means
 /// nothing.

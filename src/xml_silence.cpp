@@ -2,6 +2,8 @@
 
 #include <libxml/globals.h>
 
+#include <utility>
+
 namespace velmoext_1_4_8
 {
 namespace
@@ -13,6 +15,9 @@ void ignore_text(void* /*context*/, const char* /*format*/, ...) {} // NOLINT(ce
 } // namespace
 
 xml_silence_t::xml_silence_t()
+    : m_generic_place(&xmlGenericError), m_generic_context_place(&xmlGenericErrorContext),
+      m_structured_place(&xmlStructuredError),
+      m_structured_context_place(&xmlStructuredErrorContext)
 {
     begin();
 }
@@ -40,18 +45,18 @@ void xml_silence_t::hear_error(void* silence, xmlErrorPtr error)
 
 void xml_silence_t::begin()
 {
-    m_generic = xmlGenericError;
-    m_generic_context = xmlGenericErrorContext;
-    m_structured = xmlStructuredError;
-    m_structured_context = xmlStructuredErrorContext;
-    xmlSetGenericErrorFunc(nullptr, ignore_text);
-    xmlSetStructuredErrorFunc(this, hear_error);
+    m_generic = std::exchange(*m_generic_place, ignore_text);
+    m_generic_context = std::exchange(*m_generic_context_place, nullptr);
+    m_structured = std::exchange(*m_structured_place, hear_error);
+    m_structured_context = std::exchange(*m_structured_context_place, this);
 }
 
 void xml_silence_t::end()
 {
-    xmlSetGenericErrorFunc(m_generic_context, m_generic);
-    xmlSetStructuredErrorFunc(m_structured_context, m_structured);
+    *m_generic_place = m_generic;
+    *m_generic_context_place = m_generic_context;
+    *m_structured_place = m_structured;
+    *m_structured_context_place = m_structured_context;
 }
 
 } // namespace velmoext_1_4_8

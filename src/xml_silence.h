@@ -40,6 +40,11 @@ private:
 
     bool m_has_lacked_memory = false;
 
+    // The thread's own handlers, and where libxml2 has them: it looks for that place at each call.
+    xmlGenericErrorFunc* const m_generic_place;
+    void** const m_generic_context_place;
+    xmlStructuredErrorFunc* const m_structured_place;
+    void** const m_structured_context_place;
     xmlGenericErrorFunc m_generic = nullptr;
     void* m_generic_context = nullptr;
     xmlStructuredErrorFunc m_structured = nullptr;

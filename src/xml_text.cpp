@@ -1,8 +1,10 @@
 #include "xml_text.h"
 
-#include <rova/variant.h>
+#include <rova/strings.h>
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <iterator>
 #include <numeric>
@@ -19,7 +21,7 @@ struct range_t
 };
 
 const range_t name_start_characters[] = {
-    {':', ':'},       {'A', 'Z'},       {'_', '_'},       {'a', 'z'},
+    {'a', 'z'},       {'A', 'Z'},       {'_', '_'},       {':', ':'},
     {0xC0, 0xD6},     {0xD8, 0xF6},     {0xF8, 0x2FF},    {0x370, 0x37D},
     {0x37F, 0x1FFF},  {0x200C, 0x200D}, {0x2070, 0x218F}, {0x2C00, 0x2FEF},
     {0x3001, 0xD7FF}, {0xF900, 0xFDCF}, {0xFDF0, 0xFFFD}, {0x10000, 0xEFFFF}};
@@ -65,6 +67,36 @@ bool is_unwritable(wchar_t unit)
     return is_control || unit == 0xFFFE || unit == 0xFFFF;
 }
 
+constexpr auto plain_units = [] {
+    std::array<bool, 128> plain = {};
+    for (std::size_t unit = ' '; unit <= '~'; ++unit)
+        plain.at(unit) = unit != '"' && unit != '&' && unit != '<' && unit != '>';
+    return plain;
+}();
+
+bool is_plain_unit(wchar_t unit)
+{
+    const auto index = static_cast<std::uint32_t>(unit);
+    return index < plain_units.size() && plain_units[index]; // NOLINT(*-constant-array-index)
+}
+
+// Most texts are plain, so they are converted while that is found out.
+bool convert_plain(const std::wstring& text, char* utf8)
+{
+    const wchar_t* unit = text.data();
+    const wchar_t* const end = unit + text.size();
+    while (unit != end && is_plain_unit(*unit))
+        *utf8++ = static_cast<char>(*unit++);
+    return unit == end;
+}
+
+std::string writable_utf8(const std::wstring& text)
+{
+    std::wstring writable = text;
+    std::replace_if(writable.begin(), writable.end(), is_unwritable, L'\xFFFD');
+    return ROVA_2_18::strings::utf16_to_utf8(writable);
+}
+
 std::size_t escaped_size(char character)
 {
     switch (character) {
@@ -87,14 +119,12 @@ std::size_t escaped_size(char character)
 
 } // namespace
 
-std::string xml_text(const std::wstring& text)
+void xml_text_t::assign(const std::wstring& text)
 {
-    using ROVA_2_18::types::variant;
-    if (std::none_of(text.begin(), text.end(), is_unwritable))
-        return variant(text).as_string();
-    std::wstring writable = text;
-    std::replace_if(writable.begin(), writable.end(), is_unwritable, L'\xFFFD');
-    return variant(writable).as_string();
+    m_utf8.resize(text.size());
+    m_is_plain = convert_plain(text, m_utf8.data());
+    if (!m_is_plain)
+        m_utf8 = writable_utf8(text);
 }
 
 bool is_xml_name(const std::wstring& text)
@@ -113,9 +143,11 @@ bool is_xml_name(const std::wstring& text)
     return true;
 }
 
-std::size_t size_as_xml_attribute(const std::string& value)
+std::size_t size_as_xml_attribute(const xml_text_t& value)
 {
-    return std::accumulate(value.begin(), value.end(), std::size_t(0),
+    if (value.is_plain())
+        return value.utf8().size();
+    return std::accumulate(value.utf8().begin(), value.utf8().end(), std::size_t(0),
                            [](std::size_t size, char c) { return size + escaped_size(c); });
 }
 

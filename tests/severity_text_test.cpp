@@ -8,16 +8,16 @@ using namespace velmoext_1_4_8;
 
 TEST(severity_text_test, each_severity_has_its_word)
 {
-    EXPECT_EQ(severity_text(message_t::info), L"INFO");
-    EXPECT_EQ(severity_text(message_t::warning), L"WARNING");
-    EXPECT_EQ(severity_text(message_t::error), L"ERROR");
-    EXPECT_EQ(severity_text(message_t::critical), L"CRITICAL");
+    EXPECT_STREQ(severity_text(message_t::info), "INFO");
+    EXPECT_STREQ(severity_text(message_t::warning), "WARNING");
+    EXPECT_STREQ(severity_text(message_t::error), "ERROR");
+    EXPECT_STREQ(severity_text(message_t::critical), "CRITICAL");
 }
 
 TEST(severity_text_test, none_and_unknown_severities_have_no_word)
 {
     for (const int value : {0, -1, 5, 1000})
-        EXPECT_EQ(severity_text(static_cast<message_t::severity_t>(value)), L"") << value;
+        EXPECT_STREQ(severity_text(static_cast<message_t::severity_t>(value)), "") << value;
 }
 
 TEST(severity_text_test, texts_are_read_by_the_table)

@@ -49,14 +49,14 @@ bool libxml2_reads_name(const std::wstring& name)
 TEST(xml_text_test, characters_that_xml_carries_stay)
 {
     const std::wstring text = L"\t\n\r ~\x7F\x80\x85\xE9\x2028\xD7FF\xE000\xFFFD";
-    EXPECT_EQ(xml_text(text), ROVA_2_18::strings::utf16_to_utf8(text));
+    EXPECT_EQ(xml_text_t(text).utf8(), ROVA_2_18::strings::utf16_to_utf8(text));
 }
 
 TEST(xml_text_test, characters_beyond_the_bmp_stay_in_both_spellings)
 {
-    EXPECT_EQ(xml_text(units({0xD83D, 0xDE00})), "\xF0\x9F\x98\x80");
-    EXPECT_EQ(xml_text(units({0x1F600})), "\xF0\x9F\x98\x80");
-    EXPECT_EQ(xml_text(units({0x1FFFE})), "\xF0\x9F\xBF\xBE");
+    EXPECT_EQ(xml_text_t(units({0xD83D, 0xDE00})).utf8(), "\xF0\x9F\x98\x80");
+    EXPECT_EQ(xml_text_t(units({0x1F600})).utf8(), "\xF0\x9F\x98\x80");
+    EXPECT_EQ(xml_text_t(units({0x1FFFE})).utf8(), "\xF0\x9F\xBF\xBE");
 }
 
 TEST(xml_text_test, each_character_that_xml_cannot_carry_becomes_the_replacement_character)
@@ -66,11 +66,11 @@ TEST(xml_text_test, each_character_that_xml_cannot_carry_becomes_the_replacement
     for (unsigned c = 0; c < 0x20; ++c) {
         if (c == '\t' || c == '\n' || c == '\r')
             continue;
-        EXPECT_EQ(xml_text(units({'a', c, 'b'})), replaced) << c;
+        EXPECT_EQ(xml_text_t(units({'a', c, 'b'})).utf8(), replaced) << c;
     }
     for (const unsigned c : {0xD800U, 0xDBFFU, 0xDC00U, 0xDFFFU, 0xFFFEU, 0xFFFFU, 0x110000U,
                              0x80000000U, 0xFFFFFFFFU})
-        EXPECT_EQ(xml_text(units({'a', c, 'b'})), replaced) << c;
+        EXPECT_EQ(xml_text_t(units({'a', c, 'b'})).utf8(), replaced) << c;
 }
 
 TEST(xml_text_test, a_name_is_what_libxml2_reads_as_one_at_its_start)
@@ -115,13 +115,46 @@ TEST(xml_text_test, an_empty_text_and_one_with_a_blank_are_no_names)
         EXPECT_FALSE(is_xml_name(text)) << testing::PrintToString(std::wstring(text));
 }
 
+TEST(xml_text_test, only_printable_ascii_without_markup_is_plain)
+{
+    for (unsigned c = 0; c < 0x100; ++c) {
+        const bool is_plain = c >= ' ' && c <= '~' &&
+                              std::string("\"&<>").find(static_cast<char>(c)) == std::string::npos;
+        EXPECT_EQ(xml_text_t(units({'a', c, 'b'})).is_plain(), is_plain) << c;
+    }
+    EXPECT_TRUE(xml_text_t(L"").is_plain());
+    for (const unsigned c : {0x100U + 'a', 0x10000U + 'a', 0x80000000U + 'a'})
+        EXPECT_FALSE(xml_text_t(units({c})).is_plain()) << c;
+}
+
+// A writer is handed plain text raw, so it must not have anything to escape in it.
+TEST(xml_text_test, the_writer_escapes_nothing_in_a_plain_text)
+{
+    for (unsigned c = 1; c < 0x80; ++c) {
+        const xml_text_t text(units({c}));
+        const std::unique_ptr<xmlChar, xmlFreeFunc> escaped(
+            xmlEncodeSpecialChars(nullptr, to_xml(text.utf8())), xmlFree);
+        EXPECT_TRUE(!text.is_plain() || from_xml(escaped.get()) == text.utf8()) << c;
+    }
+}
+
+TEST(xml_text_test, one_object_takes_text_after_text)
+{
+    xml_text_t text(L"a long text that is not plain & has to be escaped");
+    for (const wchar_t* next : {L"short", L"", L"longer than the last one", L"\xE9", L"plain"}) {
+        text.assign(next);
+        EXPECT_EQ(text.utf8(), ROVA_2_18::strings::utf16_to_utf8(next));
+        EXPECT_EQ(text.is_plain(), std::wstring(next) != L"\xE9");
+    }
+}
+
 TEST(xml_text_test, the_size_of_an_attribute_counts_what_the_writer_escapes)
 {
-    EXPECT_EQ(size_as_xml_attribute(""), 0U);
-    EXPECT_EQ(size_as_xml_attribute("plain"), 5U);
-    EXPECT_EQ(size_as_xml_attribute("\""), std::string("&quot;").size());
-    EXPECT_EQ(size_as_xml_attribute("&"), std::string("&amp;").size());
-    EXPECT_EQ(size_as_xml_attribute("<>"), std::string("&lt;&gt;").size());
-    EXPECT_EQ(size_as_xml_attribute("\n\r\t"), std::string("&#10;&#13;&#9;").size());
-    EXPECT_EQ(size_as_xml_attribute("\xC3\xA9'"), 3U);
+    EXPECT_EQ(size_as_xml_attribute(xml_text_t(L"")), 0U);
+    EXPECT_EQ(size_as_xml_attribute(xml_text_t(L"plain")), 5U);
+    EXPECT_EQ(size_as_xml_attribute(xml_text_t(L"\"")), std::string("&quot;").size());
+    EXPECT_EQ(size_as_xml_attribute(xml_text_t(L"&")), std::string("&amp;").size());
+    EXPECT_EQ(size_as_xml_attribute(xml_text_t(L"<>")), std::string("&lt;&gt;").size());
+    EXPECT_EQ(size_as_xml_attribute(xml_text_t(L"\n\r\t")), std::string("&#10;&#13;&#9;").size());
+    EXPECT_EQ(size_as_xml_attribute(xml_text_t(L"\xE9'")), 3U);
 }

@@ -66,8 +66,10 @@ private:
 
     /// Offers the message to the handlers, from the top of the stack, until one consumes it. A
     /// message that nobody consumes is dropped; null is offered like any other. What a handler
-    /// throws passes out, with the stack unchanged.
-    VELMOEXT1_LOCAL void dispatch_message(boost::shared_ptr<message_t> msg);
+    /// throws passes out, with the stack unchanged. The caller's `ex` has to outlive the call: a
+    /// handler may let go of all other owners.
+    VELMOEXT1_LOCAL static void dispatch_message(const boost::shared_ptr<velmo_ex_t>& ex,
+                                                 const boost::shared_ptr<message_t>& msg);
 
     VELMOEXT1_LOCAL void retire() noexcept;
     VELMOEXT1_LOCAL void drop_handlers() noexcept;

@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 namespace ROVA_2_18
 {
@@ -54,12 +55,41 @@ void append_upper(std::wstring& result, UChar32 character)
     }
 }
 
+constexpr std::size_t block_size = 8;
+
+bool is_ascii_block(const std::uint8_t* block)
+{
+    std::uint64_t bits = 0;
+    std::memcpy(&bits, block, block_size);
+    return (bits & 0x8080808080808080U) == 0;
+}
+
+bool is_ascii_block(const wchar_t* block)
+{
+    std::uint32_t bits = 0;
+    for (std::size_t i = 0; i != block_size; ++i)
+        bits |= static_cast<std::uint32_t>(block[i]);
+    return bits <= 0x7F;
+}
+
+/// Copies whole blocks from the beginning, up to one that is not all ASCII, and answers how many
+/// characters that made. Most text is ASCII, and a block takes little more time than a character.
+template <typename From, typename To>
+std::size_t copy_ascii(const From* from, std::size_t size, To* to)
+{
+    std::size_t done = 0;
+    for (; size - done >= block_size && is_ascii_block(from + done); done += block_size)
+        for (std::size_t i = done; i != done + block_size; ++i)
+            to[i] = static_cast<To>(from[i]);
+    return done;
+}
+
 } // namespace
 
 std::string utf16_to_utf8(const std::wstring& text)
 {
     std::string result(text.size(), '\0');
-    std::size_t read = 0;
+    std::size_t read = copy_ascii(text.data(), text.size(), result.data());
     for (; read != text.size() && is_ascii(text[read]); ++read) {
         result[read] = static_cast<char>(text[read]);
     }
@@ -80,8 +110,8 @@ std::wstring utf8_to_utf16(const std::string& text)
     const auto* const bytes = reinterpret_cast<const std::uint8_t*>(text.data());
     // No character has fewer bytes than elements, so the text's length is room enough.
     std::wstring result(text.size(), L'\0');
-    std::size_t written = 0;
-    for (std::size_t read = 0; read != text.size();) {
+    std::size_t written = copy_ascii(bytes, text.size(), result.data());
+    for (std::size_t read = written; read != text.size();) {
         UChar32 character = 0;
         U8_NEXT_OR_FFFD(bytes, read, text.size(), character);
         U16_APPEND_UNSAFE(result, written, character);

@@ -1,0 +1,67 @@
+#include "document_reader.h"
+
+#include "message_element.h"
+#include "message_format.h"
+
+namespace velmoext_1_4_8
+{
+namespace
+{
+
+const char* const encoding = "UTF-8";
+const int options = XML_PARSE_RECOVER | XML_PARSE_NOERROR | XML_PARSE_NOWARNING;
+
+// Each element gets each declared default looked at, whether it takes it or not: this many such
+// looks take a fraction of a second.
+const std::size_t most_defaults_looked_at = 200000;
+const std::size_t smallest_element = sizeof("<a/>") - 1;
+
+bool has_too_many_defaults(const xmlNode& node, std::size_t document_size)
+{
+    std::size_t defaults = 0;
+    if (node.type == XML_DTD_NODE)
+        for (const xmlNode* child = node.children; child; child = child->next)
+            defaults += child->type == XML_ATTRIBUTE_DECL ? 1 : 0;
+    return defaults * (document_size / smallest_element) > most_defaults_looked_at;
+}
+
+bool is_message(const xmlNode& node)
+{
+    return node.type == XML_ELEMENT_NODE && xmlStrEqual(node.name, to_xml(message_format::msg));
+}
+
+boost::shared_ptr<message_t> read_first_message(xmlTextReaderPtr reader, std::size_t document_size)
+{
+    while (xmlTextReaderNext(reader) == 1) {
+        const xmlNode& node = *xmlTextReaderCurrentNode(reader);
+        if (has_too_many_defaults(node, document_size))
+            break;
+        if (is_message(node))
+            return read_message_element(xmlTextReaderExpand(reader));
+    }
+    return boost::shared_ptr<message_t>();
+}
+
+} // namespace
+
+boost::shared_ptr<message_t> document_reader_t::read(const std::string& document)
+{
+    m_bytes_read += document.size();
+    if (!open(document))
+        return boost::shared_ptr<message_t>();
+    boost::shared_ptr<message_t> message = read_first_message(m_reader.get(), document.size());
+    xmlTextReaderClose(m_reader.get());
+    return message;
+}
+
+bool document_reader_t::open(const std::string& document)
+{
+    const auto size = static_cast<int>(document.size());
+    if (m_reader)
+        return xmlReaderNewMemory(m_reader.get(), document.data(), size, nullptr, encoding,
+                                  options) == 0;
+    m_reader.reset(xmlReaderForMemory(document.data(), size, nullptr, encoding, options));
+    return m_reader != nullptr;
+}
+
+} // namespace velmoext_1_4_8
