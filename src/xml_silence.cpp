@@ -1,6 +1,7 @@
 #include "xml_silence.h"
 
 #include <libxml/globals.h>
+#include <libxml/parser.h>
 
 #include <utility>
 
@@ -14,9 +15,9 @@ void ignore_text(void* /*context*/, const char* /*format*/, ...) {} // NOLINT(ce
 
 } // namespace
 
-xml_silence_t::xml_silence_t()
-    : m_generic_place(&xmlGenericError), m_generic_context_place(&xmlGenericErrorContext),
-      m_structured_place(&xmlStructuredError),
+xml_silence_t::xml_silence_t(faults_t faults)
+    : m_faults(faults), m_generic_place(&xmlGenericError),
+      m_generic_context_place(&xmlGenericErrorContext), m_structured_place(&xmlStructuredError),
       m_structured_context_place(&xmlStructuredErrorContext)
 {
     begin();
@@ -39,8 +40,16 @@ xml_silence_t::pause_t::~pause_t()
 
 void xml_silence_t::hear_error(void* silence, xmlErrorPtr error)
 {
-    if (error->code == XML_ERR_NO_MEMORY)
-        static_cast<xml_silence_t*>(silence)->m_has_lacked_memory = true;
+    static_cast<xml_silence_t*>(silence)->hear(*error);
+}
+
+void xml_silence_t::hear(const xmlError& error)
+{
+    if (error.code == XML_ERR_NO_MEMORY)
+        m_has_lacked_memory = true;
+    const bool is_fault = error.domain == XML_FROM_PARSER && error.level == XML_ERR_FATAL;
+    if (is_fault && m_faults == stop_parse && error.ctxt)
+        xmlStopParser(static_cast<xmlParserCtxt*>(error.ctxt));
 }
 
 void xml_silence_t::begin()

@@ -11,7 +11,14 @@ namespace velmoext_1_4_8
 class xml_silence_t
 {
 public:
-    xml_silence_t();
+    enum faults_t
+    {
+        go_on,
+        stop_parse ///< a parse that failed ends at once: libxml2 would read the broken tag to its
+                   ///< end
+    };
+
+    explicit xml_silence_t(faults_t faults = go_on);
     ~xml_silence_t();
     xml_silence_t(const xml_silence_t&) = delete;
     xml_silence_t& operator=(const xml_silence_t&) = delete;
@@ -35,9 +42,11 @@ public:
 private:
     static void hear_error(void* silence, xmlErrorPtr error);
 
+    void hear(const xmlError& error);
     void begin();
     void end();
 
+    const faults_t m_faults;
     bool m_has_lacked_memory = false;
 
     // The thread's own handlers, and where libxml2 has them: it looks for that place at each call.

@@ -11,7 +11,8 @@ namespace audit
 /// none.
 std::string environment_language();
 
-/// Takes the texts in that language from now on. False, with no texts bound, where there are none.
+/// Takes the texts in that language from now on. False where there are none; those that were taken
+/// before may be there still.
 bool bind_catalogs(const std::wstring& directory, const std::string& language);
 
 /// As bind_catalogs(), with English in place of a language that has no texts.

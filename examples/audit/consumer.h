@@ -5,6 +5,7 @@
 #include "printer.h"
 
 #include <velmoext1/base_handler.h>
+#include <velmoext1/config_reader.h>
 #include <velmoext1/velmo_adapter.h>
 #include <velmoext1/velmo_ex.h>
 
@@ -28,6 +29,8 @@ public:
     boost::shared_ptr<velmoext::base_handler_t> progress_handler() const { return m_printer; }
 
 private:
+    /// What nobody holds would read its files anew for each message.
+    const boost::shared_ptr<velmoext::config_reader_t> m_configuration;
     const boost::shared_ptr<velmoext::velmo_ex_t> m_ex;
     const boost::shared_ptr<printer_t> m_printer;
     velmoext::velmo_adapter_t m_adapter;

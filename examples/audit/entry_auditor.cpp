@@ -1,9 +1,8 @@
 #include "entry_auditor.h"
 
+#include "error_name.h"
 #include "message_words.h"
 #include "path_text.h"
-
-#include <rova/strings.h>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -41,11 +40,6 @@ std::wstring mode_text(const entry_t& entry)
         text += static_cast<wchar_t>(L'0' + ((entry.status.st_mode >> shift) & 7U));
     }
     return text;
-}
-
-std::wstring error_text(int error)
-{
-    return rova::strings::utf8_to_utf16(std::generic_category().message(error));
 }
 
 // Nothing where the link is gone meanwhile.
@@ -121,9 +115,10 @@ void entry_auditor_t::find_broken_link(const entry_t& entry, const std::wstring&
     else if (error == ELOOP)
         m_reporter.find(message_t::error, L"link_loop", args);
     else
-        m_reporter.find(
-            message_t::warning, L"link_unreadable",
-            {{L"path", entry.path}, {L"target", target}, {L"error", error_text(error)}});
+        m_reporter.find(message_t::warning, L"link_unreadable",
+                        {{L"path", entry.path},
+                         {L"target", target},
+                         {L"error", error_name({error, std::generic_category()})}});
 }
 
 } // namespace audit

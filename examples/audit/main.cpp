@@ -121,7 +121,8 @@ host_t::host_t(const options_t& options)
       m_consumer(options.severity, line_maker(options.plain),
                  [this](const std::string& line) { show(line); })
 {
-    choose_language();
+    if (!m_options.plain)
+        choose_language();
 }
 
 // An answer in another language than the one asked for by name would look like a mistake.

@@ -1,5 +1,6 @@
 #include "plain_line.h"
 
+#include "escape.h"
 #include "severity_name.h"
 #include "terminal_text.h"
 
@@ -10,9 +11,18 @@ namespace
 
 using velmoext::message_t;
 
+// A value cannot end its quotation marks.
+std::string without_quotes(const std::wstring& text)
+{
+    std::string shown;
+    for (const char letter : terminal_text(text))
+        shown += letter == '"' ? escape("\"") : std::string(1, letter);
+    return shown;
+}
+
 std::string field(const std::wstring& text)
 {
-    const std::string shown = terminal_text(text);
+    const std::string shown = without_quotes(text);
     const bool is_plain = !shown.empty() && shown.find_first_of(" =") == std::string::npos;
     return is_plain ? shown : '"' + shown + '"';
 }

@@ -1,8 +1,7 @@
 #include "reporter.h"
 
+#include "error_name.h"
 #include "message_words.h"
-
-#include <rova/strings.h>
 
 #include <boost/make_shared.hpp>
 
@@ -37,8 +36,7 @@ void reporter_t::find_failure(const std::wstring& type, const std::wstring& path
                               std::error_code error)
 {
     if (error != std::errc::no_such_file_or_directory)
-        find(message_t::error, type,
-             {{L"path", path}, {L"error", rova::strings::utf8_to_utf16(error.message())}});
+        find(message_t::error, type, {{L"path", path}, {L"error", error_name(error)}});
 }
 
 void reporter_t::summarize(severity_t least, const std::wstring& type, args_t args)

@@ -19,9 +19,8 @@ struct range_t
     wchar_t last;
 };
 
-const range_t hidden_characters[] = {{0, 0x1F},       {L'"', L'"'},     {0x7F, 0x9F},
-                                     {0x61C, 0x61C},  {0x200E, 0x200F}, {0x2028, 0x202E},
-                                     {0x2066, 0x206F}};
+const range_t hidden_characters[] = {{0, 0x1F},        {0x7F, 0x9F},     {0x61C, 0x61C},
+                                     {0x200E, 0x200F}, {0x2028, 0x202E}, {0x2066, 0x206F}};
 
 bool is_hidden(wchar_t unit)
 {

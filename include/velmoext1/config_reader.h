@@ -33,7 +33,8 @@ class config_file_t;
 /// A property is an attribute of the entry or, where it has none of that name, a child element.
 ///
 /// The process has one reader, as long as somebody holds it; its files and its directory go with
-/// it. A file that was read once is not read again by that reader, whatever becomes of the file.
+/// it. So a host holds one while it shows messages: else each title would read its file anew. A
+/// file that was read once is not read again by that reader, whatever becomes of the file.
 class VELMOEXT1_API config_reader_t
 {
 public:
@@ -62,9 +63,12 @@ public:
     /// Empty where nothing is configured: no such entry, an empty type, no directory, no file, or
     /// none that can be read as XML. A file that could not be read is tried again at the next call.
     /// The source is joined to the directory as it is spelled: where sources come from strangers it
-    /// is the host's business that "../x" leads nowhere it should not.
+    /// is the host's business that "../x" leads nowhere it should not, and that not every spelling
+    /// of one file ("./x", "././x") is read and kept again.
     ///
     /// Any thread may call at any time; one reads at a time in the process, whatever the reader.
+    /// What is called meanwhile, the host's locations and its assertion handler, must not read
+    /// another property: that call would never return.
     std::wstring read_property(boost::shared_ptr<velmo_ex_t> velmo_ex,
                                boost::shared_ptr<message_t> message, const std::wstring& name);
 

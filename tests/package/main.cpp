@@ -46,10 +46,20 @@ bool arrived_whole(boost::shared_ptr<message_t> sent, boost::shared_ptr<message_
            received->get_content().args == sent->get_content().args;
 }
 
+// Needs a host library as well, as most calls for the configuration do.
+bool is_configuration_set()
+{
+    const auto reader = config_reader_t::get();
+    reader->set_cfg_dir(basekit2::path_t(L"/etc/consumer"));
+    return reader->get_cfg_dir() == basekit2::path_t(L"/etc/consumer");
+}
+
 } // namespace
 
 int main()
 {
+    if (!is_configuration_set())
+        return 1;
     const auto ex = velmo_ex_t::get(L"consumer", L"prefix");
     const auto handler = boost::make_shared<last_message_t>();
     ex->push_handler(handler);

@@ -49,7 +49,7 @@ TEST(catalogs_test, the_texts_are_those_of_the_bound_language)
     EXPECT_EQ(catalog_text(L"severity_warning"), L"warning");
 }
 
-TEST(catalogs_test, a_language_without_texts_binds_none)
+TEST(catalogs_test, a_language_without_texts_cannot_be_chosen)
 {
     for (const char* const language : {"tlh", "C", "POSIX", "", "../en", "1"}) {
         bind_catalogs(directory, "en");

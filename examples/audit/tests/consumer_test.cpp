@@ -57,6 +57,13 @@ TEST_F(consumer_test, a_text_that_is_no_message_shows_nothing_and_does_no_harm)
     EXPECT_EQ(m_lines, std::vector<std::string>{"error"});
 }
 
+TEST_F(consumer_test, the_configuration_is_kept_from_one_message_to_the_next)
+{
+    velmoext::config_reader_t::get()->set_cfg_dir(L"kept");
+    say(message_t::error);
+    EXPECT_EQ(velmoext::config_reader_t::get()->get_cfg_dir(), basekit2::path_t(L"kept"));
+}
+
 TEST_F(consumer_test, two_consumers_do_not_see_each_other_s_messages)
 {
     consumer_t other(message_t::info, severity_of,

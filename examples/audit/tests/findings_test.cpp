@@ -70,7 +70,7 @@ TEST_F(findings_test, an_unreadable_directory_is_reported_and_not_entered)
     m_tree.set_mode("closed", 0);
     m_tree.make_file("next");
     EXPECT_EQ(find_unprivileged("error directory_unreadable"),
-              lines_t{"error=\"Permission denied\" " + path("closed")});
+              lines_t{"error=EACCES " + path("closed")});
     EXPECT_EQ(find_unprivileged("info file_seen"),
               lines_t{"mode=0644 " + path("next") + " size=1"});
 }
@@ -82,7 +82,7 @@ TEST_F(findings_test, a_directory_that_may_be_listed_but_not_searched_shows_its_
     m_tree.set_mode("listed", 0400);
     m_tree.make_file("next");
     EXPECT_EQ(find_unprivileged("error file_unreadable"),
-              lines_t{"error=\"Permission denied\" " + path("listed/inside")});
+              lines_t{"error=EACCES " + path("listed/inside")});
     EXPECT_EQ(find_unprivileged("info file_seen"),
               lines_t{"mode=0644 " + path("next") + " size=1"});
 }
@@ -92,7 +92,7 @@ TEST_F(findings_test, an_unreadable_file_is_reported)
     m_tree.make_file("secret");
     m_tree.set_mode("secret", 0);
     EXPECT_EQ(find_unprivileged("error file_unreadable"),
-              lines_t{"error=\"Permission denied\" " + path("secret")});
+              lines_t{"error=EACCES " + path("secret")});
 }
 
 TEST_F(findings_test, a_dangling_link_is_reported_with_its_target)
@@ -127,7 +127,7 @@ TEST_F(findings_test, a_link_whose_target_is_out_of_reach_is_not_called_dangling
     m_tree.set_mode("closed", 0);
     m_tree.make_link("into", "closed/x");
     EXPECT_EQ(find_unprivileged("warning link_unreadable"),
-              lines_t{"error=\"Permission denied\" " + path("into") + " target=closed/x"});
+              lines_t{"error=EACCES " + path("into") + " target=closed/x"});
 }
 
 TEST_F(findings_test, a_link_that_leads_somewhere_is_no_finding)

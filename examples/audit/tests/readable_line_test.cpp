@@ -130,6 +130,18 @@ TEST_F(readable_line_test, no_part_of_a_message_reaches_the_terminal_raw)
               "warning: Content: /\\x1b]0;x\\x07\\x0a\\xe2\\x80\\xae is empty.");
 }
 
+TEST_F(readable_line_test, quotation_marks_stay)
+{
+    EXPECT_EQ(line_of(make(L"file_empty", {{L"path", L"/\"a\""}})),
+              "warning: Content: /\"a\" is empty.");
+}
+
+TEST_F(readable_line_test, an_error_without_words_is_shown_by_its_name)
+{
+    EXPECT_EQ(line_of(make(L"file_unreadable", {{L"path", L"/a"}, {L"error", L"EXDEV"}})),
+              "warning: Access rights: /a cannot be read: EXDEV.");
+}
+
 TEST_F(readable_line_test, a_value_cannot_be_a_placeholder)
 {
     EXPECT_EQ(line_of(make(L"link_dangling", {{L"path", L"{target}"}, {L"target", L"'{x}'"}})),

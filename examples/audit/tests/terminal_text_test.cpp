@@ -27,7 +27,6 @@ TEST(terminal_text_test, only_what_is_unsafe_on_a_terminal_is_escaped)
         {L"\t\a\b\x7f", R"(\x09\x07\x08\x7f)"},
         {std::wstring(1, L'\0'), R"(\x00)"},
         {L"\x80\x9b\x9f", R"(\xc2\x80\xc2\x9b\xc2\x9f)"},
-        {L"\"", R"(\x22)"},
         {L"\x202E"
          L"gpj.exe",
          R"(\xe2\x80\xaegpj.exe)"},

@@ -78,7 +78,8 @@ TEST_F(texts_test, the_user_chooses_before_the_environment)
 TEST_F(texts_test, a_language_without_texts_cannot_be_chosen)
 {
     for (const std::string language : {"tlh", "", "../de", "C"}) {
-        const result_t result = run_audit({"--lang", language, m_tree.path()});
+        const result_t result =
+            run_audit({"--lang", language, m_tree.path()}, in({{"LC_ALL", "C"}}));
         EXPECT_EQ(result.exit_code, 1);
         EXPECT_EQ(result.out, "");
         EXPECT_EQ(result.err,
@@ -108,6 +109,23 @@ TEST_F(texts_test, each_message_of_a_walk_has_a_text_in_each_language)
             EXPECT_EQ(texts[i].find('{'), std::string::npos) << texts[i];
         }
     }
+}
+
+TEST_F(texts_test, the_system_s_errors_are_told_in_the_reader_s_language)
+{
+    m_tree.make_directory("closed");
+    m_tree.set_mode("closed", 0);
+    launch_t launch = in({{"LC_ALL", "de"}});
+    launch.is_privileged = false;
+    EXPECT_EQ(read({m_tree.path()}, launch).front(),
+              "Fehler: Zugriffsrechte: Das Verzeichnis " + m_tree.path("closed") +
+                  " kann nicht gelesen werden: Zugriff verweigert.");
+}
+
+TEST_F(texts_test, without_texts_a_language_does_not_matter)
+{
+    make_findings();
+    EXPECT_EQ(run_audit({"--lang", "tlh", m_tree.path()}).out, run_audit({m_tree.path()}).out);
 }
 
 TEST_F(texts_test, the_summary_counts_in_the_reader_s_language)
