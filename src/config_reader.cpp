@@ -1,6 +1,7 @@
 #include <velmoext1/config_reader.h>
 
 #include "config_file.h"
+#include "message_access.h"
 
 #include <setbook2/product_locations.h>
 
@@ -42,37 +43,50 @@ std::wstring config_reader_t::read_property(boost::shared_ptr<velmo_ex_t> velmo_
                                             const std::wstring& name)
 {
     const boost::mutex::scoped_lock lock(m_lookup_mutex);
-    const config_file_t* const file =
-        get_file(generate_filename(message->get_source()).as_string(false));
+    const config_file_t* const file = find_file(message_access::source(*message));
     if (!file)
         return std::wstring();
-    const std::wstring type = message->get_type();
-    const std::wstring own = file->find_property(name, type, velmo_ex->get_prefix());
+    const std::wstring& type = message_access::type(*message);
+    std::wstring own = file->find_property(name, type, velmo_ex->m_prefix);
     return own.empty() ? file->find_property(name, type, std::wstring()) : own;
 }
 
-// Only what was loaded is kept: a file that is not there yet may come.
-const config_file_t* config_reader_t::get_file(const std::wstring& file)
+const config_file_t* config_reader_t::find_file(const std::wstring& source)
 {
-    const auto known = m_files.find(file);
-    if (known != m_files.end())
-        return known->second.get();
-    const boost::shared_ptr<const config_file_t> loaded = config_file_t::load(file);
-    if (loaded)
-        m_files.emplace(file, loaded);
-    return loaded.get(); // the map holds it
+    if (!m_cfg_dir.is_empty())
+        return find_file(m_cfg_dir, source);
+    setbook2::IProductLocations* const locations = setbook2::IProductLocations::get();
+    return locations ? find_file(locations->get_config_dir(), source) : nullptr;
 }
 
-basekit2::path_t config_reader_t::generate_filename(const std::wstring& source) const
+// The same few sources are asked for again and again: their paths are put together once.
+const config_file_t* config_reader_t::find_file(const basekit2::path_t& dir,
+                                                const std::wstring& source)
 {
-    basekit2::path_t directory = m_cfg_dir;
-    if (directory.is_empty()) {
-        setbook2::IProductLocations* const locations = setbook2::IProductLocations::get();
-        if (!locations)
-            return basekit2::path_t();
-        directory = locations->get_config_dir();
+    if (!(dir == m_last_dir)) {
+        m_last_files.clear();
+        m_last_dir = dir;
     }
-    return directory.append(source + L".xml");
+    const auto known = m_last_files.find(source);
+    if (known != m_last_files.end())
+        return known->second.get();
+    basekit2::path_t path = dir;
+    const auto file = get_file(path.append(source + L".xml").as_string(false));
+    if (file)
+        m_last_files.emplace(source, file);
+    return file.get(); // the maps hold it
+}
+
+// Only what was loaded is kept: a file that is not there yet may come.
+boost::shared_ptr<const config_file_t> config_reader_t::get_file(const std::wstring& path)
+{
+    const auto known = m_files.find(path);
+    if (known != m_files.end())
+        return known->second;
+    boost::shared_ptr<const config_file_t> loaded = config_file_t::load(path);
+    if (loaded)
+        m_files.emplace(path, loaded);
+    return loaded;
 }
 
 } // namespace velmoext_1_4_8

@@ -3,10 +3,9 @@
 #include "message_access.h"
 #include "message_format.h"
 #include "severity_text.h"
+#include "wide_text.h"
 #include "xml_handles.h"
 #include "xml_library.h"
-
-#include <rova/strings.h>
 
 #include <boost/make_shared.hpp>
 
@@ -22,8 +21,6 @@ namespace velmoext_1_4_8
 {
 namespace
 {
-
-using ROVA_2_18::strings::utf8_to_utf16;
 
 const std::wstring source_key = L"source";
 
@@ -44,13 +41,21 @@ std::size_t size_to_next_tag(const char* text, std::size_t most)
     return tag ? static_cast<std::size_t>(tag - text) : size;
 }
 
+// The first character tells most names apart.
+bool is_same(const char* name, const char* other)
+{
+    return *name == *other && std::strcmp(name, other) == 0;
+}
+
 std::wstring read_text(const xmlChar* text)
 {
-    return text ? utf8_to_utf16(from_xml(text)) : std::wstring();
+    return text ? wide_text(from_xml(text)) : std::wstring();
 }
 
 bool is_predefined_reference(const char* text)
 {
+    if (*text != '&')
+        return false;
     static const char* const references[] = {"&amp;", "&lt;", "&gt;", "&quot;", "&apos;", "&#13;"};
     return std::any_of(std::begin(references), std::end(references), [&](const char* reference) {
         return std::strncmp(text, reference, std::strlen(reference)) == 0;
@@ -153,7 +158,7 @@ log_sax_reader::element_t log_sax_reader::element_of(const char* name)
                  {message_format::log, element_t::log}};
     const auto* const found =
         std::find_if(std::begin(known), std::end(known),
-                     [&](const auto& candidate) { return std::strcmp(name, candidate.name) == 0; });
+                     [&](const auto& candidate) { return is_same(name, candidate.name); });
     return found == std::end(known) ? element_t::other : found->element;
 }
 
@@ -188,7 +193,7 @@ void log_sax_reader::start_message(const xmlChar** attributes)
 void log_sax_reader::start_arg(const xmlChar** attributes)
 {
     const xmlChar** name = attributes;
-    while (name && name[0] && std::strcmp(from_xml(name[0]), message_format::arg_name) != 0)
+    while (name && name[0] && !is_same(from_xml(name[0]), message_format::arg_name))
         name += 2;
     pending_arg_name = name && name[0] ? read_text(name[1]) : std::wstring();
     if (pending_arg_name.empty() && current_message)
@@ -200,7 +205,7 @@ void log_sax_reader::end_element(const char* name)
 {
     if (parse_state == in_child)
         current_element = element_t::msg;
-    if (std::strcmp(name, message_format::msg) != 0)
+    if (!is_same(name, message_format::msg))
         return;
     parse_state = outside;
     current_element = element_t::log;
@@ -230,13 +235,13 @@ void log_sax_reader::characters(const char* text, int length)
         break;
     case element_t::severity:
         current_message->set_severity(
-            parse_severity(to_wide(text, size_to_next_tag(text, longest_severity))));
+            parse_severity(std::string(text, size_to_next_tag(text, longest_severity))));
         break;
     case element_t::arg:
         add_text(content.args, std::exchange(pending_arg_name, std::wstring()), text);
         break;
     case element_t::other:
-        add_text(content.elements, utf8_to_utf16(m_other_name), text);
+        add_text(content.elements, wide_text(m_other_name.c_str()), text);
     }
 }
 
@@ -245,7 +250,7 @@ void log_sax_reader::characters(const char* text, int length)
 void log_sax_reader::set_type(const char* text, int length)
 {
     if (!is_predefined_reference(text + length))
-        message_access::type(*current_message) = to_wide(text, size_to_next_tag(text));
+        message_access::type(*current_message) = wide_text(text, size_to_next_tag(text));
 }
 
 // The first text of a key stays, so that of a known key need not even be looked at.
@@ -253,13 +258,7 @@ void log_sax_reader::add_text(texts_t& texts, std::wstring key, const char* text
 {
     const auto place = texts.lower_bound(key);
     if (place == texts.end() || place->first != key)
-        texts.emplace_hint(place, std::move(key), to_wide(text, size_to_next_tag(text)));
-}
-
-std::wstring log_sax_reader::to_wide(const char* text, std::size_t size)
-{
-    m_utf8.assign(text, size);
-    return utf8_to_utf16(m_utf8);
+        texts.emplace_hint(place, std::move(key), wide_text(text, size_to_next_tag(text)));
 }
 
 } // namespace velmoext_1_4_8

@@ -9,7 +9,6 @@
 
 #include <libxml/parser.h>
 
-#include <cstddef>
 #include <exception>
 #include <map>
 #include <string>
@@ -81,15 +80,13 @@ private:
     void characters(const char* text, int length);
     void deliver_message();
     void set_type(const char* text, int length);
-    void add_text(texts_t& texts, std::wstring key, const char* text);
-    std::wstring to_wide(const char* text, std::size_t size);
+    static void add_text(texts_t& texts, std::wstring key, const char* text);
 
     boost::shared_ptr<message_t> current_message;
     int parse_state = outside;
     element_t current_element = element_t::other;
     std::string m_other_name;
     std::wstring pending_arg_name;
-    std::string m_utf8; ///< what is being decoded
     message_callback_t message_callback;
     xml_silence_t* m_silence = nullptr; ///< of the parse that runs
     bool m_has_lacked_memory = false;

@@ -1,13 +1,16 @@
 #include <velmoext1/message.h>
 
+#include "message_access.h"
+
 namespace velmoext_1_4_8
 {
 namespace
 {
 
 // A source is stored under "tool"; "source" is accepted from others, and preferred.
-const wchar_t* const stored_source_key = L"tool";
-const wchar_t* const preferred_source_key = L"source";
+const std::wstring stored_source_key = L"tool";
+const std::wstring preferred_source_key = L"source";
+const std::wstring no_source;
 
 } // namespace
 
@@ -63,12 +66,17 @@ void message_t::set_source(const std::wstring& source)
 
 std::wstring message_t::get_source() const
 {
-    for (const wchar_t* key : {preferred_source_key, stored_source_key}) {
-        const auto found = m_content.attributes.find(key);
-        if (found != m_content.attributes.end())
+    return message_access::source(*this);
+}
+
+const std::wstring& message_access::source(const message_t& message)
+{
+    for (const std::wstring* const key : {&preferred_source_key, &stored_source_key}) {
+        const auto found = message.m_content.attributes.find(*key);
+        if (found != message.m_content.attributes.end())
             return found->second;
     }
-    return std::wstring();
+    return no_source;
 }
 
 bool message_t::equal_to(boost::shared_ptr<message_t> other) const

@@ -12,6 +12,8 @@ struct message_access
 
     static const std::wstring& type(const message_t& message) { return message.m_type; }
 
+    static const std::wstring& source(const message_t& message);
+
     static message_t::message_content_t& content(message_t& message) { return message.m_content; }
 
     static const message_t::message_content_t& content(const message_t& message)

@@ -5,9 +5,8 @@
 #include "node_text.h"
 #include "reader_limits.h"
 #include "severity_text.h"
+#include "wide_text.h"
 #include "xml_text.h"
-
-#include <rova/strings.h>
 
 #include <boost/make_shared.hpp>
 
@@ -22,8 +21,6 @@ namespace
 {
 
 typedef std::map<std::wstring, std::wstring> texts_t;
-using ROVA_2_18::strings::utf8_to_utf16;
-
 const std::size_t largest_kept = 65536;
 
 // The key and the text that are being written; kept by each thread, so that their memory is used
@@ -163,24 +160,29 @@ private:
     void read_attributes(const xmlNode& element, texts_t& attributes)
     {
         for (const xmlAttr* attribute = element.properties; attribute; attribute = attribute->next)
-            attributes.emplace(utf8_to_utf16(from_xml(attribute->name)),
-                               read_text(attribute->children));
+            attributes.emplace_hint(attributes.end(), wide_text(from_xml(attribute->name)),
+                                    read_text(attribute->children));
     }
 
     void read_child(const xmlNode& child, message_t& message)
     {
         message_t::message_content_t& content = message_access::content(message);
-        std::wstring text = read_text(child.children);
+        read_utf8(child.children);
         if (xmlStrEqual(child.name, to_xml(message_format::severity)))
-            message.set_severity(parse_severity(text));
+            message.set_severity(parse_severity(m_utf8));
         else if (xmlStrEqual(child.name, to_xml(message_format::type)))
-            message_access::type(message) = std::move(text);
+            message_access::type(message) = decode();
         else if (xmlStrEqual(child.name, to_xml(message_format::arg)))
-            content.args.emplace_hint(content.args.end(), read_arg_name(child, content),
-                                      std::move(text));
+            add_arg(child, content);
         else
-            content.elements.emplace_hint(content.elements.end(),
-                                          utf8_to_utf16(from_xml(child.name)), std::move(text));
+            content.elements.emplace_hint(content.elements.end(), wide_text(from_xml(child.name)),
+                                          decode());
+    }
+
+    void add_arg(const xmlNode& arg, message_t::message_content_t& content)
+    {
+        std::wstring text = decode();
+        content.args.emplace_hint(content.args.end(), read_arg_name(arg, content), std::move(text));
     }
 
     std::wstring read_arg_name(const xmlNode& arg, message_t::message_content_t& content)
@@ -195,13 +197,23 @@ private:
 
     std::wstring read_text(const xmlNode* first)
     {
-        m_text.clear();
-        m_is_within_measure = m_is_within_measure && m_node_text.append(first, m_text);
-        return m_is_within_measure ? utf8_to_utf16(m_text) : std::wstring();
+        read_utf8(first);
+        return decode();
+    }
+
+    void read_utf8(const xmlNode* first)
+    {
+        m_utf8.clear();
+        m_is_within_measure = m_is_within_measure && m_node_text.append(first, m_utf8);
+    }
+
+    std::wstring decode() const
+    {
+        return m_is_within_measure ? wide_text(m_utf8.data(), m_utf8.size()) : std::wstring();
     }
 
     node_text_t m_node_text;
-    std::string m_text; ///< of the node that is being read
+    std::string m_utf8; ///< the text of the node that is being read
     bool m_is_within_measure = true;
 };
 

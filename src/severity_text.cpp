@@ -3,8 +3,8 @@
 #include <rova/strings.h>
 
 #include <algorithm>
-#include <cstring>
 #include <iterator>
+#include <string_view>
 
 namespace velmoext_1_4_8
 {
@@ -14,8 +14,8 @@ namespace
 struct form_t
 {
     message_t::severity_t severity;
-    const char* word;
-    const char* number; ///< accepted in place of the word, never written
+    std::string_view word;
+    std::string_view number; ///< accepted in place of the word, never written
 };
 
 // The first row that fits counts, so that "0" always means critical, and no number means error.
@@ -24,18 +24,19 @@ const form_t forms[] = {{message_t::critical, "CRITICAL", "0"},
                         {message_t::warning, "WARNING", "1"},
                         {message_t::info, "INFO", "2"}};
 
-bool is_same(const std::wstring& text, const char* word)
-{
-    return std::equal(text.begin(), text.end(), word, word + std::strlen(word));
-}
-
-const form_t* find_form(const std::wstring& text)
+const form_t* find_form(const std::string& text)
 {
     const auto* const form =
         std::find_if(std::begin(forms), std::end(forms), [&](const form_t& candidate) {
-            return is_same(text, candidate.word) || is_same(text, candidate.number);
+            return text == candidate.word || text == candidate.number;
         });
     return form == std::end(forms) ? nullptr : form;
+}
+
+std::string upper_case(const std::string& text)
+{
+    using namespace ROVA_2_18::strings;
+    return utf16_to_utf8(to_upper(utf8_to_utf16(text)));
 }
 
 } // namespace
@@ -45,14 +46,14 @@ const char* severity_text(message_t::severity_t severity)
     const auto* const form =
         std::find_if(std::begin(forms), std::end(forms),
                      [&](const form_t& candidate) { return candidate.severity == severity; });
-    return form == std::end(forms) ? "" : form->word;
+    return form == std::end(forms) ? "" : form->word.data();
 }
 
-message_t::severity_t parse_severity(const std::wstring& text)
+message_t::severity_t parse_severity(const std::string& text)
 {
     const form_t* form = find_form(text);
     if (!form)
-        form = find_form(ROVA_2_18::strings::to_upper(text));
+        form = find_form(upper_case(text));
     return form ? form->severity : message_t::none;
 }
 

@@ -2,6 +2,8 @@
 
 #include "support.h"
 
+#include <rova/strings.h>
+
 #include <gtest/gtest.h>
 
 using namespace velmoext_1_4_8;
@@ -51,5 +53,6 @@ TEST(severity_text_test, texts_are_read_by_the_table)
                  {units({0xD800}), message_t::none},
                  {L"\x0131nfo", message_t::info}}; // its upper case is a plain I
     for (const auto& c : cases)
-        EXPECT_EQ(parse_severity(c.text), c.severity) << testing::PrintToString(c.text);
+        EXPECT_EQ(parse_severity(ROVA_2_18::strings::utf16_to_utf8(c.text)), c.severity)
+            << testing::PrintToString(c.text);
 }

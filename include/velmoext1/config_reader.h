@@ -77,11 +77,15 @@ private:
 
     VELMOEXT1_LOCAL config_reader_t();
 
-    VELMOEXT1_LOCAL const config_file_t* get_file(const std::wstring& file);
-    VELMOEXT1_LOCAL basekit2::path_t generate_filename(const std::wstring& source) const;
+    VELMOEXT1_LOCAL const config_file_t* find_file(const std::wstring& source);
+    VELMOEXT1_LOCAL const config_file_t* find_file(const basekit2::path_t& dir,
+                                                   const std::wstring& source);
+    VELMOEXT1_LOCAL boost::shared_ptr<const config_file_t> get_file(const std::wstring& path);
 
-    files_t m_files;            ///< by their paths; guarded by m_lookup_mutex
-    basekit2::path_t m_cfg_dir; ///< not guarded, see set_cfg_dir()
+    files_t m_files;             ///< by their paths; guarded by m_lookup_mutex
+    basekit2::path_t m_cfg_dir;  ///< not guarded, see set_cfg_dir()
+    basekit2::path_t m_last_dir; ///< that of m_last_files; guarded by m_lookup_mutex
+    files_t m_last_files;        ///< by their messages' sources; guarded by m_lookup_mutex
 
     VELMOEXT1_LOCAL static boost::mutex m_creation_mutex;
     VELMOEXT1_LOCAL static boost::mutex m_lookup_mutex;

@@ -56,6 +56,7 @@ public:
     boost::shared_ptr<base_handler_t> pop_handler();
 
 private:
+    friend class config_reader_t;
     friend class messages_storage_impl_t;
     friend class velmo_adapter_t;
 

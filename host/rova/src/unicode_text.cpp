@@ -28,13 +28,24 @@ bool is_supplementary(wchar_t element)
     return U_IS_SUPPLEMENTARY(static_cast<std::uint32_t>(element));
 }
 
+/// Answers whether each element was a unit of its own; only then is that all of the text.
+bool copy_units(const std::wstring& text, char16_t* units)
+{
+    std::uint32_t bits = 0;
+    for (const wchar_t element : text) {
+        *units++ = static_cast<char16_t>(element);
+        bits |= static_cast<std::uint32_t>(element);
+    }
+    return bits <= 0xFFFF;
+}
+
 std::int32_t count_units(const std::wstring& text)
 {
     const auto pairs = std::count_if(text.begin(), text.end(), is_supplementary);
     return static_cast<std::int32_t>(text.size()) + static_cast<std::int32_t>(pairs);
 }
 
-void write_units(const std::wstring& text, char16_t* units)
+bool write_units(const std::wstring& text, char16_t* units)
 {
     for (const wchar_t element : text) {
         if (is_unit(element)) {
@@ -46,6 +57,19 @@ void write_units(const std::wstring& text, char16_t* units)
             *units++ = replacement;
         }
     }
+    return true;
+}
+
+/// Has the buffer of a text filled, and answers what the filling answers.
+template <typename Fill>
+bool fill(icu::UnicodeString& text, std::int32_t length, const Fill& fill_units)
+{
+    char16_t* const units = text.getBuffer(length);
+    if (units == nullptr)
+        throw std::bad_alloc();
+    const bool answer = fill_units(units);
+    text.releaseBuffer(length);
+    return answer;
 }
 
 } // namespace
@@ -57,13 +81,11 @@ bool fits_unicode(const std::wstring& text)
 
 icu::UnicodeString to_unicode(const std::wstring& text)
 {
-    const std::int32_t length = count_units(text);
     icu::UnicodeString result;
-    char16_t* const units = result.getBuffer(length);
-    if (units == nullptr)
-        throw std::bad_alloc();
-    write_units(text, units);
-    result.releaseBuffer(length);
+    const auto size = static_cast<std::int32_t>(text.size());
+    const bool is_done = fill(result, size, [&](auto* units) { return copy_units(text, units); });
+    if (!is_done)
+        fill(result, count_units(text), [&](auto* units) { return write_units(text, units); });
     return result;
 }
 
