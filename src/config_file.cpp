@@ -10,34 +10,32 @@ namespace
 {
 
 using basekit2::variant_bag_t;
+using basekit2::variant_t;
 
 const wchar_t root[] = L"bag";
 const wchar_t entry[] = L"message_type";
 const wchar_t id[] = L"id";
 const wchar_t prefix_name[] = L"prefix";
 
+const variant_t no_value(L"");
+
 // An element's text is its value without a name.
-bool read_text(const variant_bag_t& bag, std::wstring& text)
+const wchar_t* find_text(const variant_bag_t& bag)
 {
-    for (auto value = bag.begin_values(); !value.at_end(); value.next()) {
-        if (value.get_name().empty()) {
-            text = value.get_value().get<const wchar_t*>();
-            return true;
-        }
-    }
-    return false;
+    for (auto value = bag.begin_values(); !value.at_end(); value.next())
+        if (value.get_name().empty())
+            return value.get_value().get<const wchar_t*>();
+    return nullptr;
 }
 
 std::wstring read_attribute(const variant_bag_t& bag, const std::wstring& name)
 {
-    std::wstring text;
     if (bag.has(name))
-        text = bag.get_variant(name, std::wstring()).get<const wchar_t*>();
-    else
-        for (auto child = bag.begin_by_name(name); !child.at_end(); child.next())
-            if (read_text(child.get_value(), text))
-                break;
-    return text;
+        return bag.get_variant(name, no_value).get<const wchar_t*>();
+    for (auto child = bag.begin_by_name(name); !child.at_end(); child.next())
+        if (const wchar_t* const text = find_text(child.get_value()))
+            return text;
+    return std::wstring();
 }
 
 } // namespace

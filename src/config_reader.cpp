@@ -31,6 +31,7 @@ config_reader_t::~config_reader_t() = default;
 void config_reader_t::set_cfg_dir(const basekit2::path_t& dir)
 {
     m_cfg_dir = dir;
+    m_last_files.clear();
 }
 
 basekit2::path_t config_reader_t::get_cfg_dir() const
@@ -47,8 +48,10 @@ std::wstring config_reader_t::read_property(boost::shared_ptr<velmo_ex_t> velmo_
     if (!file)
         return std::wstring();
     const std::wstring& type = message_access::type(*message);
-    std::wstring own = file->find_property(name, type, velmo_ex->m_prefix);
-    return own.empty() ? file->find_property(name, type, std::wstring()) : own;
+    std::wstring value = file->find_property(name, type, velmo_ex->m_prefix);
+    if (value.empty())
+        value = file->find_property(name, type, std::wstring());
+    return value;
 }
 
 const config_file_t* config_reader_t::find_file(const std::wstring& source)
@@ -56,17 +59,20 @@ const config_file_t* config_reader_t::find_file(const std::wstring& source)
     if (!m_cfg_dir.is_empty())
         return find_file(m_cfg_dir, source);
     setbook2::IProductLocations* const locations = setbook2::IProductLocations::get();
-    return locations ? find_file(locations->get_config_dir(), source) : nullptr;
+    if (!locations)
+        return nullptr;
+    const basekit2::path_t host_dir = locations->get_config_dir();
+    if (!(host_dir == m_host_dir)) {
+        m_last_files.clear();
+        m_host_dir = host_dir;
+    }
+    return find_file(m_host_dir, source);
 }
 
 // The same few sources are asked for again and again: their paths are put together once.
 const config_file_t* config_reader_t::find_file(const basekit2::path_t& dir,
                                                 const std::wstring& source)
 {
-    if (!(dir == m_last_dir)) {
-        m_last_files.clear();
-        m_last_dir = dir;
-    }
     const auto known = m_last_files.find(source);
     if (known != m_last_files.end())
         return known->second.get();

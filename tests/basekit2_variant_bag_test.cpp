@@ -19,6 +19,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <ctime>
 #include <filesystem>
 #include <iterator>
 #include <ostream>
@@ -100,6 +101,27 @@ std::string attributes(std::size_t count)
     for (std::size_t i = 0; i != count; ++i)
         text += " n" + std::to_string(i) + "=''";
     return text;
+}
+
+std::string three_letters(std::size_t number)
+{
+    const auto letter = [](std::size_t value) {
+        return static_cast<char>('a' + value % 26);
+    };
+    return {letter(number / 676), letter(number / 26), letter(number)};
+}
+
+/// One tag of nearly 16 MiB: as many names as a file may have, and then the last of them again and
+/// again.
+std::string tag_with_repeats()
+{
+    const std::size_t names = 16000;
+    std::string tag = "<bag";
+    for (std::size_t i = 0; i != names; ++i)
+        tag += " " + three_letters(i) + "=''";
+    const std::string repeat = " " + three_letters(names - 1) + "=''";
+    const std::size_t room = (std::size_t{16} << 20U) - tag.size() - 2;
+    return tag + repeated(repeat, room / repeat.size()) + "/>";
 }
 
 std::string named_elements(std::size_t count)
@@ -356,6 +378,15 @@ TEST_F(basekit2_variant_bag_test, the_default_stands_for_a_value_that_is_not_the
     bag.add_bag(L"a");
     EXPECT_FALSE(bag.has(L"a"));
     EXPECT_EQ(bag.get_variant(L"a", L"default").get<std::wstring>(), L"default");
+}
+
+TEST_F(basekit2_variant_bag_test, a_value_is_asked_for_without_a_copy)
+{
+    variant_bag_t bag;
+    bag.add_value(L"a", L"1");
+    const variant_t missing(L"default");
+    EXPECT_EQ(&bag.get_variant(L"a", missing), &bag.begin_values().get_value());
+    EXPECT_EQ(&bag.get_variant(L"b", missing), &missing);
 }
 
 TEST_F(basekit2_variant_bag_test, the_walk_by_name_stops_at_the_bags_of_that_name_only)
@@ -624,6 +655,29 @@ TEST_F(basekit2_variant_bag_test, a_file_cut_off_anywhere_is_refused)
     EXPECT_EQ(load_bytes(whole), "a=[1]=[t&Ad]b(c=[2])e(=[\xC3\xA4])");
     for (std::size_t size = 0; size != whole.size(); ++size)
         EXPECT_EQ(load_bytes(whole.substr(0, size)), "failed") << size;
+}
+
+TEST_F(basekit2_variant_bag_test, a_text_behind_an_error_is_refused)
+{
+    for (const std::string head :
+         {"<r a='1' a='2'>", "<r a=1>", "<r a>", "<r><a b='1' b='2'>", "<r>&undefined;",
+          "<?xml version='1.0' encoding='UTF-16'?><r>", "<?xml version='1.0' standalone='-'?><r>"})
+        for (const std::string text : {"text", "<![CDATA[text]]>", " ", "&#65;"})
+            EXPECT_EQ(load_bytes(head + text + "</r>"), "failed") << head << text;
+}
+
+TEST_F(basekit2_variant_bag_test, a_tag_of_repeated_attributes_is_not_read_to_its_end)
+{
+    const std::string bytes = tag_with_repeats();
+    const std::clock_t before = std::clock();
+    EXPECT_EQ(load_bytes(bytes), "failed");
+    EXPECT_LT((std::clock() - before) / CLOCKS_PER_SEC, 20) << "seconds";
+}
+
+TEST_F(basekit2_variant_bag_test, a_file_of_errors_is_refused)
+{
+    EXPECT_EQ(load_bytes("<bag>" + std::string(5000000, '&')), "failed");
+    EXPECT_EQ(load_bytes("<bag>" + repeated("&u;", 1000000) + "</bag>"), "failed");
 }
 
 TEST_F(basekit2_variant_bag_test, a_document_type_declaration_is_refused)

@@ -738,6 +738,9 @@ std::vector<hostile_row> hostile_rows()
         {"mismatched", "<bag>" + entry_of("a") + "</gab>"},
         {"repeated_attribute", bag_of("<message_type id='t' p='a' p='a'/>")},
         {"text_behind", good + "text"},
+        {"text_behind_an_error", "<bag a='1' a='1'>text" + entry_of("a") + "</bag>"},
+        {"text_not_as_declared", "<?xml version='1.0' encoding='UTF-16'?>" + bag_of("text")},
+        {"errors", "<bag>" + std::string(5000000, '&')},
         {"deep", "<bag>" + entry_of("a") +
                      [] {
                          std::string deep;

@@ -12,6 +12,7 @@
 #include <locale>
 #include <sys/stat.h>
 #include <thread>
+#include <unistd.h>
 
 namespace
 {
@@ -36,6 +37,24 @@ public:
 
 private:
     std::wstring m_text;
+};
+
+/// Takes another catalog back when it goes, and counts where that was done.
+class returning_catalog_t : public fixed_catalog_t
+{
+public:
+    explicit returning_catalog_t(int& count) : fixed_catalog_t(L"returning"), m_count(count) {}
+    returning_catalog_t(const returning_catalog_t&) = delete;
+    returning_catalog_t& operator=(const returning_catalog_t&) = delete;
+    ~returning_catalog_t() override
+    {
+        registerMessageCatalog(L"other", nullptr);
+        const bool is_gone = getMessageCatalog(L"own") != this && !getMessageCatalog(L"other");
+        m_count += is_gone ? 1 : 0;
+    }
+
+private:
+    int& m_count;
 };
 
 boost::shared_ptr<const catalog_t> fixed(const std::wstring& text)
@@ -528,6 +547,21 @@ TEST_F(setbook2_message_catalog_test, a_registered_catalog_is_held)
     EXPECT_TRUE(watched.expired());
 }
 
+TEST(setbook2_message_catalog_process_test, a_catalog_that_goes_may_call_from_its_destructor)
+{
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    const auto replace_and_take_back = [] {
+        alarm(60); // ends a call that does not
+        int count = 0;
+        registerMessageCatalog(L"other", fixed(L"other"));
+        registerMessageCatalog(L"own", boost::make_shared<returning_catalog_t>(count));
+        registerMessageCatalog(L"own", boost::make_shared<returning_catalog_t>(count));
+        registerMessageCatalog(L"own", nullptr);
+        return count;
+    };
+    EXPECT_EXIT(std::_Exit(replace_and_take_back()), testing::ExitedWithCode(2), "");
+}
+
 TEST_F(setbook2_message_catalog_test, a_later_catalog_replaces_the_former_one)
 {
     m_catalogs.add(L"own", fixed(L"old"));
@@ -613,6 +647,9 @@ TEST_F(setbook2_message_catalog_test, a_file_whose_head_leads_out_of_it_is_passe
     const auto size = static_cast<std::uint32_t>(whole.size());
     const std::pair<std::size_t, std::uint32_t> rows[] = {
         {0, 0},
+        {revision, 0x00000001},
+        {revision, 0x00010001},
+        {revision, 0x0000FFFF},
         {revision, 0x00020000},
         {revision, 0xFFFFFFFF},
         {count, 0},
@@ -680,13 +717,48 @@ TEST_F(setbook2_message_catalog_test, a_file_whose_hash_table_names_no_string_is
             << place;
 }
 
+TEST_F(setbook2_message_catalog_test, a_file_whose_hash_table_names_a_string_twice_is_passed_over)
+{
+    const std::string whole = bytes_of(po_of({{"t", "text"}, {"u", "other"}}));
+    const std::uint32_t end = word_at(whole, hash_table) + word_at(whole, hash_size) * 4;
+    for (std::uint32_t place = word_at(whole, hash_table); place < end; place += 4)
+        for (const std::uint32_t string : {1U, 2U, 3U})
+            EXPECT_EQ(text_in(with_word(whole, place, string)),
+                      word_at(whole, place) == string ? L"text" : no_catalog)
+                << place << ": " << string;
+}
+
 TEST_F(setbook2_message_catalog_test, a_hash_table_without_a_free_place_ends_the_search)
 {
     std::string full = bytes_of(po_of({{"t", "text"}, {"u", "other"}}));
-    for (std::uint32_t place = 0; place < word_at(full, hash_size); ++place)
-        full = with_word(full, word_at(full, hash_table) + place * 4, 1);
-    const std::wstring text = text_in(full);
-    EXPECT_TRUE(text.empty() || text == no_catalog) << testing::PrintToString(text);
+    full = with_word(full, hash_size, 3);
+    for (std::uint32_t place = 0; place < 3; ++place)
+        full = with_word(full, word_at(full, hash_table) + place * 4, place + 1);
+    EXPECT_EQ(text_in(full), L"text");
+    EXPECT_EQ(text_of(L"u"), L"other");
+    EXPECT_EQ(text_of(L"v"), L"");
+}
+
+TEST_F(setbook2_message_catalog_test, a_file_whose_keys_lie_over_each_other_is_passed_over)
+{
+    const std::string whole = bytes_of(po_of({{"t", "text"}, {std::string(1000, 'u'), "other"}}));
+    ASSERT_EQ(text_in(whole), L"text");
+    const std::uint32_t long_key = word_at(whole, keys) + 16;
+    ASSERT_EQ(word_at(whole, long_key), 1000U);
+    std::string covered = whole;
+    for (const std::uint32_t key : {word_at(whole, keys), word_at(whole, keys) + 8}) {
+        covered = with_word(covered, key, word_at(whole, long_key));
+        covered = with_word(covered, key + 4, word_at(whole, long_key + 4));
+    }
+    EXPECT_EQ(text_in(covered), no_catalog);
+}
+
+TEST_F(setbook2_message_catalog_test, a_file_with_strings_that_depend_on_the_system_is_passed_over)
+{
+    const std::string number = "\n#, c-format\nmsgid \"%<PRIu64>\"\nmsgstr \"n %<PRIu64>\"\n";
+    const std::string bytes = bytes_of(po_of({{"t", "text"}}) + number);
+    ASSERT_EQ(word_at(bytes, revision), 1U);
+    EXPECT_EQ(text_in(bytes), no_catalog);
 }
 
 TEST_F(setbook2_message_catalog_test, a_file_of_more_than_16_mib_is_passed_over)

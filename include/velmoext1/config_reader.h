@@ -84,8 +84,8 @@ private:
 
     files_t m_files;             ///< by their paths; guarded by m_lookup_mutex
     basekit2::path_t m_cfg_dir;  ///< not guarded, see set_cfg_dir()
-    basekit2::path_t m_last_dir; ///< that of m_last_files; guarded by m_lookup_mutex
-    files_t m_last_files;        ///< by their messages' sources; guarded by m_lookup_mutex
+    basekit2::path_t m_host_dir; ///< as the host told last; guarded by m_lookup_mutex
+    files_t m_last_files;        ///< of the directory in use, by sources; guarded by m_lookup_mutex
 
     VELMOEXT1_LOCAL static boost::mutex m_creation_mutex;
     VELMOEXT1_LOCAL static boost::mutex m_lookup_mutex;

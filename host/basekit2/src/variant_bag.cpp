@@ -55,7 +55,8 @@ bool variant_bag_t::has(const std::wstring& name) const
                        [&](const named_value_t& value) { return value.name == name; });
 }
 
-variant_t variant_bag_t::get_variant(const std::wstring& name, const variant_t& default_value) const
+const variant_t& variant_bag_t::get_variant(const std::wstring& name,
+                                            const variant_t& default_value) const
 {
     const auto found = std::find_if(m_values.begin(), m_values.end(),
                                     [&](const named_value_t& value) { return value.name == name; });

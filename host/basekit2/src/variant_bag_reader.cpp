@@ -159,11 +159,12 @@ void tree_reader_t::on_text(void* reader, const xmlChar* text, int length)
     self.guard([&] { return self.add_text(text, static_cast<std::size_t>(length)); });
 }
 
-// libxml2's frames know nothing of exceptions: none may fly through them.
+// libxml2's frames know nothing of exceptions: none may fly through them. Behind an error it still
+// tells of texts, though no longer of the elements that they are in.
 template <typename Step>
 void tree_reader_t::guard(const Step& step) noexcept
 {
-    if (m_has_refused || m_failure)
+    if (m_parser->disableSAX != 0)
         return;
     try {
         m_has_refused = !step();

@@ -1,13 +1,15 @@
 #pragma once
 
 #include <libxml/globals.h>
+#include <libxml/parser.h>
 #include <libxml/xmlerror.h>
 
 namespace basekit2
 {
 
 /// Takes libxml2's errors on this thread as long as it lives, so that none is printed or told to
-/// the host, and then leaves the thread as it was. Other threads keep their handlers.
+/// the host, and then leaves the thread as it was. Other threads keep their handlers. A parser of
+/// this thread is stopped by its first error.
 class xml_errors_t
 {
 public:
@@ -38,8 +40,18 @@ private:
     static void ignore(void* /*context*/, const char* /*format*/, ...) {} // NOLINT(cert-dcl50-cpp)
     static void take(void* errors, xmlErrorPtr error)
     {
-        if (error->level >= XML_ERR_ERROR && error->domain != XML_FROM_NAMESPACE)
-            static_cast<xml_errors_t*>(errors)->m_has_failed = true;
+        if (error->level < XML_ERR_ERROR || error->domain == XML_FROM_NAMESPACE)
+            return;
+        static_cast<xml_errors_t*>(errors)->m_has_failed = true;
+        stop(*error);
+    }
+    // Else libxml2 reads on to the end, and compares each repeat of an attribute with all that the
+    // tag has. In these domains the context is a parser, in others something else.
+    static void stop(const xmlError& error)
+    {
+        const bool is_of_parser = error.domain == XML_FROM_PARSER || error.domain == XML_FROM_IO;
+        if (is_of_parser && error.ctxt != nullptr)
+            xmlStopParser(static_cast<xmlParserCtxt*>(error.ctxt));
     }
 
     bool m_has_failed = false;

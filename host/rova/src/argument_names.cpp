@@ -14,15 +14,47 @@ namespace
 // ICU formats what is nested by recursion, and takes more than 2 KiB of stack for each text within
 // a text. Those of a choice stand there without braces of their own.
 constexpr std::int32_t max_nested_texts = 50;
-// ICU looks a name up among all, at each place.
 constexpr std::size_t max_names = 1000;
+// ICU writes something at each place, which takes a microsecond and more.
+constexpr std::size_t max_places = 10000;
+// ICU looks a name up among all, at each place; long ones that are nearly the same take it longest.
+constexpr std::size_t max_comparisons = 2000000;
 // ICU makes a format of its own for each place, which may take 100 KiB.
 constexpr std::size_t max_typed_places = 1000;
+
+bool is_digit(char16_t unit)
+{
+    return unit >= u'0' && unit <= u'9';
+}
+
+/// More than 99, up or down.
+bool is_large_exponent(const icu::UnicodeString& style, std::int32_t digits)
+{
+    if (style.charAt(digits) == u'+' || style.charAt(digits) == u'-')
+        ++digits;
+    while (style.charAt(digits) == u'0')
+        ++digits;
+    return is_digit(style.charAt(digits)) && is_digit(style.charAt(digits + 1)) &&
+           is_digit(style.charAt(digits + 2));
+}
+
+/// A skeleton may move a number's point, or round, by a power of ten: to billions of digits.
+bool has_large_power(const icu::UnicodeString& style)
+{
+    if (style.indexOf(u"::", 2, 0) < 0)
+        return false;
+    for (std::int32_t i = 0; i != style.length(); ++i) {
+        const char16_t unit = style.charAt(i);
+        if ((unit == u'e' || unit == u'E') && is_large_exponent(style, i + 1))
+            return true;
+    }
+    return false;
+}
 
 void add_use(argument_uses_t& uses, UMessagePatternArgType type)
 {
     if (type == UMSGPAT_ARG_TYPE_NONE)
-        uses.is_text = true;
+        ++uses.text_places;
     else if (type == UMSGPAT_ARG_TYPE_SELECT)
         uses.is_selector = true;
     else
@@ -41,8 +73,10 @@ argument_names_t::argument_names_t(const icu::MessagePattern& pattern) : m_patte
 
 bool argument_names_t::is_too_much() const
 {
-    return m_names.size() > max_names || m_typed_places > max_typed_places ||
-           m_nested_texts > max_nested_texts;
+    const std::size_t places = m_text_places + m_number_places;
+    return m_names.size() > max_names || places > max_places ||
+           m_names.size() * places > max_comparisons || m_typed_places > max_typed_places ||
+           m_nested_texts > max_nested_texts || m_has_large_power;
 }
 
 icu::UnicodeString argument_names_t::renamed_pattern() const
@@ -65,11 +99,22 @@ void argument_names_t::add_part(std::int32_t index)
 {
     const auto& part = m_pattern.getPart(index);
     if (part.getType() == UMSGPAT_PART_TYPE_ARG_START)
-        add_use(m_names[name_at(index)], part.getArgType());
+        add_argument(index);
     else if (part.getType() == UMSGPAT_PART_TYPE_ARG_TYPE)
         add_type(m_pattern.getSubstring(part));
+    else if (part.getType() == UMSGPAT_PART_TYPE_ARG_STYLE)
+        add_style(m_pattern.getSubstring(part));
+    else if (part.getType() == UMSGPAT_PART_TYPE_REPLACE_NUMBER)
+        ++m_number_places;
     else if (part.getType() == UMSGPAT_PART_TYPE_MSG_START)
         m_nested_texts = std::max(m_nested_texts, part.getValue());
+}
+
+void argument_names_t::add_argument(std::int32_t start)
+{
+    const auto type = m_pattern.getPart(start).getArgType();
+    ++(type == UMSGPAT_ARG_TYPE_NONE ? m_text_places : m_number_places);
+    add_use(m_names[name_at(start)], type);
 }
 
 void argument_names_t::add_type(const icu::UnicodeString& type)
@@ -79,9 +124,15 @@ void argument_names_t::add_type(const icu::UnicodeString& type)
         m_need_rules = true;
 }
 
+void argument_names_t::add_style(const icu::UnicodeString& style)
+{
+    m_number_places += static_cast<std::size_t>(style.length());
+    m_has_large_power = m_has_large_power || has_large_power(style);
+}
+
 void argument_names_t::rename(argument_uses_t& uses)
 {
-    if (uses.is_number && uses.is_text)
+    if (uses.is_number && uses.text_places != 0)
         uses.text_name = new_name();
     if (uses.is_number && uses.is_selector)
         uses.selector_name = new_name();

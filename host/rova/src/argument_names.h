@@ -15,7 +15,7 @@ namespace i18n
 /// What a pattern does with the argument of one name.
 struct argument_uses_t
 {
-    bool is_text = false;
+    std::size_t text_places = 0; ///< where it stands as a text
     bool is_selector = false;
     bool is_number = false;
     icu::UnicodeString text_name;     ///< empty where the text keeps its name
@@ -36,6 +36,9 @@ public:
     bool is_too_much() const;
     /// Whether the pattern asks for more of a language than its numbers and dates.
     bool need_rules() const { return m_need_rules; }
+    /// How often numbers and dates are written at most. A date's style may ask for something at
+    /// each of its characters.
+    std::size_t number_places() const { return m_number_places; }
 
     /// The pattern with the new names in place.
     icu::UnicodeString renamed_pattern() const;
@@ -43,7 +46,9 @@ public:
 private:
     icu::UnicodeString name_at(std::int32_t start) const;
     void add_part(std::int32_t index);
+    void add_argument(std::int32_t start);
     void add_type(const icu::UnicodeString& type);
+    void add_style(const icu::UnicodeString& style);
     void rename(argument_uses_t& uses);
     icu::UnicodeString new_name();
     std::int32_t copy_argument(std::int32_t start, std::int32_t copied,
@@ -55,9 +60,12 @@ private:
 
     const icu::MessagePattern& m_pattern;
     names_t m_names;
+    std::size_t m_text_places = 0;
+    std::size_t m_number_places = 0;
     std::size_t m_typed_places = 0;
     std::int32_t m_nested_texts = 0;
     bool m_need_rules = false;
+    bool m_has_large_power = false;
     std::size_t m_next_number = 0;
 };
 

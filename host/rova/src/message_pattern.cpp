@@ -10,8 +10,6 @@
 #include <unicode/ures.h>
 
 #include <algorithm>
-#include <charconv>
-#include <cmath>
 #include <cstdint>
 #include <new>
 #include <utility>
@@ -27,8 +25,15 @@ namespace
 // ICU reads what is nested by recursion.
 constexpr std::size_t max_depth = 100;
 
-// Beyond them not every whole number is a double.
-constexpr std::int64_t max_exact = std::int64_t{1} << 53;
+// ICU takes up to some thirty bytes for each character, and keeps most of them.
+constexpr std::size_t max_pattern = std::size_t{1} << 20;
+
+// A few characters of a pattern may ask for a long text again and again.
+constexpr std::size_t max_result = std::size_t{1} << 24;
+
+// A double has up to 309 digits, and a style may move its point by 99 and ask for 99 more behind
+// it; between the digits there are separators.
+constexpr std::size_t max_number = 1000;
 
 bool succeeded(UErrorCode status)
 {
@@ -60,7 +65,7 @@ bool has_data(const char* package, const icu::Locale& locale)
 
 /// Where ICU has no data of a language it takes those of the process's one, unless it is asked for
 /// the root.
-icu::Locale find_locale(const std::string& name, bool with_rules)
+icu::Locale find_language(const std::string& name, bool with_rules)
 {
     icu::Locale locale(name.c_str());
     if (locale.isBogus() || !has_data(nullptr, locale))
@@ -70,61 +75,15 @@ icu::Locale find_locale(const std::string& name, bool with_rules)
     return locale;
 }
 
-template <typename Number>
-bool is_whole_text(const std::string& text, Number& number)
+/// ICU takes the process's time zone for its dates, those deep in the pattern too, unless the
+/// locale names another.
+icu::Locale find_locale(const std::string& name, bool with_rules)
 {
-    const char* const end = text.data() + text.size();
-    const auto read = std::from_chars(text.data(), end, number);
-    return read.ec == std::errc() && read.ptr == end;
+    icu::Locale locale = find_language(name, with_rules);
+    UErrorCode status = U_ZERO_ERROR;
+    locale.setKeywordValue("timezone", "GMT", status);
+    return succeeded(status) ? locale : icu::Locale("@timezone=GMT");
 }
-
-/// A double where that is exact: ICU takes no other number for a date.
-icu::Formattable to_formattable(std::int64_t number)
-{
-    if (number >= -max_exact && number <= max_exact)
-        return icu::Formattable(static_cast<double>(number));
-    return icu::Formattable(number);
-}
-
-/// What ICU is given: a name and a value for each argument that has one.
-class given_t
-{
-public:
-    explicit given_t(std::size_t most)
-    {
-        m_names.reserve(most);
-        m_values.reserve(most);
-    }
-
-    const std::vector<icu::UnicodeString>& names() const { return m_names; }
-    const std::vector<icu::Formattable>& values() const { return m_values; }
-
-    void add(const pattern_t::slot_t& slot, const std::wstring* text)
-    {
-        if (text != nullptr && slot.is_number)
-            add_number(strings::utf16_to_utf8(*text));
-        else if (text != nullptr)
-            m_values.emplace_back(strings::to_unicode(*text));
-        else if (!slot.stand_in.isEmpty())
-            m_values.emplace_back(slot.stand_in);
-        if (m_values.size() != m_names.size())
-            m_names.push_back(slot.name);
-    }
-
-private:
-    void add_number(const std::string& text)
-    {
-        std::int64_t whole = 0;
-        double real = 0;
-        if (is_whole_text(text, whole))
-            m_values.push_back(to_formattable(whole));
-        else if (is_whole_text(text, real) && std::isfinite(real))
-            m_values.emplace_back(real);
-    }
-
-    std::vector<icu::UnicodeString> m_names;
-    std::vector<icu::Formattable> m_values;
-};
 
 bool fits(const std::wstring* text)
 {
@@ -153,7 +112,7 @@ std::string to_utf8(const icu::UnicodeString& text)
 
 pattern_t::pattern_t(const std::wstring& pattern, const std::string& locale) : m_text(pattern)
 {
-    if (!strings::fits_unicode(pattern) || is_too_deep(pattern))
+    if (pattern.size() > max_pattern || is_too_deep(pattern))
         return;
     UErrorCode status = U_ZERO_ERROR;
     const icu::MessagePattern parsed(strings::to_unicode(pattern), nullptr, status);
@@ -162,6 +121,7 @@ pattern_t::pattern_t(const std::wstring& pattern, const std::string& locale) : m
     const argument_names_t names(parsed);
     if (names.is_too_much())
         return;
+    m_length = pattern.size() + names.number_places() * max_number;
     add_slots(names);
     make_format(names.renamed_pattern(), find_locale(locale, names.need_rules()));
 }
@@ -171,24 +131,22 @@ pattern_t::~pattern_t() = default;
 std::wstring pattern_t::format(const generic::varg_list& arguments) const
 {
     const texts_t texts = find_texts(arguments);
-    if (!m_format || !std::all_of(texts.begin(), texts.end(), fits))
+    if (!m_format || !fit(texts))
         return m_text;
-    given_t given(m_slots.size());
+    given_arguments_t given(m_slots.size());
     for (const slot_t& slot : m_slots)
         given.add(slot, texts[slot.argument]);
     UErrorCode status = U_ZERO_ERROR;
-    const icu::UnicodeString result = format(given.names(), given.values(), status);
+    const icu::UnicodeString result = format(given, status);
     return succeeded(status) ? strings::from_unicode(result) : m_text;
 }
 
-icu::UnicodeString pattern_t::format(const std::vector<icu::UnicodeString>& names,
-                                     const std::vector<icu::Formattable>& values,
-                                     UErrorCode& status) const
+icu::UnicodeString pattern_t::format(const given_arguments_t& given, UErrorCode& status) const
 {
     icu::UnicodeString result;
     const std::lock_guard<std::mutex> lock(m_mutex);
-    m_format->format(names.data(), values.data(), static_cast<std::int32_t>(names.size()), result,
-                     status);
+    m_format->format(given.names().data(), given.values().data(),
+                     static_cast<std::int32_t>(given.names().size()), result, status);
     return result;
 }
 
@@ -206,11 +164,12 @@ void pattern_t::add_slots(const argument_names_t& names)
 void pattern_t::add_slots(const icu::UnicodeString& name, const argument_uses_t& uses)
 {
     const std::size_t argument = find_argument(to_utf8(name));
-    add_slot({name, argument, uses.is_number, icu::UnicodeString()});
+    const std::size_t text_places = uses.is_number ? 0 : uses.text_places;
+    add_slot({name, argument, uses.is_number, text_places, icu::UnicodeString()});
     if (!uses.text_name.isEmpty())
-        add_slot({uses.text_name, argument, false, in_braces(name)});
+        add_slot({uses.text_name, argument, false, uses.text_places, in_braces(name)});
     if (!uses.selector_name.isEmpty())
-        add_slot({uses.selector_name, argument, false, uses.selector_name});
+        add_slot({uses.selector_name, argument, false, 0, uses.selector_name});
 }
 
 void pattern_t::add_slot(const slot_t& slot)
@@ -252,6 +211,19 @@ pattern_t::texts_t pattern_t::find_texts(const generic::varg_list& arguments) co
             texts[argument] = &given.value().m_text;
     }
     return texts;
+}
+
+/// Whether the texts can be given to ICU, and the result is no longer than it may be.
+bool pattern_t::fit(const texts_t& texts) const
+{
+    std::size_t length = m_length;
+    for (const slot_t& slot : m_slots) {
+        const std::wstring* const text = texts[slot.argument];
+        if (!fits(text))
+            return false;
+        length += text != nullptr ? slot.text_places * text->size() : 0;
+    }
+    return length <= max_result;
 }
 
 } // namespace i18n

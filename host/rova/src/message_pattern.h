@@ -1,5 +1,7 @@
 #pragma once
 
+#include "given_arguments.h"
+
 #include <rova/varg_list.h>
 
 #include <unicode/fmtable.h>
@@ -32,16 +34,6 @@ public:
 
     std::wstring format(const generic::varg_list& arguments) const;
 
-    /// A name by which ICU asks for an argument.
-    struct slot_t
-    {
-        icu::UnicodeString name;
-        std::size_t argument; ///< its place in m_arguments
-        bool is_number;
-        /// For an argument that is not there; without one ICU writes the name in braces.
-        icu::UnicodeString stand_in;
-    };
-
 private:
     typedef std::vector<const std::wstring*> texts_t;
 
@@ -51,13 +43,13 @@ private:
     void make_format(const icu::UnicodeString& pattern, const icu::Locale& locale);
     std::size_t find_argument(const std::string& name) const;
     texts_t find_texts(const generic::varg_list& arguments) const;
-    icu::UnicodeString format(const std::vector<icu::UnicodeString>& names,
-                              const std::vector<icu::Formattable>& values,
-                              UErrorCode& status) const;
+    bool fit(const texts_t& texts) const;
+    icu::UnicodeString format(const given_arguments_t& given, UErrorCode& status) const;
 
     std::wstring m_text;                  ///< what stands where there is nothing to format
     std::vector<std::string> m_arguments; ///< the names that the pattern uses, sorted
     std::vector<slot_t> m_slots;
+    std::size_t m_length = 0; ///< what a result may have without the arguments' texts
     std::unique_ptr<const icu::MessageFormat> m_format; ///< none where there is nothing to format
     mutable std::mutex m_mutex; ///< guards m_format, which makes parts of itself while it formats
 };

@@ -57,20 +57,23 @@ const catalog_t* catalogs_t::find_file(const std::wstring& name)
     return file ? m_files.emplace(name, std::move(file)).first->second.get() : nullptr;
 }
 
+// The former catalog goes with the parameter, when the lock is gone: an application's own may come
+// back here from its destructor.
 void catalogs_t::set(const std::wstring& name, boost::shared_ptr<const catalog_t> catalog)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    if (catalog)
-        m_registered[name] = std::move(catalog);
-    else
+    auto& registered = m_registered[name];
+    registered.swap(catalog);
+    if (!registered)
         m_registered.erase(name);
 }
 
 void catalogs_t::bind(const catalog_place_t& place)
 {
+    std::map<std::wstring, std::unique_ptr<const catalog_file_t>> former;
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_place = place;
-    m_files.clear();
+    m_files.swap(former);
 }
 
 catalogs_t& catalogs()

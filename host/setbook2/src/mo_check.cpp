@@ -16,6 +16,7 @@ const std::uint32_t magic = 0x950412DE;
 const std::size_t head_size = 28;
 const std::size_t word_size = 4;
 const std::size_t string_entry_size = 8; // length, offset
+const std::uint64_t free_place = 0;
 
 // A plural form's reader goes as deep as its expression, and the longest of a real language has
 // some 300 characters.
@@ -34,6 +35,7 @@ private:
     bool has_table(std::uint64_t offset, std::uint64_t count, std::size_t entry_size) const;
     bool has_string(std::uint64_t entry) const;
     bool has_strings(std::uint64_t table) const;
+    bool do_keys_fit() const;
     bool has_hash_table() const;
     bool is_header_usable() const;
     std::string header_field(const char* name, const char* ends) const;
@@ -49,8 +51,8 @@ private:
 
 bool mo_bytes_t::is_sound()
 {
-    return read_head() && has_strings(m_keys) && has_strings(m_texts) && has_hash_table() &&
-           is_header_usable();
+    return read_head() && has_strings(m_keys) && has_strings(m_texts) && do_keys_fit() &&
+           has_hash_table() && is_header_usable();
 }
 
 bool mo_bytes_t::read_head()
@@ -63,8 +65,10 @@ bool mo_bytes_t::read_head()
     m_texts = word(16);
     m_hash_size = word(20);
     m_hash = word(24);
-    const bool is_known = word(0) == magic && word(4) >> 16U <= 1;
-    return is_known && m_count != 0;
+    const std::uint64_t revision = word(4);
+    const bool is_known = word(0) == magic && revision >> 16U <= 1;
+    // A minor revision tells of strings that depend on the system.
+    return is_known && (revision & 0xFFFFU) == 0 && m_count != 0;
 }
 
 // Any offset that was checked, so the four bytes are there.
@@ -97,15 +101,27 @@ bool mo_bytes_t::has_strings(std::uint64_t table) const
     return at == end;
 }
 
-// Probing steps by a number that is reduced modulo the size less two.
+// A search may compare with every key. Keys that lie over each other could be longer together than
+// any file.
+bool mo_bytes_t::do_keys_fit() const
+{
+    std::uint64_t sum = 0;
+    for (std::uint64_t key = 0; key != m_count; ++key)
+        sum += word(m_keys + key * string_entry_size) + 1;
+    return sum <= m_bytes.size();
+}
+
+// Probing steps by a number that is reduced modulo the size less two. It ends at a free place only,
+// and would compare with one key as often as the table names it.
 bool mo_bytes_t::has_hash_table() const
 {
     if (m_hash_size <= 2 || !has_table(m_hash, m_hash_size, word_size))
         return false;
+    std::vector<bool> is_named(m_count + 1);
     std::uint64_t at = m_hash;
     const std::uint64_t end = m_hash + m_hash_size * word_size;
-    while (at != end && word(at) <= m_count)
-        at += word_size;
+    for (; at != end && word(at) <= m_count && !is_named[word(at)]; at += word_size)
+        is_named[word(at)] = word(at) != free_place;
     return at == end;
 }
 

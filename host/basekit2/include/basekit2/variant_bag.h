@@ -72,8 +72,9 @@ public:
 
     /// Whether there is a value of that name.
     bool has(const std::wstring& name) const;
-    /// The first value of that name, or the default where there is none.
-    variant_t get_variant(const std::wstring& name, const variant_t& default_value) const;
+    /// The first value of that name, valid as long as the bag lives unchanged. Where there is none,
+    /// the default itself: one that is made for the call is gone with the expression of the call.
+    const variant_t& get_variant(const std::wstring& name, const variant_t& default_value) const;
 
     /// Walks over the values.
     value_iterator begin_values() const;

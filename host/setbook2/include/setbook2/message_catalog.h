@@ -33,7 +33,8 @@ namespace setbook2
 /// file.
 SETBOOK2_API const ROVA_2_18::i18n::catalog_t* getMessageCatalog(const std::wstring& name);
 
-/// Puts a catalog under that name, in place of any other; an empty pointer takes it back.
+/// Puts a catalog under that name, in place of any other; an empty pointer takes it back. The
+/// former one is let go when that is done, and may call these functions from its destructor.
 SETBOOK2_API void
 registerMessageCatalog(const std::wstring& name,
                        boost::shared_ptr<const ROVA_2_18::i18n::catalog_t> catalog);

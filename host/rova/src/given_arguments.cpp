@@ -1,0 +1,95 @@
+#include "given_arguments.h"
+
+#include "unicode_text.h"
+
+#include <rova/strings.h>
+
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <new>
+
+namespace ROVA_2_18
+{
+namespace i18n
+{
+
+namespace
+{
+
+// Beyond them not every whole number is a double.
+constexpr std::int64_t max_exact = std::int64_t{1} << 53;
+
+// A double keeps so many digits of any decimal number.
+constexpr std::size_t max_double_digits = 15;
+// ICU goes through the digits of an exact number one by one, several times.
+constexpr std::size_t max_decimal = 100;
+
+template <typename Number>
+bool is_whole_text(const std::string& text, Number& number)
+{
+    const char* const end = text.data() + text.size();
+    const auto read = std::from_chars(text.data(), end, number);
+    return read.ec == std::errc() && read.ptr == end;
+}
+
+/// A double where that is exact: ICU takes no other number for a date.
+icu::Formattable to_formattable(std::int64_t number)
+{
+    if (number >= -max_exact && number <= max_exact)
+        return icu::Formattable(static_cast<double>(number));
+    return icu::Formattable(number);
+}
+
+/// An exponent may ask for more digits than there is room for.
+bool is_long_decimal(const std::string& text)
+{
+    return text.size() > max_double_digits && text.size() <= max_decimal &&
+           text.find_first_of("eE") == std::string::npos;
+}
+
+/// The number with all its digits; where the text is one, only memory can be missing. It counts as
+/// the nearest double where ICU asks for one, and as a whole number where it is one.
+icu::Formattable to_decimal(const std::string& text)
+{
+    UErrorCode status = U_ZERO_ERROR;
+    icu::Formattable decimal(icu::StringPiece(text), status);
+    if (U_FAILURE(status))
+        throw std::bad_alloc();
+    if (decimal.getType() == icu::Formattable::kDouble)
+        return decimal;
+    return to_formattable(decimal.getInt64());
+}
+
+} // namespace
+
+given_arguments_t::given_arguments_t(std::size_t most)
+{
+    m_names.reserve(most);
+    m_values.reserve(most);
+}
+
+void given_arguments_t::add(const slot_t& slot, const std::wstring* text)
+{
+    if (text != nullptr && slot.is_number)
+        add_number(strings::utf16_to_utf8(*text));
+    else if (text != nullptr)
+        m_values.emplace_back(strings::to_unicode(*text));
+    else if (!slot.stand_in.isEmpty())
+        m_values.emplace_back(slot.stand_in);
+    if (m_values.size() != m_names.size())
+        m_names.push_back(slot.name);
+}
+
+void given_arguments_t::add_number(const std::string& text)
+{
+    std::int64_t whole = 0;
+    double real = 0;
+    if (is_whole_text(text, whole))
+        m_values.push_back(to_formattable(whole));
+    else if (is_whole_text(text, real) && std::isfinite(real))
+        m_values.push_back(is_long_decimal(text) ? to_decimal(text) : icu::Formattable(real));
+}
+
+} // namespace i18n
+} // namespace ROVA_2_18
