@@ -1,0 +1,97 @@
+// A document becomes a message again: the library takes it in a wide string, all others in UTF-8.
+
+#include "documents.h"
+#include "peers.h"
+#include "runner.h"
+
+#include <velmoext1/string_message_serializer.h>
+
+#include <libxml/xmlreader.h>
+
+#include <memory>
+
+namespace
+{
+
+using bench::message_ptr;
+using bench::workload_t;
+using velmoext_1_4_8::string_message_serializer_t;
+
+const int reader_options = XML_PARSE_RECOVER | XML_PARSE_NOERROR | XML_PARSE_NOWARNING;
+
+std::size_t decode_bare(const std::string& document)
+{
+    xmlTextReader* const reader = xmlReaderForMemory(
+        document.data(), static_cast<int>(document.size()), nullptr, "UTF-8", reader_options);
+    xmlTextReaderNext(reader);
+    const xmlNode* const node = xmlTextReaderExpand(reader);
+    const std::size_t found = node && node->children ? 1 : 0;
+    xmlFreeTextReader(reader);
+    return found;
+}
+
+bench::candidate_t floor(const workload_t& workload)
+{
+    return {"floor", [&](std::size_t all) -> bench::work_t {
+                return [documents = make_documents(workload, all)](std::size_t count) {
+                    std::size_t found = 0;
+                    for (std::size_t i = 0; i < count; ++i)
+                        found += decode_bare(documents[i]);
+                    return found;
+                };
+            }};
+}
+
+std::vector<std::wstring> make_wide_documents(const workload_t& workload, std::size_t count)
+{
+    std::vector<std::wstring> documents;
+    documents.reserve(count);
+    for (std::size_t i = 0; i < count; ++i)
+        documents.push_back(
+            string_message_serializer_t::message_to_xml_string(workload.messages()[i]));
+    return documents;
+}
+
+void require_same(const message_ptr& left, const message_ptr& right)
+{
+    const auto here = left->get_content();
+    const auto there = right->get_content();
+    bench::require(left->equal_to(right) && here.args == there.args &&
+                       here.attributes == there.attributes && here.elements == there.elements,
+                   "decoded something else");
+}
+
+bench::candidate_t velmoext1(const workload_t& workload)
+{
+    return {"velmoext1", [&](std::size_t all) -> bench::work_t {
+                auto documents = make_wide_documents(workload, all);
+                require_same(string_message_serializer_t::xml_string_to_message(documents.front()),
+                             workload.messages().front());
+                return [documents = std::move(documents)](std::size_t count) {
+                    std::size_t found = 0;
+                    for (std::size_t i = 0; i < count; ++i) {
+                        const message_ptr message =
+                            string_message_serializer_t::xml_string_to_message(documents[i]);
+                        found += message->empty() ? 0 : 1;
+                    }
+                    return found;
+                };
+            }};
+}
+
+std::vector<bench::subject_t> make_subjects(const workload_t& workload)
+{
+    const auto least = [](std::size_t count) {
+        return count;
+    };
+    bench::subject_t subject = {"decode", {floor(workload), velmoext1(workload)}, least};
+    add_peers(subject, workload);
+    return {subject};
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    return bench::run(argc, argv, make_subjects);
+}

@@ -1,0 +1,21 @@
+#include "documents.h"
+
+#include <velmoext1/string_message_serializer.h>
+
+#include <rova/strings.h>
+
+namespace bench
+{
+
+std::vector<std::string> make_documents(const workload_t& workload, std::size_t count)
+{
+    std::vector<std::string> documents;
+    documents.reserve(count);
+    for (std::size_t i = 0; i < count; ++i)
+        documents.push_back(ROVA_2_18::strings::utf16_to_utf8(
+            velmoext_1_4_8::string_message_serializer_t::message_to_xml_string(
+                workload.messages()[i])));
+    return documents;
+}
+
+} // namespace bench

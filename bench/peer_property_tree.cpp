@@ -1,0 +1,104 @@
+// Boost.PropertyTree: a tree is built for each message. A whole log would not be read so.
+
+#include "documents.h"
+#include "peers.h"
+
+#include <boost/property_tree/ptree.hpp>
+#include <boost/property_tree/xml_parser.hpp>
+
+#include <map>
+#include <sstream>
+
+namespace
+{
+
+namespace property_tree = boost::property_tree;
+
+using bench::plain_message_t;
+using bench::workload_t;
+using property_tree::ptree;
+
+const char attributes[] = "<xmlattr>";
+
+void put_attribute(ptree& element, const std::string& name, const std::string& text)
+{
+    element.put_child(ptree::path_type(attributes), element.get_child(attributes, ptree()))
+        .push_back({name, ptree(text)});
+}
+
+std::size_t encode(const plain_message_t& message)
+{
+    ptree element;
+    for (const auto& [name, text] : message.attributes)
+        put_attribute(element, name, text);
+    for (const auto& [name, text] : message.args) {
+        ptree arg(text);
+        put_attribute(arg, "name", name);
+        element.push_back({"arg", arg});
+    }
+    for (const auto& [name, text] : message.elements)
+        element.push_back({name, ptree(text)});
+    element.push_back({"type", ptree(message.type)});
+    element.push_back({"severity", ptree(message.severity)});
+    ptree document;
+    document.push_back({"msg", element});
+    std::ostringstream stream;
+    property_tree::write_xml(stream, document,
+                             property_tree::xml_writer_make_settings<std::string>(' ', 1));
+    return stream.str().size();
+}
+
+std::size_t decode(const std::string& text)
+{
+    ptree document;
+    std::istringstream stream(text);
+    property_tree::read_xml(stream, document, property_tree::xml_parser::trim_whitespace);
+    std::string type;
+    std::string severity;
+    std::map<std::string, std::string> args;
+    std::map<std::string, std::string> elements;
+    std::map<std::string, std::string> facts;
+    for (const auto& [name, child] : document.get_child("msg")) {
+        if (name == attributes)
+            for (const auto& [key, value] : child)
+                facts.emplace(key, value.data());
+        else if (name == "type")
+            type = child.data();
+        else if (name == "severity")
+            severity = child.data();
+        else if (name == "arg")
+            args.emplace(child.get("<xmlattr>.name", std::string()), child.data());
+        else
+            elements.emplace(name, child.data());
+    }
+    return type.empty() || severity.empty() ? 0 : 1;
+}
+
+bench::candidate_t make_encode(const workload_t& workload)
+{
+    return {"PropertyTree", [&](std::size_t) -> bench::work_t {
+                return [&](std::size_t count) {
+                    std::size_t size = 0;
+                    for (std::size_t i = 0; i < count; ++i)
+                        size += encode(workload.plain()[i]);
+                    return size;
+                };
+            }};
+}
+
+bench::candidate_t make_decode(const workload_t& workload)
+{
+    return {"PropertyTree", [&](std::size_t all) -> bench::work_t {
+                return [documents = make_documents(workload, all)](std::size_t count) {
+                    std::size_t found = 0;
+                    for (std::size_t i = 0; i < count; ++i)
+                        found += decode(documents[i]);
+                    return found;
+                };
+            }};
+}
+
+const bool is_registered =
+    bench::register_peer("encode", make_encode) && bench::register_peer("decode", make_decode);
+
+} // namespace

@@ -1,0 +1,164 @@
+// Qt's stream writer and reader, with texts in Qt's own strings.
+
+#include "documents.h"
+#include "peers.h"
+#include "scratch_log.h"
+
+#include <QByteArray>
+#include <QMap>
+#include <QString>
+#include <QXmlStreamReader>
+#include <QXmlStreamWriter>
+
+#include <functional>
+#include <memory>
+
+namespace
+{
+
+using bench::workload_t;
+
+typedef QMap<QString, QString> texts_t;
+
+struct message_t
+{
+    QString type;
+    QString severity;
+    texts_t attributes;
+    texts_t args;
+    texts_t elements;
+};
+
+texts_t to_qt(const bench::texts_t& texts)
+{
+    texts_t result;
+    for (const auto& [name, text] : texts)
+        result.insert(QString::fromStdString(name), QString::fromStdString(text));
+    return result;
+}
+
+std::vector<message_t> to_qt(const workload_t& workload, std::size_t count)
+{
+    std::vector<message_t> messages;
+    for (std::size_t i = 0; i < count; ++i) {
+        const bench::plain_message_t& plain = workload.plain()[i];
+        messages.push_back({QString::fromStdString(plain.type),
+                            QString::fromStdString(plain.severity), to_qt(plain.attributes),
+                            to_qt(plain.args), to_qt(plain.elements)});
+    }
+    return messages;
+}
+
+std::size_t encode(const message_t& message)
+{
+    QByteArray text;
+    QXmlStreamWriter writer(&text);
+    writer.setAutoFormatting(true);
+    writer.setAutoFormattingIndent(1);
+    writer.writeStartDocument();
+    writer.writeStartElement(QStringLiteral("msg"));
+    for (auto at = message.attributes.begin(); at != message.attributes.end(); ++at)
+        writer.writeAttribute(at.key(), at.value());
+    for (auto at = message.args.begin(); at != message.args.end(); ++at) {
+        writer.writeStartElement(QStringLiteral("arg"));
+        writer.writeAttribute(QStringLiteral("name"), at.key());
+        writer.writeCharacters(at.value());
+        writer.writeEndElement();
+    }
+    for (auto at = message.elements.begin(); at != message.elements.end(); ++at)
+        writer.writeTextElement(at.key(), at.value());
+    writer.writeTextElement(QStringLiteral("type"), message.type);
+    writer.writeTextElement(QStringLiteral("severity"), message.severity);
+    writer.writeEndElement();
+    return static_cast<std::size_t>(text.size());
+}
+
+void read_child(QXmlStreamReader& reader, message_t& message)
+{
+    const QString name = reader.name().toString();
+    if (name == QLatin1String("type")) {
+        message.type = reader.readElementText();
+    } else if (name == QLatin1String("severity")) {
+        message.severity = reader.readElementText();
+    } else if (name == QLatin1String("arg")) {
+        const QString key = reader.attributes().value(QLatin1String("name")).toString();
+        message.args.insert(key, reader.readElementText());
+    } else {
+        message.elements.insert(name, reader.readElementText());
+    }
+}
+
+message_t read(QXmlStreamReader& reader)
+{
+    message_t message;
+    for (const QXmlStreamAttribute& attribute : reader.attributes())
+        message.attributes.insert(attribute.name().toString(), attribute.value().toString());
+    while (reader.readNextStartElement())
+        read_child(reader, message);
+    return message;
+}
+
+std::size_t decode(const QByteArray& text)
+{
+    QXmlStreamReader reader(text);
+    return reader.readNextStartElement() && !read(reader).type.isEmpty() ? 1 : 0;
+}
+
+std::size_t replay(const QByteArray& text, const std::function<void(const message_t&)>& see)
+{
+    std::size_t seen = 0;
+    QXmlStreamReader reader(text);
+    reader.readNextStartElement();
+    for (; reader.readNextStartElement(); ++seen)
+        see(read(reader));
+    return seen;
+}
+
+bench::candidate_t make_encode(const workload_t& workload)
+{
+    return {"Qt", [&](std::size_t all) -> bench::work_t {
+                const auto messages =
+                    std::make_shared<std::vector<message_t>>(to_qt(workload, all));
+                return [messages](std::size_t count) {
+                    std::size_t size = 0;
+                    for (std::size_t i = 0; i < count; ++i)
+                        size += encode((*messages)[i]);
+                    return size;
+                };
+            }};
+}
+
+bench::candidate_t make_decode(const workload_t& workload)
+{
+    return {"Qt", [&](std::size_t all) -> bench::work_t {
+                std::vector<QByteArray> documents;
+                for (const std::string& document : make_documents(workload, all))
+                    documents.push_back(QByteArray::fromStdString(document));
+                return [documents](std::size_t count) {
+                    std::size_t found = 0;
+                    for (std::size_t i = 0; i < count; ++i)
+                        found += decode(documents[i]);
+                    return found;
+                };
+            }};
+}
+
+bench::candidate_t make_replay(const workload_t& workload)
+{
+    return {"Qt", [&](std::size_t all) -> bench::work_t {
+                const bench::scratch_log_t log;
+                log.record(workload, all);
+                return [text = QByteArray::fromStdString(log.read())](std::size_t) {
+                    std::size_t typed = 0;
+                    return replay(text, [&](const message_t& message) {
+                        typed += message.type.isEmpty() ? 0 : 1;
+                    });
+                };
+            }};
+}
+
+const bool is_registered = bench::register_peer("encode", make_encode) &&
+                           bench::register_peer("decode", make_decode) &&
+                           bench::register_peer("replay", make_replay);
+
+} // namespace

@@ -1,0 +1,93 @@
+// A log becomes messages again, each of which goes to one handler. The floor has the file in memory
+// and makes nothing of it.
+
+#include "counting_handler.h"
+#include "peers.h"
+#include "runner.h"
+#include "scratch_log.h"
+
+#include <boost/make_shared.hpp>
+
+#include <libxml/parser.h>
+
+#include <memory>
+
+namespace
+{
+
+using bench::scratch_log_t;
+using bench::workload_t;
+using namespace velmoext_1_4_8;
+
+std::shared_ptr<scratch_log_t> make_log(const workload_t& workload, std::size_t count)
+{
+    auto log = std::make_shared<scratch_log_t>();
+    log->record(workload, count);
+    return log;
+}
+
+xmlSAXHandler make_empty_callbacks()
+{
+    xmlSAXHandler callbacks = {};
+    callbacks.startDocument = [](void*) {
+    };
+    callbacks.endDocument = [](void*) {
+    };
+    callbacks.startElement = [](void*, const xmlChar*, const xmlChar**) {
+    };
+    callbacks.endElement = [](void*, const xmlChar*) {
+    };
+    callbacks.characters = [](void*, const xmlChar*, int) {
+    };
+    callbacks.initialized = 1;
+    return callbacks;
+}
+
+bench::candidate_t floor(const workload_t& workload)
+{
+    return {"floor", [&](std::size_t all) -> bench::work_t {
+                return [text = make_log(workload, all)->read()](std::size_t count) -> std::size_t {
+                    xmlSAXHandler callbacks = make_empty_callbacks();
+                    const int answer = xmlSAXUserParseMemory(&callbacks, nullptr, text.data(),
+                                                             static_cast<int>(text.size()));
+                    return answer == 0 ? count : 0;
+                };
+            }};
+}
+
+std::size_t replay(const scratch_log_t& log)
+{
+    const auto handler = boost::make_shared<bench::counting_handler_t>();
+    const auto ex = velmo_ex_t::get(L"bench", L"");
+    ex->push_handler(handler);
+    const auto storage = log.storage();
+    storage->start_reading();
+    storage->replay(ex);
+    return handler->count();
+}
+
+bench::candidate_t velmoext1(const workload_t& workload)
+{
+    return {"velmoext1", [&](std::size_t all) -> bench::work_t {
+                return [log = make_log(workload, all)](std::size_t) {
+                    return replay(*log);
+                };
+            }};
+}
+
+std::vector<bench::subject_t> make_subjects(const workload_t& workload)
+{
+    const auto least = [](std::size_t count) {
+        return count;
+    };
+    bench::subject_t subject = {"replay", {floor(workload), velmoext1(workload)}, least};
+    add_peers(subject, workload);
+    return {subject};
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    return bench::run(argc, argv, make_subjects);
+}

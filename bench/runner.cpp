@@ -1,0 +1,155 @@
+#include "runner.h"
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <exception>
+#include <stdexcept>
+
+namespace bench
+{
+
+// What is counted is what happens between its beginning and its end, so it is not inlined.
+[[gnu::noinline]] std::size_t perform(const work_t& work, std::size_t count)
+{
+    std::size_t made = work(count);
+    benchmark::DoNotOptimize(made);
+    return made;
+}
+
+namespace
+{
+
+struct options_t
+{
+    std::size_t messages = 200000;
+    bool names = false;
+    std::string once;
+    std::size_t count = 0;
+};
+
+std::size_t parse_count(const char* text)
+{
+    const long count = std::strtol(text, nullptr, 10);
+    require(count > 0, std::string("no count: ") + text);
+    return static_cast<std::size_t>(count);
+}
+
+// Takes its own options off the front.
+options_t parse_options(int& argc, char** argv)
+{
+    options_t options;
+    int at = 1;
+    for (; at < argc; ++at) {
+        const std::string argument = argv[at];
+        if (argument == "--messages" && at + 1 < argc) {
+            options.messages = parse_count(argv[++at]);
+        } else if (argument == "--names") {
+            options.names = true;
+        } else if (argument == "--once" && at + 2 < argc) {
+            options.once = argv[++at];
+            options.count = parse_count(argv[++at]);
+        } else {
+            break;
+        }
+    }
+    std::copy(argv + at, argv + argc, argv + 1);
+    argc -= at - 1;
+    return options;
+}
+
+void check(const subject_t& subject, std::size_t made, std::size_t count)
+{
+    require(made >= subject.least(count), "made too little of it");
+}
+
+void measure(benchmark::State& state, const subject_t& subject, const candidate_t& candidate,
+             std::size_t count)
+{
+    try {
+        const work_t work = candidate.prepare(count);
+        std::size_t made = 0;
+        while (state.KeepRunning())
+            made = perform(work, count);
+        check(subject, made, count);
+        state.SetItemsProcessed(static_cast<std::int64_t>(count) * subject.passes);
+    } catch (const std::exception& error) {
+        // Google Benchmark would print it and answer that all is well.
+        std::fprintf(stderr, "%s/%s: %s\n", subject.name.c_str(), candidate.name.c_str(),
+                     error.what());
+        std::exit(EXIT_FAILURE); // NOLINT(concurrency-mt-unsafe)
+    }
+}
+
+// One iteration goes over the whole workload, so that all do the same.
+void register_all(const std::vector<subject_t>& subjects, std::size_t count)
+{
+    for (const subject_t& subject : subjects)
+        for (const candidate_t& candidate : subject.candidates)
+            benchmark::RegisterBenchmark(
+                (subject.name + '/' + candidate.name).c_str(),
+                [&, count](benchmark::State& state) { measure(state, subject, candidate, count); })
+                ->Iterations(subject.passes)
+                ->MeasureProcessCPUTime()
+                ->Unit(benchmark::kMillisecond);
+}
+
+void run_once(const std::vector<subject_t>& subjects, const options_t& options)
+{
+    for (const subject_t& subject : subjects)
+        for (const candidate_t& candidate : subject.candidates)
+            if (subject.name + '/' + candidate.name == options.once) {
+                const work_t work = candidate.prepare(options.count);
+                check(subject, perform(work, options.count), options.count);
+                return;
+            }
+    throw std::invalid_argument("no such candidate: " + options.once);
+}
+
+void print_names(const std::vector<subject_t>& subjects)
+{
+    for (const subject_t& subject : subjects)
+        for (const candidate_t& candidate : subject.candidates)
+            std::printf("%s/%s\n", subject.name.c_str(), candidate.name.c_str());
+}
+
+void run(const std::vector<subject_t>& subjects, const options_t& options, int argc, char** argv)
+{
+    if (options.names)
+        return print_names(subjects);
+    if (!options.once.empty())
+        return run_once(subjects, options);
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv))
+        throw std::invalid_argument("see the options above");
+    register_all(subjects, options.messages);
+    require(benchmark::RunSpecifiedBenchmarks() > 0, "nothing was measured");
+}
+
+} // namespace
+
+int run(int argc, char** argv,
+        const std::function<std::vector<subject_t>(const workload_t&)>& make_subjects)
+{
+    try {
+        const options_t options = parse_options(argc, argv);
+        require(options.count <= options.messages, "the workload is smaller than that");
+        const workload_t workload(options.messages);
+        run(make_subjects(workload), options, argc, argv);
+        return EXIT_SUCCESS;
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "%s: %s\n", argv[0], error.what());
+        return EXIT_FAILURE;
+    }
+}
+
+void require(bool condition, const std::string& what)
+{
+    if (!condition)
+        throw std::runtime_error(what);
+}
+
+} // namespace bench

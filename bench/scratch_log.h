@@ -1,0 +1,29 @@
+#pragma once
+
+#include "workload.h"
+
+#include "scratch_folder.h"
+
+#include <velmoext1/messages_storage.h>
+
+namespace bench
+{
+
+/// The path of a log in a folder that goes away.
+class scratch_log_t
+{
+public:
+    std::string name() const { return m_folder.name("log.xml"); }
+    std::size_t size() const;
+    std::string read() const { return m_folder.read("log.xml"); }
+
+    boost::shared_ptr<velmoext_1_4_8::messages_storage_t> storage() const;
+
+    /// Makes it a log of the first messages.
+    void record(const workload_t& workload, std::size_t count) const;
+
+private:
+    scratch_folder_t m_folder;
+};
+
+} // namespace bench

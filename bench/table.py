@@ -1,0 +1,98 @@
+#!/usr/bin/env python3
+"""Prints what the benchmarks measured as one table of ratios to each subject's floor.
+
+table.py times FILE...          Google Benchmark's JSON files
+table.py instructions FILE      lines "SUBJECT/CANDIDATE MESSAGES INSTRUCTIONS", two for each name
+"""
+
+import json
+import statistics
+import sys
+
+FLOOR = "floor"
+OURS = "velmoext1"
+
+# Goals for the ratio of the library to the floor, in the order of the table.
+GOALS = {
+    "encode": "0.92",
+    "decode": "0.95",
+    "record": "1.00",
+    "replay": "1.45",
+    "dispatch_1": "1.10",
+    "dispatch_4": "1.10",
+    "dispatch_16": "1.10",
+    "property_10": "2.5",
+    "property_100": "2.5",
+    "property_1000": "2.5",
+    "title": "1.15",
+    "text": "1.15",
+}
+
+
+def read_times(files):
+    """Nanoseconds of CPU per message of every round: {subject: {candidate: [value]}}."""
+    rounds = {}
+    for name in files:
+        with open(name, encoding="utf-8") as file:
+            runs = json.load(file)["benchmarks"]
+        for run in runs:
+            if run["run_type"] != "iteration":
+                continue
+            subject, candidate = run["name"].split("/")[:2]
+            nanoseconds = 1e9 / run["items_per_second"]
+            rounds.setdefault(subject, {}).setdefault(candidate, []).append(nanoseconds)
+    return rounds
+
+
+def read_instructions(name):
+    """Instructions per message, what the first one costs and a start left out."""
+    counts = {}
+    with open(name, encoding="utf-8") as file:
+        for line in file:
+            full_name, messages, instructions = line.split()
+            counts.setdefault(full_name, {})[int(messages)] = int(instructions)
+    result = {}
+    for full_name, by_messages in counts.items():
+        subject, candidate = full_name.split("/")
+        (few, least), (many, most) = sorted(by_messages.items())
+        result.setdefault(subject, {})[candidate] = [(most - least) / (many - few)]
+    return result
+
+
+def spread(values):
+    """Half of the rounds lie within this part of the median."""
+    if len(values) < 4:
+        return ""
+    low, _, high = statistics.quantiles(values, n=4)
+    return f" ± {(high - low) / 2 / statistics.median(values):.1%}"
+
+
+def print_table(measured, unit):
+    print(f"| subject | floor, {unit} | {OURS}, {unit} | ratio | goal | others, ratio |")
+    print("|---|---|---|---|---|---|")
+    for subject in [name for name in GOALS if name in measured]:
+        values = measured[subject]
+        floor = statistics.median(values[FLOOR])
+        ours = statistics.median(values[OURS])
+        others = ", ".join(
+            f"{name} {statistics.median(others) / floor:.2f}"
+            for name, others in sorted(values.items())
+            if name not in (FLOOR, OURS)
+        )
+        print(
+            f"| {subject} | {floor:,.0f}{spread(values[FLOOR])} "
+            f"| {ours:,.0f}{spread(values[OURS])} "
+            f"| {ours / floor:.2f} | {GOALS[subject]} | {others} |"
+        )
+
+
+def main():
+    kind, *files = sys.argv[1:]
+    if kind == "times":
+        print_table(read_times(files), "ns")
+    else:
+        print_table(read_instructions(files[0]), "instructions")
+
+
+if __name__ == "__main__":
+    main()
