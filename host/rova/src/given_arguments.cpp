@@ -63,13 +63,27 @@ icu::Formattable to_decimal(const std::string& text)
 
 } // namespace
 
-given_arguments_t::given_arguments_t(std::size_t most)
+given_arguments_t::given_arguments_t(const std::vector<icu::UnicodeString>& names)
+    : m_all_names(names)
 {
-    m_names.reserve(most);
-    m_values.reserve(most);
+    m_values.reserve(names.size());
 }
 
 void given_arguments_t::add(const slot_t& slot, const std::wstring* text)
+{
+    const std::size_t before = m_values.size();
+    add_value(slot, text);
+    const bool is_given = m_values.size() != before;
+    if (m_is_complete && !is_given) {
+        m_is_complete = false;
+        m_names.assign(m_all_names.begin(), m_all_names.begin() + size());
+    } else if (!m_is_complete && is_given) {
+        m_names.push_back(m_all_names[m_asked]);
+    }
+    ++m_asked;
+}
+
+void given_arguments_t::add_value(const slot_t& slot, const std::wstring* text)
 {
     if (text != nullptr && slot.is_number)
         add_number(strings::utf16_to_utf8(*text));
@@ -77,8 +91,6 @@ void given_arguments_t::add(const slot_t& slot, const std::wstring* text)
         m_values.emplace_back(strings::to_unicode(*text));
     else if (!slot.stand_in.isEmpty())
         m_values.emplace_back(slot.stand_in);
-    if (m_values.size() != m_names.size())
-        m_names.push_back(slot.name);
 }
 
 void given_arguments_t::add_number(const std::string& text)

@@ -4,6 +4,7 @@
 #include <unicode/unistr.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -12,10 +13,9 @@ namespace ROVA_2_18
 namespace i18n
 {
 
-/// A name by which ICU asks for an argument.
+/// What ICU asks for by one name.
 struct slot_t
 {
-    icu::UnicodeString name;
     std::size_t argument; ///< its place among the names that the pattern uses
     bool is_number;
     std::size_t text_places; ///< how often its text is written at most
@@ -27,18 +27,28 @@ struct slot_t
 class given_arguments_t
 {
 public:
-    explicit given_arguments_t(std::size_t most);
+    /// The names that ICU asks by, in the order in which the arguments are added. They have to
+    /// outlive this: most often all are given, and they are handed on as they are.
+    explicit given_arguments_t(const std::vector<icu::UnicodeString>& names);
 
-    const std::vector<icu::UnicodeString>& names() const { return m_names; }
-    const std::vector<icu::Formattable>& values() const { return m_values; }
+    const icu::UnicodeString* names() const
+    {
+        return m_is_complete ? m_all_names.data() : m_names.data();
+    }
+    const icu::Formattable* values() const { return m_values.data(); }
+    std::int32_t size() const { return static_cast<std::int32_t>(m_values.size()); }
 
     /// The text may be none.
     void add(const slot_t& slot, const std::wstring* text);
 
 private:
+    void add_value(const slot_t& slot, const std::wstring* text);
     void add_number(const std::string& text);
 
-    std::vector<icu::UnicodeString> m_names;
+    const std::vector<icu::UnicodeString>& m_all_names;
+    std::size_t m_asked = 0;
+    bool m_is_complete = true;
+    std::vector<icu::UnicodeString> m_names; ///< of the values, where one is missing
     std::vector<icu::Formattable> m_values;
 };
 

@@ -133,7 +133,7 @@ std::wstring pattern_t::format(const generic::varg_list& arguments) const
     const texts_t texts = find_texts(arguments);
     if (!m_format || !fit(texts))
         return m_text;
-    given_arguments_t given(m_slots.size());
+    given_arguments_t given(m_names);
     for (const slot_t& slot : m_slots)
         given.add(slot, texts[slot.argument]);
     UErrorCode status = U_ZERO_ERROR;
@@ -145,8 +145,7 @@ icu::UnicodeString pattern_t::format(const given_arguments_t& given, UErrorCode&
 {
     icu::UnicodeString result;
     const std::lock_guard<std::mutex> lock(m_mutex);
-    m_format->format(given.names().data(), given.values().data(),
-                     static_cast<std::int32_t>(given.names().size()), result, status);
+    m_format->format(given.names(), given.values(), given.size(), result, status);
     return result;
 }
 
@@ -165,17 +164,18 @@ void pattern_t::add_slots(const icu::UnicodeString& name, const argument_uses_t&
 {
     const std::size_t argument = find_argument(to_utf8(name));
     const std::size_t text_places = uses.is_number ? 0 : uses.text_places;
-    add_slot({name, argument, uses.is_number, text_places, icu::UnicodeString()});
+    add_slot(name, {argument, uses.is_number, text_places, icu::UnicodeString()});
     if (!uses.text_name.isEmpty())
-        add_slot({uses.text_name, argument, false, uses.text_places, in_braces(name)});
+        add_slot(uses.text_name, {argument, false, uses.text_places, in_braces(name)});
     if (!uses.selector_name.isEmpty())
-        add_slot({uses.selector_name, argument, false, 0, uses.selector_name});
+        add_slot(uses.selector_name, {argument, false, 0, uses.selector_name});
 }
 
-void pattern_t::add_slot(const slot_t& slot)
+void pattern_t::add_slot(const icu::UnicodeString& name, const slot_t& slot)
 {
+    m_names.push_back(name);
+    checked(m_names.back());
     m_slots.push_back(slot);
-    checked(m_slots.back().name);
     checked(m_slots.back().stand_in);
 }
 

@@ -39,7 +39,7 @@ private:
 
     void add_slots(const argument_names_t& names);
     void add_slots(const icu::UnicodeString& name, const argument_uses_t& uses);
-    void add_slot(const slot_t& slot);
+    void add_slot(const icu::UnicodeString& name, const slot_t& slot);
     void make_format(const icu::UnicodeString& pattern, const icu::Locale& locale);
     std::size_t find_argument(const std::string& name) const;
     texts_t find_texts(const generic::varg_list& arguments) const;
@@ -49,6 +49,7 @@ private:
     std::wstring m_text;                  ///< what stands where there is nothing to format
     std::vector<std::string> m_arguments; ///< the names that the pattern uses, sorted
     std::vector<slot_t> m_slots;
+    std::vector<icu::UnicodeString> m_names; ///< of the slots, by which ICU asks for them
     std::size_t m_length = 0; ///< what a result may have without the arguments' texts
     std::unique_ptr<const icu::MessageFormat> m_format; ///< none where there is nothing to format
     mutable std::mutex m_mutex; ///< guards m_format, which makes parts of itself while it formats
