@@ -307,8 +307,7 @@ TEST_F(tree_walker_test, a_directory_that_gets_out_of_reach_is_reported_and_its_
     });
     EXPECT_FALSE(walk());
     EXPECT_EQ(args_of(L"directory_unreadable", L"path"), paths({depth(4)}));
-    EXPECT_EQ(args_of(L"directory_unreadable", L"error"),
-              std::vector<std::string>{"ESTALE"});
+    EXPECT_EQ(args_of(L"directory_unreadable", L"error"), std::vector<std::string>{"ESTALE"});
     EXPECT_EQ(summary(L"findings"), "1");
     EXPECT_EQ(args_of(L"file_seen", L"path"), paths({depth(40) + "/bottom", depth(3) + "/last"}));
 }
