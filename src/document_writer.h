@@ -16,8 +16,8 @@ namespace velmoext_1_4_8
 /// libxml2 cannot make it.
 std::string make_xml_declaration();
 
-/// Writes messages as documents, one after the other. To make a libxml2 writer takes as long as to
-/// write a message with it.
+/// Writes messages as documents, one after the other, with one libxml2 writer: to make one and to
+/// free it takes about a sixth of the time of a message.
 class document_writer_t
 {
 public:

@@ -54,7 +54,7 @@ public:
     /// - 10,000 places where something is written: each argument, each `#` of a plural, and each
     ///   character of a typed argument's style
     /// - 2,000,000 as the number of its names times that of its places
-    /// - a power of ten beyond 99 in a skeleton, as in `{name, number, ::scale/1E100}`
+    /// - a power of ten beyond 99, such as 1E100, in a skeleton for numbers
     ///
     /// It does so, too, where the result might have more than 16,777,216 characters: those of the
     /// pattern, those of each argument's text as often as the pattern has a place for it, and 1,000
