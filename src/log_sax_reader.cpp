@@ -22,7 +22,7 @@ namespace velmoext_1_4_8
 namespace
 {
 
-const std::wstring source_key = L"source";
+const char source_name[] = "source";
 
 // No longer text is a severity, in whichever case.
 const std::size_t longest_severity = 64;
@@ -31,7 +31,8 @@ const std::size_t longest_severity = 64;
 // for in the bytes: decoding all that follows, for each piece, would take the square of a log.
 std::size_t size_to_next_tag(const char* text)
 {
-    return std::strcspn(text, "<");
+    const char* const tag = std::strchr(text, '<');
+    return tag ? static_cast<std::size_t>(tag - text) : std::strlen(text);
 }
 
 std::size_t size_to_next_tag(const char* text, std::size_t most)
@@ -129,7 +130,8 @@ void log_sax_reader::on_end_element(void* reader, const xmlChar* name)
 void log_sax_reader::on_characters(void* reader, const xmlChar* text, int length)
 {
     auto& self = *static_cast<log_sax_reader*>(reader);
-    self.guard([&] { self.characters(from_xml(text), length); });
+    if (self.is_in_text())
+        self.guard([&] { self.characters(from_xml(text), length); });
 }
 
 // libxml2's frames know nothing of exceptions: none may fly through them.
@@ -183,11 +185,14 @@ void log_sax_reader::start_message(const xmlChar** attributes)
     current_message = boost::make_shared<message_t>();
     parse_state = in_message;
     texts_t& read = message_access::content(*current_message).attributes;
-    for (const xmlChar** at = attributes; at && at[0]; at += 2)
+    const xmlChar* source = nullptr;
+    for (const xmlChar** at = attributes; at && at[0]; at += 2) {
         read.emplace_hint(read.end(), read_text(at[0]), read_text(at[1]));
-    const auto source = read.find(source_key);
-    if (source != read.end())
-        current_message->set_source(source->second);
+        if (!source && is_same(from_xml(at[0]), source_name))
+            source = at[1];
+    }
+    if (source)
+        current_message->set_source(read_text(source));
 }
 
 void log_sax_reader::start_arg(const xmlChar** attributes)
@@ -220,28 +225,27 @@ void log_sax_reader::deliver_message()
     message_callback(current_message);
 }
 
+// A log may hold such elements before any message. Most calls bring the white space between others.
+bool log_sax_reader::is_in_text() const
+{
+    return parse_state == in_child && current_element != element_t::msg &&
+           current_element != element_t::log && current_message;
+}
+
 void log_sax_reader::characters(const char* text, int length)
 {
-    // A log may hold such elements before any message.
-    if (parse_state != in_child || !current_message)
-        return;
-    message_t::message_content_t& content = message_access::content(*current_message);
     switch (current_element) {
-    case element_t::log:
-    case element_t::msg:
-        break;
     case element_t::type:
         set_type(text, length);
         break;
     case element_t::severity:
-        current_message->set_severity(
-            parse_severity(std::string(text, size_to_next_tag(text, longest_severity))));
+        set_severity(text);
         break;
     case element_t::arg:
-        add_text(content.args, std::exchange(pending_arg_name, std::wstring()), text);
+        add_arg(text);
         break;
-    case element_t::other:
-        add_text(content.elements, wide_text(m_other_name.c_str()), text);
+    default:
+        add_element(text);
     }
 }
 
@@ -253,8 +257,26 @@ void log_sax_reader::set_type(const char* text, int length)
         message_access::type(*current_message) = wide_text(text, size_to_next_tag(text));
 }
 
+void log_sax_reader::set_severity(const char* text)
+{
+    current_message->set_severity(
+        parse_severity(std::string(text, size_to_next_tag(text, longest_severity))));
+}
+
+void log_sax_reader::add_arg(const char* text)
+{
+    add_text(message_access::content(*current_message).args, std::move(pending_arg_name), text);
+    pending_arg_name.clear();
+}
+
+void log_sax_reader::add_element(const char* text)
+{
+    add_text(message_access::content(*current_message).elements, wide_text(m_other_name.c_str()),
+             text);
+}
+
 // The first text of a key stays, so that of a known key need not even be looked at.
-void log_sax_reader::add_text(texts_t& texts, std::wstring key, const char* text)
+void log_sax_reader::add_text(texts_t& texts, std::wstring&& key, const char* text)
 {
     const auto place = texts.lower_bound(key);
     if (place == texts.end() || place->first != key)

@@ -77,10 +77,14 @@ private:
     void start_message(const xmlChar** attributes);
     void start_arg(const xmlChar** attributes);
     void end_element(const char* name);
+    bool is_in_text() const;
     void characters(const char* text, int length);
     void deliver_message();
     void set_type(const char* text, int length);
-    static void add_text(texts_t& texts, std::wstring key, const char* text);
+    void set_severity(const char* text);
+    void add_arg(const char* text);
+    void add_element(const char* text);
+    static void add_text(texts_t& texts, std::wstring&& key, const char* text);
 
     boost::shared_ptr<message_t> current_message;
     int parse_state = outside;

@@ -211,6 +211,21 @@ TEST_F(log_sax_reader_test, non_ascii_text_is_kept_up_to_where_libxml2_breaks_it
     EXPECT_EQ(broken.args, (texts_t{{L"", L"\xE4"}, {L"n", L"plain \xE4"}}));
 }
 
+TEST_F(log_sax_reader_test, a_character_beyond_ascii_is_read_at_every_place_of_a_text)
+{
+    for (std::size_t size = 1; size <= 20; ++size)
+        for (std::size_t place = 0; place != size; ++place) {
+            const std::string before(place, 'a');
+            const std::string behind(size - place - 1, 'z');
+            const auto read_attribute =
+                read("<arg name='" + before + "\xC3\xA9" + behind + "'>x</arg>");
+            EXPECT_EQ(read_attribute.args, (texts_t{{std::wstring(place, L'a') + L'\xE9' +
+                                                         std::wstring(size - place - 1, L'z'),
+                                                     L"x"}}))
+                << place << " of " << size;
+        }
+}
+
 TEST_F(log_sax_reader_test, a_section_of_character_data_is_a_piece)
 {
     EXPECT_EQ(read("<arg name='n'><![CDATA[a <b]]></arg>").args, (texts_t{{L"n", L"a "}}));

@@ -4,6 +4,7 @@
 
 #include <pthread.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <clocale>
@@ -244,6 +245,14 @@ TEST(rova_i18n_test, an_argument_stands_there_as_it_is)
 TEST(rova_i18n_test, an_argument_that_the_pattern_does_not_use_changes_nothing)
 {
     EXPECT_EQ(format(L"{a}", {{"b", L"1"}, {"", L"2"}, {"a", L"3"}, {"a\0"s, L"4"}}), L"3");
+}
+
+TEST(rova_i18n_test, arguments_may_be_given_in_any_order)
+{
+    arguments_t arguments = {{"a", L"1"}, {"b", L"2"}, {"c", L"3"}, {"d", L"4"}};
+    do
+        EXPECT_EQ(format(L"{d}{a}{c}", arguments), L"413") << testing::PrintToString(arguments);
+    while (std::next_permutation(arguments.begin(), arguments.end()));
 }
 
 TEST(rova_i18n_test, of_several_arguments_of_one_name_the_first_counts)
@@ -595,6 +604,19 @@ TEST(rova_i18n_test, a_single_element_beyond_the_bmp_is_written_as_its_character
         {L"{n}", {{"n", L"\x10FFFF"}}, L"\xDBFF\xDFFF"},
     };
     expect_rows(rows);
+}
+
+TEST(rova_i18n_test, a_character_beyond_the_bmp_is_written_at_every_place_of_a_text)
+{
+    for (std::size_t size = 1; size <= 20; ++size)
+        for (std::size_t place = 0; place != size; ++place) {
+            std::wstring text(size, L'a');
+            text[place] = L'\x1F4C1';
+            std::wstring written(size + 1, L'a');
+            written[place] = L'\xD83D';
+            written[place + 1] = L'\xDCC1';
+            EXPECT_EQ(format(L"{a}", {{"a", text}}), written) << place << " of " << size;
+        }
 }
 
 TEST(rova_i18n_test, an_unpaired_surrogate_stays_as_it_is)

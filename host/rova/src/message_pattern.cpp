@@ -162,7 +162,7 @@ void pattern_t::add_slots(const argument_names_t& names)
 
 void pattern_t::add_slots(const icu::UnicodeString& name, const argument_uses_t& uses)
 {
-    const std::size_t argument = find_argument(to_utf8(name));
+    const std::size_t argument = find_argument(to_utf8(name), 0);
     const std::size_t text_places = uses.is_number ? 0 : uses.text_places;
     add_slot(name, {argument, uses.is_number, text_places, icu::UnicodeString()});
     if (!uses.text_name.isEmpty())
@@ -194,9 +194,12 @@ void pattern_t::make_format(const icu::UnicodeString& pattern, const icu::Locale
     }
 }
 
-/// The name's place, or how many there are.
-std::size_t pattern_t::find_argument(const std::string& name) const
+/// The name's place, or how many there are. Most often the names are asked for in their order, so
+/// the one that is expected is looked at first.
+std::size_t pattern_t::find_argument(const std::string& name, std::size_t expected) const
 {
+    if (expected < m_arguments.size() && m_arguments[expected] == name)
+        return expected;
     const auto place = std::lower_bound(m_arguments.begin(), m_arguments.end(), name);
     const bool is_there = place != m_arguments.end() && *place == name;
     return static_cast<std::size_t>((is_there ? place : m_arguments.end()) - m_arguments.begin());
@@ -205,10 +208,14 @@ std::size_t pattern_t::find_argument(const std::string& name) const
 pattern_t::texts_t pattern_t::find_texts(const generic::varg_list& arguments) const
 {
     texts_t texts(m_arguments.size(), nullptr);
+    std::size_t expected = 0;
     for (const auto& given : arguments) {
-        const std::size_t argument = find_argument(given.name());
-        if (argument != texts.size() && texts[argument] == nullptr)
+        const std::size_t argument = find_argument(given.name(), expected);
+        if (argument == texts.size())
+            continue;
+        if (texts[argument] == nullptr)
             texts[argument] = &given.value().m_text;
+        expected = argument + 1;
     }
     return texts;
 }

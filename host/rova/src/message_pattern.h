@@ -41,7 +41,7 @@ private:
     void add_slots(const icu::UnicodeString& name, const argument_uses_t& uses);
     void add_slot(const icu::UnicodeString& name, const slot_t& slot);
     void make_format(const icu::UnicodeString& pattern, const icu::Locale& locale);
-    std::size_t find_argument(const std::string& name) const;
+    std::size_t find_argument(const std::string& name, std::size_t expected) const;
     texts_t find_texts(const generic::varg_list& arguments) const;
     bool fit(const texts_t& texts) const;
     icu::UnicodeString format(const given_arguments_t& given, UErrorCode& status) const;

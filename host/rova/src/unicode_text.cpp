@@ -3,6 +3,7 @@
 #include <unicode/utf16.h>
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <new>
@@ -28,15 +29,33 @@ bool is_supplementary(wchar_t element)
     return U_IS_SUPPLEMENTARY(static_cast<std::uint32_t>(element));
 }
 
+constexpr std::size_t block_size = 8;
+
+/// Copies the elements and answers the bits of all. Blocks go by way of a copy, from which the
+/// compiler takes many elements at once.
+template <typename From, typename To>
+std::uint32_t copy(const From* from, std::size_t size, To* to)
+{
+    std::uint32_t bits = 0;
+    for (; size >= block_size; size -= block_size, from += block_size, to += block_size) {
+        std::array<From, block_size> block;
+        std::copy_n(from, block_size, block.begin());
+        for (std::size_t i = 0; i != block_size; ++i)
+            bits |= static_cast<std::uint32_t>(block[i]);
+        for (std::size_t i = 0; i != block_size; ++i)
+            to[i] = static_cast<To>(block[i]);
+    }
+    for (std::size_t i = 0; i != size; ++i) {
+        bits |= static_cast<std::uint32_t>(from[i]);
+        to[i] = static_cast<To>(from[i]);
+    }
+    return bits;
+}
+
 /// Answers whether each element was a unit of its own; only then is that all of the text.
 bool copy_units(const std::wstring& text, char16_t* units)
 {
-    std::uint32_t bits = 0;
-    for (const wchar_t element : text) {
-        *units++ = static_cast<char16_t>(element);
-        bits |= static_cast<std::uint32_t>(element);
-    }
-    return bits <= 0xFFFF;
+    return copy(text.data(), text.size(), units) <= 0xFFFF;
 }
 
 std::int32_t count_units(const std::wstring& text)
@@ -93,8 +112,9 @@ std::wstring from_unicode(const icu::UnicodeString& text)
 {
     if (text.isBogus())
         throw std::bad_alloc();
-    const char16_t* const units = text.getBuffer();
-    return std::wstring(units, units + text.length());
+    std::wstring result(static_cast<std::size_t>(text.length()), L'\0');
+    copy(text.getBuffer(), result.size(), result.data());
+    return result;
 }
 
 } // namespace strings
