@@ -77,6 +77,7 @@ bool file_descriptor_t::open(bool is_reading, const basekit2::path_t& path)
     m_descriptor = open_file(name, is_reading ? O_RDONLY : O_WRONLY | O_CREAT);
     if (m_descriptor == -1)
         return false;
+    m_process = getpid();
     if (!is_regular(m_descriptor) || (!is_reading && !lock(name, m_descriptor)))
         close();
     return m_descriptor >= 0;
@@ -84,12 +85,18 @@ bool file_descriptor_t::open(bool is_reading, const basekit2::path_t& path)
 
 void file_descriptor_t::close()
 {
-    if (m_descriptor != -1) {
-        // A child that was forked meanwhile shares the lock, and may not have come to its exec yet.
+    // A child that was forked meanwhile shares the lock: it must not take it away, nor keep it
+    // where it has not come to its exec yet.
+    if (m_descriptor != -1 && is_of_this_process())
         flock(m_descriptor, LOCK_UN);
+    if (m_descriptor != -1)
         ::close(m_descriptor);
-    }
     m_descriptor = -1;
+}
+
+bool file_descriptor_t::is_of_this_process() const
+{
+    return m_process == getpid();
 }
 
 bool file_descriptor_t::is_named(const basekit2::path_t& path) const
@@ -111,6 +118,7 @@ bool file_descriptor_t::truncate()
 
 void file_descriptor_t::write(const char* bytes, std::size_t count)
 {
+    m_has_failed = m_has_failed || !is_of_this_process();
     while (count > 0 && !m_has_failed) {
         const ssize_t written =
             retry_interrupted([&] { return ::write(m_descriptor, bytes, count); });

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <sys/types.h>
 
 namespace velmoext_1_4_8
 {
@@ -40,7 +41,8 @@ public:
     bool truncate();
 
     /// Writes all of it. After the first failure nothing more is written until the next open():
-    /// what stands in the file then ends where it broke off. Writing to nothing open fails.
+    /// what stands in the file then ends where it broke off. Writing to nothing open fails, and so
+    /// it does in a child that was forked meanwhile: two that write would tear each other's text.
     void write(const char* bytes, std::size_t count);
     /// Whether truncate() or write() failed since the last open().
     bool has_failed() const { return m_has_failed; }
@@ -50,7 +52,10 @@ public:
     void read(std::int64_t position, std::size_t count, std::string& text) const;
 
 private:
+    bool is_of_this_process() const;
+
     int m_descriptor = -1;
+    pid_t m_process = -1; ///< which opened it
     bool m_has_failed = false;
 };
 

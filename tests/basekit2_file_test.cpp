@@ -1,6 +1,8 @@
-// The C library's calls that change or read a file are defined here once more: they do what they
-// are told to do first, then what they always do. So every failure, short write and interruption
-// can be had at every instant, and either way of copying on every file system.
+// Every failure, short write and interruption is had at every instant, and either way of copying on
+// every file system.
+
+#include "process_support.h"
+#include "system_faults.h"
 
 #include <basekit2/file.h>
 
@@ -8,23 +10,19 @@
 
 #include <gtest/gtest.h>
 
-#include <dlfcn.h>
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/un.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <clocale>
 #include <csignal>
-#include <cstdarg>
 #include <cstddef>
 #include <cstdlib>
 #include <ctime>
@@ -36,7 +34,6 @@
 #include <set>
 #include <string>
 #include <thread>
-#include <utility>
 #include <vector>
 
 namespace
@@ -46,136 +43,6 @@ using basekit2::copy_file;
 using basekit2::path_t;
 using basekit2::remove_file;
 using namespace std::string_literals;
-
-/// Sees each call and the descriptor that it is about, -1 for none; answers the error that the call
-/// is to fail with, 0 for none. Tells a call that makes an unnamed file from any other open().
-typedef std::function<int(const std::string& call, int descriptor)> faults_t;
-
-std::atomic<const faults_t*> faults_in_place{nullptr};
-std::atomic<std::size_t> most_read{SIZE_MAX};
-std::atomic<std::size_t> most_written{SIZE_MAX};
-
-bool fails(const char* call, int descriptor = -1)
-{
-    const faults_t* const faults = faults_in_place.load();
-    const int error = faults != nullptr ? (*faults)(call, descriptor) : 0;
-    if (error != 0)
-        errno = error;
-    return error != 0;
-}
-
-class with_faults
-{
-public:
-    explicit with_faults(faults_t faults) : m_faults(std::move(faults))
-    {
-        faults_in_place = &m_faults;
-    }
-    with_faults(const with_faults&) = delete;
-    with_faults& operator=(const with_faults&) = delete;
-    ~with_faults() { faults_in_place = nullptr; }
-
-private:
-    faults_t m_faults;
-};
-
-class with_short_pieces
-{
-public:
-    with_short_pieces(std::size_t read, std::size_t written)
-    {
-        most_read = read;
-        most_written = written;
-    }
-    with_short_pieces(const with_short_pieces&) = delete;
-    with_short_pieces& operator=(const with_short_pieces&) = delete;
-    ~with_short_pieces() { most_read = most_written = SIZE_MAX; }
-};
-
-} // namespace
-
-#define IN_PLACE_OF_THE_SYSTEMS extern "C" __attribute__((visibility("default")))
-
-IN_PLACE_OF_THE_SYSTEMS int open(const char* file, int oflag, ...)
-{
-    mode_t mode = 0;
-    if ((oflag & (O_CREAT | __O_TMPFILE)) != 0) {
-        va_list rest;
-        va_start(rest, oflag);
-        mode = va_arg(rest, mode_t);
-        va_end(rest);
-    }
-    if (fails((oflag & __O_TMPFILE) != 0 ? "open unnamed" : "open"))
-        return -1;
-    return static_cast<int>(syscall(SYS_openat, AT_FDCWD, file, oflag, mode));
-}
-
-// Not declared as mkostemp: the system's header calls the first parameter by a keyword.
-IN_PLACE_OF_THE_SYSTEMS int make_temporary(char* name, int flags) __asm__("mkostemp");
-
-int make_temporary(char* name, int flags)
-{
-    typedef int (*make_temporary_t)(char*, int);
-    const auto real = reinterpret_cast<make_temporary_t>(dlsym(RTLD_NEXT, "mkostemp"));
-    if (!fails("mkostemp"))
-        return real(name, flags);
-    // As the C library leaves it after a failure of the system.
-    std::fill_n(name + std::string(name).size() - 6, 6, 'f');
-    return -1;
-}
-
-IN_PLACE_OF_THE_SYSTEMS ssize_t pread(int fd, void* buf, std::size_t nbytes, off_t offset)
-{
-    if (fails("pread", fd))
-        return -1;
-    return syscall(SYS_pread64, fd, buf, std::min(nbytes, most_read.load()), offset);
-}
-
-IN_PLACE_OF_THE_SYSTEMS ssize_t write(int fd, const void* buf, std::size_t n)
-{
-    if (fails("write", fd))
-        return -1;
-    return syscall(SYS_write, fd, buf, std::min(n, most_written.load()));
-}
-
-IN_PLACE_OF_THE_SYSTEMS int fchmod(int fd, mode_t mode) noexcept
-{
-    return fails("fchmod", fd) ? -1 : static_cast<int>(syscall(SYS_fchmod, fd, mode));
-}
-
-/// Closes in any case, as Linux does.
-IN_PLACE_OF_THE_SYSTEMS int close(int fd)
-{
-    const bool fail = fails("close", fd);
-    const int error = errno;
-    const int answer = static_cast<int>(syscall(SYS_close, fd));
-    if (fail)
-        errno = error;
-    return fail ? -1 : answer;
-}
-
-IN_PLACE_OF_THE_SYSTEMS int linkat(int fromfd, const char* from, int tofd, const char* to,
-                                   int flags) noexcept
-{
-    if (fails("linkat"))
-        return -1;
-    return static_cast<int>(syscall(SYS_linkat, fromfd, from, tofd, to, flags));
-}
-
-IN_PLACE_OF_THE_SYSTEMS int link(const char* from, const char* to) noexcept
-{
-    if (fails("link"))
-        return -1;
-    return static_cast<int>(syscall(SYS_linkat, AT_FDCWD, from, AT_FDCWD, to, 0));
-}
-
-IN_PLACE_OF_THE_SYSTEMS int unlink(const char* name) noexcept
-{
-    return fails("unlink") ? -1 : static_cast<int>(syscall(SYS_unlinkat, AT_FDCWD, name, 0));
-}
-
-namespace
-{
 
 std::wstring wide(const std::string& text)
 {
@@ -214,49 +81,6 @@ public:
 private:
     std::string m_former;
 };
-
-class with_current_directory
-{
-public:
-    explicit with_current_directory(const std::filesystem::path& directory)
-        : m_former(std::filesystem::current_path())
-    {
-        std::filesystem::current_path(directory);
-    }
-    with_current_directory(const with_current_directory&) = delete;
-    with_current_directory& operator=(const with_current_directory&) = delete;
-    ~with_current_directory()
-    {
-        std::error_code error;
-        std::filesystem::current_path(m_former, error);
-    }
-
-private:
-    std::filesystem::path m_former;
-};
-
-/// Answers how the child ended, in which the action ran and gave the exit code.
-template <typename Action>
-int status_of_child(const Action& action)
-{
-    const pid_t child = fork();
-    if (child == 0)
-        _exit(action());
-    int status = -1;
-    while (waitpid(child, &status, 0) == -1 && errno == EINTR) {
-    }
-    return status;
-}
-
-bool was_killed(int status)
-{
-    return WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL;
-}
-
-bool has_exited_with(int status, int code)
-{
-    return WIFEXITED(status) && WEXITSTATUS(status) == code;
-}
 
 /// The system kills this process so much later, whatever it does then.
 bool kill_this_process_after(std::chrono::nanoseconds time)

@@ -21,6 +21,7 @@ class messages_storage_impl_t;
 ///
 /// The process has at most one storage per path; callers and handler stacks share it, and it lives
 /// as long as one of them holds it. A recording that is on then is closed as by stop_recording().
+/// A recording belongs to the process that started it: what a forked child records is dropped.
 /// Any thread may call any operation: they take turns, also while a recording starts on a long log
 /// or a replay runs. So no handler that a replay reaches may call the storage that is replaying,
 /// and the storage must not sit on the stack that it replays into: such a call never returns.

@@ -1,0 +1,115 @@
+// A host that is not linked with the library loads components that are, each apart from the other.
+
+#include <gtest/gtest.h>
+
+#include <dlfcn.h>
+
+#include <cstddef>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <thread>
+
+namespace
+{
+
+class component_t
+{
+public:
+    explicit component_t(const char* file) : m_handle(dlopen(file, RTLD_NOW | RTLD_LOCAL))
+    {
+        if (m_handle == nullptr)
+            throw std::runtime_error(dlerror());
+    }
+    ~component_t() { dlclose(m_handle); }
+    component_t(const component_t&) = delete;
+    component_t& operator=(const component_t&) = delete;
+
+    void begin_to_listen(const wchar_t* id) const
+    {
+        function<void(const wchar_t*)>("begin_to_listen")(id);
+    }
+    bool end_to_listen() const { return function<bool()>("end_to_listen")(); }
+    std::size_t number_heard() const { return function<std::size_t()>("number_heard")(); }
+    void tell(const wchar_t* id, const wchar_t* type) const
+    {
+        function<void(const wchar_t*, const wchar_t*)>("tell")(id, type);
+    }
+    int next_number() const { return function<int()>("next_number")(); }
+
+private:
+    template <typename Signature>
+    Signature* function(const char* name) const
+    {
+        return reinterpret_cast<Signature*>(dlsym(m_handle, name));
+    }
+
+    void* m_handle;
+};
+
+} // namespace
+
+TEST(components_test, components_that_are_loaded_apart_have_one_registry)
+{
+    const component_t one(COMPONENT_ONE);
+    const component_t two(COMPONENT_TWO);
+    one.begin_to_listen(L"components_test.shared");
+    two.tell(L"components_test.shared", L"t");
+    EXPECT_EQ(one.number_heard(), 1U);
+    two.begin_to_listen(L"components_test.shared");
+    one.tell(L"components_test.shared", L"t");
+    EXPECT_EQ(one.number_heard(), 2U);
+    EXPECT_EQ(two.number_heard(), 1U);
+    EXPECT_TRUE(two.end_to_listen());
+    EXPECT_TRUE(one.end_to_listen());
+}
+
+TEST(components_test, components_that_are_loaded_apart_get_different_numbers)
+{
+    const component_t one(COMPONENT_ONE);
+    const component_t two(COMPONENT_TWO);
+    const int first = one.next_number();
+    EXPECT_EQ(two.next_number(), first + 1);
+    EXPECT_EQ(one.next_number(), first + 2);
+}
+
+TEST(components_test, a_component_whose_handler_was_popped_can_be_unloaded)
+{
+    const component_t stays(COMPONENT_ONE);
+    stays.begin_to_listen(L"components_test.unloaded");
+    {
+        const component_t goes(COMPONENT_TWO);
+        goes.begin_to_listen(L"components_test.unloaded");
+        stays.tell(L"components_test.unloaded", L"t");
+        EXPECT_EQ(goes.number_heard(), 1U);
+        EXPECT_TRUE(goes.end_to_listen());
+    }
+    EXPECT_EQ(dlopen(COMPONENT_TWO, RTLD_NOW | RTLD_NOLOAD), nullptr) << "it was not unloaded";
+    stays.tell(L"components_test.unloaded", L"t");
+    EXPECT_EQ(stays.number_heard(), 2U);
+    EXPECT_TRUE(stays.end_to_listen());
+}
+
+TEST(components_test, the_last_component_may_go_and_come_again)
+{
+    for (int round = 0; round < 3; ++round) {
+        const component_t component(COMPONENT_ONE);
+        component.begin_to_listen(L"components_test.again");
+        component.tell(L"components_test.again", L"t");
+        EXPECT_EQ(component.number_heard(), 1U) << round;
+        EXPECT_TRUE(component.end_to_listen()) << round;
+    }
+}
+
+TEST(components_test, a_thread_that_used_a_component_may_outlive_it)
+{
+    auto component = std::make_unique<component_t>(COMPONENT_ONE);
+    component->begin_to_listen(L"components_test.thread");
+    std::thread([&] {
+        component->tell(L"components_test.thread", L"t");
+        EXPECT_EQ(component->number_heard(), 1U);
+        EXPECT_TRUE(component->end_to_listen());
+        component.reset();
+    }).join();
+    EXPECT_FALSE(component);
+}
