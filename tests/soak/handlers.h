@@ -1,0 +1,51 @@
+#pragma once
+
+#include "world.h"
+
+#include <velmoext1/base_handler.h>
+
+namespace soak
+{
+
+/// Looks at each message that passes. Null passes too, where a text held no message.
+class checking_handler_t : public velmoext_1_4_8::base_handler_t
+{
+public:
+    checking_handler_t(world_t& world, bool consumes) : m_world(world), m_consumes(consumes) {}
+
+    using base_handler_t::on_message;
+    bool on_message(boost::shared_ptr<velmoext_1_4_8::velmo_ex_t> ex,
+                    boost::shared_ptr<velmoext_1_4_8::message_t> msg) override;
+
+private:
+    world_t& m_world;
+    const bool m_consumes;
+};
+
+/// Marks each message as one that is to be recorded.
+class flagging_handler_t : public velmoext_1_4_8::base_handler_t
+{
+public:
+    using base_handler_t::on_message;
+    bool on_message(boost::shared_ptr<velmoext_1_4_8::velmo_ex_t> ex,
+                    boost::shared_ptr<velmoext_1_4_8::message_t> msg) override;
+};
+
+/// Says each message to another object.
+class forwarding_handler_t : public velmoext_1_4_8::base_handler_t
+{
+public:
+    explicit forwarding_handler_t(boost::shared_ptr<velmoext_1_4_8::velmo_ex_t> listener);
+
+    using base_handler_t::on_message;
+    bool on_message(boost::shared_ptr<velmoext_1_4_8::velmo_ex_t> ex,
+                    boost::shared_ptr<velmoext_1_4_8::message_t> msg) override;
+
+private:
+    const boost::shared_ptr<velmoext_1_4_8::velmo_ex_t> m_listener;
+};
+
+/// Says a text to an object, as the host's own channel would.
+void say_to(const boost::shared_ptr<velmoext_1_4_8::velmo_ex_t>& ex, const std::wstring& text);
+
+} // namespace soak

@@ -1,0 +1,257 @@
+#include "worker.h"
+
+#include "checked_message.h"
+#include "handlers.h"
+
+#include <velmoext1/velmoext1.h>
+
+#include <basekit2/file.h>
+#include <basekit2/variant_bag.h>
+
+#include <rova/strings.h>
+
+#include <boost/make_shared.hpp>
+
+#include <filesystem>
+#include <iterator>
+#include <system_error>
+
+namespace soak
+{
+
+using namespace velmoext_1_4_8;
+
+namespace
+{
+
+/// Hears what a component says to the host, and gives it to another object, as a host would.
+class host_messenger_t : public velmo2::IMessenger
+{
+public:
+    explicit host_messenger_t(boost::shared_ptr<velmo_ex_t> listener)
+        : m_listener(std::move(listener))
+    {}
+
+    void say(velmo2::ESeverity /*severity*/, const wchar_t* text) override
+    {
+        say_to(m_listener, text);
+    }
+
+private:
+    const boost::shared_ptr<velmo_ex_t> m_listener;
+};
+
+class half_done_t : public velmo2::IProgress
+{
+public:
+    void set_percent(int /*percent*/) override {}
+    bool is_canceled() const override { return false; }
+};
+
+} // namespace
+
+void worker_t::work()
+{
+    static void (worker_t::*const operations[])() = {
+        &worker_t::say_checked,   &worker_t::say_checked,
+        &worker_t::say_checked,   &worker_t::say_odd,
+        &worker_t::push,          &worker_t::pop,
+        &worker_t::let_go,        &worker_t::say_through_the_host,
+        &worker_t::make_anew,     &worker_t::record,
+        &worker_t::record,        &worker_t::start_or_stop,
+        &worker_t::replay,        &worker_t::damage,
+        &worker_t::read_property, &worker_t::show,
+        &worker_t::copy_values,   &worker_t::report_progress,
+        &worker_t::use_files,     &worker_t::pop};
+    (this->*operations[pick(std::size(operations))])();
+}
+
+boost::shared_ptr<velmo_ex_t> worker_t::talking_ex()
+{
+    return m_world.ex(pick(world_t::talking));
+}
+
+boost::shared_ptr<velmo_ex_t> worker_t::listening_ex()
+{
+    return m_world.ex(world_t::talking + pick(world_t::listening));
+}
+
+boost::shared_ptr<messages_storage_t> worker_t::storage()
+{
+    return m_world.storage(pick(world_t::logs));
+}
+
+boost::shared_ptr<message_t> worker_t::message()
+{
+    return make_checked_message(m_random, world_t::source_name(pick(world_t::sources)));
+}
+
+void worker_t::say_checked()
+{
+    const auto sent = message();
+    const std::wstring text = string_message_serializer_t::message_to_xml_string(sent);
+    const auto read = string_message_serializer_t::xml_string_to_message(text);
+    m_world.check(read && sent->equal_to(read) && is_whole(*read), "a message survives its text");
+    say_to(talking_ex(), text);
+}
+
+void worker_t::say_odd()
+{
+    say_to(talking_ex(), odd_text(m_random));
+}
+
+void worker_t::say_through_the_host()
+{
+    host_messenger_t messenger(listening_ex());
+    velmo_adapter_t adapter;
+    adapter.set_output_velmo(&messenger);
+    const auto sent = message();
+    adapter.send_to_velmo(sent);
+    m_world.check(adapter.encode_to_velmo(sent) ==
+                      string_message_serializer_t::message_to_xml_string(sent),
+                  "an adapter says a message's text");
+}
+
+boost::shared_ptr<base_handler_t> worker_t::make_handler()
+{
+    switch (pick(5)) {
+    case 0:
+        return boost::make_shared<flagging_handler_t>();
+    case 1:
+        return boost::make_shared<forwarding_handler_t>(listening_ex());
+    case 2:
+        return storage();
+    default:
+        return boost::make_shared<checking_handler_t>(m_world, pick(4) == 0);
+    }
+}
+
+void worker_t::push()
+{
+    if (pick(3) == 0)
+        listening_ex()->push_handler(boost::make_shared<checking_handler_t>(m_world, false));
+    else
+        talking_ex()->push_handler(make_handler());
+}
+
+void worker_t::pop()
+{
+    (pick(3) == 0 ? listening_ex() : talking_ex())->pop_handler();
+}
+
+void worker_t::let_go()
+{
+    if (pick(2) == 0)
+        m_world.let_go_of_ex(pick(world_t::talking + world_t::listening));
+    else
+        m_world.let_go_of_storage(pick(world_t::logs));
+}
+
+void worker_t::make_anew()
+{
+    const std::wstring id = velmo_ex_t::generate_id(L"soak.generated.");
+    const auto ex = velmo_ex_t::get(id, world_t::prefix());
+    m_world.check(ex && ex->get_prefix() == world_t::prefix(), "a generated id is free");
+    ex->push_handler(boost::make_shared<checking_handler_t>(m_world, false));
+    say_to(ex, string_message_serializer_t::message_to_xml_string(message()));
+}
+
+void worker_t::record()
+{
+    const auto kept = storage();
+    m_world.check(!kept->on_message(talking_ex(), message()), "a storage consumes nothing");
+}
+
+void worker_t::start_or_stop()
+{
+    if (pick(2) == 0)
+        storage()->start_recording();
+    else
+        m_world.check(storage()->stop_recording(), "a recording can be stopped");
+}
+
+void worker_t::replay()
+{
+    const auto kept = storage();
+    if (pick(4) == 0)
+        kept->stop_reading();
+    else if (kept->start_reading())
+        kept->replay(listening_ex());
+}
+
+// Nobody tells the library of what happens to its files.
+void worker_t::damage()
+{
+    const std::string log = m_world.log_name(pick(world_t::logs));
+    std::error_code error;
+    const auto size = std::filesystem::file_size(log, error);
+    if (error || size == 0)
+        return;
+    if (size > 300000 || pick(20) == 0)
+        std::filesystem::remove(log, error);
+    else if (pick(10) == 0)
+        std::filesystem::resize_file(log, pick(size), error);
+}
+
+void worker_t::read_property()
+{
+    const auto asked = message();
+    const std::wstring name = config_reader_t::get()->read_property(talking_ex(), asked, L"name");
+    const std::wstring type = asked->get_type();
+    m_world.check(name == (type == L"soak_third" ? L"" : type.substr(5)), "a property is found");
+}
+
+void worker_t::show()
+{
+    const auto shown = message();
+    const std::wstring sum = shown->get_content().args.at(L"sum");
+    extended_message_t extended(talking_ex(), shown);
+    m_world.check(extended.get_text() == shown->get_type() + L' ' + sum, "a text is composed");
+    const bool has_title = shown->get_type() != L"soak_third";
+    m_world.check(extended.get_title() == (has_title ? L"title " : L" ") + sum,
+                  "a title is composed");
+    extended_message_t copy(extended);
+    m_world.check(copy.get_message() == shown, "a copy is of the same message");
+}
+
+void worker_t::copy_values()
+{
+    const auto original = message();
+    message_t copy(*original);
+    copy.set_type(L"another");
+    copy = *original;
+    m_world.check(is_whole(copy) && copy.get_flags() == original->get_flags() &&
+                      copy.get_source() == original->get_source() && !copy.empty(),
+                  "a copy is the same");
+    const std::wstring text = odd_text(m_random);
+    const std::string utf8 = ROVA_2_18::strings::utf16_to_utf8(text);
+    m_world.check(ROVA_2_18::strings::utf16_to_utf8(ROVA_2_18::strings::utf8_to_utf16(utf8)) ==
+                      utf8,
+                  "UTF-8 survives the way through wide text");
+}
+
+void worker_t::report_progress()
+{
+    const auto progress = boost::make_shared<progress_message_t>();
+    progress->set_message(message());
+    progress->set_progress(boost::make_shared<half_done_t>());
+    progress->set_cancelable(false);
+    checking_handler_t handler(m_world, false);
+    m_world.check(!static_cast<base_handler_t&>(handler).on_message(talking_ex(), progress),
+                  "progress passes");
+    const progress_message_t copy(*progress);
+    m_world.check(!copy.is_cancelable(), "a copy is of the same progress");
+}
+
+void worker_t::use_files()
+{
+    const basekit2::path_t file(m_world.file_name("source0.xml"));
+    const basekit2::path_t copy(m_world.file_name("copy" + std::to_string(m_random()) + ".xml"));
+    m_world.check(basekit2::copy_file(file, copy), "a file can be copied");
+    basekit2::variant_bag_t bag;
+    basekit2::load_variant_bag2(bag, copy.as_string(), L"bag", false);
+    m_world.check(!bag.begin_bags().at_end(), "a copy holds what the file does");
+    m_world.check(basekit2::remove_file(copy), "a file can be removed");
+}
+
+} // namespace soak

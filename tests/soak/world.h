@@ -1,0 +1,87 @@
+#pragma once
+
+#include "../scratch_folder.h"
+
+#include <velmoext1/config_reader.h>
+#include <velmoext1/messages_storage.h>
+#include <velmoext1/velmo_ex.h>
+
+#include <boost/shared_ptr.hpp>
+
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace soak
+{
+
+/// An object that all threads share: any of them may take it, put another one there, or let it go.
+template <typename Object>
+class slot_t
+{
+public:
+    boost::shared_ptr<Object> get() const
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        return m_object;
+    }
+    void set(boost::shared_ptr<Object> object)
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_object.swap(object);
+    }
+
+private:
+    mutable std::mutex m_mutex;
+    boost::shared_ptr<Object> m_object; ///< guarded by m_mutex
+};
+
+/// What the threads work on. Talking objects have handlers and storages; listening ones are what a
+/// storage replays into, so they have no storage of their own.
+class world_t
+{
+public:
+    static constexpr std::size_t talking = 40;
+    static constexpr std::size_t listening = 10;
+    static constexpr std::size_t logs = 10;
+    static constexpr std::size_t sources = 4;
+
+    world_t();
+    ~world_t();
+    world_t(const world_t&) = delete;
+    world_t& operator=(const world_t&) = delete;
+
+    boost::shared_ptr<velmoext_1_4_8::velmo_ex_t> ex(std::size_t number);
+    void let_go_of_ex(std::size_t number) { m_exs.at(number).set(nullptr); }
+    boost::shared_ptr<velmoext_1_4_8::messages_storage_t> storage(std::size_t number);
+    void let_go_of_storage(std::size_t number) { m_storages.at(number).set(nullptr); }
+
+    std::string log_name(std::size_t number) const;
+    static std::wstring source_name(std::size_t number);
+    static std::wstring prefix() { return L"soak"; }
+
+    /// A file that can be read, in the folder of all files.
+    std::wstring file_name(const std::string& leaf) const { return m_folder.wide_name(leaf); }
+
+    /// Lets go of all objects and removes the logs.
+    void clear();
+
+    void check(bool condition, const char* what);
+    std::uint64_t wrong() const { return m_wrong; }
+    void count_message() { ++m_messages; }
+    std::uint64_t messages() const { return m_messages; }
+
+private:
+    scratch_folder_t m_folder;
+    boost::shared_ptr<velmoext_1_4_8::config_reader_t> m_reader;
+    std::array<slot_t<velmoext_1_4_8::velmo_ex_t>, talking + listening> m_exs;
+    std::array<slot_t<velmoext_1_4_8::messages_storage_t>, logs> m_storages;
+    std::atomic<std::uint64_t> m_wrong{0};
+    std::atomic<std::uint64_t> m_messages{0};
+};
+
+} // namespace soak
