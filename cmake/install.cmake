@@ -1,41 +1,49 @@
-# Installs the library, its headers and, with the bundled host, that and both kinds of package.
+# Installs the library, its headers and, with the bundled host, that and both kinds of package. Each
+# component is a package of its own where cmake/package.cmake makes some.
 option(VELMOEXT1_INSTALL "Make install rules" ${top_level})
 if(NOT VELMOEXT1_INSTALL)
   return()
 endif()
 include(CMakePackageConfigHelpers)
 
-set(header_directories include/)
-set(header_only "")
-set(libraries velmoext1)
-if(VELMOEXT1_BUNDLED_HOST)
-  set(header_only velmo2)
-  list(APPEND libraries rova basekit2 setbook2)
-  foreach(host velmo2 rova basekit2 setbook2)
-    list(APPEND header_directories host/${host}/include/)
-  endforeach()
-endif()
+function(install_headers directory component)
+  install(DIRECTORY ${directory}
+    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+    COMPONENT ${component}
+    FILES_MATCHING PATTERN "*.h")
+endfunction()
 
 # The libraries lie in one directory, wherever that is moved.
-set_target_properties(${libraries} PROPERTIES INSTALL_RPATH $ORIGIN)
-install(DIRECTORY ${header_directories}
-  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
-  FILES_MATCHING PATTERN "*.h")
+function(install_library target component development_component)
+  set_target_properties(${target} PROPERTIES INSTALL_RPATH $ORIGIN)
+  install(TARGETS ${target} ${ARGN}
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+    COMPONENT ${component}
+    NAMELINK_COMPONENT ${development_component})
+endfunction()
+
+install_headers(include/ development)
 
 # A package would have to name the embedding project's host libraries, and only that project knows
 # how they are found again.
 if(NOT VELMOEXT1_BUNDLED_HOST)
-  install(TARGETS ${libraries} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+  install_library(velmoext1 runtime development)
   return()
 endif()
 
-install(TARGETS ${header_only} ${libraries}
-  EXPORT velmoext1-targets
-  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install_library(velmoext1 runtime development EXPORT velmoext1-targets)
+install(TARGETS velmo2 EXPORT velmoext1-targets)
+install_headers(host/velmo2/include/ host_development)
+foreach(host rova basekit2 setbook2)
+  install_library(${host} ${host} host_development EXPORT velmoext1-targets)
+  install_headers(host/${host}/include/ host_development)
+endforeach()
+
 set(package_directory ${CMAKE_INSTALL_LIBDIR}/cmake/velmoext1)
 install(EXPORT velmoext1-targets
   NAMESPACE velmoext1::
-  DESTINATION ${package_directory})
+  DESTINATION ${package_directory}
+  COMPONENT development)
 
 configure_package_config_file(cmake/velmoext1-config.cmake.in velmoext1-config.cmake
   INSTALL_DESTINATION ${package_directory}
@@ -45,7 +53,8 @@ write_basic_package_version_file(velmoext1-config-version.cmake COMPATIBILITY Ex
 install(FILES
   ${PROJECT_BINARY_DIR}/velmoext1-config.cmake
   ${PROJECT_BINARY_DIR}/velmoext1-config-version.cmake
-  DESTINATION ${package_directory})
+  DESTINATION ${package_directory}
+  COMPONENT development)
 
 # Relative to the file itself, so that the installed tree can be moved.
 set(pc_prefix ${CMAKE_INSTALL_PREFIX})
@@ -56,4 +65,5 @@ cmake_path(RELATIVE_PATH CMAKE_INSTALL_FULL_INCLUDEDIR
   BASE_DIRECTORY ${CMAKE_INSTALL_PREFIX} OUTPUT_VARIABLE pc_includedir)
 configure_file(cmake/velmoext1.pc.in velmoext1.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/velmoext1.pc
-  DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+  DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
+  COMPONENT development)

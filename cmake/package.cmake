@@ -1,0 +1,167 @@
+# Debian packages, by CPack: one for each component that cmake/install.cmake installs, and one for
+# the documentation. tools/package makes them.
+option(VELMOEXT1_PACKAGES "Make Debian packages; needs what tools/docs writes" OFF)
+if(NOT (top_level AND VELMOEXT1_PACKAGES))
+  return()
+endif()
+set(VELMOEXT1_PACKAGE_MAINTAINER "velmoext1 developers <velmoext1@example.org>" CACHE STRING
+  "Who answers for the packages")
+set(VELMOEXT1_PACKAGE_REVISION 0upstream1 CACHE STRING
+  "Counts the packages made of one version; a distributor's own count begins above it, with 1")
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_VERBATIM_VARIABLES ON)
+set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # each package has its own
+set(CPACK_STRIP_FILES ON)
+set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/package/one_time.cmake)
+
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(CPACK_DEBIAN_PACKAGE_SOURCE velmoext1)
+set(CPACK_DEBIAN_PACKAGE_MAINTAINER ${VELMOEXT1_PACKAGE_MAINTAINER})
+set(CPACK_DEBIAN_PACKAGE_RELEASE ${VELMOEXT1_PACKAGE_REVISION})
+set(CPACK_PROJECT_CONFIG_FILE ${PROJECT_BINARY_DIR}/package/config.cmake)
+
+set(package_version ${PROJECT_VERSION}-${VELMOEXT1_PACKAGE_REVISION})
+# That of SOURCE_DATE_EPOCH, so that the same sources give the same bytes.
+string(TIMESTAMP package_date "%a, %d %b %Y %H:%M:%S +0000" UTC)
+set(changelogs
+  ${PROJECT_BINARY_DIR}/package/changelog
+  ${PROJECT_BINARY_DIR}/package/changelog.Debian)
+configure_file(CHANGELOG.md package/changelog COPYONLY)
+configure_file(cmake/package/changelog.in package/changelog.Debian @ONLY)
+execute_process(
+  COMMAND gzip --best --no-name --force --keep ${changelogs}
+  COMMAND_ERROR_IS_FATAL ANY)
+list(TRANSFORM changelogs APPEND .gz)
+
+function(package component name section)
+  cmake_parse_arguments(PARSE_ARGV 3 arg "" "SUMMARY;TEXT" "DEPENDS")
+  list(JOIN arg_DEPENDS ", " depends)
+  string(TOUPPER ${component} id)
+  set(CPACK_DEBIAN_${id}_PACKAGE_NAME ${name} PARENT_SCOPE)
+  set(CPACK_DEBIAN_${id}_PACKAGE_SECTION ${section} PARENT_SCOPE)
+  set(CPACK_DEBIAN_${id}_PACKAGE_DEPENDS "${depends}" PARENT_SCOPE)
+  set(CPACK_COMPONENT_${id}_DESCRIPTION "${arg_SUMMARY}\n${arg_TEXT}" PARENT_SCOPE)
+  set(CPACK_COMPONENTS_ALL ${CPACK_COMPONENTS_ALL} ${component} PARENT_SCOPE)
+  install(FILES cmake/package/copyright ${changelogs}
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${name}
+    COMPONENT ${component})
+endfunction()
+
+# CPack's own way to the shlibs file brings maintainer scripts along that call ldconfig, and finds
+# no library of a neighbouring package. So both stand here: what others get by linking to the
+# library, and, once it is built, what it depends on itself.
+set(shlibs "")
+set(config "include([[${PROJECT_SOURCE_DIR}/cmake/package/library_depends.cmake]])\n")
+macro(library_package target component name)
+  package(${component} ${name} libs ${ARGN})
+  get_target_property(soversion ${target} SOVERSION)
+  set(line "lib${target} ${soversion} ${name} (>= ${PROJECT_VERSION})\n")
+  file(CONFIGURE OUTPUT package/${component}/shlibs CONTENT "${line}")
+  string(APPEND shlibs "${line}")
+  string(TOUPPER ${component} id)
+  set(CPACK_DEBIAN_${id}_PACKAGE_CONTROL_EXTRA
+    ${PROJECT_SOURCE_DIR}/cmake/package/triggers
+    ${PROJECT_BINARY_DIR}/package/${component}/shlibs)
+  string(APPEND config
+    "library_depends(${id} [[$<TARGET_FILE:${target}>]] [[$<TARGET_FILE_DIR:rova>]])\n")
+endmacro()
+
+library_package(velmoext1 runtime libvelmoext1-${PROJECT_VERSION}
+  SUMMARY "structured message reporting over a text channel"
+  TEXT
+"A component of a host application says what happened, how grave it is, with
+which named arguments and from which source. The library carries that over the
+host's text channel, delivers it to handlers on the far side, records it in a
+log that can be replayed, and gives it a title and a text in the user's
+language.
+\nThis package holds the shared library. Namespace and soname carry the whole
+version, so two releases can be installed side by side.")
+
+library_package(rova rova librova2.18
+  SUMMARY "host interface of velmoext1 for texts and named arguments"
+  TEXT
+"Conversions of wide text, named arguments, message patterns in the user's
+language and the reporting of broken preconditions, as velmoext1 asks them of
+its host application.")
+
+library_package(basekit2 basekit2 libbasekit2-2
+  SUMMARY "host interface of velmoext1 for paths, files and variant bags"
+  TEXT
+"Paths, the copying and reading of files, and trees of named values that are
+loaded from XML, as velmoext1 asks them of its host application.")
+
+library_package(setbook2 setbook2 libsetbook2-2
+  SUMMARY "host interface of velmoext1 for locations and catalogs"
+  TEXT
+"Where a product's files are, and its message catalogs: those that an
+application registers, and gettext's files in a directory. velmoext1 asks them
+of its host application.")
+
+package(development libvelmoext1-dev libdevel
+  DEPENDS
+    "libvelmoext1-${PROJECT_VERSION} (= ${package_version})"
+    "libvelmoext1-host-dev (= ${package_version})"
+    "libboost-dev (>= 1.74)"
+    "libboost-thread-dev (>= 1.74)"
+  SUMMARY "structured message reporting over a text channel, for development"
+  TEXT
+"A component of a host application says what happened, how grave it is, with
+which named arguments and from which source; the library carries that to
+handlers, a log, and the user in the user's language.
+\nThis package holds the headers and what CMake and pkg-config need.")
+
+package(host_development libvelmoext1-host-dev libdevel
+  DEPENDS
+    "librova2.18 (= ${package_version})"
+    "libbasekit2-2 (= ${package_version})"
+    "libsetbook2-2 (= ${package_version})"
+    "libboost-dev (>= 1.74)"
+  SUMMARY "host interfaces of velmoext1, for development"
+  TEXT
+"velmo2 (headers only), rova, basekit2 and setbook2: what velmoext1 asks of the
+application that it works for.
+\nThis package holds the headers. CMake finds the libraries through
+libvelmoext1-dev.")
+
+package(documentation libvelmoext1-doc doc
+  SUMMARY "structured message reporting over a text channel, documentation"
+  TEXT
+"The reference of all public classes of velmoext1 and of its host interfaces,
+and pages on how the library is built, what survives in its log, and what it
+promises.")
+set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_ARCHITECTURE all)
+set(doc_directory ${CMAKE_INSTALL_DATADIR}/doc/libvelmoext1-doc)
+install(DIRECTORY build/docs/html
+  DESTINATION ${doc_directory}
+  COMPONENT documentation)
+install(DIRECTORY docs
+  DESTINATION ${doc_directory}
+  COMPONENT documentation
+  FILES_MATCHING PATTERN "*.md")
+install(FILES README.md CONTRIBUTING.md SECURITY.md
+  DESTINATION ${doc_directory}
+  COMPONENT documentation)
+file(CONFIGURE OUTPUT package/doc-base/libvelmoext1-doc CONTENT
+"Document: velmoext1
+Title: velmoext1
+Abstract: Structured message reporting over a host application's text channel
+Section: Programming/C++
+
+Format: HTML
+Index: ${CMAKE_INSTALL_FULL_DATADIR}/doc/libvelmoext1-doc/html/index.html
+Files: ${CMAKE_INSTALL_FULL_DATADIR}/doc/libvelmoext1-doc/html/*
+")
+install(FILES ${PROJECT_BINARY_DIR}/package/doc-base/libvelmoext1-doc
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/doc-base
+  COMPONENT documentation)
+
+# dpkg-shlibdeps wants to stand beside a debian/control.
+file(CONFIGURE OUTPUT package/debian/control CONTENT "")
+file(CONFIGURE OUTPUT package/debian/shlibs.local CONTENT "${shlibs}")
+file(GENERATE OUTPUT package/config.cmake CONTENT "${config}")
+include(CPack)
