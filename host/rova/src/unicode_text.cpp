@@ -38,7 +38,7 @@ std::uint32_t copy(const From* from, std::size_t size, To* to)
 {
     std::uint32_t bits = 0;
     for (; size >= block_size; size -= block_size, from += block_size, to += block_size) {
-        std::array<From, block_size> block;
+        std::array<From, block_size> block = {};
         std::copy_n(from, block_size, block.begin());
         for (std::size_t i = 0; i != block_size; ++i)
             bits |= static_cast<std::uint32_t>(block[i]);
