@@ -13,6 +13,18 @@ bool take(std::size_t& left, std::size_t amount)
     return true;
 }
 
+// libxml2 takes a name apart at its first two colons. Where a name stands between them, what
+// follows the second one must begin a name too, or the whole document is none.
+bool can_be_taken_apart(const std::wstring& name)
+{
+    const std::size_t first = name.find(L':');
+    const std::size_t second = first == std::wstring::npos ? first : name.find(L':', first + 1);
+    if (first == 0 || second == std::wstring::npos || second + 1 == name.size())
+        return true;
+    return is_xml_name(name.substr(second + 1)) ||
+           !is_xml_name(name.substr(first + 1, second - first - 1));
+}
+
 bool declares_namespace(const std::string& name)
 {
     return name.compare(0, 5, "xmlns") == 0;
@@ -23,7 +35,8 @@ bool declares_namespace(const std::string& name)
 bool reader_limits_t::admit_name(const std::wstring& key, const xml_text_t& name)
 {
     const std::size_t size = name.utf8().size();
-    return size <= longest_name && is_xml_name(key) && take(m_names_left, size + 1);
+    return size <= longest_name && is_xml_name(key) && can_be_taken_apart(key) &&
+           take(m_names_left, size + 1);
 }
 
 bool reader_limits_t::admit_attribute(const xml_text_t& name, const xml_text_t& value)

@@ -14,8 +14,9 @@ namespace velmoext_1_4_8
 class reader_limits_t
 {
 public:
-    /// Whether the key can name an attribute or element: it is an XML name, not too long, and the
-    /// reader's dictionary still has room for it. `name` is the key in UTF-8.
+    /// Whether the key can name an attribute or element: it is an XML name that libxml2 can take
+    /// apart, not too long, and the reader's dictionary still has room for it. `name` is the key in
+    /// UTF-8.
     bool admit_name(const std::wstring& key, const xml_text_t& name);
 
     /// Whether the start tag still takes this attribute, and has no other of that name.

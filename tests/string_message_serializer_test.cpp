@@ -285,6 +285,26 @@ TEST(string_message_serializer_test, odd_uses_of_colons_and_namespaces_can_be_re
         }
 }
 
+TEST(string_message_serializer_test, a_name_that_libxml2_cannot_take_apart_costs_only_itself)
+{
+    for (const wchar_t* key : {L"a:b:1", L"a:b:-c", L"a:b:1:c", L"\xE4:b:\xB7"}) {
+        const auto read =
+            encode_and_decode(make_content({{key, L"1"}, {L"l", L"2"}}, {}, {{key, L"3"}}));
+        EXPECT_EQ(read.attributes, (texts_t{{L"l", L"2"}}))
+            << testing::PrintToString(std::wstring(key));
+        EXPECT_EQ(read.elements, texts_t());
+    }
+}
+
+TEST(string_message_serializer_test,
+     a_name_of_several_colons_comes_back_where_it_can_be_taken_apart)
+{
+    for (const wchar_t* key :
+         {L"a:b:c", L"a:b:", L"a:b::1", L"a:1:2", L"a::1", L":a:1", L"a:b:c:1"})
+        EXPECT_EQ(encode_and_decode(make_content({{key, L"1"}})).attributes, (texts_t{{key, L"1"}}))
+            << testing::PrintToString(std::wstring(key));
+}
+
 TEST(string_message_serializer_test, two_spellings_of_one_attribute_name_do_not_cost_the_message)
 {
     const texts_t texts = {{units({0xD801, 0xDC00}), L"1"}, {units({0x10400}), L"2"}};

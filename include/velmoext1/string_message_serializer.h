@@ -26,7 +26,8 @@ public:
     /// What a reader would refuse costs only itself:
     /// - a character that XML 1.0 cannot carry becomes U+FFFD;
     /// - an attribute or element is left out whose key is no XML name, is longer than 50,000 bytes,
-    ///   or brings all keys together over 3,500,000 bytes;
+    ///   has a digit or a mark such as '-' behind its second colon, as in `a:b:1`, or brings all
+    ///   keys together over 3,500,000 bytes;
     /// - an attribute is left out that brings the start tag over 9,990,000 bytes, an argument whose
     ///   name is longer than that.
     ///

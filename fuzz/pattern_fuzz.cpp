@@ -1,0 +1,149 @@
+// Whatever a pattern says, the text is the same each time and on each thread; it is the pattern
+// where ICU takes it for none, and ICU's where texts alone are put in.
+//
+// The first line of an input is the locale; then an argument per line, NAME=TEXT, up to an empty
+// line; the rest is the pattern.
+#include "fuzz_target.h"
+#include "input_text.h"
+#include "require.h"
+
+#include <rova/i18n.h>
+#include <rova/strings.h>
+
+#include <unicode/messagepattern.h>
+#include <unicode/msgfmt.h>
+
+#include <algorithm>
+#include <map>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace
+{
+
+using ROVA_2_18::generic::varg_list;
+using ROVA_2_18::i18n::message_t;
+
+const std::size_t longest_text = 16777216;
+/// Far below what the limits for patterns begin at.
+const std::ptrdiff_t most_braces = 40;
+
+struct input_t
+{
+    std::string locale;
+    varg_list arguments;
+    std::map<std::string, std::wstring> values;
+    std::wstring pattern;
+};
+
+void add_argument(input_t& input, const std::string& line)
+{
+    const auto parts = split_once(line, '=');
+    // Names are UTF-8, whatever the input is.
+    const std::string name = ROVA_2_18::strings::utf16_to_utf8(to_wide(parts.first));
+    const std::wstring value = to_wide(parts.second);
+    input.arguments.push_back(ROVA_2_18::generic::argument(name, value));
+    input.values.emplace(name, value);
+}
+
+input_t read_input(const std::string& bytes)
+{
+    input_t input;
+    auto parts = split_once(bytes, '\n');
+    input.locale = parts.first;
+    for (parts = split_once(parts.second, '\n'); !parts.first.empty();
+         parts = split_once(parts.second, '\n'))
+        add_argument(input, parts.first);
+    input.pattern = to_wide(parts.second);
+    return input;
+}
+
+/// Whether each element is a whole character of two bytes.
+bool is_basic(const std::wstring& text)
+{
+    return std::all_of(text.begin(), text.end(), [](wchar_t element) {
+        return (element >= 0 && element < 0xD800) || (element >= 0xE000 && element <= 0xFFFF);
+    });
+}
+
+icu::UnicodeString to_unicode(const std::wstring& text)
+{
+    icu::UnicodeString unicode;
+    for (const wchar_t element : text)
+        unicode.append(static_cast<char16_t>(element));
+    return unicode;
+}
+
+std::wstring to_wide(const icu::UnicodeString& text)
+{
+    std::wstring wide;
+    for (int at = 0; at < text.length(); ++at)
+        wide.push_back(text[at]);
+    return wide;
+}
+
+bool has_texts_alone(const icu::MessagePattern& parsed)
+{
+    for (int at = 0; at < parsed.countParts(); ++at) {
+        const UMessagePatternArgType type = parsed.getPart(at).getArgType();
+        if (type != UMSGPAT_ARG_TYPE_NONE && type != UMSGPAT_ARG_TYPE_SELECT)
+            return false;
+    }
+    return true;
+}
+
+/// What ICU makes of it, with nothing between it and the pattern.
+std::wstring format_by_icu(const input_t& input)
+{
+    UErrorCode status = U_ZERO_ERROR;
+    const icu::MessageFormat format(to_unicode(input.pattern), icu::Locale::getRoot(), status);
+    std::vector<icu::UnicodeString> names;
+    std::vector<icu::Formattable> values;
+    for (const auto& value : input.values) {
+        names.push_back(icu::UnicodeString::fromUTF8(value.first));
+        values.emplace_back(to_unicode(value.second));
+    }
+    icu::UnicodeString text;
+    format.format(names.data(), values.data(), static_cast<int>(names.size()), text, status);
+    return U_SUCCESS(status) ? to_wide(text) : input.pattern;
+}
+
+void require_as_by_icu(const input_t& input, const std::wstring& text)
+{
+    const bool is_small =
+        std::count(input.pattern.begin(), input.pattern.end(), L'{') <= most_braces;
+    const bool is_comparable =
+        is_basic(input.pattern) &&
+        std::all_of(input.values.begin(), input.values.end(),
+                    [](const auto& value) { return is_basic(value.second); });
+    if (!is_small || !is_comparable)
+        return;
+    UErrorCode status = U_ZERO_ERROR;
+    const icu::MessagePattern parsed(to_unicode(input.pattern), nullptr, status);
+    if (U_FAILURE(status) != 0)
+        require(text == input.pattern, "what is no pattern is its own text");
+    else if (has_texts_alone(parsed))
+        require(text == format_by_icu(input), "the text that ICU makes");
+}
+
+} // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    const input_t input = read_input(std::string(data, data + size));
+    const message_t message(input.pattern, input.locale);
+    std::wstring text_beside;
+    std::thread beside(
+        [copy = message, &input, &text_beside] { text_beside = copy.as_ustring(input.arguments); });
+    const std::wstring text = message.as_ustring(input.arguments);
+    beside.join();
+
+    require(text == text_beside, "the same text on two threads");
+    require(text == message.as_ustring(input.arguments), "the same text again");
+    require(text == message_t(input.pattern, input.locale).as_ustring(input.arguments),
+            "the same text of the same pattern");
+    require(text.size() <= longest_text, "a text within its limit");
+    require_as_by_icu(input, text);
+    return 0;
+}
