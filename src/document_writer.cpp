@@ -34,16 +34,17 @@ document_writer_t::document_writer_t() : m_declaration(make_xml_declaration())
         xmlTextWriterSetIndent(m_writer.get(), 1);
 }
 
-bool document_writer_t::write(const boost::shared_ptr<message_t>& message)
+bool document_writer_t::write(const boost::shared_ptr<message_t>& message,
+                              const xml_silence_t& silence)
 {
     if (!m_writer || m_declaration.empty())
         return false;
     m_document = m_declaration;
-    write_message_element(message, m_writer.get());
+    write_message_element(message, m_writer.get(), silence);
     const bool is_written = xmlTextWriterFlush(m_writer.get()) >= 0;
     if (m_failure)
         std::rethrow_exception(m_failure);
-    return is_written;
+    return is_written && !silence.has_lacked_memory();
 }
 
 // Nothing thrown may fly through libxml2's frames.

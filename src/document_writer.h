@@ -1,6 +1,7 @@
 #pragma once
 
 #include "xml_handles.h"
+#include "xml_silence.h"
 
 #include <velmoext1/message.h>
 
@@ -28,7 +29,7 @@ public:
 
     /// False where libxml2 refuses, also for want of memory. After that, and after anything thrown,
     /// this writer is not to be used any more.
-    bool write(const boost::shared_ptr<message_t>& message);
+    bool write(const boost::shared_ptr<message_t>& message, const xml_silence_t& silence);
 
     /// What was written last.
     const std::string& document() const { return m_document; }

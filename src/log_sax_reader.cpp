@@ -134,11 +134,12 @@ void log_sax_reader::on_characters(void* reader, const xmlChar* text, int length
         self.guard([&] { self.characters(from_xml(text), length); });
 }
 
-// libxml2's frames know nothing of exceptions: none may fly through them.
+// libxml2's frames know nothing of exceptions: none may fly through them. What it tells without
+// memory is not all there was.
 template <typename Step>
 void log_sax_reader::guard(const Step& step) noexcept
 {
-    if (m_failure)
+    if (m_failure || m_silence->has_lacked_memory())
         return;
     try {
         step();

@@ -44,13 +44,13 @@ struct scratch_t
 class element_writer_t
 {
 public:
-    element_writer_t(xmlTextWriterPtr writer, scratch_t& scratch)
-        : m_writer(writer), m_name(scratch.name), m_value(scratch.value)
+    element_writer_t(xmlTextWriterPtr writer, scratch_t& scratch, const xml_silence_t& silence)
+        : m_writer(writer), m_silence(silence), m_name(scratch.name), m_value(scratch.value)
     {}
 
     bool write(const message_t& message)
     {
-        if (xmlTextWriterStartElement(m_writer, to_xml(message_format::msg)) < 0)
+        if (!start(message_format::msg))
             return false;
         try {
             write_children(message);
@@ -69,8 +69,10 @@ private:
         write_content(message_access::content(message));
         write_text_element(message_format::type, message_access::type(message));
         const char* const severity = severity_text(message.get_severity());
-        if (*severity != '\0')
-            xmlTextWriterWriteElement(m_writer, to_xml(message_format::severity), to_xml(severity));
+        if (*severity != '\0' && start(message_format::severity)) {
+            xmlTextWriterWriteRaw(m_writer, to_xml(severity));
+            xmlTextWriterEndElement(m_writer);
+        }
     }
 
     bool write_content(const message_t::message_content_t& content)
@@ -103,7 +105,7 @@ private:
         m_name.assign(key);
         m_value.assign(text);
         return !reader_limits_t::admits_arg(m_name) ||
-               (xmlTextWriterStartElement(m_writer, to_xml(message_format::arg)) >= 0 &&
+               (start(message_format::arg) &&
                 xmlTextWriterWriteAttribute(m_writer, to_xml(message_format::arg_name),
                                             to_xml(m_name.utf8())) >= 0 &&
                 write_value() && xmlTextWriterEndElement(m_writer) >= 0);
@@ -119,8 +121,20 @@ private:
     bool write_text_element(const char* name, const std::wstring& text)
     {
         m_value.assign(text);
-        return xmlTextWriterStartElement(m_writer, to_xml(name)) >= 0 && write_value() &&
-               xmlTextWriterEndElement(m_writer) >= 0;
+        return start(name) && write_value() && xmlTextWriterEndElement(m_writer) >= 0;
+    }
+
+    // Where the writer has no memory to note the element that it began, it goes on as if it had
+    // not: what was written of it is ended here.
+    bool start(const char* name)
+    {
+        const int losses = m_silence.hidden_losses();
+        if (xmlTextWriterStartElement(m_writer, to_xml(name)) < 0)
+            return false;
+        const bool is_noted = m_silence.hidden_losses() == losses;
+        if (!is_noted)
+            xmlTextWriterWriteRaw(m_writer, to_xml("/>"));
+        return is_noted;
     }
 
     // The writer escapes a text in a copy, also one in which there is nothing to escape.
@@ -134,6 +148,7 @@ private:
     }
 
     xmlTextWriterPtr m_writer;
+    const xml_silence_t& m_silence;
     xml_text_t& m_name;
     xml_text_t& m_value;
     reader_limits_t m_limits;
@@ -219,10 +234,11 @@ private:
 
 } // namespace
 
-bool write_message_element(boost::shared_ptr<message_t> message, xmlTextWriterPtr writer)
+bool write_message_element(boost::shared_ptr<message_t> message, xmlTextWriterPtr writer,
+                           const xml_silence_t& silence)
 {
     thread_local scratch_t scratch;
-    const bool is_written = element_writer_t(writer, scratch).write(*message);
+    const bool is_written = element_writer_t(writer, scratch, silence).write(*message);
     scratch.trim();
     return is_written;
 }

@@ -13,6 +13,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <new>
 #include <string>
 #include <system_error>
 #include <utility>
@@ -46,7 +47,6 @@ int write_to_file(void* file, const char* bytes, int count)
 // this one is closed.
 xml_writer_t create_writer(file_descriptor_t& file)
 {
-    initialize_xml_library();
     xmlOutputBufferPtr buffer = xmlOutputBufferCreateIO(write_to_file, nullptr, &file, nullptr);
     xml_writer_t writer(buffer ? xmlNewTextWriter(buffer) : nullptr);
     if (buffer && !writer)
@@ -84,8 +84,10 @@ messages_storage_impl_t::~messages_storage_impl_t()
 bool messages_storage_impl_t::on_message(boost::shared_ptr<velmo_ex_t> /*ex*/,
                                          boost::shared_ptr<message_t> msg)
 {
-    if (msg && m_writer && (msg->get_flags() & recorded_flags) != 0)
-        write_message_element(std::move(msg), m_writer.get());
+    if (msg && m_writer && (msg->get_flags() & recorded_flags) != 0) {
+        const xml_silence_t silence;
+        write_message_element(std::move(msg), m_writer.get(), silence);
+    }
     return false;
 }
 
@@ -105,6 +107,7 @@ bool messages_storage_impl_t::stop_recording()
 {
     if (!m_writer)
         return true;
+    const xml_silence_t silence;
     xmlTextWriterEndElement(m_writer.get());
     xmlTextWriterEndDocument(m_writer.get());
     m_writer.reset();
@@ -123,7 +126,10 @@ bool messages_storage_impl_t::replay(boost::shared_ptr<velmo_ex_t> ex)
         return false;
     m_replay_reader.set_callback(
         [&ex](const boost::shared_ptr<message_t>& msg) { velmo_ex_t::dispatch_message(ex, msg); });
-    return m_replay_reader.parse();
+    const bool is_read = m_replay_reader.parse();
+    if (is_read && m_replay_reader.has_lacked_memory())
+        throw std::bad_alloc();
+    return is_read;
 }
 
 void messages_storage_impl_t::stop_reading()
@@ -184,12 +190,15 @@ basekit2::path_t messages_storage_impl_t::temporary_path() const
 // what is recorded goes nowhere, until it is stopped.
 bool messages_storage_impl_t::begin_log()
 {
+    initialize_xml_library();
+    const xml_silence_t silence;
     m_writer = create_writer(m_write_file);
     if (!m_writer)
         return false;
     xmlTextWriterSetIndent(m_writer.get(), 1);
     xmlTextWriterStartDocument(m_writer.get(), nullptr, "UTF-8", nullptr);
-    return xmlTextWriterStartElement(m_writer.get(), to_xml(message_format::log)) >= 0;
+    return xmlTextWriterStartElement(m_writer.get(), to_xml(message_format::log)) >= 0 &&
+           !silence.has_lacked_memory();
 }
 
 bool messages_storage_impl_t::carry_over(const basekit2::path_t& copy, bool is_own_copy)
@@ -221,7 +230,7 @@ bool messages_storage_impl_t::write_messages_of(const basekit2::path_t& copy, st
     const xml_silence_t silence;
     log_file_reader reader(utf8_name(copy));
     reader.set_callback([&](boost::shared_ptr<message_t> msg) {
-        is_written = write_message_element(std::move(msg), m_writer.get()) && is_written;
+        is_written = write_message_element(std::move(msg), m_writer.get(), silence) && is_written;
     });
     reader.parse();
     is_written = xmlTextWriterFlush(m_writer.get()) >= 0 && is_written;

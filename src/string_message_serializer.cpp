@@ -50,7 +50,7 @@ string_message_serializer_t::message_to_xml_string(boost::shared_ptr<message_t> 
     initialize_xml_library();
     const xml_silence_t silence;
     auto writer = kept ? std::move(kept) : std::make_unique<document_writer_t>();
-    if (!writer->write(message) || silence.has_lacked_memory())
+    if (!writer->write(message, silence))
         return std::wstring();
     std::wstring text = ROVA_2_18::strings::utf8_to_utf16(writer->document());
     // Only one that came through well, and without much memory, writes the next message.
@@ -74,6 +74,8 @@ string_message_serializer_t::xml_string_to_message(const std::wstring& text)
     const xml_silence_t silence;
     auto reader = kept ? std::move(kept) : std::make_unique<document_reader_t>();
     boost::shared_ptr<message_t> message = reader->read(document);
+    if (silence.has_lacked_memory())
+        return boost::shared_ptr<message_t>();
     if (message && document.size() <= largest_kept && reader->is_fresh())
         kept = std::move(reader);
     return message;

@@ -3,22 +3,15 @@
 #include <libxml/globals.h>
 #include <libxml/parser.h>
 
+#include <cstring>
 #include <utility>
 
 namespace velmoext_1_4_8
 {
-namespace
-{
-
-// libxml2's own type asks for a function of C's variable arguments.
-void ignore_text(void* /*context*/, const char* /*format*/, ...) {} // NOLINT(cert-dcl50-cpp)
-
-} // namespace
-
 xml_silence_t::xml_silence_t(faults_t faults)
     : m_faults(faults), m_generic_place(&xmlGenericError),
       m_generic_context_place(&xmlGenericErrorContext), m_structured_place(&xmlStructuredError),
-      m_structured_context_place(&xmlStructuredErrorContext)
+      m_structured_context_place(&xmlStructuredErrorContext), m_last_error_place(&xmlLastError)
 {
     begin();
 }
@@ -26,6 +19,7 @@ xml_silence_t::xml_silence_t(faults_t faults)
 xml_silence_t::~xml_silence_t()
 {
     end();
+    xmlResetError(&m_last_error);
 }
 
 xml_silence_t::pause_t::pause_t(xml_silence_t& silence) : m_silence(silence)
@@ -36,6 +30,18 @@ xml_silence_t::pause_t::pause_t(xml_silence_t& silence) : m_silence(silence)
 xml_silence_t::pause_t::~pause_t()
 {
     m_silence.begin();
+}
+
+// libxml2's own type asks for a function of C's variable arguments. Lists, among others, know no
+// other way to tell that they have no memory.
+// NOLINTNEXTLINE(cert-dcl50-cpp)
+void xml_silence_t::hear_text(void* silence, const char* format, ...)
+{
+    if (!std::strstr(format, "memory") && !std::strstr(format, "lloc failed"))
+        return;
+    auto& self = *static_cast<xml_silence_t*>(silence);
+    self.m_has_lacked_memory = true;
+    ++self.m_hidden_losses;
 }
 
 void xml_silence_t::hear_error(void* silence, xmlErrorPtr error)
@@ -54,10 +60,11 @@ void xml_silence_t::hear(const xmlError& error)
 
 void xml_silence_t::begin()
 {
-    m_generic = std::exchange(*m_generic_place, ignore_text);
-    m_generic_context = std::exchange(*m_generic_context_place, nullptr);
+    m_generic = std::exchange(*m_generic_place, hear_text);
+    m_generic_context = std::exchange(*m_generic_context_place, this);
     m_structured = std::exchange(*m_structured_place, hear_error);
     m_structured_context = std::exchange(*m_structured_context_place, this);
+    swap_last_error();
 }
 
 void xml_silence_t::end()
@@ -66,6 +73,14 @@ void xml_silence_t::end()
     *m_generic_context_place = m_generic_context;
     *m_structured_place = m_structured;
     *m_structured_context_place = m_structured_context;
+    swap_last_error();
+}
+
+// Nearly always there is none on either side.
+void xml_silence_t::swap_last_error()
+{
+    if (m_last_error.code != XML_ERR_OK || m_last_error_place->code != XML_ERR_OK)
+        std::swap(m_last_error, *m_last_error_place);
 }
 
 } // namespace velmoext_1_4_8

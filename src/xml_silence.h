@@ -5,9 +5,9 @@
 namespace velmoext_1_4_8
 {
 
-/// Keeps libxml2 from printing on this thread as long as it lives. Some of its errors go to the
-/// thread's handlers, whatever options and handlers a parse has of its own; other threads keep
-/// theirs.
+/// Keeps libxml2 from printing on this thread as long as it lives, and then leaves the thread's
+/// last error as it was. Some of its errors go to the thread's handlers, whatever options and
+/// handlers a parse has of its own; other threads keep theirs.
 class xml_silence_t
 {
 public:
@@ -26,7 +26,11 @@ public:
     /// Whether libxml2 told meanwhile that it has no memory.
     bool has_lacked_memory() const { return m_has_lacked_memory; }
 
-    /// Gives the thread its own handlers back, as long as it lives, while other code runs there.
+    /// How often it told so in a text alone, and then answered as if all were well.
+    int hidden_losses() const { return m_hidden_losses; }
+
+    /// Gives the thread its own handlers and last error back, as long as it lives, while other code
+    /// runs there.
     class pause_t
     {
     public:
@@ -40,24 +44,30 @@ public:
     };
 
 private:
+    static void hear_text(void* silence, const char* format, ...);
     static void hear_error(void* silence, xmlErrorPtr error);
 
     void hear(const xmlError& error);
     void begin();
     void end();
+    void swap_last_error();
 
     const faults_t m_faults;
     bool m_has_lacked_memory = false;
+    int m_hidden_losses = 0;
 
-    // The thread's own handlers, and where libxml2 has them: it looks for that place at each call.
+    // The thread's own handlers and last error, and where libxml2 has them: it looks for that place
+    // at each call.
     xmlGenericErrorFunc* const m_generic_place;
     void** const m_generic_context_place;
     xmlStructuredErrorFunc* const m_structured_place;
     void** const m_structured_context_place;
+    xmlError* const m_last_error_place;
     xmlGenericErrorFunc m_generic = nullptr;
     void* m_generic_context = nullptr;
     xmlStructuredErrorFunc m_structured = nullptr;
     void* m_structured_context = nullptr;
+    xmlError m_last_error = {};
 };
 
 } // namespace velmoext_1_4_8

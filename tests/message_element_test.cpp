@@ -44,10 +44,15 @@ xml_writer_t make_failing_writer()
     return xml_writer_t(xmlNewTextWriter(buffer));
 }
 
+bool write_to(xmlTextWriterPtr writer, const message_ptr& message)
+{
+    return write_message_element(message, writer, xml_silence_t());
+}
+
 std::string write(const message_ptr& message)
 {
     memory_writer_t writer;
-    EXPECT_TRUE(write_message_element(message, writer.get()));
+    EXPECT_TRUE(write_to(writer.get(), message));
     return writer.text();
 }
 
@@ -123,14 +128,14 @@ TEST(message_element_test, an_empty_element_name_ends_the_content_but_not_the_el
 
 TEST(message_element_test, a_writer_that_refuses_the_start_is_reported)
 {
-    EXPECT_FALSE(write_message_element(make_message(L"t"), nullptr));
+    EXPECT_FALSE(write_to(nullptr, make_message(L"t")));
 }
 
 TEST(message_element_test, a_writer_that_refuses_the_end_is_reported)
 {
     // What does not fit into libxml2's buffer meets the refusal.
     const auto message = make_message(std::wstring(100000, L'x'));
-    EXPECT_FALSE(write_message_element(message, make_failing_writer().get()));
+    EXPECT_FALSE(write_to(make_failing_writer().get(), message));
 }
 
 TEST(message_element_test, a_null_node_gives_null)

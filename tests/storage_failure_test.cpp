@@ -1,10 +1,8 @@
 // Starts that fail half-way: no memory for libxml2, no descriptor left.
 
+#include "failing_allocations.h"
 #include "storage_support.h"
 
-#include <libxml/xmlmemory.h>
-
-#include <cstring>
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -14,36 +12,14 @@ using namespace velmoext_1_4_8;
 namespace
 {
 
-// How many allocations of libxml2 still succeed; a negative number is never used up.
-long xml_allocations_left = -1;
-
-bool may_allocate()
+// libxml2 has no more memory than for so many allocations as long as this lives.
+class xml_memory_limit_t : failing_allocations_t
 {
-    if (xml_allocations_left > 0)
-        --xml_allocations_left;
-    return xml_allocations_left != 0;
-}
-
-// libxml2 asks for functions of C's kind.
-void* xml_malloc(std::size_t size)
-{
-    // NOLINTNEXTLINE(cppcoreguidelines-no-malloc)
-    return may_allocate() ? std::malloc(size) : nullptr;
-}
-
-void* xml_realloc(void* memory, std::size_t size)
-{
-    // NOLINTNEXTLINE(cppcoreguidelines-no-malloc)
-    return may_allocate() ? std::realloc(memory, size) : nullptr;
-}
-
-char* xml_strdup(const char* text)
-{
-    return may_allocate() ? strdup(text) : nullptr;
-}
-
-// libxml2 takes its functions once, before anything else of it is used.
-const int is_set_up = xmlMemSetup(std::free, xml_malloc, xml_realloc, xml_strdup);
+public:
+    explicit xml_memory_limit_t(long successes)
+        : failing_allocations_t(memory_t::libxml2, extent_t::rest, successes)
+    {}
+};
 
 // No descriptor beyond the next free ones can be had as long as this lives.
 class descriptor_limit_t
@@ -69,32 +45,22 @@ typedef storage_test_t storage_failure_test;
 
 } // namespace
 
-// Where libxml2 has no memory to note an element's beginning, it forgets what it already made.
-// The leak sanitizer asks for its exceptions under this name.
-// NOLINTNEXTLINE(bugprone-reserved-identifier,readability-identifier-naming)
-extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions()
-{
-    return "leak:xmlTextWriterStartElement";
-}
-
 TEST_F(storage_failure_test, a_start_without_memory_for_libxml2_answers_and_can_be_stopped)
 {
-    ASSERT_EQ(is_set_up, 0);
     const storage_ptr storage = get();
     record_all(L"a", "warm up.xml");
-    testing::internal::CaptureStderr(); // libxml2 tells of its own lack of memory
     bool is_started = false;
     int failures = 0;
     for (long successes = 0; !is_started; ++successes) {
-        xml_allocations_left = successes + 1;
-        is_started = storage->start_recording();
-        xml_allocations_left = -1;
+        {
+            const xml_memory_limit_t limit(successes);
+            is_started = storage->start_recording();
+        }
         failures += is_started ? 0 : 1;
         record(storage, L"x");
         EXPECT_TRUE(storage->stop_recording());
         EXPECT_FALSE(m_folder.has("log.xml.tmp"));
     }
-    testing::internal::GetCapturedStderr();
     EXPECT_GE(failures, 3) << "the buffer, the writer, the element";
     std::filesystem::remove(m_folder.name("log.xml"));
     record_all(L"b");
@@ -105,11 +71,10 @@ TEST_F(storage_failure_test, a_start_that_fails_without_memory_removes_the_copy_
 {
     record_all(L"a");
     const storage_ptr storage = get();
-    testing::internal::CaptureStderr();
-    xml_allocations_left = 1;
-    EXPECT_FALSE(storage->start_recording());
-    xml_allocations_left = -1;
-    testing::internal::GetCapturedStderr();
+    {
+        const xml_memory_limit_t limit(0);
+        EXPECT_FALSE(storage->start_recording());
+    }
     EXPECT_FALSE(m_folder.has("log.xml.tmp"));
     EXPECT_EQ(m_folder.read("log.xml"), "");
 }
@@ -119,11 +84,10 @@ TEST_F(storage_failure_test, a_start_that_fails_without_memory_keeps_a_copy_that
     record_all(L"a");
     std::filesystem::rename(m_folder.name("log.xml"), m_folder.name("log.xml.tmp"));
     const storage_ptr storage = get();
-    testing::internal::CaptureStderr();
-    xml_allocations_left = 1;
-    EXPECT_FALSE(storage->start_recording());
-    xml_allocations_left = -1;
-    testing::internal::GetCapturedStderr();
+    {
+        const xml_memory_limit_t limit(0);
+        EXPECT_FALSE(storage->start_recording());
+    }
     storage->stop_recording();
     record_all(L"b");
     EXPECT_EQ(types_in(), L"a;b;");
@@ -132,22 +96,21 @@ TEST_F(storage_failure_test, a_start_that_fails_without_memory_keeps_a_copy_that
 TEST_F(storage_failure_test, what_is_carried_over_without_memory_is_whole_or_kept_in_the_copy)
 {
     const std::wstring types = L"abcdefghijklmnopqrst";
-    testing::internal::CaptureStderr();
     int failures = 0;
-    for (long successes = 3; successes < 200; ++successes) {
+    for (long successes = 2; successes < 199; ++successes) {
         std::filesystem::remove(m_folder.name("log.xml"));
         std::filesystem::remove(m_folder.name("log.xml.tmp"));
         record_all(types);
         std::filesystem::rename(m_folder.name("log.xml"), m_folder.name("log.xml.tmp"));
         const storage_ptr storage = get();
-        xml_allocations_left = successes;
-        failures += storage->start_recording() ? 0 : 1;
-        xml_allocations_left = -1;
+        {
+            const xml_memory_limit_t limit(successes);
+            failures += storage->start_recording() ? 0 : 1;
+        }
         storage->stop_recording();
         record_all(L"");
         EXPECT_EQ(types_in().size(), 2 * types.size()) << successes;
     }
-    testing::internal::GetCapturedStderr();
     EXPECT_GT(failures, 10);
 }
 

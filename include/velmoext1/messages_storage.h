@@ -41,7 +41,9 @@ public:
     /// Writes the message to the log while recording is on and bit 0 or 1 of its flags is set.
     /// Always false, also for null. What was written reaches the file in portions, and all of it
     /// when the recording stops; once the file refuses a portion, as on a full disk, the rest of
-    /// this recording is dropped.
+    /// this recording is dropped. Where libxml2 lacks memory the message is recorded in part or not
+    /// at all; for one that needs more room than a portion, that too drops the rest of this
+    /// recording, with what has not reached the file yet.
     bool on_message(boost::shared_ptr<velmo_ex_t> ex, boost::shared_ptr<message_t> msg) override;
 
     /// Begins a log, and carries over into it the messages of the log that is there. While that
@@ -77,8 +79,9 @@ public:
     /// True when there was something new to read, also where it was damaged: the messages before
     /// the damage have been delivered then. False, with nothing delivered, while recording is on,
     /// without start_reading(), or where there is nothing new, the file cannot be read, has become
-    /// shorter, or its new part is longer than 2 GiB. What a handler throws passes out; what was
-    /// read then counts as replayed. The extension object must not be null.
+    /// shorter, or its new part is longer than 2 GiB. What a handler throws passes out, and
+    /// std::bad_alloc where libxml2 lacks memory on the way; what was read then counts as replayed.
+    /// The extension object must not be null.
     virtual bool replay(boost::shared_ptr<velmo_ex_t> ex);
 
     /// Takes back what start_reading() allowed. What has been replayed stays so.

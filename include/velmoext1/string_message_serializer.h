@@ -20,8 +20,7 @@ class VELMOEXT1_API string_message_serializer_t
 {
 public:
     /// The message as an XML document. Empty where libxml2 cannot make a writer or write its text
-    /// out; what it has no memory for in between is missing in the document, or the rest of it is.
-    /// The message must not be null.
+    /// out, or lacks memory. The message must not be null.
     ///
     /// What a reader would refuse costs only itself:
     /// - a character that XML 1.0 cannot carry becomes U+FFFD;
@@ -37,9 +36,9 @@ public:
     static std::wstring message_to_xml_string(boost::shared_ptr<message_t> message);
 
     /// The message that the document holds: its first top-level "msg" element. Null where there is
-    /// none, where the text is no XML or longer than 2 GiB, and where its document type refers to
-    /// parameter entities or lets entities or defaults grow beyond all measure. Opens no file that
-    /// the text names.
+    /// none, where the text is no XML or longer than 2 GiB, where libxml2 lacks memory, and where
+    /// its document type refers to parameter entities or lets entities or defaults grow beyond all
+    /// measure. Opens no file that the text names.
     ///
     /// Reads everything that message_to_xml_string() writes, but for an argument, element or type
     /// of more than 10,000,000 bytes: a document with one gives null.

@@ -34,6 +34,19 @@ variant_t::variant_t(std::int64_t number) : m_value(number) {}
 
 variant_t::variant_t(double number) : m_value(number) {}
 
+// Assigned, as there are releases of the standard library in which a copy that finds no memory
+// destroys what was never made.
+variant_t::variant_t(const variant_t& other) : variant_t()
+{
+    // NOLINTNEXTLINE(cppcoreguidelines-prefer-member-initializer)
+    m_value = other.m_value;
+}
+
+variant_t::variant_t(variant_t&&) noexcept = default;
+variant_t& variant_t::operator=(const variant_t&) = default;
+variant_t& variant_t::operator=(variant_t&&) noexcept = default;
+variant_t::~variant_t() = default;
+
 template <>
 bool variant_t::can_get<const wchar_t*>() const
 {

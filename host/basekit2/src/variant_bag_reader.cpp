@@ -12,6 +12,7 @@
 
 #include <exception>
 #include <memory>
+#include <new>
 #include <utility>
 
 namespace basekit2
@@ -75,6 +76,9 @@ private:
         std::string text;
     };
 
+    bool parse(const std::string& bytes);
+    bool has_too_many_names() const;
+
     static xmlSAXHandler make_table();
 
     static void on_document_type(void* reader, const xmlChar* name, const xmlChar* public_id,
@@ -105,6 +109,16 @@ private:
 bool tree_reader_t::read(const std::string& bytes)
 {
     xml_errors_t errors;
+    const bool is_parsed = parse(bytes);
+    if (m_failure)
+        std::rethrow_exception(m_failure);
+    if (errors.has_lacked_memory() && !has_too_many_names())
+        throw std::bad_alloc();
+    return is_parsed && !errors.has_failed();
+}
+
+bool tree_reader_t::parse(const std::string& bytes)
+{
     m_parser.reset(xmlCreateMemoryParserCtxt(bytes.data(), static_cast<int>(bytes.size())));
     if (!m_parser)
         return false;
@@ -115,10 +129,13 @@ bool tree_reader_t::read(const std::string& bytes)
     m_parser->userData = this;
     xmlDictSetLimit(m_parser->dict, most_name_bytes);
     xmlParseDocument(m_parser.get());
-    if (m_failure)
-        std::rethrow_exception(m_failure);
-    return m_parser->wellFormed != 0 && !m_has_refused && !errors.has_failed() &&
-           is_used_up(*m_parser->input);
+    return m_parser->wellFormed != 0 && !m_has_refused && is_used_up(*m_parser->input);
+}
+
+// libxml2 tells of them as of a lack of memory.
+bool tree_reader_t::has_too_many_names() const
+{
+    return m_parser && xmlDictGetUsage(m_parser->dict) > most_name_bytes;
 }
 
 xmlSAXHandler tree_reader_t::make_table()

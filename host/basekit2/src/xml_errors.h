@@ -4,6 +4,8 @@
 #include <libxml/parser.h>
 #include <libxml/xmlerror.h>
 
+#include <utility>
+
 namespace basekit2
 {
 
@@ -14,7 +16,7 @@ class xml_errors_t
 {
 public:
     xml_errors_t()
-        : m_had_error(xmlGetLastError() != nullptr), m_generic(xmlGenericError),
+        : m_last_error(std::exchange(xmlLastError, xmlError())), m_generic(xmlGenericError),
           m_generic_context(xmlGenericErrorContext), m_structured(xmlStructuredError),
           m_structured_context(xmlStructuredErrorContext)
     {
@@ -25,8 +27,8 @@ public:
     {
         xmlSetGenericErrorFunc(m_generic_context, m_generic);
         xmlSetStructuredErrorFunc(m_structured_context, m_structured);
-        if (!m_had_error)
-            xmlResetLastError();
+        xmlResetLastError();
+        xmlLastError = m_last_error;
     }
     xml_errors_t(const xml_errors_t&) = delete;
     xml_errors_t& operator=(const xml_errors_t&) = delete;
@@ -35,6 +37,9 @@ public:
     /// count: names with a colon are names like any other.
     bool has_failed() const { return m_has_failed; }
 
+    /// Whether it was memory that was missing.
+    bool has_lacked_memory() const { return m_has_lacked_memory; }
+
 private:
     // libxml2's own type asks for a function of C's variable arguments.
     static void ignore(void* /*context*/, const char* /*format*/, ...) {} // NOLINT(cert-dcl50-cpp)
@@ -42,7 +47,9 @@ private:
     {
         if (error->level < XML_ERR_ERROR || error->domain == XML_FROM_NAMESPACE)
             return;
-        static_cast<xml_errors_t*>(errors)->m_has_failed = true;
+        auto& self = *static_cast<xml_errors_t*>(errors);
+        self.m_has_failed = true;
+        self.m_has_lacked_memory = self.m_has_lacked_memory || error->code == XML_ERR_NO_MEMORY;
         stop(*error);
     }
     // Else libxml2 reads on to the end, and compares each repeat of an attribute with all that the
@@ -55,7 +62,8 @@ private:
     }
 
     bool m_has_failed = false;
-    bool m_had_error;
+    bool m_has_lacked_memory = false;
+    xmlError m_last_error;
     xmlGenericErrorFunc m_generic;
     void* m_generic_context;
     xmlStructuredErrorFunc m_structured;

@@ -30,6 +30,11 @@ public:
     variant_t(bool truth);               // NOLINT(google-explicit-constructor)
     variant_t(std::int64_t number);      // NOLINT(google-explicit-constructor)
     variant_t(double number);            // NOLINT(google-explicit-constructor)
+    variant_t(const variant_t& other);
+    variant_t(variant_t&& other) noexcept;
+    variant_t& operator=(const variant_t& other);
+    variant_t& operator=(variant_t&& other) noexcept;
+    ~variant_t();
 
     /// Whether get() has that to give. No kind is taken for another, but a text is there in both
     /// forms.

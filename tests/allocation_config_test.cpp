@@ -1,0 +1,143 @@
+// Configuration, titles and texts while memory runs out.
+
+#include "catalog_support.h"
+#include "failing_allocations.h"
+#include "support.h"
+
+#include <velmoext1/config_reader.h>
+#include <velmoext1/extended_message.h>
+
+#include <setbook2/message_catalog.h>
+
+#include <rova/strings.h>
+
+#include <memory>
+
+using namespace velmoext_1_4_8;
+
+namespace
+{
+
+using ROVA_2_18::strings::utf16_to_utf8;
+
+const std::string configuration =
+    "<?xml version='1.0' encoding='ISO-8859-1'?>\n<bag><!-- about it -->"
+    "<message_type id='another type'/>"
+    "<message_type id='t' prefix='a prefix of some length'>"
+    "<title_msgid>the title&apos;s id</title_msgid>"
+    "<p>a value of some length with an \xE9</p></message_type></bag>";
+
+const std::wstring catalog_name = L"a prefix of some length.src";
+
+const std::string catalog =
+    po_of({{"the title's id", "Title of {a} and {b}"},
+           {"t", "{n, plural, one {# file} other {# files}} of {a}, named {b}, in {n, number}"}});
+
+// What is read anew for each attempt; made once.
+class files_t
+{
+public:
+    files_t()
+    {
+        m_folder.write("src.xml", configuration);
+        m_catalogs.make("en", utf16_to_utf8(catalog_name), catalog);
+        // The host's own catalogs are made by this, and so go after these.
+        begin();
+    }
+
+    boost::shared_ptr<config_reader_t> begin() const
+    {
+        m_catalogs.bind(L"en");
+        // The standard library forgets a facet that it has no memory to install, so the file is
+        // read with all there is; its messages are made when they are asked for.
+        setbook2::getMessageCatalog(catalog_name);
+        const auto reader = config_reader_t::get();
+        reader->set_cfg_dir(basekit2::path_t(m_folder.wide_name(".")));
+        return reader;
+    }
+
+private:
+    scratch_folder_t m_folder;
+    catalogs_t m_catalogs;
+};
+
+const files_t& files()
+{
+    static const files_t all;
+    return all;
+}
+
+boost::shared_ptr<velmo_ex_t> make_ex()
+{
+    return velmo_ex_t::get(velmo_ex_t::generate_id(L"allocation_config_test."),
+                           L"a prefix of some length");
+}
+
+message_ptr make_source_message()
+{
+    const message_ptr message = make_message(make_content(
+        {}, {{L"a", L"the first one, of some length"}, {L"b", L"the other"}, {L"n", L"3"}}));
+    message->set_type(L"t");
+    message->set_source(L"src");
+    return message;
+}
+
+// ---- the operations, each ready to run
+
+// One that gave nothing without memory is asked again: it must not have kept that.
+template <typename Ask>
+attempt_t ask_twice(const Ask& ask)
+{
+    const auto answer = std::make_shared<std::wstring>();
+    return {[=] { *answer = ask(); },
+            [=]() -> std::string {
+                if (!answer->empty())
+                    return utf16_to_utf8(*answer);
+                const std::wstring next = ask();
+                return next.empty() ? "nothing, for good" : "";
+            }};
+}
+
+attempt_t read_property()
+{
+    const auto reader = files().begin();
+    const auto ex = make_ex();
+    const message_ptr message = make_source_message();
+    return ask_twice([=] { return reader->read_property(ex, message, L"p"); });
+}
+
+std::function<attempt_t()> get(std::wstring (extended_message_t::*get_one)())
+{
+    return [=]() -> attempt_t {
+        const auto reader = files().begin();
+        const auto message = std::make_shared<extended_message_t>(make_ex(), make_source_message());
+        return ask_twice([=, held = reader] { return (*message.*get_one)(); });
+    };
+}
+
+// ---- the table
+
+const std::vector<operation_t> operations = {
+    {"read_property",
+     {memory_t::cxx, memory_t::libxml2},
+     read_property,
+     "a value of some length with an \xC3\xA9"},
+    {"get_title",
+     {memory_t::cxx, memory_t::libxml2, memory_t::icu},
+     get(&extended_message_t::get_title),
+     "Title of the first one, of some length and the other"},
+    {"get_text",
+     {memory_t::cxx},
+     get(&extended_message_t::get_text),
+     "3 files of the first one, of some length, named the other, in 3"},
+};
+
+} // namespace
+
+TEST_P(allocation_test, what_comes_of_a_failed_allocation_is_right_or_refused)
+{
+    fail_each_allocation(GetParam());
+}
+
+INSTANTIATE_TEST_SUITE_P(configuration, allocation_test, testing::ValuesIn(cases_of(operations)),
+                         name_of_case);

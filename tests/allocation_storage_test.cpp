@@ -1,0 +1,257 @@
+// Recording and replay while memory runs out.
+
+#include "failing_allocations.h"
+#include "message_text.h"
+#include "storage_support.h"
+
+#include <algorithm>
+#include <memory>
+
+using namespace velmoext_1_4_8;
+
+namespace
+{
+
+typedef std::vector<message_ptr> messages_t;
+
+enum class on_failure_t
+{
+    keeps_all,
+    may_lose_all
+};
+
+std::string text_of(const messages_t& messages)
+{
+    std::string text;
+    for (const message_ptr& message : messages)
+        text += message ? message_text(*message, "", ";") : "none;";
+    return text;
+}
+
+// A log in a folder of its own.
+class log_t
+{
+public:
+    explicit log_t(const std::string& leaf = "log.xml", const std::string& bytes = std::string())
+    {
+        if (!bytes.empty())
+            m_folder.write(leaf, bytes);
+    }
+
+    storage_ptr storage() const { return get("log.xml"); }
+    // Another spelling is another storage.
+    storage_ptr other_storage() const { return get("./log.xml"); }
+
+    messages_t messages() const
+    {
+        const storage_ptr reading = get("././log.xml");
+        const auto handler = boost::make_shared<recording_handler_t>();
+        const auto ex = velmo_ex_t::get(velmo_ex_t::generate_id(L"allocation_storage_test."), L"");
+        ex->push_handler(handler);
+        reading->start_reading();
+        reading->replay(ex);
+        return handler->messages();
+    }
+
+private:
+    storage_ptr get(const std::string& leaf) const
+    {
+        return messages_storage_t::get(basekit2::path_t(m_folder.wide_name(leaf)));
+    }
+
+    scratch_folder_t m_folder;
+};
+
+// Keeps what it gets in memory that it already has.
+class delivered_t : public base_handler_t
+{
+public:
+    delivered_t() { m_messages.reserve(10); }
+
+    using base_handler_t::on_message;
+    bool on_message(boost::shared_ptr<velmo_ex_t> /*ex*/, message_ptr msg) override
+    {
+        m_messages.push_back(std::move(msg));
+        return false;
+    }
+
+    const messages_t& messages() const { return m_messages; }
+
+private:
+    messages_t m_messages;
+};
+
+// ---- recording: what libxml2 has no memory for is missing, and nobody is told
+
+bool is_part_of(const texts_t& part, const texts_t& whole)
+{
+    return std::includes(whole.begin(), whole.end(), part.begin(), part.end());
+}
+
+bool is_part_of(const message_t& part, const message_t& whole)
+{
+    const message_t::message_content_t some = part.get_content();
+    const message_t::message_content_t all = whole.get_content();
+    return (part.get_type().empty() || part.get_type() == whole.get_type()) &&
+           (part.get_severity() == message_t::none ||
+            part.get_severity() == whole.get_severity()) &&
+           is_part_of(some.attributes, all.attributes) && is_part_of(some.args, all.args) &&
+           is_part_of(some.elements, all.elements);
+}
+
+message_ptr make_rich_message(const std::wstring& text)
+{
+    const message_ptr message =
+        make_message(make_content({{L"tool", L"x"}, {L"name\xE9", L"\xE9 & more"}},
+                                  {{L"a", L"1"}, {L"b", text}}, {{L"e", L"text"}}));
+    message->set_type(L"a long type that is allocated");
+    message->set_severity(message_t::warning);
+    message->set_flags(1);
+    return message;
+}
+
+const message_ptr neighbour = make_flagged(L"neighbour");
+
+messages_t record_undisturbed(const message_ptr& message)
+{
+    const log_t log;
+    const storage_ptr storage = log.storage();
+    storage->start_recording();
+    for (const message_ptr& each : {neighbour, message, neighbour})
+        storage->on_message(nullptr, each);
+    storage->stop_recording();
+    return log.messages();
+}
+
+// The message stands between two others, which nothing may happen to.
+std::string judge_recorded(const messages_t& messages, const messages_t& right,
+                           on_failure_t failure)
+{
+    const std::string all = text_of(messages);
+    if (all == text_of(right))
+        return "recorded";
+    const bool is_missing = all == text_of({neighbour, neighbour});
+    const bool is_cut =
+        messages.size() == 3 && is_part_of(*messages[1], *right[1]) &&
+        text_of({messages.front(), messages.back()}) == text_of({neighbour, neighbour});
+    const bool is_lost = messages.empty() && failure == on_failure_t::may_lose_all;
+    return is_missing || is_cut || is_lost ? "" : "damaged: " + all;
+}
+
+// Where libxml2 cannot hold a text that is longer than its buffer, it gives up all that is in it.
+std::function<attempt_t()> record(const std::wstring& text, on_failure_t failure)
+{
+    const auto right = std::make_shared<messages_t>();
+    return [=]() -> attempt_t {
+        const auto log = std::make_shared<log_t>();
+        const storage_ptr storage = log->storage();
+        const message_ptr message = make_rich_message(text);
+        if (right->empty())
+            *right = record_undisturbed(message);
+        storage->start_recording();
+        storage->on_message(nullptr, neighbour);
+        return {[=] { storage->on_message(nullptr, message); },
+                [=] {
+                    storage->on_message(nullptr, neighbour);
+                    storage->stop_recording();
+                    return judge_recorded(log->messages(), *right, failure);
+                }};
+    };
+}
+
+// ---- starting: what the log held is in the log, or still in the copy
+
+const std::string old_log =
+    "<log><msg source='a long source that is allocated'><arg name='n'>x y</arg>"
+    "<type>a long type that is allocated</type></msg>\n"
+    "<msg a='&lt;b&gt;'><a_long_element_name_that_is_allocated>" +
+    std::string(5000, 'l') +
+    "</a_long_element_name_that_is_allocated><severity>INFO</severity></msg></log>";
+
+const std::string old_messages =
+    R"(type "a long type that is allocated";severity none;)"
+    R"(attribute "source" = "a long source that is allocated";)"
+    R"(attribute "tool" = "a long source that is allocated";arg "n" = "x y";)"
+    R"(type "";severity info;attribute "a" = "<b>";)"
+    R"(element "a_long_element_name_that_is_allocated" = ")" +
+    std::string(5000, 'l') + R"(";)";
+
+std::string judge_failed_start(const log_t& log, const storage_ptr& storage, on_failure_t failure)
+{
+    const storage_ptr other = log.other_storage();
+    if (!other->start_recording())
+        return "the lock was kept";
+    other->stop_recording();
+    storage->stop_recording();
+    if (!storage->start_recording())
+        return "starts no more";
+    storage->stop_recording();
+    const std::string kept = text_of(log.messages());
+    const bool is_empty_log = kept.empty() && failure == on_failure_t::may_lose_all;
+    return is_empty_log || kept == old_messages ? "" : "lost: " + kept;
+}
+
+std::function<attempt_t()> start(const std::string& leaf, on_failure_t failure)
+{
+    return [=]() -> attempt_t {
+        const auto log = std::make_shared<log_t>(leaf, old_log);
+        const storage_ptr storage = log->storage();
+        const auto is_started = std::make_shared<bool>(false);
+        return {[=] { *is_started = storage->start_recording(); },
+                [=] {
+                    if (!*is_started)
+                        return judge_failed_start(*log, storage, failure);
+                    storage->stop_recording();
+                    const std::string messages = text_of(log->messages());
+                    return messages.empty() ? "nothing" : messages;
+                }};
+    };
+}
+
+// ---- replay: all is delivered, or it is not said so; what is delivered is right
+
+attempt_t replay()
+{
+    const auto log = std::make_shared<log_t>("log.xml", old_log);
+    const storage_ptr storage = log->storage();
+    storage->start_reading();
+    const auto ex = velmo_ex_t::get(velmo_ex_t::generate_id(L"allocation_storage_test."), L"");
+    const auto handler = boost::make_shared<delivered_t>();
+    ex->push_handler(handler);
+    const auto is_replayed = std::make_shared<bool>(false);
+    return {[=] { *is_replayed = storage->replay(ex); },
+            [=]() -> std::string {
+                storage->stop_reading();
+                const messages_t& delivered = handler->messages();
+                if (*is_replayed)
+                    return delivered.empty() ? "nothing" : text_of(delivered);
+                messages_t beginning = log->messages();
+                beginning.resize(delivered.size());
+                return text_of(beginning) == text_of(delivered) ? "" : "wrong";
+            }};
+}
+
+// ---- the table
+
+const std::vector<memory_t> cxx = {memory_t::cxx};
+const std::vector<memory_t> both = {memory_t::cxx, memory_t::libxml2};
+
+const std::vector<operation_t> operations = {
+    {"record", both, record(L"1 < 2", on_failure_t::keeps_all), "recorded"},
+    {"record_what_is_long", both,
+     record(std::wstring(9000, L'l') + L'\xE9', on_failure_t::may_lose_all), "recorded"},
+    {"start", both, start("log.xml", on_failure_t::may_lose_all), old_messages},
+    {"start_behind_a_killed_process", both, start("log.xml.tmp", on_failure_t::keeps_all),
+     old_messages},
+    {"replay", both, replay, old_messages},
+};
+
+} // namespace
+
+TEST_P(allocation_test, what_comes_of_a_failed_allocation_is_right_or_refused)
+{
+    fail_each_allocation(GetParam());
+}
+
+INSTANTIATE_TEST_SUITE_P(storage, allocation_test, testing::ValuesIn(cases_of(operations)),
+                         name_of_case);
