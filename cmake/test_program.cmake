@@ -1,0 +1,15 @@
+# What keeps the time low that it takes to compile the tests, which is most of all.
+function(velmoext1_test_program target)
+  # What is tested is optimised in a release; the test itself runs for less time than that takes.
+  target_compile_options(${target} PRIVATE $<$<CONFIG:RelWithDebInfo>:-O0>)
+
+  # The first test compiles the headers that most tests include, for all that follow.
+  get_property(first GLOBAL PROPERTY velmoext1_first_test)
+  if(first)
+    target_precompile_headers(${target} REUSE_FROM ${first})
+  else()
+    target_precompile_headers(${target} PRIVATE
+      <gtest/gtest.h> <boost/make_shared.hpp> <boost/thread/mutex.hpp> <filesystem> <fstream> <map>)
+    set_property(GLOBAL PROPERTY velmoext1_first_test ${target})
+  endif()
+endfunction()
