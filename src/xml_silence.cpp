@@ -1,5 +1,7 @@
 #include "xml_silence.h"
 
+#include "message_format.h"
+
 #include <libxml/globals.h>
 #include <libxml/parser.h>
 
@@ -8,6 +10,20 @@
 
 namespace velmoext_1_4_8
 {
+namespace
+{
+
+// Of a name whose prefix nobody declared libxml2 looks up the whole next, and takes it without its
+// prefix where its dictionary has no memory for it. Looked up here, it is there then.
+bool has_room_for_name(const xmlError& error)
+{
+    const auto* const parser = static_cast<const xmlParserCtxt*>(error.ctxt);
+    return error.str1 && error.str2 &&
+           (!parser || xmlDictQLookup(parser->dict, to_xml(error.str1), to_xml(error.str2)));
+}
+
+} // namespace
+
 xml_silence_t::xml_silence_t(faults_t faults)
     : m_faults(faults), m_generic_place(&xmlGenericError),
       m_generic_context_place(&xmlGenericErrorContext), m_structured_place(&xmlStructuredError),
@@ -52,6 +68,8 @@ void xml_silence_t::hear_error(void* silence, xmlErrorPtr error)
 void xml_silence_t::hear(const xmlError& error)
 {
     if (error.code == XML_ERR_NO_MEMORY)
+        m_has_lacked_memory = true;
+    if (error.code == XML_NS_ERR_UNDEFINED_NAMESPACE && !has_room_for_name(error))
         m_has_lacked_memory = true;
     const bool is_fault = error.domain == XML_FROM_PARSER && error.level == XML_ERR_FATAL;
     if (is_fault && m_faults == stop_parse && error.ctxt)
