@@ -2,6 +2,8 @@
 function(velmoext1_test_program target)
   # What is tested is optimised in a release; the test itself runs for less time than that takes.
   target_compile_options(${target} PRIVATE $<$<CONFIG:RelWithDebInfo>:-O0>)
+  # Nor does anyone count which of a test's own lines run.
+  target_compile_options(${target} PRIVATE -fno-profile-arcs -fno-test-coverage)
 
   # The first test compiles the headers that most tests include, for all that follow.
   get_property(first GLOBAL PROPERTY velmoext1_first_test)
