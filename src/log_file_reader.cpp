@@ -1,6 +1,8 @@
 #include "log_file_reader.h"
 
+#include "document_type.h"
 #include "file_descriptor.h"
+#include "start_tags.h"
 
 #include <rova/strings.h>
 
@@ -41,6 +43,8 @@ bool log_file_reader::parse()
 {
     std::string text = read_new_text();
     cut(text);
+    cut_long_document_type(text);
+    leave_out_excess_attributes(text);
     if (text.size() > first_bytes && text.size() <= longest_text - lookahead)
         text.append(lookahead, '\n');
     return m_sax.parse(text) >= 0;

@@ -27,6 +27,9 @@ const char source_name[] = "source";
 // No longer text is a severity, in whichever case.
 const std::size_t longest_severity = 64;
 
+// So much of what follows a type's pieces is looked at, over and over again for each.
+const std::size_t most_looked_ahead = 65536;
+
 // A piece of text counts up to the next tag, however much of it libxml2 reported. The tag is looked
 // for in the bytes: decoding all that follows, for each piece, would take the square of a log.
 std::size_t size_to_next_tag(const char* text)
@@ -51,16 +54,6 @@ bool is_same(const char* name, const char* other)
 std::wstring read_text(const xmlChar* text)
 {
     return text ? wide_text(from_xml(text)) : std::wstring();
-}
-
-bool is_predefined_reference(const char* text)
-{
-    if (*text != '&')
-        return false;
-    static const char* const references[] = {"&amp;", "&lt;", "&gt;", "&quot;", "&apos;", "&#13;"};
-    return std::any_of(std::begin(references), std::end(references), [&](const char* reference) {
-        return std::strncmp(text, reference, std::strlen(reference)) == 0;
-    });
 }
 
 } // namespace
@@ -176,8 +169,10 @@ void log_sax_reader::start_element(const char* name, const xmlChar** attributes)
         parse_state = in_child;
         if (current_element == element_t::arg)
             start_arg(attributes);
+        else if (current_element == element_t::type)
+            m_looked_ahead = 0;
         else if (current_element == element_t::other)
-            m_other_name = name;
+            m_other_name = wide_text(name);
     }
 }
 
@@ -237,7 +232,7 @@ void log_sax_reader::characters(const char* text, int length)
 {
     switch (current_element) {
     case element_t::type:
-        set_type(text, length);
+        set_type(text, static_cast<std::size_t>(length));
         break;
     case element_t::severity:
         set_severity(text);
@@ -250,12 +245,13 @@ void log_sax_reader::characters(const char* text, int length)
     }
 }
 
-// Of a type the last piece counts. The one that such a reference stands for follows for certain, so
-// what comes before it need not be looked at: a type full of them would take the square of it.
-void log_sax_reader::set_type(const char* text, int length)
+// Of a type the last piece counts. Where very many follow one another it is nothing more than what
+// libxml2 reports of it: to take each up to the tag would take the square of the type.
+void log_sax_reader::set_type(const char* text, std::size_t length)
 {
-    if (!is_predefined_reference(text + length))
-        message_access::type(*current_message) = wide_text(text, size_to_next_tag(text));
+    const std::size_t size = m_looked_ahead < most_looked_ahead ? size_to_next_tag(text) : length;
+    m_looked_ahead += size - std::min(size, length);
+    message_access::type(*current_message) = wide_text(text, size);
 }
 
 void log_sax_reader::set_severity(const char* text)
@@ -270,10 +266,11 @@ void log_sax_reader::add_arg(const char* text)
     pending_arg_name.clear();
 }
 
+// The first text of a key stays: none that follows in this element counts.
 void log_sax_reader::add_element(const char* text)
 {
-    add_text(message_access::content(*current_message).elements, wide_text(m_other_name.c_str()),
-             text);
+    add_text(message_access::content(*current_message).elements, std::move(m_other_name), text);
+    current_element = element_t::msg;
 }
 
 // The first text of a key stays, so that of a known key need not even be looked at.

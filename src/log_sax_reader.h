@@ -9,6 +9,7 @@
 
 #include <libxml/parser.h>
 
+#include <cstddef>
 #include <exception>
 #include <map>
 #include <string>
@@ -80,7 +81,7 @@ private:
     bool is_in_text() const;
     void characters(const char* text, int length);
     void deliver_message();
-    void set_type(const char* text, int length);
+    void set_type(const char* text, std::size_t length);
     void set_severity(const char* text);
     void add_arg(const char* text);
     void add_element(const char* text);
@@ -89,7 +90,8 @@ private:
     boost::shared_ptr<message_t> current_message;
     int parse_state = outside;
     element_t current_element = element_t::other;
-    std::string m_other_name;
+    std::wstring m_other_name;
+    std::size_t m_looked_ahead = 0; ///< bytes behind the pieces of the type that is being read
     std::wstring pending_arg_name;
     message_callback_t message_callback;
     xml_silence_t* m_silence = nullptr; ///< of the parse that runs

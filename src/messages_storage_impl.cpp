@@ -78,13 +78,18 @@ messages_storage_impl_t::messages_storage_impl_t(const basekit2::path_t& path)
 
 messages_storage_impl_t::~messages_storage_impl_t()
 {
-    stop_recording();
+    try {
+        stop_recording();
+    } catch (const std::bad_alloc&) {
+        abandon_log();
+    }
 }
 
 bool messages_storage_impl_t::on_message(boost::shared_ptr<velmo_ex_t> /*ex*/,
                                          boost::shared_ptr<message_t> msg)
 {
     if (msg && m_writer && (msg->get_flags() & recorded_flags) != 0) {
+        initialize_xml_library();
         const xml_silence_t silence;
         write_message_element(std::move(msg), m_writer.get(), silence);
     }
@@ -107,6 +112,7 @@ bool messages_storage_impl_t::stop_recording()
 {
     if (!m_writer)
         return true;
+    initialize_xml_library();
     const xml_silence_t silence;
     xmlTextWriterEndElement(m_writer.get());
     xmlTextWriterEndDocument(m_writer.get());

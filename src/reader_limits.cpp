@@ -45,7 +45,7 @@ bool reader_limits_t::admit_attribute(const xml_text_t& name, const xml_text_t& 
     return (!declares_namespace(name.utf8()) || take(m_names_left, value.utf8().size())) &&
            take(m_start_tag_left,
                 sizeof(" =\"\"") + name.utf8().size() + size_as_xml_attribute(value)) &&
-           is_first_of_name(name);
+           is_first_of_name(name) && take(m_attributes_left, 1);
 }
 
 bool reader_limits_t::admits_arg(const xml_text_t& name)

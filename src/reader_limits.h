@@ -1,5 +1,6 @@
 #pragma once
 
+#include "start_tags.h"
 #include "xml_text.h"
 
 #include <cstddef>
@@ -36,6 +37,7 @@ private:
     static constexpr std::size_t longest_names = 3500000;
 
     std::size_t m_names_left = longest_names;
+    std::size_t m_attributes_left = most_attributes;
     std::size_t m_start_tag_left = longest_start_tag;
     std::set<std::string> m_ambiguous_names;
 };

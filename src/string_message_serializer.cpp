@@ -1,13 +1,14 @@
 #include <velmoext1/string_message_serializer.h>
 
 #include "document_reader.h"
+#include "document_type.h"
 #include "document_writer.h"
+#include "start_tags.h"
 #include "xml_library.h"
 #include "xml_silence.h"
 
 #include <rova/strings.h>
 
-#include <algorithm>
 #include <climits>
 #include <cstddef>
 #include <memory>
@@ -23,31 +24,13 @@ namespace
 // document.
 const std::size_t largest_kept = 65536;
 
-// A few bytes of parameter entities can make libxml2 build gigabytes before it hands over the first
-// node. Their references stand between the document type's beginning and its closing bracket, which
-// is no further on than the last one of all.
-bool refers_to_parameter_entities(const std::string& document)
-{
-    if (document.find('%') == std::string::npos)
-        return false;
-    const std::size_t end = document.rfind(']');
-    const std::size_t begin = std::min(document.find("<!DOCTYPE"), end);
-    for (std::size_t at = document.find('%', begin); at < end; at = document.find('%', at + 1)) {
-        const std::size_t name_end = document.find_first_of("; \t\r\n%\"'<>", at + 1);
-        if (name_end < end && name_end > at + 1 && document[name_end] == ';')
-            return true;
-    }
-    return false;
-}
-
 } // namespace
 
 std::wstring
 string_message_serializer_t::message_to_xml_string(boost::shared_ptr<message_t> message)
 {
-    thread_local std::unique_ptr<document_writer_t> kept;
-
     initialize_xml_library();
+    thread_local std::unique_ptr<document_writer_t> kept;
     const xml_silence_t silence;
     auto writer = kept ? std::move(kept) : std::make_unique<document_writer_t>();
     if (!writer->write(message, silence))
@@ -62,15 +45,16 @@ string_message_serializer_t::message_to_xml_string(boost::shared_ptr<message_t> 
 boost::shared_ptr<message_t>
 string_message_serializer_t::xml_string_to_message(const std::wstring& text)
 {
+    initialize_xml_library();
     thread_local std::unique_ptr<document_reader_t> kept;
-
     // XML knows no zero character, but libxml2 would take one for a sign of another encoding.
     if (text.find(L'\0') != std::wstring::npos)
         return boost::shared_ptr<message_t>();
-    const std::string document = ROVA_2_18::strings::utf16_to_utf8(text);
-    if (document.size() > INT_MAX || refers_to_parameter_entities(document))
+    std::string document = ROVA_2_18::strings::utf16_to_utf8(text);
+    if (document.size() > INT_MAX || refers_to_parameter_entities(document) ||
+        has_long_document_type(document) || has_too_many_namespaces(document))
         return boost::shared_ptr<message_t>();
-    initialize_xml_library();
+    leave_out_excess_attributes(document);
     const xml_silence_t silence;
     auto reader = kept ? std::move(kept) : std::make_unique<document_reader_t>();
     boost::shared_ptr<message_t> message = reader->read(document);

@@ -1,14 +1,46 @@
 #include "xml_library.h"
 
+#include "xml_silence.h"
+
 #include <libxml/parser.h>
+
+#include <cstddef>
+#include <new>
 
 namespace velmoext_1_4_8
 {
+namespace
+{
+
+// More than libxml2 and the C library ask for.
+const std::size_t thread_bytes = 4096;
+
+// Both keep something of each thread from its first use on, and end the process where there is no
+// memory for that. Asked for here, its lack is told, and what is given back is there for them.
+void require_memory_for_thread()
+{
+    ::operator delete(::operator new(thread_bytes));
+}
+
+bool initialize()
+{
+    const xml_silence_t silence;
+    xmlInitParser();
+    return true;
+}
+
+} // namespace
 
 void initialize_xml_library()
 {
-    static const bool is_initialized = (xmlInitParser(), true);
+    thread_local bool is_ready = false;
+    if (is_ready)
+        return;
+    require_memory_for_thread();
+    static const bool is_initialized = initialize();
     static_cast<void>(is_initialized);
+    const xml_silence_t silence;
+    is_ready = true;
 }
 
 } // namespace velmoext_1_4_8

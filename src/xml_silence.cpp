@@ -14,9 +14,12 @@ namespace
 {
 
 // Of a name whose prefix nobody declared libxml2 looks up the whole next, and takes it without its
-// prefix where its dictionary has no memory for it. Looked up here, it is there then.
+// prefix where its dictionary has no memory for it. Looked up here, it is there then. Warnings of
+// that kind are about elements that an entity brings along, and have no name to look up.
 bool has_room_for_name(const xmlError& error)
 {
+    if (error.level < XML_ERR_ERROR)
+        return true;
     const auto* const parser = static_cast<const xmlParserCtxt*>(error.ctxt);
     return error.str1 && error.str2 &&
            (!parser || xmlDictQLookup(parser->dict, to_xml(error.str1), to_xml(error.str2)));

@@ -448,6 +448,26 @@ TEST_F(log_sax_reader_test, very_many_entities_in_a_type_take_no_square_of_time)
     EXPECT_EQ(read_type(text + "end"), L"end");
 }
 
+TEST_F(log_sax_reader_test, very_many_pieces_of_a_type_take_no_square_of_time)
+{
+    for (const char* const piece : {"a&#65;", "a\r\n", "&#65;\r\n"}) {
+        std::string text;
+        for (int i = 0; i < 300000; ++i)
+            text += piece;
+        EXPECT_EQ(read_type(text + "&#65;end"), L"end");
+        EXPECT_EQ(read_type(text + "&#66;"), L"B");
+    }
+}
+
+TEST_F(log_sax_reader_test, very_many_pieces_of_an_element_take_no_square_of_time)
+{
+    const std::string name(49000, 'n');
+    std::string text = "x";
+    for (int i = 0; i < 200000; ++i)
+        text += "a&#65;";
+    EXPECT_EQ(read("<" + name + ">" + text + "</" + name + ">").elements.size(), 1U);
+}
+
 TEST_F(log_sax_reader_test, very_many_entities_in_a_severity_take_no_square_of_time)
 {
     std::string text = "x";

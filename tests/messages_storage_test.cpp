@@ -529,6 +529,28 @@ TEST_F(messages_storage_test, a_log_that_became_shorter_is_not_replayed)
     EXPECT_FALSE(storage->replay(m_ex));
 }
 
+TEST_F(messages_storage_test, very_many_attributes_cost_only_themselves)
+{
+    std::string attributes;
+    for (int i = 0; i < 1000000; ++i)
+        attributes += " a" + std::to_string(i) + "='>'";
+    m_folder.write("log.xml", "<log><msg><type>a</type></msg><msg" + attributes +
+                                  "><type>b</type></msg><msg><type>c</type></msg></log>");
+    EXPECT_EQ(replay(get()), L"a;b;c;");
+}
+
+TEST_F(messages_storage_test, a_log_with_a_long_document_type_is_damaged_there)
+{
+    std::string values = "v";
+    for (int i = 0; i < 300000; ++i)
+        values += "|n" + std::to_string(i);
+    m_folder.write("log.xml", "<!DOCTYPE log [<!ATTLIST log a (" + values + ") 'v'>]>" +
+                                  "<log><msg><type>a</type></msg></log>");
+    const storage_ptr storage = get();
+    EXPECT_EQ(replay(storage), L"");
+    EXPECT_TRUE(storage->start_recording());
+}
+
 TEST_F(messages_storage_test, a_message_that_a_handler_consumes_does_not_end_the_replay)
 {
     record_all(L"ab");

@@ -38,6 +38,14 @@ TEST(reader_limits_test, a_name_may_have_fifty_thousand_bytes)
     EXPECT_FALSE(admit_name(limits, std::string(50001, 'n')));
 }
 
+TEST(reader_limits_test, an_element_may_have_a_thousand_attributes)
+{
+    reader_limits_t limits;
+    for (int i = 0; i < 1000; ++i)
+        EXPECT_TRUE(admit_attribute(limits, "a" + std::to_string(i), "x"));
+    EXPECT_FALSE(admit_attribute(limits, "b", "x"));
+}
+
 TEST(reader_limits_test, what_is_no_name_is_refused)
 {
     reader_limits_t limits;

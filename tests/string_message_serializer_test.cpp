@@ -343,6 +343,17 @@ TEST(string_message_serializer_test, attributes_that_are_too_long_together_are_l
     EXPECT_EQ(read.args, (texts_t{{L"d", L"2"}}));
 }
 
+TEST(string_message_serializer_test, of_very_many_attributes_the_first_thousand_are_carried)
+{
+    texts_t attributes;
+    for (int i = 1000; i <= 2001; ++i)
+        attributes[L"a" + std::to_wstring(i)] = L"x";
+    const auto read = encode_and_decode(make_content(attributes, {{L"b", L"1"}}));
+    EXPECT_EQ(read.attributes.size(), 1000U);
+    EXPECT_EQ(read.attributes.count(L"a1999"), 1U);
+    EXPECT_EQ(read.args, (texts_t{{L"b", L"1"}}));
+}
+
 TEST(string_message_serializer_test, names_that_are_too_long_together_are_left_out)
 {
     texts_t elements;
@@ -380,6 +391,89 @@ TEST(string_message_serializer_test, very_many_arguments_take_no_square_of_time)
 }
 
 // ---- hostile text
+
+TEST(string_message_serializer_test, very_many_attributes_take_no_square_of_time)
+{
+    std::wstring attributes;
+    for (int i = 0; i < 500000; ++i)
+        attributes += L" a" + std::to_wstring(i) + (i % 2 == 0 ? L"='>'" : L"=\"/>\"");
+    const usage_t usage;
+    const message_ptr message = decode(L"<msg" + attributes + L"><arg name='b'>1</arg><c" +
+                                       attributes + L"/><d>2</d></msg>");
+    EXPECT_LT(usage.seconds(), 10);
+    ASSERT_TRUE(message);
+    EXPECT_EQ(message->get_content().attributes.size(), 1000U);
+    EXPECT_EQ(message->get_content().args, (texts_t{{L"b", L"1"}}));
+    EXPECT_EQ(message->get_content().elements, (texts_t{{L"c", L""}, {L"d", L"2"}}));
+}
+
+TEST(string_message_serializer_test, very_many_quotes_outside_of_tags_are_kept)
+{
+    const std::wstring quotes = repeat(L" a='\"'", 10000);
+    const message_ptr message = decode(L"<!--" + quotes + L"--><msg><arg name='b'>" + quotes +
+                                       L"</arg><c><![CDATA[" + quotes + L"]]></c><?p " + quotes +
+                                       L"?><d e=\"" + quotes.substr(0, 3) + L"\"/></msg>");
+    ASSERT_TRUE(message);
+    EXPECT_TRUE(message->get_content().args == (texts_t{{L"b", quotes}}));
+    EXPECT_TRUE(message->get_content().elements == (texts_t{{L"c", quotes}, {L"d", L""}}));
+}
+
+TEST(string_message_serializer_test, very_many_namespaces_give_null)
+{
+    const auto declare = [](int count) {
+        std::wstring text = L"<msg";
+        for (int i = 0; i < 900; ++i)
+            text += L" xmlns:n" + std::to_wstring(i) + L"='u'";
+        text += L">";
+        for (int i = 0; i < count; ++i)
+            text += L"<q:e/>";
+        return text + L"</msg>";
+    };
+    const usage_t usage;
+    EXPECT_TRUE(decode(declare(1000)));
+    EXPECT_FALSE(decode(declare(1000000)));
+    EXPECT_LT(usage.seconds(), 10);
+}
+
+TEST(string_message_serializer_test, namespaces_that_a_text_tells_of_do_not_count)
+{
+    const std::wstring text = repeat(L" xmlns:a='u' &lt;a xmlns:b='v'>", 20000);
+    EXPECT_TRUE(decode(L"<msg xmlns:c='w'><arg name='d'>" + text + L"</arg></msg>"));
+}
+
+TEST(string_message_serializer_test, a_long_document_type_gives_null)
+{
+    const std::wstring longest(65536 - 23, L'x');
+    EXPECT_TRUE(decode(L"<!DOCTYPE msg [<!-- " + longest + L"-->]><msg/>"));
+    EXPECT_FALSE(decode(L"<!DOCTYPE msg [<!-- x" + longest + L"-->]><msg/>"));
+    EXPECT_TRUE(decode(L"<!-- ]><!DOCTYPE --><?p ]>?><!DOCTYPE msg [<!-- ]> --><?p ]>?>"
+                       L"<!ENTITY e ']>'>]><msg><arg>" +
+                       longest + L"]>" + longest + L"</arg></msg>"));
+}
+
+TEST(string_message_serializer_test, a_document_type_of_very_many_values_takes_no_square_of_time)
+{
+    std::wstring values = L"v";
+    for (int i = 0; i < 300000; ++i)
+        values += L"|n" + std::to_wstring(i);
+    const usage_t usage;
+    for (const wchar_t* const remark : {L"", L"<!--<!DOCTYPE msg>-->", L"<?p <!DOCTYPE msg>?>"})
+        EXPECT_FALSE(decode(std::wstring(remark) +
+                            L"<!DOCTYPE msg [<!ENTITY e '>]'><!ATTLIST msg a (" + values +
+                            L") 'v'>]><msg/>"));
+    EXPECT_LT(usage.seconds(), 10);
+}
+
+TEST(string_message_serializer_test, an_entity_may_bring_elements_of_a_namespace_along)
+{
+    const std::wstring entity = L"<!DOCTYPE msg [<!ENTITY e '<b>x</b>y<p:c/>'>]>";
+    for (const wchar_t* const declared : {L"xmlns='u'", L"xmlns:p='u'"}) {
+        const message_ptr message =
+            decode(entity + L"<msg " + declared + L"><arg name='a'>&e;</arg></msg>");
+        ASSERT_TRUE(message);
+        EXPECT_EQ(message->get_content().args, (texts_t{{L"a", L"xy"}}));
+    }
+}
 
 TEST(string_message_serializer_test, an_entity_is_resolved)
 {
@@ -454,7 +548,7 @@ TEST(string_message_serializer_test, declared_defaults_cost_neither_time_nor_mem
     EXPECT_TRUE(decode(declare(L"x", 10)));
     EXPECT_FALSE(decode(declare(L"x", 2000)));
     EXPECT_FALSE(decode(declare(L"xmlns:b", 4000)));
-    EXPECT_TRUE(decode(L"<!DOCTYPE msg [<!ATTLIST arg name CDATA '" + std::wstring(80000, L'x') +
+    EXPECT_TRUE(decode(L"<!DOCTYPE msg [<!ATTLIST arg name CDATA '" + std::wstring(60000, L'x') +
                        L"'>]><msg>" + repeat(L"<arg/>", 5000) + L"</msg>"));
     EXPECT_LT(usage.megabytes(), 200);
     EXPECT_LT(usage.seconds(), 10);

@@ -58,10 +58,11 @@ public:
     ///   disk or without memory, or where the copy cannot be removed.
     /// A file that holds no log is replaced by one.
     ///
-    /// The old messages are lost in two cases: where no copy of the log can be made, as in a folder
-    /// that refuses it or on a full disk, recording starts all the same and with an empty log; and
-    /// where libxml2 has no memory for a writer the answer is false, with the storage counting as
-    /// recording or not until stop_recording() makes it idle.
+    /// The old messages are lost in three cases. Where no copy of the log can be made, as in a
+    /// folder that refuses it or on a full disk, recording starts all the same and with an empty
+    /// log. Where libxml2 has no memory for a writer, or the copy that was just made cannot be
+    /// opened, as with no descriptor left, the answer is false, and the storage may count as
+    /// recording, with all that comes dropped, until stop_recording() makes it idle.
     virtual bool start_recording();
 
     /// Closes the log. Always true, also where no recording is on or the file refused a part of it.

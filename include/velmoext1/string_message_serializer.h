@@ -27,8 +27,8 @@ public:
     /// - an attribute or element is left out whose key is no XML name, is longer than 50,000 bytes,
     ///   has a digit or a mark such as '-' behind its second colon, as in `a:b:1`, or brings all
     ///   keys together over 3,500,000 bytes;
-    /// - an attribute is left out that brings the start tag over 9,990,000 bytes, an argument whose
-    ///   name is longer than that.
+    /// - an attribute is left out that follows 1,000 others or brings the start tag over 9,990,000
+    ///   bytes, an argument whose name is longer than that.
     ///
     /// An attribute or element with an empty key ends attributes, arguments and elements at its
     /// place; type and severity follow. An argument with an empty name is written, and read back
@@ -37,8 +37,9 @@ public:
 
     /// The message that the document holds: its first top-level "msg" element. Null where there is
     /// none, where the text is no XML or longer than 2 GiB, where libxml2 lacks memory, and where
-    /// its document type refers to parameter entities or lets entities or defaults grow beyond all
-    /// measure. Opens no file that the text names.
+    /// its document type is longer than 64 KiB, refers to parameter entities or lets entities or
+    /// defaults grow beyond all measure, or very many namespaces are declared. Of an element's
+    /// attributes those behind the first 1,000 are left out. Opens no file that the text names.
     ///
     /// Reads everything that message_to_xml_string() writes, but for an argument, element or type
     /// of more than 10,000,000 bytes: a document with one gives null.

@@ -31,6 +31,7 @@ constexpr std::size_t most_depth = 256;
 // only when it is read, so one such tag must be bearable with as many as there can be names.
 constexpr std::size_t most_attributes = 256;
 constexpr std::size_t most_name_bytes = 65536;
+constexpr std::size_t thread_bytes = 4096; // more than libxml2 asks for
 
 const char* from_xml(const xmlChar* text)
 {
@@ -232,11 +233,31 @@ bool tree_reader_t::add_text(const xmlChar* text, std::size_t length)
     return joined.size() <= most_text_bytes;
 }
 
+// libxml2 keeps something of each thread from its first use on, and ends the process where there is
+// no memory for that. Asked for here, its lack is told, and what is given back is there for it.
+void require_memory_for_thread()
+{
+    ::operator delete(::operator new(thread_bytes));
+}
+
+bool initialize()
+{
+    const xml_errors_t errors;
+    xmlInitParser();
+    return true;
+}
+
 /// libxml2 would do so by itself, but not safely in two threads at once.
 void initialize_xml_library()
 {
-    static const bool is_initialized = (xmlInitParser(), true);
+    thread_local bool is_ready = false;
+    if (is_ready)
+        return;
+    require_memory_for_thread();
+    static const bool is_initialized = initialize();
     static_cast<void>(is_initialized);
+    const xml_errors_t errors;
+    is_ready = true;
 }
 
 } // namespace

@@ -1,0 +1,124 @@
+// A thread that uses the library for the first time, and has no memory at all: libxml2 and the C
+// library would end the process.
+
+#include "process_support.h"
+#include "storage_support.h"
+
+#include <cerrno>
+#include <cstddef>
+#include <functional>
+#include <new>
+#include <thread>
+
+extern "C" {
+void* __libc_malloc(std::size_t size);
+void* __libc_calloc(std::size_t count, std::size_t size);
+void* __libc_realloc(void* memory, std::size_t size);
+}
+
+namespace
+{
+
+thread_local bool has_memory = true;
+
+template <typename Allocate>
+void* allocate(const Allocate& allocate_really)
+{
+    if (has_memory)
+        return allocate_really();
+    errno = ENOMEM;
+    return nullptr;
+}
+
+} // namespace
+
+extern "C" {
+__attribute__((visibility("default"))) void* malloc(std::size_t size)
+{
+    return allocate([=] { return __libc_malloc(size); });
+}
+
+__attribute__((visibility("default"))) void* calloc(std::size_t count, std::size_t size)
+{
+    return allocate([=] { return __libc_calloc(count, size); });
+}
+
+__attribute__((visibility("default"))) void* realloc(void* memory, std::size_t size)
+{
+    return allocate([=] { return __libc_realloc(memory, size); });
+}
+}
+
+using namespace velmoext_1_4_8;
+
+namespace
+{
+
+enum outcome_t
+{
+    went_on,
+    threw
+};
+
+// How the process ends in which the operation runs on a new thread without memory.
+int status_without_memory(const std::function<void()>& operation)
+{
+    return status_of_child([&] {
+        int outcome = went_on;
+        std::thread([&] {
+            has_memory = false;
+            try {
+                operation();
+            } catch (const std::bad_alloc&) {
+                outcome = threw;
+            }
+            has_memory = true;
+        }).join();
+        return outcome;
+    });
+}
+
+typedef storage_test_t first_use_test;
+
+} // namespace
+
+TEST_F(first_use_test, without_memory_no_message_is_written)
+{
+    const message_ptr message = make_flagged(L"t");
+    EXPECT_TRUE(has_exited_with(
+        status_without_memory([&] { string_message_serializer_t::message_to_xml_string(message); }),
+        threw));
+}
+
+TEST_F(first_use_test, without_memory_no_message_is_read)
+{
+    const std::wstring text = L"<a/>";
+    EXPECT_TRUE(has_exited_with(
+        status_without_memory([&] { string_message_serializer_t::xml_string_to_message(text); }),
+        threw));
+}
+
+TEST_F(first_use_test, without_memory_no_message_is_recorded)
+{
+    const storage_ptr storage = get();
+    ASSERT_TRUE(storage->start_recording());
+    const message_ptr message = make_flagged(L"t");
+    EXPECT_TRUE(has_exited_with(status_without_memory([&] {
+                                    storage->on_message(boost::shared_ptr<velmo_ex_t>(), message);
+                                }),
+                                threw));
+}
+
+TEST_F(first_use_test, without_memory_a_recording_is_not_ended)
+{
+    const storage_ptr storage = get();
+    ASSERT_TRUE(storage->start_recording());
+    EXPECT_TRUE(has_exited_with(status_without_memory([&] { storage->stop_recording(); }), threw));
+}
+
+TEST_F(first_use_test, without_memory_the_last_owner_lets_go_of_a_recording_all_the_same)
+{
+    storage_ptr storage = get();
+    ASSERT_TRUE(storage->start_recording());
+    EXPECT_TRUE(has_exited_with(status_without_memory([&] { storage.reset(); }), went_on));
+}
