@@ -1,12 +1,13 @@
 // A recording process dies at any instant; what was recorded and closed before must outlive it.
 
 #include "storage_support.h"
+#include "system_faults.h"
 
 #include <cerrno>
 #include <csignal>
+#include <cstdint>
 #include <fcntl.h>
 #include <functional>
-#include <random>
 #include <set>
 #include <sys/ptrace.h>
 #include <sys/syscall.h>
@@ -104,20 +105,31 @@ protected:
         const std::string log = m_folder.read("log.xml");
         EXPECT_EQ(log.substr(log.size() - 7), "</log>\n") << when;
     }
+
+    // Answers how many they were.
+    int kill_at_each_change() const
+    {
+        for (int number = 0;; ++number) {
+            make_old_log();
+            if (!kill_at_change(number, [this] { record_more(); }))
+                return number;
+            expect_nothing_lost("killed at " + std::to_string(number));
+        }
+    }
 };
 
 } // namespace
 
 TEST_F(storage_kill_test, no_older_message_is_lost_whichever_change_of_the_disk_is_the_last)
 {
-    int number = 0;
-    for (;; ++number) {
-        make_old_log();
-        if (!kill_at_change(number, [this] { record_more(); }))
-            break;
-        expect_nothing_lost("killed at " + std::to_string(number));
-    }
-    EXPECT_GT(number, 12) << "copy, link, truncate, write and unlink, before and after each";
+    EXPECT_GT(kill_at_each_change(), 12)
+        << "copy, link, truncate, write and unlink, before and after each";
+}
+
+TEST_F(storage_kill_test, no_older_message_is_lost_wherever_a_write_is_cut_short)
+{
+    const with_short_pieces pieces(SIZE_MAX, 200);
+    EXPECT_GT(kill_at_each_change(), 60) << "several pieces of the copy and of the new log each";
 }
 
 TEST_F(storage_kill_test, no_older_message_is_lost_when_the_next_process_is_killed_too)
@@ -132,27 +144,6 @@ TEST_F(storage_kill_test, no_older_message_is_lost_when_the_next_process_is_kill
             expect_nothing_lost("killed at " + std::to_string(first) + " and " +
                                 std::to_string(second));
         }
-    }
-}
-
-TEST_F(storage_kill_test, no_older_message_is_lost_at_any_instant)
-{
-    std::mt19937 random(1);
-    std::uniform_int_distribution<long> instant(0, 8000);
-    for (int round = 0; round < 200; ++round) {
-        if (round % 20 == 0)
-            make_old_log();
-        const pid_t child = fork();
-        if (child == 0)
-            for (;;)
-                record_more();
-        const timespec wait = {0, instant(random) * 1000};
-        nanosleep(&wait, nullptr);
-        kill(child, SIGKILL);
-        int status = 0;
-        wait_for(child, status);
-        ASSERT_TRUE(WIFSIGNALED(status));
-        expect_nothing_lost("round " + std::to_string(round));
     }
 }
 

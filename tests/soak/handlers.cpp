@@ -20,6 +20,20 @@ bool checking_handler_t::on_message(boost::shared_ptr<velmo_ex_t> ex,
     return m_consumes;
 }
 
+thread_local std::vector<std::wstring> hearing_handler_t::m_heard;
+
+bool hearing_handler_t::on_message(boost::shared_ptr<velmo_ex_t> /*ex*/,
+                                   boost::shared_ptr<message_t> msg)
+{
+    m_heard.push_back(string_message_serializer_t::message_to_xml_string(std::move(msg)));
+    return false;
+}
+
+std::vector<std::wstring> hearing_handler_t::heard()
+{
+    return std::exchange(m_heard, {});
+}
+
 bool flagging_handler_t::on_message(boost::shared_ptr<velmo_ex_t> /*ex*/,
                                     boost::shared_ptr<message_t> msg)
 {

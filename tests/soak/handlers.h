@@ -4,6 +4,9 @@
 
 #include <velmoext1/base_handler.h>
 
+#include <string>
+#include <vector>
+
 namespace soak
 {
 
@@ -20,6 +23,21 @@ public:
 private:
     world_t& m_world;
     const bool m_consumes;
+};
+
+/// Keeps the text of each message for the thread that delivers it, which is the one that sent it.
+class hearing_handler_t : public velmoext_1_4_8::base_handler_t
+{
+public:
+    using base_handler_t::on_message;
+    bool on_message(boost::shared_ptr<velmoext_1_4_8::velmo_ex_t> ex,
+                    boost::shared_ptr<velmoext_1_4_8::message_t> msg) override;
+
+    /// What all handlers of this kind heard on this thread since the last call.
+    static std::vector<std::wstring> heard();
+
+private:
+    static thread_local std::vector<std::wstring> m_heard;
 };
 
 /// Marks each message as one that is to be recorded.

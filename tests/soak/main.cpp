@@ -1,5 +1,5 @@
 // Threads work on few objects and logs at once, for as long as they are told to, with all that the
-// library offers. Nothing may be delivered that was not sent, and the memory in use must not grow.
+// library offers. Just what was sent may be delivered, and the memory in use must not grow.
 
 #include "worker.h"
 
@@ -64,7 +64,7 @@ std::uint64_t run_round(world_t& world, const options_t& options, std::uint32_t 
     std::vector<std::thread> threads;
     for (unsigned i = 0; i < options.threads; ++i)
         threads.emplace_back([&, i] {
-            worker_t worker(world, seed * 1000 + i);
+            worker_t worker(world, i, seed * 1000 + i);
             std::uint64_t count = 0;
             for (; std::chrono::steady_clock::now() < end; ++count)
                 worker.work();
@@ -80,6 +80,7 @@ std::uint64_t run_round(world_t& world, const options_t& options, std::uint32_t 
 int main(int argc, char** argv)
 {
     const options_t options = parse_options(argc, argv);
+    std::cout << "seed " << options.seed << std::endl;
     world_t world;
     std::uint64_t operations = 0;
     std::int64_t before = 0;

@@ -15,6 +15,7 @@
 #include <filesystem>
 #include <iterator>
 #include <system_error>
+#include <utility>
 
 namespace soak
 {
@@ -48,6 +49,11 @@ public:
     bool is_canceled() const override { return false; }
 };
 
+bool has_title(const message_t& message)
+{
+    return message.get_type() != L"soak_third";
+}
+
 } // namespace
 
 void worker_t::work()
@@ -62,7 +68,9 @@ void worker_t::work()
         &worker_t::replay,        &worker_t::damage,
         &worker_t::read_property, &worker_t::show,
         &worker_t::copy_values,   &worker_t::report_progress,
-        &worker_t::use_files,     &worker_t::pop};
+        &worker_t::use_files,     &worker_t::pop,
+        &worker_t::say_heard,     &worker_t::say_heard,
+        &worker_t::keep_own_log,  &worker_t::show_from_files};
     (this->*operations[pick(std::size(operations))])();
 }
 
@@ -81,6 +89,11 @@ boost::shared_ptr<messages_storage_t> worker_t::storage()
     return m_world.storage(pick(world_t::logs));
 }
 
+void worker_t::check_heard(const std::vector<std::wstring>& sent, const char* what)
+{
+    m_world.check(hearing_handler_t::heard() == sent, what);
+}
+
 boost::shared_ptr<message_t> worker_t::message()
 {
     return make_checked_message(m_random, world_t::source_name(pick(world_t::sources)));
@@ -95,6 +108,16 @@ void worker_t::say_checked()
     say_to(talking_ex(), text);
 }
 
+void worker_t::say_heard()
+{
+    const auto ex = m_world.heard_ex();
+    const std::wstring text = string_message_serializer_t::message_to_xml_string(message());
+    ex->push_handler(boost::make_shared<checking_handler_t>(m_world, false));
+    say_to(ex, text);
+    check_heard({text}, "a message is delivered once");
+    m_world.check(static_cast<bool>(ex->pop_handler()), "a pushed handler can be popped");
+}
+
 void worker_t::say_odd()
 {
     say_to(talking_ex(), odd_text(m_random));
@@ -102,14 +125,14 @@ void worker_t::say_odd()
 
 void worker_t::say_through_the_host()
 {
-    host_messenger_t messenger(listening_ex());
+    host_messenger_t messenger(m_world.heard_ex());
     velmo_adapter_t adapter;
     adapter.set_output_velmo(&messenger);
     const auto sent = message();
+    const std::wstring text = string_message_serializer_t::message_to_xml_string(sent);
     adapter.send_to_velmo(sent);
-    m_world.check(adapter.encode_to_velmo(sent) ==
-                      string_message_serializer_t::message_to_xml_string(sent),
-                  "an adapter says a message's text");
+    check_heard({text}, "the host passes a message on once");
+    m_world.check(adapter.encode_to_velmo(sent) == text, "an adapter says a message's text");
 }
 
 boost::shared_ptr<base_handler_t> worker_t::make_handler()
@@ -152,8 +175,11 @@ void worker_t::make_anew()
     const std::wstring id = velmo_ex_t::generate_id(L"soak.generated.");
     const auto ex = velmo_ex_t::get(id, world_t::prefix());
     m_world.check(ex && ex->get_prefix() == world_t::prefix(), "a generated id is free");
+    ex->push_handler(boost::make_shared<hearing_handler_t>());
     ex->push_handler(boost::make_shared<checking_handler_t>(m_world, false));
-    say_to(ex, string_message_serializer_t::message_to_xml_string(message()));
+    const std::wstring text = string_message_serializer_t::message_to_xml_string(message());
+    say_to(ex, text);
+    check_heard({text}, "a new object delivers a message once");
 }
 
 void worker_t::record()
@@ -177,6 +203,33 @@ void worker_t::replay()
         kept->stop_reading();
     else if (kept->start_reading())
         kept->replay(listening_ex());
+}
+
+// Nobody else has this log; one can be there that a former worker left.
+void worker_t::keep_own_log()
+{
+    if (m_recorded.empty() || m_recorded.size() > 20) {
+        basekit2::remove_file(m_own_log);
+        m_recorded.clear();
+    }
+    record_in_own_log();
+    const auto kept = messages_storage_t::get(m_own_log);
+    m_world.check(kept->start_reading() && kept->replay(m_world.heard_ex()),
+                  "a log can be replayed");
+    check_heard(m_recorded, "a replay delivers what was recorded");
+    m_world.check(!kept->replay(m_world.heard_ex()), "a log is replayed once");
+}
+
+void worker_t::record_in_own_log()
+{
+    const auto kept = messages_storage_t::get(m_own_log);
+    m_world.check(kept->start_recording(), "a log can be recorded");
+    for (std::size_t i = pick(5); i != 0; --i) {
+        const auto sent = message();
+        kept->on_message(m_world.heard_ex(), sent);
+        if (sent->get_flags() != 0)
+            m_recorded.push_back(string_message_serializer_t::message_to_xml_string(sent));
+    }
 }
 
 // Nobody tells the library of what happens to its files.
@@ -205,13 +258,32 @@ void worker_t::show()
 {
     const auto shown = message();
     const std::wstring sum = shown->get_content().args.at(L"sum");
-    extended_message_t extended(talking_ex(), shown);
-    m_world.check(extended.get_text() == shown->get_type() + L' ' + sum, "a text is composed");
-    const bool has_title = shown->get_type() != L"soak_third";
-    m_world.check(extended.get_title() == (has_title ? L"title " : L" ") + sum,
-                  "a title is composed");
-    extended_message_t copy(extended);
-    m_world.check(copy.get_message() == shown, "a copy is of the same message");
+    check_shown({talking_ex(), shown}, (has_title(*shown) ? L"title " : L" ") + sum,
+                shown->get_type() + L' ' + sum);
+}
+
+void worker_t::show_from_files()
+{
+    static const std::pair<const wchar_t*, const wchar_t*> counts[] = {
+        {L"0", L"0 files of "}, {L"1", L"1 file of "}, {L"1234", L"1,234 files of "}};
+    const auto& [count, text] = counts[pick(std::size(counts))];
+    const auto shown = make_checked_message(m_random, world_t::filed_source_name());
+    message_t::message_content_t content = shown->get_content();
+    content.args[L"count"] = count;
+    shown->set_content(content);
+    const std::wstring sum = content.args.at(L"sum");
+    check_shown({talking_ex(), shown}, has_title(*shown) ? L"title " + sum : L"", text + sum);
+}
+
+void worker_t::check_shown(extended_message_t shown, const std::wstring& title,
+                           const std::wstring& text)
+{
+    m_world.check(shown.get_text() == text, "a text is composed");
+    m_world.check(shown.get_title() == title, "a title is composed");
+    extended_message_t copy(shown);
+    m_world.check(copy.get_message() == shown.get_message() && copy.get_title() == title &&
+                      copy.get_text() == text,
+                  "a copy reads the same");
 }
 
 void worker_t::copy_values()

@@ -1,6 +1,6 @@
 #include "world.h"
 
-#include <setbook2/message_catalog.h>
+#include "handlers.h"
 
 #include <rova/strings.h>
 
@@ -23,6 +23,13 @@ const char configuration[] =
     "  <message_type id='soak_second' title_msgid='title' name='second'/>\n"
     "</bag>\n";
 
+// The titles stand in the catalog that is asked second.
+const wchar_t locale[] = L"en_GB.UTF-8";
+const char files[] = "{count, plural, one {# file} other {# files}} of {sum}";
+const po_entries_t filed_texts = {
+    {"soak_first", files}, {"soak_second", files}, {"soak_third", files}};
+const po_entries_t filed_titles = {{"title", "title {sum}"}};
+
 /// Gives each id as its own text, with the sum that every message has.
 class echo_catalog_t : public ROVA_2_18::i18n::catalog_t
 {
@@ -35,21 +42,24 @@ public:
 
 } // namespace
 
-world_t::world_t() : m_reader(config_reader_t::get())
+world_t::world_t()
+    : m_reader(config_reader_t::get()), m_heard_ex(velmo_ex_t::get(L"soak.heard", prefix()))
 {
+    m_heard_ex->push_handler(boost::make_shared<hearing_handler_t>());
     for (std::size_t i = 0; i < sources; ++i) {
-        const std::wstring name = source_name(i);
-        m_folder.write(ROVA_2_18::strings::utf16_to_utf8(name) + ".xml", configuration);
-        setbook2::registerMessageCatalog(prefix() + L'.' + name,
-                                         boost::make_shared<echo_catalog_t>());
+        configure(source_name(i));
+        m_catalogs.add(prefix() + L'.' + source_name(i), boost::make_shared<echo_catalog_t>());
     }
+    configure(filed_source_name());
+    m_catalogs.make("en", "soak.filed", po_of(filed_texts));
+    m_catalogs.make("en", "filed", po_of(filed_titles));
+    m_catalogs.bind(locale);
     m_reader->set_cfg_dir(m_folder.wide_name(""));
 }
 
-world_t::~world_t()
+void world_t::configure(const std::wstring& source) const
 {
-    for (std::size_t i = 0; i < sources; ++i)
-        setbook2::registerMessageCatalog(prefix() + L'.' + source_name(i), {});
+    m_folder.write(ROVA_2_18::strings::utf16_to_utf8(source) + ".xml", configuration);
 }
 
 boost::shared_ptr<velmo_ex_t> world_t::ex(std::size_t number)
@@ -94,6 +104,7 @@ void world_t::clear()
         std::filesystem::remove(log_name(i), ignored);
         std::filesystem::remove(log_name(i) + ".tmp", ignored);
     }
+    m_catalogs.bind(locale);
 }
 
 void world_t::check(bool condition, const char* what)

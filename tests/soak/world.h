@@ -1,5 +1,6 @@
 #pragma once
 
+#include "../catalog_support.h"
 #include "../scratch_folder.h"
 
 #include <velmoext1/config_reader.h>
@@ -51,23 +52,24 @@ public:
     static constexpr std::size_t sources = 4;
 
     world_t();
-    ~world_t();
-    world_t(const world_t&) = delete;
-    world_t& operator=(const world_t&) = delete;
 
     boost::shared_ptr<velmoext_1_4_8::velmo_ex_t> ex(std::size_t number);
     void let_go_of_ex(std::size_t number) { m_exs.at(number).set(nullptr); }
+    /// Whose lowest handler is a hearing one: any thread may put others above it and take as many
+    /// away again.
+    boost::shared_ptr<velmoext_1_4_8::velmo_ex_t> heard_ex() const { return m_heard_ex; }
     boost::shared_ptr<velmoext_1_4_8::messages_storage_t> storage(std::size_t number);
     void let_go_of_storage(std::size_t number) { m_storages.at(number).set(nullptr); }
 
     std::string log_name(std::size_t number) const;
     static std::wstring source_name(std::size_t number);
+    static std::wstring filed_source_name() { return L"filed"; }
     static std::wstring prefix() { return L"soak"; }
 
-    /// A file that can be read, in the folder of all files.
+    /// A file in the folder of all files.
     std::wstring file_name(const std::string& leaf) const { return m_folder.wide_name(leaf); }
 
-    /// Lets go of all objects and removes the logs.
+    /// Lets go of all objects, forgets the catalogs that were read, and removes the logs.
     void clear();
 
     void check(bool condition, const char* what);
@@ -76,8 +78,12 @@ public:
     std::uint64_t messages() const { return m_messages; }
 
 private:
+    void configure(const std::wstring& source) const;
+
     scratch_folder_t m_folder;
+    catalogs_t m_catalogs;
     boost::shared_ptr<velmoext_1_4_8::config_reader_t> m_reader;
+    const boost::shared_ptr<velmoext_1_4_8::velmo_ex_t> m_heard_ex;
     std::array<slot_t<velmoext_1_4_8::velmo_ex_t>, talking + listening> m_exs;
     std::array<slot_t<velmoext_1_4_8::messages_storage_t>, logs> m_storages;
     std::atomic<std::uint64_t> m_wrong{0};
