@@ -10,10 +10,11 @@
 #include <new>
 #include <thread>
 
+// The C library's own, under the names that it gives them.
 extern "C" {
-void* __libc_malloc(std::size_t size);
-void* __libc_calloc(std::size_t count, std::size_t size);
-void* __libc_realloc(void* memory, std::size_t size);
+void* __libc_malloc(std::size_t size);                    // NOLINT(readability-identifier-naming)
+void* __libc_calloc(std::size_t count, std::size_t size); // NOLINT(readability-identifier-naming)
+void* __libc_realloc(void* memory, std::size_t size);     // NOLINT(readability-identifier-naming)
 }
 
 namespace
@@ -38,14 +39,14 @@ __attribute__((visibility("default"))) void* malloc(std::size_t size)
     return allocate([=] { return __libc_malloc(size); });
 }
 
-__attribute__((visibility("default"))) void* calloc(std::size_t count, std::size_t size)
+__attribute__((visibility("default"))) void* calloc(std::size_t nmemb, std::size_t size)
 {
-    return allocate([=] { return __libc_calloc(count, size); });
+    return allocate([=] { return __libc_calloc(nmemb, size); });
 }
 
-__attribute__((visibility("default"))) void* realloc(void* memory, std::size_t size)
+__attribute__((visibility("default"))) void* realloc(void* ptr, std::size_t size)
 {
-    return allocate([=] { return __libc_realloc(memory, size); });
+    return allocate([=] { return __libc_realloc(ptr, size); });
 }
 }
 
