@@ -16,12 +16,20 @@ const int options = XML_PARSE_RECOVER | XML_PARSE_NOERROR | XML_PARSE_NOWARNING;
 const std::size_t most_defaults_looked_at = 200000;
 const std::size_t smallest_element = sizeof("<a/>") - 1;
 
+bool declares_default(const xmlNode& node)
+{
+    if (node.type != XML_ATTRIBUTE_DECL)
+        return false;
+    const xmlAttributeDefault kind = reinterpret_cast<const xmlAttribute&>(node).def;
+    return kind != XML_ATTRIBUTE_REQUIRED && kind != XML_ATTRIBUTE_IMPLIED;
+}
+
 bool has_too_many_defaults(const xmlNode& node, std::size_t document_size)
 {
     std::size_t defaults = 0;
     if (node.type == XML_DTD_NODE)
         for (const xmlNode* child = node.children; child; child = child->next)
-            defaults += child->type == XML_ATTRIBUTE_DECL ? 1 : 0;
+            defaults += declares_default(*child) ? 1 : 0;
     return defaults * (document_size / smallest_element) > most_defaults_looked_at;
 }
 

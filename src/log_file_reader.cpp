@@ -1,5 +1,6 @@
 #include "log_file_reader.h"
 
+#include "declared_encoding.h"
 #include "document_type.h"
 #include "file_descriptor.h"
 #include "start_tags.h"
@@ -43,6 +44,7 @@ bool log_file_reader::parse()
 {
     std::string text = read_new_text();
     cut(text);
+    cut_hidden_markup(text);
     cut_long_document_type(text);
     leave_out_excess_attributes(text);
     if (text.size() > first_bytes && text.size() <= longest_text - lookahead)

@@ -1,5 +1,6 @@
 #include <velmoext1/string_message_serializer.h>
 
+#include "declared_encoding.h"
 #include "document_reader.h"
 #include "document_type.h"
 #include "document_writer.h"
@@ -23,6 +24,21 @@ namespace
 // A thread keeps what it reads and writes with from one message to the next, up to this size of a
 // document.
 const std::size_t largest_kept = 65536;
+
+bool is_bearable(const std::string& document)
+{
+    return document.size() <= INT_MAX && !hides_its_markup(document) &&
+           !refers_to_parameter_entities(document) && !has_long_document_type(document) &&
+           !has_too_many_namespaces(document);
+}
+
+// A libxml2 reader passes over one in its first document only.
+void leave_out_byte_order_mark(std::string& document)
+{
+    static const std::string mark = "\xEF\xBB\xBF";
+    if (document.compare(0, mark.size(), mark) == 0)
+        document.erase(0, mark.size());
+}
 
 } // namespace
 
@@ -51,10 +67,10 @@ string_message_serializer_t::xml_string_to_message(const std::wstring& text)
     if (text.find(L'\0') != std::wstring::npos)
         return boost::shared_ptr<message_t>();
     std::string document = ROVA_2_18::strings::utf16_to_utf8(text);
-    if (document.size() > INT_MAX || refers_to_parameter_entities(document) ||
-        has_long_document_type(document) || has_too_many_namespaces(document))
+    if (!is_bearable(document))
         return boost::shared_ptr<message_t>();
     leave_out_excess_attributes(document);
+    leave_out_byte_order_mark(document);
     const xml_silence_t silence;
     auto reader = kept ? std::move(kept) : std::make_unique<document_reader_t>();
     boost::shared_ptr<message_t> message = reader->read(document);

@@ -551,6 +551,19 @@ TEST_F(messages_storage_test, a_log_with_a_long_document_type_is_damaged_there)
     EXPECT_TRUE(storage->start_recording());
 }
 
+TEST_F(messages_storage_test, a_log_in_an_encoding_that_hides_markup_is_damaged)
+{
+    m_folder.write("log.xml", "<?xml version='1.0' encoding='UTF-7'?>"
+                              "<log><msg><type>a</type></msg></log>");
+    const auto ex = velmo_ex_t::get(velmo_ex_t::generate_id(L"messages_storage_test."), L"");
+    const auto handler = boost::make_shared<recording_handler_t>();
+    ex->push_handler(handler);
+    const storage_ptr storage = get();
+    EXPECT_TRUE(storage->start_reading());
+    EXPECT_TRUE(storage->replay(ex));
+    EXPECT_TRUE(handler->messages().empty());
+}
+
 TEST_F(messages_storage_test, a_message_that_a_handler_consumes_does_not_end_the_replay)
 {
     record_all(L"ab");

@@ -630,6 +630,32 @@ TEST(string_message_serializer_test, a_declared_encoding_is_libxml2s_to_judge)
         decode(L"<?xml version='1.0' encoding='UTF-8'?><msg><type>\xE9</type></msg>");
     ASSERT_TRUE(message);
     EXPECT_EQ(message->get_type(), L"\xE9");
-    decode(L"<?xml version='1.0' encoding='ISO-8859-1'?><msg><type>\xE9</type></msg>");
-    decode(L"<?xml version='1.0' encoding='UTF-16'?><msg><type>\xE9</type></msg>");
+    EXPECT_TRUE(decode(L"<?xml version='1.0' encoding='iso-8859-1'?><msg><type>\xE9</type></msg>"));
+}
+
+TEST(string_message_serializer_test, an_encoding_that_hides_markup_gives_null)
+{
+    for (const std::wstring& encoding :
+         {std::wstring(L"'UTF-7'"), std::wstring(L"\"utf-7\""), std::wstring(L"'IBM037'"),
+          std::wstring(L"'UTF-16'"), std::wstring(L"'ISO-2022-JP'"), std::wstring(L"''"),
+          std::wstring(L"UTF-8")})
+        for (const wchar_t* const mark : {L"", L"\xFEFF"})
+            EXPECT_FALSE(decode(mark + (L"<?xml version='1.0' encoding=" + encoding) + L"?>" +
+                                L"<msg><type>t</type></msg>"))
+                << testing::PrintToString(encoding);
+}
+
+TEST(string_message_serializer_test, a_byte_order_mark_does_not_count)
+{
+    EXPECT_TRUE(decode(L"<msg/>"));
+    for (const wchar_t* const text : {L"\xFEFF<msg/>", L"\xFEFF<?xml version='1.0'?><msg/>"})
+        EXPECT_TRUE(decode(text));
+}
+
+TEST(string_message_serializer_test, attributes_that_are_declared_without_a_default_cost_nothing)
+{
+    std::wstring declarations = L"<!DOCTYPE msg [<!ATTLIST a";
+    for (int i = 0; i < 2000; ++i)
+        declarations += L" x" + std::to_wstring(i) + L" CDATA #IMPLIED";
+    EXPECT_TRUE(decode(declarations + L">]><msg>" + repeat(L"<a/>", 5000) + L"</msg>"));
 }

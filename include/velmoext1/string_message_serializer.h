@@ -36,7 +36,8 @@ public:
     static std::wstring message_to_xml_string(boost::shared_ptr<message_t> message);
 
     /// The message that the document holds: its first top-level "msg" element. Null where there is
-    /// none, where the text is no XML or longer than 2 GiB, where libxml2 lacks memory, and where
+    /// none, where the text is no XML or longer than 2 GiB, where it declares an encoding in which
+    /// markup is not ASCII, where libxml2 lacks memory, and where
     /// its document type is longer than 64 KiB, refers to parameter entities or lets entities or
     /// defaults grow beyond all measure, or very many namespaces are declared. Of an element's
     /// attributes those behind the first 1,000 are left out. Opens no file that the text names.

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string>
+
+namespace velmoext_1_4_8
+{
+
+/// Whether the document declares an encoding that does not write markup as ASCII does, or may not:
+/// nobody but libxml2 can look at such a document.
+bool hides_its_markup(const std::string& document);
+
+/// Cuts such a document off within its declaration: it is damaged there.
+void cut_hidden_markup(std::string& document);
+
+} // namespace velmoext_1_4_8
