@@ -39,15 +39,6 @@ void print(const char* what, const message_t& message)
     print("element", content.elements);
 }
 
-bool is_same(const message_t& left, const message_t& right)
-{
-    const message_t::message_content_t one = left.get_content();
-    const message_t::message_content_t other = right.get_content();
-    return left.get_type() == right.get_type() && left.get_severity() == right.get_severity() &&
-           one.args == other.args && one.attributes == other.attributes &&
-           one.elements == other.elements && one.next_arg_number == other.next_arg_number;
-}
-
 } // namespace
 
 void require(bool condition, const char* what)
@@ -56,6 +47,15 @@ void require(bool condition, const char* what)
         return;
     std::cerr << "does not hold: " << what << '\n';
     std::abort();
+}
+
+bool is_same(const message_t& left, const message_t& right)
+{
+    const message_t::message_content_t one = left.get_content();
+    const message_t::message_content_t other = right.get_content();
+    return left.get_type() == right.get_type() && left.get_severity() == right.get_severity() &&
+           one.args == other.args && one.attributes == other.attributes &&
+           one.elements == other.elements && one.next_arg_number == other.next_arg_number;
 }
 
 void require_same(const message_t& message, const message_t& expected)
