@@ -1,12 +1,11 @@
 #include "declared_encoding.h"
 
-#include "text_search.h"
-
 #include <strings.h>
 
+#include <algorithm>
 #include <cstddef>
-#include <cstring>
 #include <iterator>
+#include <string_view>
 
 namespace velmoext_1_4_8
 {
@@ -14,41 +13,42 @@ namespace
 {
 
 // All that begin so write ASCII as it is.
-bool keeps_ascii(const char* encoding)
+bool keeps_ascii(std::string_view encoding)
 {
-    static const char* const beginnings[] = {
+    static const std::string_view beginnings[] = {
         "UTF-8",       "UTF8",  "US-ASCII", "ASCII", "ISO-8859", "ISO8859", "LATIN",
         "WINDOWS-125", "CP125", "KOI8",     "EUC",   "GB",       "BIG5",    "SHIFT_JIS"};
-    return std::any_of(std::begin(beginnings), std::end(beginnings), [&](const char* beginning) {
-        return strncasecmp(encoding, beginning, std::strlen(beginning)) == 0;
+    return std::any_of(std::begin(beginnings), std::end(beginnings), [&](std::string_view one) {
+        return one.size() <= encoding.size() &&
+               strncasecmp(one.data(), encoding.data(), one.size()) == 0;
     });
 }
 
-// A byte order mark may stand before it.
-std::size_t find_declaration(const std::string& document)
+// Without its bracket; a byte order mark may stand before it.
+std::string_view find_declaration(std::string_view document)
 {
-    const std::size_t at = find_any(document, "<", 0);
-    return document.compare(at, 5, "<?xml") == 0 ? at : document.size();
+    document.remove_prefix(std::min(document.find('<'), document.size()));
+    return document.substr(0, 5) == "<?xml" ? document.substr(0, document.find('>'))
+                                            : std::string_view();
 }
 
 } // namespace
 
 bool hides_its_markup(const std::string& document)
 {
-    const std::size_t declaration = find_declaration(document);
-    const std::size_t end = find_any(document, ">", declaration);
-    const std::string text = document.substr(declaration, end - declaration);
-    const std::size_t name = text.find("encoding");
-    if (name == std::string::npos)
+    std::string_view declaration = find_declaration(document);
+    const std::size_t name = declaration.find("encoding");
+    if (name == std::string_view::npos)
         return false;
-    const std::size_t value = find_any(text, "\"'", name);
-    return value == text.size() || !keeps_ascii(&text[value + 1]);
+    declaration.remove_prefix(name);
+    const std::size_t quote = std::min(declaration.find_first_of("\"'"), declaration.size() - 1);
+    return !keeps_ascii(declaration.substr(quote + 1));
 }
 
 void cut_hidden_markup(std::string& document)
 {
     if (hides_its_markup(document))
-        document.resize(find_any(document, ">", 0));
+        document.resize(std::min(document.find('>'), document.size()));
 }
 
 } // namespace velmoext_1_4_8
