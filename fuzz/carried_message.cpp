@@ -1,5 +1,6 @@
 #include "carried_message.h"
 
+#include "common_rules.h"
 #include "quiet_xml.h"
 
 #include <rova/strings.h>
@@ -86,18 +87,6 @@ bool is_name(const std::wstring& key)
     return std::count(key.begin(), key.end(), replacement) ==
                std::count(carried.begin(), carried.end(), replacement) &&
            is_read_as_name(ROVA_2_18::strings::utf16_to_utf8(key));
-}
-
-message_t::severity_t severity_of(const std::wstring& text)
-{
-    const std::wstring word = ROVA_2_18::strings::to_upper(text);
-    if (word == L"CRITICAL" || word == L"0")
-        return message_t::critical;
-    if (word == L"ERROR")
-        return message_t::error;
-    if (word == L"WARNING" || word == L"1")
-        return message_t::warning;
-    return word == L"INFO" || word == L"2" ? message_t::info : message_t::none;
 }
 
 // Reads what was written as soon as it is written.

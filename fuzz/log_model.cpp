@@ -1,5 +1,6 @@
 #include "log_model.h"
 
+#include "common_rules.h"
 #include "quiet_xml.h"
 
 #include <rova/strings.h>
@@ -17,31 +18,18 @@ using velmoext_1_4_8::message_t;
 namespace
 {
 
-const std::map<std::wstring, message_t::severity_t> severities = {
-    {L"CRITICAL", message_t::critical},
-    {L"0", message_t::critical},
-    {L"ERROR", message_t::error},
-    {L"WARNING", message_t::warning},
-    {L"1", message_t::warning},
-    {L"INFO", message_t::info},
-    {L"2", message_t::info}};
-
-message_t::severity_t severity_of(const std::wstring& text)
-{
-    const auto found = severities.find(ROVA_2_18::strings::to_upper(text));
-    return found == severities.end() ? message_t::none : found->second;
-}
-
 std::string to_text(const xmlChar* text)
 {
     return text != nullptr ? reinterpret_cast<const char*>(text) : "";
 }
 
-// A zero byte ends the text, and what follows the last '>' is dropped.
+// A zero byte ends the text, and what follows the last '>' is dropped. A foreign encoding is damage
+// in its declaration.
 std::string part_to_parse(const std::string& bytes)
 {
-    const std::string text = bytes.substr(0, bytes.find('\0'));
-    return text.substr(0, text.rfind('>') + 1);
+    std::string text = bytes.substr(0, bytes.find('\0'));
+    text = text.substr(0, text.rfind('>') + 1);
+    return declares_foreign_encoding(text) ? text.substr(0, text.find('>')) : text;
 }
 
 } // namespace
@@ -55,7 +43,8 @@ struct log_model_t::collector_t
     static void start(void* context, const xmlChar* name, const xmlChar** attributes)
     {
         event_t event = {event_t::start, to_text(name), {}};
-        for (; attributes != nullptr && *attributes != nullptr; attributes += 2)
+        std::size_t left = attributes_read;
+        for (; attributes != nullptr && *attributes != nullptr && left-- != 0; attributes += 2)
             event.attributes.emplace(to_text(attributes[0]), to_text(attributes[1]));
         events(context).push_back(std::move(event));
     }

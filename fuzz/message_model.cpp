@@ -1,5 +1,6 @@
 #include "message_model.h"
 
+#include "common_rules.h"
 #include "input_text.h"
 #include "quiet_xml.h"
 
@@ -50,18 +51,6 @@ std::wstring to_wide(std::string_view text)
 bool is_message(const xmlNode& node)
 {
     return node.type == XML_ELEMENT_NODE && view(node.name) == "msg";
-}
-
-message_t::severity_t severity_of(std::string_view text)
-{
-    const std::wstring word = ROVA_2_18::strings::to_upper(to_wide(text));
-    if (word == L"CRITICAL" || word == L"0")
-        return message_t::critical;
-    if (word == L"ERROR")
-        return message_t::error;
-    if (word == L"WARNING" || word == L"1")
-        return message_t::warning;
-    return word == L"INFO" || word == L"2" ? message_t::info : message_t::none;
 }
 
 // Text with entities written in it, and how much of them.
@@ -131,7 +120,7 @@ private:
         if (name == "type")
             m_message.set_type(to_wide(text));
         else if (name == "severity")
-            m_message.set_severity(severity_of(text));
+            m_message.set_severity(severity_of(to_wide(text)));
         else if (name == "arg")
             m_content.args.emplace(arg_name(child), to_wide(text));
         else
@@ -171,22 +160,14 @@ bool seems_to_refer_to_parameter_entities(const std::string& document)
     return std::any_of(parts.begin() + 1, parts.end(), begins_with_reference);
 }
 
-// Where an encoding is declared, whether it may be taken. Others are not looked into here.
-bool may_have_foreign_encoding(const std::string& document)
-{
-    const std::string declaration = document.substr(0, document.find("?>"));
-    return declaration.find("encoding") != std::string::npos &&
-           declaration.find("UTF-8") == std::string::npos &&
-           declaration.find("ISO-8859-1") == std::string::npos;
-}
-
-// More than a thousand need not be read.
+// What lies behind those that are read need not be well-formed.
 bool may_have_excess_attributes(const std::string& document)
 {
     const auto is_quote = [](char sign) {
         return sign == '"' || sign == '\'';
     };
-    return std::count_if(document.begin(), document.end(), is_quote) > 2000;
+    const auto quotes = std::count_if(document.begin(), document.end(), is_quote);
+    return static_cast<std::size_t>(quotes) > 2 * attributes_read;
 }
 
 template <typename Check>
@@ -288,14 +269,14 @@ message_model_t message_model_t::read(const std::wstring& text)
                                         static_cast<int>(document.size()), nullptr, nullptr,
                                         options | XML_PARSE_NONET),
                       xmlFreeDoc);
-    // No XML holds a zero character.
-    if (parser->hasPErefs != 0 || document.find('\0') != std::string::npos) {
+    // No XML holds a zero character, and nobody looks into a foreign encoding.
+    if (parser->hasPErefs != 0 || document.find('\0') != std::string::npos ||
+        declares_foreign_encoding(document)) {
         model.readings.emplace_back();
         return model;
     }
     model.may_be_refused =
-        seems_to_refer_to_parameter_entities(document) || may_have_foreign_encoding(document) ||
-        may_have_excess_attributes(document) ||
+        seems_to_refer_to_parameter_entities(document) || may_have_excess_attributes(document) ||
         count_declared(tree.get(), is_default) * (document.size() / 4) > most_defaults;
     if (model.may_be_refused)
         return model;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstring>
 #include <iterator>
 #include <string_view>
 
@@ -28,8 +29,9 @@ bool keeps_ascii(std::string_view encoding)
 std::string_view find_declaration(std::string_view document)
 {
     document.remove_prefix(std::min(document.find('<'), document.size()));
-    return document.substr(0, 5) == "<?xml" ? document.substr(0, document.find('>'))
-                                            : std::string_view();
+    const bool is_declared = document.substr(0, 5) == "<?xml" && document.size() > 5 &&
+                             std::strchr(" \t\r\n", document[5]);
+    return is_declared ? document.substr(0, document.find('>')) : std::string_view();
 }
 
 } // namespace
