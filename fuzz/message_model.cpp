@@ -31,9 +31,6 @@ typedef std::unique_ptr<xmlTextReader, decltype(&xmlFreeTextReader)> reader_t;
 const char* const encoding = "UTF-8";
 const int options = XML_PARSE_RECOVER | XML_PARSE_NOERROR | XML_PARSE_NOWARNING;
 
-// libxml2 hands a text to its parser in pieces of 512 bytes.
-const std::size_t shortest_piece = 512;
-
 const std::size_t longest_entities = 10000000;
 const std::size_t deepest_entities = 1000;
 const std::size_t most_defaults = 200000;
@@ -247,12 +244,12 @@ void read_in_pieces(const std::string& document, message_model_t& model)
 }
 
 // What libxml2 brings of a faulty text depends on the pieces in which it gets it. So does what it
-// brings where the end of a section is looked for beyond the end of a piece, and where a quote in a
-// remark within the document type passes for the beginning of a literal.
+// brings of a section of character data, whose line ends it then leaves as they are, and where a
+// quote in a remark within the document type passes for the beginning of a literal.
 bool depends_on_pieces(const xmlParserCtxt& parser, const xmlDoc* tree, const std::string& document)
 {
     return tree == nullptr || parser.wellFormed == 0 || count_declared(tree, is_remark) != 0 ||
-           (document.size() > shortest_piece && document.find("<![CDATA[") != std::string::npos);
+           document.find("<![CDATA[") != std::string::npos;
 }
 
 } // namespace
