@@ -22,13 +22,6 @@ void require_memory_for_thread()
     ::operator delete(::operator new(thread_bytes));
 }
 
-bool initialize()
-{
-    const xml_silence_t silence;
-    xmlInitParser();
-    return true;
-}
-
 } // namespace
 
 void initialize_xml_library()
@@ -37,7 +30,7 @@ void initialize_xml_library()
     if (is_ready)
         return;
     require_memory_for_thread();
-    static const bool is_initialized = initialize();
+    static const bool is_initialized = (xmlInitParser(), true);
     static_cast<void>(is_initialized);
     const xml_silence_t silence;
     is_ready = true;

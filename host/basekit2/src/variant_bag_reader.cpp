@@ -240,13 +240,6 @@ void require_memory_for_thread()
     ::operator delete(::operator new(thread_bytes));
 }
 
-bool initialize()
-{
-    const xml_errors_t errors;
-    xmlInitParser();
-    return true;
-}
-
 /// libxml2 would do so by itself, but not safely in two threads at once.
 void initialize_xml_library()
 {
@@ -254,7 +247,7 @@ void initialize_xml_library()
     if (is_ready)
         return;
     require_memory_for_thread();
-    static const bool is_initialized = initialize();
+    static const bool is_initialized = (xmlInitParser(), true);
     static_cast<void>(is_initialized);
     const xml_errors_t errors;
     is_ready = true;
