@@ -32,6 +32,7 @@ void initialize_xml_library()
     require_memory_for_thread();
     static const bool is_initialized = (xmlInitParser(), true);
     static_cast<void>(is_initialized);
+    // Has libxml2 make what it keeps of this thread.
     const xml_silence_t silence;
     is_ready = true;
 }

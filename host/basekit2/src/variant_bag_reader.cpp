@@ -249,6 +249,7 @@ void initialize_xml_library()
     require_memory_for_thread();
     static const bool is_initialized = (xmlInitParser(), true);
     static_cast<void>(is_initialized);
+    // Has libxml2 make what it keeps of this thread.
     const xml_errors_t errors;
     is_ready = true;
 }
