@@ -24,8 +24,8 @@ const std::map<std::wstring, message_t::severity_t> severities = {
 
 // By what their names begin with.
 const std::vector<std::wstring> native_encodings = {
-    L"UTF-8",       L"UTF8",  L"US-ASCII", L"ASCII", L"ISO-8859", L"ISO8859", L"LATIN",
-    L"WINDOWS-125", L"CP125", L"KOI8",     L"EUC",   L"GB",       L"BIG5",    L"SHIFT_JIS"};
+    L"UTF-8", L"UTF8", L"US-ASCII", L"ASCII",    L"ISO-8859", L"ISO8859", L"WINDOWS-125",
+    L"CP125", L"KOI8", L"EUC",      L"UTF-16\"", L"UTF-16'",  L"UTF16\"", L"UTF16'"};
 
 // Behind its quote.
 bool begins(const std::string& quoted, const std::wstring& native)
@@ -45,6 +45,9 @@ message_t::severity_t severity_of(const std::wstring& text)
 
 bool declares_foreign_encoding(const std::string& document)
 {
+    const bool is_ebcdic = document.compare(0, 4, "\x4C\x6F\xA7\x94") == 0;
+    if (is_ebcdic)
+        return true;
     const std::string tag = split_once(split_once(document, '<').second, '>').first;
     const bool is_declaration = tag.compare(0, 4, "?xml") == 0 && tag.find_first_of(" \t\r\n") == 4;
     const std::size_t name = tag.find("encoding");

@@ -29,7 +29,7 @@ std::string part_to_parse(const std::string& bytes)
 {
     std::string text = bytes.substr(0, bytes.find('\0'));
     text = text.substr(0, text.rfind('>') + 1);
-    return declares_foreign_encoding(text) ? text.substr(0, text.find('>')) : text;
+    return declares_foreign_encoding(text) ? text.substr(0, 4) : text;
 }
 
 } // namespace

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstring>
 
 namespace velmoext_1_4_8
 {
@@ -19,23 +18,19 @@ struct range_t
     std::size_t end;
 };
 
-bool begins_with(const std::string& document, std::size_t at, const char* text)
-{
-    return document.compare(at, std::strlen(text), text) == 0;
-}
-
-std::size_t find_behind(const std::string& document, const char* text, std::size_t from)
-{
-    const std::size_t found = document.find(text, from);
-    return found == std::string::npos ? document.size() : found + std::strlen(text);
-}
-
 // Behind the comment or the instruction that begins here; here, where none does.
 std::size_t skip_remark(const std::string& document, std::size_t at)
 {
     if (begins_with(document, at, "<!--"))
-        return find_behind(document, "-->", at);
-    return begins_with(document, at, "<?") ? find_behind(document, "?>", at) : at;
+        return find_behind(document, "-->", at + 4);
+    return begins_with(document, at, "<?") ? find_behind(document, "?>", at + 2) : at;
+}
+
+// libxml2 takes a declaration to end at its first bracket, whatever stands before that.
+std::size_t skip_declaration(const std::string& document)
+{
+    const std::size_t begin = begins_with(document, 0, "\xEF\xBB\xBF") ? 3 : 0;
+    return begins_with(document, begin, "<?xml") ? find_behind(document, ">", begin) : 0;
 }
 
 std::size_t skip_quoted(const std::string& document, std::size_t at)
@@ -65,12 +60,10 @@ std::size_t find_end(const std::string& document, std::size_t begin)
 // Only remarks may stand before it.
 range_t find_document_type(const std::string& document)
 {
-    std::size_t at = find_any(document, "<", 0);
+    std::size_t at = find_any(document, "<", skip_declaration(document));
     for (std::size_t next = skip_remark(document, at); next != at; next = skip_remark(document, at))
         at = find_any(document, "<", next);
-    if (!begins_with(document, at, "<!DOCTYPE"))
-        return {document.size(), document.size()};
-    return {at, find_end(document, at)};
+    return {at, begins_with(document, at, "<!DOCTYPE") ? find_end(document, at) : at};
 }
 
 } // namespace
@@ -89,15 +82,17 @@ void cut_long_document_type(std::string& document)
         document.resize(find_document_type(document).begin + longest);
 }
 
+// They stand between the beginning of the document type and its closing bracket, which is no
+// further on than the last one of all.
 bool refers_to_parameter_entities(const std::string& document)
 {
     if (document.find('%') == std::string::npos)
         return false;
-    const range_t type = find_document_type(document);
-    for (std::size_t at = find_any(document, "%", type.begin); at < type.end;
-         at = find_any(document, "%", at + 1)) {
+    const std::size_t end = std::min(document.rfind(']'), document.size());
+    std::size_t at = document.find('%', std::min(document.find("<!DOCTYPE"), document.size()));
+    for (; at < end; at = document.find('%', at + 1)) {
         const std::size_t name_end = find_any(document, "; \t\r\n%\"'<>", at + 1);
-        if (name_end < type.end && name_end > at + 1 && document[name_end] == ';')
+        if (name_end > at + 1 && document[name_end] == ';')
             return true;
     }
     return false;

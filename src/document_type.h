@@ -12,8 +12,8 @@ bool has_long_document_type(const std::string& document);
 /// Cuts such a document off within its document type: it is damaged there.
 void cut_long_document_type(std::string& document);
 
-/// Whether there are such references in the document type. A few bytes of them can make libxml2
-/// build gigabytes before it hands over the first node.
+/// Whether there seem to be such references in the document type. A few bytes of them can make
+/// libxml2 build gigabytes before it hands over the first node.
 bool refers_to_parameter_entities(const std::string& document);
 
 } // namespace velmoext_1_4_8

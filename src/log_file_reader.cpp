@@ -45,8 +45,8 @@ bool log_file_reader::parse()
     std::string text = read_new_text();
     cut(text);
     cut_hidden_markup(text);
-    cut_long_document_type(text);
     leave_out_excess_attributes(text);
+    cut_long_document_type(text);
     if (text.size() > first_bytes && text.size() <= longest_text - lookahead)
         text.append(lookahead, '\n');
     return m_sax.parse(text) >= 0;

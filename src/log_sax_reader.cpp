@@ -266,7 +266,7 @@ void log_sax_reader::add_arg(const char* text)
     pending_arg_name.clear();
 }
 
-// The first text of a key stays: none that follows in this element counts.
+// No further text of this element can count, so it is passed over like text between others.
 void log_sax_reader::add_element(const char* text)
 {
     add_text(message_access::content(*current_message).elements, std::move(m_other_name), text);

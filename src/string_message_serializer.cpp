@@ -33,10 +33,10 @@ bool is_bearable(const std::string& document)
 }
 
 // A libxml2 reader passes over one in its first document only.
-void leave_out_byte_order_mark(std::string& document)
+void leave_out_byte_order_marks(std::string& document)
 {
     static const std::string mark = "\xEF\xBB\xBF";
-    if (document.compare(0, mark.size(), mark) == 0)
+    while (document.compare(0, mark.size(), mark) == 0)
         document.erase(0, mark.size());
 }
 
@@ -67,10 +67,10 @@ string_message_serializer_t::xml_string_to_message(const std::wstring& text)
     if (text.find(L'\0') != std::wstring::npos)
         return boost::shared_ptr<message_t>();
     std::string document = ROVA_2_18::strings::utf16_to_utf8(text);
+    leave_out_byte_order_marks(document);
+    leave_out_excess_attributes(document);
     if (!is_bearable(document))
         return boost::shared_ptr<message_t>();
-    leave_out_excess_attributes(document);
-    leave_out_byte_order_mark(document);
     const xml_silence_t silence;
     auto reader = kept ? std::move(kept) : std::make_unique<document_reader_t>();
     boost::shared_ptr<message_t> message = reader->read(document);

@@ -544,17 +544,19 @@ TEST_F(messages_storage_test, a_log_with_a_long_document_type_is_damaged_there)
     std::string values = "v";
     for (int i = 0; i < 300000; ++i)
         values += "|n" + std::to_string(i);
-    m_folder.write("log.xml", "<!DOCTYPE log [<!ATTLIST log a (" + values + ") 'v'>]>" +
-                                  "<log><msg><type>a</type></msg></log>");
+    for (const char* const remark : {"", "<!--><a -->", "<?p <!DOCTYPE log>?>"}) {
+        m_folder.write("log.xml", remark + ("<!DOCTYPE log [<!ATTLIST log a (" + values) +
+                                      ") 'v'>]><log><msg><type>a</type></msg></log>");
+        EXPECT_EQ(types_in(), L"") << remark;
+    }
     const storage_ptr storage = get();
-    EXPECT_EQ(replay(storage), L"");
     EXPECT_TRUE(storage->start_recording());
 }
 
 TEST_F(messages_storage_test, a_log_in_an_encoding_that_hides_markup_is_damaged)
 {
-    m_folder.write("log.xml", "<?xml version='1.0' encoding='UTF-7'?>"
-                              "<log><msg><type>a</type></msg></log>");
+    const std::string log = "<log><msg><type>a</type></msg></log>";
+    m_folder.write("log.xml", "<?xml version='1.0' encoding='UTF-7'?>" + log);
     const auto ex = velmo_ex_t::get(velmo_ex_t::generate_id(L"messages_storage_test."), L"");
     const auto handler = boost::make_shared<recording_handler_t>();
     ex->push_handler(handler);
@@ -562,6 +564,13 @@ TEST_F(messages_storage_test, a_log_in_an_encoding_that_hides_markup_is_damaged)
     EXPECT_TRUE(storage->start_reading());
     EXPECT_TRUE(storage->replay(ex));
     EXPECT_TRUE(handler->messages().empty());
+    // <log><msg><type>a</type></msg></log> in EBCDIC, behind a declaration without an encoding.
+    m_folder.write(
+        "log.xml",
+        "\x4C\x6F\xA7\x94\x93\x40\xA5\x85\x99\xA2\x89\x96\x95\x7E\x7D\xF1\x4B\xF0\x7D\x6F"
+        "\x6E\x4C\x93\x96\x87\x6E\x4C\x94\xA2\x87\x6E\x4C\xA3\xA8\x97\x85\x6E\x81\x4C\x61"
+        "\xA3\xA8\x97\x85\x6E\x4C\x61\x94\xA2\x87\x6E\x4C\x61\x93\x96\x87\x6E>");
+    EXPECT_EQ(types_in(), L"");
 }
 
 TEST_F(messages_storage_test, a_message_that_a_handler_consumes_does_not_end_the_replay)

@@ -418,6 +418,16 @@ TEST(string_message_serializer_test, very_many_quotes_outside_of_tags_are_kept)
     EXPECT_TRUE(message->get_content().elements == (texts_t{{L"c", quotes}, {L"d", L""}}));
 }
 
+TEST(string_message_serializer_test, very_many_quotes_behind_what_is_no_tag_are_kept)
+{
+    const std::wstring code = L"if a <b then {" + repeat(L"\"key\":\"value\", ", 5000) + L"}";
+    const message_ptr message =
+        decode(L"<!-- <a it's " + repeat(L"\"x\" ", 5000) + L"--><msg><arg name='b'><![CDATA[" +
+               code + L"]]></arg></msg>");
+    ASSERT_TRUE(message);
+    EXPECT_TRUE(message->get_content().args == (texts_t{{L"b", code}}));
+}
+
 TEST(string_message_serializer_test, very_many_namespaces_give_null)
 {
     const auto declare = [](int count) {
@@ -439,6 +449,15 @@ TEST(string_message_serializer_test, namespaces_that_a_text_tells_of_do_not_coun
 {
     const std::wstring text = repeat(L" xmlns:a='u' &lt;a xmlns:b='v'>", 20000);
     EXPECT_TRUE(decode(L"<msg xmlns:c='w'><arg name='d'>" + text + L"</arg></msg>"));
+}
+
+TEST(string_message_serializer_test, attributes_that_only_look_like_namespaces_cost_no_long_text)
+{
+    texts_t attributes;
+    for (int i = 0; i < 900; ++i)
+        attributes[L"xmlns" + std::to_wstring(i)] = L"u";
+    const texts_t args = {{L"a", std::wstring(9000000, L'x')}};
+    EXPECT_TRUE(encode_and_decode(make_content(attributes, args)).args == args);
 }
 
 TEST(string_message_serializer_test, a_long_document_type_gives_null)
@@ -630,14 +649,16 @@ TEST(string_message_serializer_test, a_declared_encoding_is_libxml2s_to_judge)
         decode(L"<?xml version='1.0' encoding='UTF-8'?><msg><type>\xE9</type></msg>");
     ASSERT_TRUE(message);
     EXPECT_EQ(message->get_type(), L"\xE9");
-    EXPECT_TRUE(decode(L"<?xml version='1.0' encoding='iso-8859-1'?><msg><type>\xE9</type></msg>"));
+    for (const wchar_t* const encoding : {L"iso-8859-1", L"UTF-16", L"utf16"})
+        EXPECT_TRUE(decode(std::wstring(L"<?xml version='1.0' encoding='") + encoding +
+                           L"'?><msg><type>\xE9</type></msg>"));
 }
 
 TEST(string_message_serializer_test, an_encoding_that_hides_markup_gives_null)
 {
     for (const std::wstring& encoding :
          {std::wstring(L"'UTF-7'"), std::wstring(L"\"utf-7\""), std::wstring(L"'IBM037'"),
-          std::wstring(L"'UTF-16'"), std::wstring(L"'ISO-2022-JP'"), std::wstring(L"''"),
+          std::wstring(L"'GBK'"), std::wstring(L"'ISO-2022-JP'"), std::wstring(L"''"),
           std::wstring(L"UTF-8")})
         for (const wchar_t* const mark : {L"", L"\xFEFF"})
             EXPECT_FALSE(decode(mark + (L"<?xml version='1.0' encoding=" + encoding) + L"?>" +
@@ -648,7 +669,8 @@ TEST(string_message_serializer_test, an_encoding_that_hides_markup_gives_null)
 TEST(string_message_serializer_test, a_byte_order_mark_does_not_count)
 {
     EXPECT_TRUE(decode(L"<msg/>"));
-    for (const wchar_t* const text : {L"\xFEFF<msg/>", L"\xFEFF<?xml version='1.0'?><msg/>"})
+    for (const wchar_t* const text :
+         {L"\xFEFF<msg/>", L"\xFEFF\xFEFF<msg/>", L"\xFEFF<?xml version='1.0'?><msg/>"})
         EXPECT_TRUE(decode(text));
 }
 

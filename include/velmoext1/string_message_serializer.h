@@ -36,14 +36,17 @@ public:
     static std::wstring message_to_xml_string(boost::shared_ptr<message_t> message);
 
     /// The message that the document holds: its first top-level "msg" element. Null where there is
-    /// none, where the text is no XML or longer than 2 GiB, where it declares an encoding in which
-    /// markup is not ASCII, where libxml2 lacks memory, and where
-    /// its document type is longer than 64 KiB, refers to parameter entities or lets entities or
-    /// defaults grow beyond all measure, or very many namespaces are declared. Of an element's
-    /// attributes those behind the first 1,000 are left out. Opens no file that the text names.
+    /// none, where the text is no XML or longer than 2 GiB, where libxml2 lacks memory, and where
+    /// - it declares an encoding in which markup may not be ASCII, or very many namespaces;
+    /// - its document type is longer than 64 KiB, refers to parameter entities, or lets entities or
+    ///   defaults grow beyond all measure.
+    ///
+    /// Of an element's attributes those behind the first 1,000 are left out. Opens no file that the
+    /// text names.
     ///
     /// Reads everything that message_to_xml_string() writes, but for an argument, element or type
-    /// of more than 10,000,000 bytes: a document with one gives null.
+    /// of more than 10,000,000 bytes, and a document that declares very many namespaces: such a
+    /// document gives null.
     static boost::shared_ptr<message_t> xml_string_to_message(const std::wstring& text);
 
 private:
