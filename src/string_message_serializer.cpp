@@ -36,8 +36,10 @@ bool is_bearable(const std::string& document)
 void leave_out_byte_order_marks(std::string& document)
 {
     static const std::string mark = "\xEF\xBB\xBF";
-    while (document.compare(0, mark.size(), mark) == 0)
-        document.erase(0, mark.size());
+    std::size_t end = 0;
+    while (document.compare(end, mark.size(), mark) == 0)
+        end += mark.size();
+    document.erase(0, end);
 }
 
 } // namespace

@@ -674,6 +674,13 @@ TEST(string_message_serializer_test, a_byte_order_mark_does_not_count)
         EXPECT_TRUE(decode(text));
 }
 
+TEST(string_message_serializer_test, very_many_byte_order_marks_take_no_square_of_time)
+{
+    const usage_t usage;
+    EXPECT_TRUE(decode(std::wstring(1000000, L'\xFEFF') + L"<msg/>"));
+    EXPECT_LT(usage.seconds(), 10);
+}
+
 TEST(string_message_serializer_test, attributes_that_are_declared_without_a_default_cost_nothing)
 {
     std::wstring declarations = L"<!DOCTYPE msg [<!ATTLIST a";
