@@ -30,18 +30,6 @@ std::size_t decode_bare(const std::string& document)
     return found;
 }
 
-bench::candidate_t floor(const workload_t& workload)
-{
-    return {"floor", [&](std::size_t all) -> bench::work_t {
-                return [documents = make_documents(workload, all)](std::size_t count) {
-                    std::size_t found = 0;
-                    for (std::size_t i = 0; i < count; ++i)
-                        found += decode_bare(documents[i]);
-                    return found;
-                };
-            }};
-}
-
 std::vector<std::wstring> make_wide_documents(const workload_t& workload, std::size_t count)
 {
     std::vector<std::wstring> documents;
@@ -61,6 +49,11 @@ void require_same(const message_ptr& left, const message_ptr& right)
                    "decoded something else");
 }
 
+std::size_t decode(const std::wstring& document)
+{
+    return string_message_serializer_t::xml_string_to_message(document)->empty() ? 0 : 1;
+}
+
 bench::candidate_t velmoext1(const workload_t& workload)
 {
     return {"velmoext1", [&](std::size_t all) -> bench::work_t {
@@ -68,13 +61,7 @@ bench::candidate_t velmoext1(const workload_t& workload)
                 require_same(string_message_serializer_t::xml_string_to_message(documents.front()),
                              workload.messages().front());
                 return [documents = std::move(documents)](std::size_t count) {
-                    std::size_t found = 0;
-                    for (std::size_t i = 0; i < count; ++i) {
-                        const message_ptr message =
-                            string_message_serializer_t::xml_string_to_message(documents[i]);
-                        found += message->empty() ? 0 : 1;
-                    }
-                    return found;
+                    return bench::sum_over(documents, count, decode);
                 };
             }};
 }
@@ -84,7 +71,8 @@ std::vector<bench::subject_t> make_subjects(const workload_t& workload)
     const auto least = [](std::size_t count) {
         return count;
     };
-    bench::subject_t subject = {"decode", {floor(workload), velmoext1(workload)}, least};
+    const auto floor = bench::make_decoder("floor", workload, decode_bare);
+    bench::subject_t subject = {"decode", {floor, velmoext1(workload)}, least};
     add_peers(subject, workload);
     return {subject};
 }

@@ -18,4 +18,24 @@ std::vector<std::string> make_documents(const workload_t& workload, std::size_t 
     return documents;
 }
 
+candidate_t make_encoder(const std::string& name, const workload_t& workload,
+                         std::size_t (*encode)(const plain_message_t& message))
+{
+    return {name, [&workload, encode](std::size_t) -> work_t {
+                return [&workload, encode](std::size_t count) {
+                    return sum_over(workload.plain(), count, encode);
+                };
+            }};
+}
+
+candidate_t make_decoder(const std::string& name, const workload_t& workload,
+                         std::size_t (*decode)(const std::string& document))
+{
+    return {name, [&workload, decode](std::size_t all) -> work_t {
+                return [documents = make_documents(workload, all), decode](std::size_t count) {
+                    return sum_over(documents, count, decode);
+                };
+            }};
+}
+
 } // namespace bench

@@ -1,5 +1,6 @@
 // A message becomes a document of its own: the library in a wide string, all others in UTF-8.
 
+#include "documents.h"
 #include "peers.h"
 #include "plain_writer.h"
 #include "runner.h"
@@ -29,28 +30,16 @@ std::size_t encode_plain(const bench::plain_message_t& message)
     return size;
 }
 
-bench::candidate_t floor(const workload_t& workload)
+std::size_t encode(const bench::message_ptr& message)
 {
-    return {"floor", [&](std::size_t) -> bench::work_t {
-                return [&](std::size_t count) {
-                    std::size_t size = 0;
-                    for (std::size_t i = 0; i < count; ++i)
-                        size += encode_plain(workload.plain()[i]);
-                    return size;
-                };
-            }};
+    return string_message_serializer_t::message_to_xml_string(message).size();
 }
 
 bench::candidate_t velmoext1(const workload_t& workload)
 {
     return {"velmoext1", [&](std::size_t) -> bench::work_t {
                 return [&](std::size_t count) {
-                    std::size_t size = 0;
-                    for (std::size_t i = 0; i < count; ++i)
-                        size += string_message_serializer_t::message_to_xml_string(
-                                    workload.messages()[i])
-                                    .size();
-                    return size;
+                    return bench::sum_over(workload.messages(), count, encode);
                 };
             }};
 }
@@ -60,7 +49,8 @@ std::vector<bench::subject_t> make_subjects(const workload_t& workload)
     const auto least = [&](std::size_t count) {
         return workload.text_size(count) / 2;
     };
-    bench::subject_t subject = {"encode", {floor(workload), velmoext1(workload)}, least};
+    const auto floor = bench::make_encoder("floor", workload, encode_plain);
+    bench::subject_t subject = {"encode", {floor, velmoext1(workload)}, least};
     add_peers(subject, workload);
     return {subject};
 }

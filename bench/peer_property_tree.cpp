@@ -76,26 +76,12 @@ std::size_t decode(const std::string& text)
 
 bench::candidate_t make_encode(const workload_t& workload)
 {
-    return {"PropertyTree", [&](std::size_t) -> bench::work_t {
-                return [&](std::size_t count) {
-                    std::size_t size = 0;
-                    for (std::size_t i = 0; i < count; ++i)
-                        size += encode(workload.plain()[i]);
-                    return size;
-                };
-            }};
+    return bench::make_encoder("PropertyTree", workload, encode);
 }
 
 bench::candidate_t make_decode(const workload_t& workload)
 {
-    return {"PropertyTree", [&](std::size_t all) -> bench::work_t {
-                return [documents = make_documents(workload, all)](std::size_t count) {
-                    std::size_t found = 0;
-                    for (std::size_t i = 0; i < count; ++i)
-                        found += decode(documents[i]);
-                    return found;
-                };
-            }};
+    return bench::make_decoder("PropertyTree", workload, decode);
 }
 
 const bool is_registered =

@@ -99,26 +99,12 @@ std::size_t replay(const std::string& text, const std::function<void(const read_
 
 bench::candidate_t make_encode(const workload_t& workload)
 {
-    return {"pugixml", [&](std::size_t) -> bench::work_t {
-                return [&](std::size_t count) {
-                    std::size_t size = 0;
-                    for (std::size_t i = 0; i < count; ++i)
-                        size += encode(workload.plain()[i]);
-                    return size;
-                };
-            }};
+    return bench::make_encoder("pugixml", workload, encode);
 }
 
 bench::candidate_t make_decode(const workload_t& workload)
 {
-    return {"pugixml", [&](std::size_t all) -> bench::work_t {
-                return [documents = make_documents(workload, all)](std::size_t count) {
-                    std::size_t found = 0;
-                    for (std::size_t i = 0; i < count; ++i)
-                        found += decode(documents[i]);
-                    return found;
-                };
-            }};
+    return bench::make_decoder("pugixml", workload, decode);
 }
 
 bench::candidate_t make_replay(const workload_t& workload)

@@ -120,10 +120,7 @@ bench::candidate_t make_encode(const workload_t& workload)
                 const auto messages =
                     std::make_shared<std::vector<message_t>>(to_qt(workload, all));
                 return [messages](std::size_t count) {
-                    std::size_t size = 0;
-                    for (std::size_t i = 0; i < count; ++i)
-                        size += encode((*messages)[i]);
-                    return size;
+                    return bench::sum_over(*messages, count, encode);
                 };
             }};
 }
@@ -135,10 +132,7 @@ bench::candidate_t make_decode(const workload_t& workload)
                 for (const std::string& document : make_documents(workload, all))
                     documents.push_back(QByteArray::fromStdString(document));
                 return [documents](std::size_t count) {
-                    std::size_t found = 0;
-                    for (std::size_t i = 0; i < count; ++i)
-                        found += decode(documents[i]);
-                    return found;
+                    return bench::sum_over(documents, count, decode);
                 };
             }};
 }
