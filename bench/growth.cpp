@@ -6,6 +6,7 @@
 #include "counting_handler.h"
 #include "deliver.h"
 #include "process_cost.h"
+#include "run_threads.h"
 #include "runner.h"
 #include "scratch_folder.h"
 #include "workload.h"
@@ -19,7 +20,7 @@
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
-#include <thread>
+#include <vector>
 
 namespace
 {
@@ -188,11 +189,7 @@ void deliver_many(std::size_t count)
 cost_t thread_cost(std::size_t threads, std::size_t all)
 {
     return bench::measure(short_rounds, [&] {
-        std::vector<std::thread> running;
-        for (std::size_t i = 0; i < threads; ++i)
-            running.emplace_back(deliver_many, all / threads);
-        for (std::thread& thread : running)
-            thread.join();
+        run_threads(threads, [&](std::size_t) { deliver_many(all / threads); });
     });
 }
 

@@ -2,6 +2,7 @@
 // every file system.
 
 #include "process_support.h"
+#include "run_threads.h"
 #include "system_faults.h"
 
 #include <basekit2/file.h>
@@ -19,6 +20,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <chrono>
 #include <clocale>
@@ -33,7 +35,6 @@
 #include <random>
 #include <set>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace
@@ -399,21 +400,16 @@ TEST_P(basekit2_file_ways_test, killed_at_any_instant_it_leaves_no_partial_copy)
 TEST_P(basekit2_file_ways_test, of_several_at_once_one_makes_the_copy)
 {
     constexpr std::size_t count = 8;
-    std::vector<char> made(count);
+    std::array<bool, count> made{};
     for (std::size_t i = 0; i != count; ++i)
         write_file(std::to_string(i), std::string(100000, static_cast<char>('a' + i)));
-    std::vector<std::thread> threads;
     const with_faults faults(
         [](const std::string& call, int) { return fault_of(GetParam(), call); });
-    for (std::size_t i = 0; i != count; ++i) {
-        threads.emplace_back([this, i, &made] {
-            made[i] = static_cast<char>(basekit2_file_test::copy(std::to_string(i), "copy"));
-        });
-    }
-    for (auto& thread : threads)
-        thread.join();
-    ASSERT_EQ(std::count(made.begin(), made.end(), 1), 1);
-    const auto winner = std::find(made.begin(), made.end(), 1) - made.begin();
+    run_threads(count, [&](std::size_t thread) {
+        made.at(thread) = basekit2_file_test::copy(std::to_string(thread), "copy");
+    });
+    ASSERT_EQ(std::count(made.begin(), made.end(), true), 1);
+    const auto winner = std::find(made.begin(), made.end(), true) - made.begin();
     EXPECT_TRUE(read_file("copy") == read_file(std::to_string(winner)));
     EXPECT_EQ(names().size(), count + 1);
 }

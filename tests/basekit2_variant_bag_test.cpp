@@ -1,3 +1,4 @@
+#include "run_threads.h"
 #include "scratch_folder.h"
 
 #include <basekit2/variant_bag.h>
@@ -24,7 +25,6 @@
 #include <iterator>
 #include <ostream>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -798,16 +798,12 @@ TEST_F(basekit2_variant_bag_test, several_threads_may_load_at_once)
 {
     m_folder.write("good", "<r a='1'>text<b/></r>");
     m_folder.write("bad", "<r a='1'>text<b></r>");
-    std::vector<std::thread> threads;
-    for (int i = 0; i != 8; ++i)
-        threads.emplace_back([&] {
-            for (int round = 0; round != 50; ++round) {
-                EXPECT_EQ(load_name(m_folder.wide_name("good"), L"r"), "a=[1]=[text]b()");
-                EXPECT_EQ(load_name(m_folder.wide_name("bad"), L"r"), "failed");
-            }
-        });
-    for (std::thread& thread : threads)
-        thread.join();
+    run_threads(8, [&](int) {
+        for (int round = 0; round != 50; ++round) {
+            EXPECT_EQ(load_name(m_folder.wide_name("good"), L"r"), "a=[1]=[text]b()");
+            EXPECT_EQ(load_name(m_folder.wide_name("bad"), L"r"), "failed");
+        }
+    });
 }
 
 TEST_F(basekit2_variant_bag_test, no_descriptor_stays_open)

@@ -1,5 +1,6 @@
 // What the locks promise: components of one process ask for configuration and texts at once.
 
+#include "run_threads.h"
 #include "scratch_folder.h"
 #include "support.h"
 
@@ -9,7 +10,6 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <thread>
 
 using namespace velmoext_1_4_8;
 
@@ -20,16 +20,6 @@ typedef boost::shared_ptr<config_reader_t> reader_ptr;
 
 const int thread_count = 8;
 const int source_count = 3;
-
-template <typename Step>
-void run_threads(const Step& step)
-{
-    std::vector<std::thread> threads;
-    for (int i = 0; i < thread_count; ++i)
-        threads.emplace_back([&step, i] { step(i); });
-    for (std::thread& thread : threads)
-        thread.join();
-}
 
 std::wstring source_name(int number)
 {
@@ -109,7 +99,7 @@ private:
 TEST_F(config_threads_test, one_reader_answers_all_threads)
 {
     const reader_ptr reader = config_reader_t::get();
-    run_threads([&](int thread) {
+    run_threads(thread_count, [&](int thread) {
         for (int i = 0; i < 300; ++i) {
             EXPECT_EQ(config_reader_t::get(), reader);
             expect_source(*reader, thread + i);
@@ -123,7 +113,7 @@ TEST_F(config_threads_test, one_reader_answers_while_copies_of_another_are_made_
     config_reader_t other(*reader);
     expect_source(other, 0);
     const config_reader_t& pattern = other;
-    run_threads([&](int thread) {
+    run_threads(thread_count, [&](int thread) {
         for (int i = 0; i < 300; ++i) {
             if (thread % 2 == 0) {
                 expect_source(*reader, i);
@@ -138,7 +128,7 @@ TEST_F(config_threads_test, one_reader_answers_while_copies_of_another_are_made_
 TEST_F(config_threads_test, readers_that_nobody_else_holds_are_made_used_and_dropped)
 {
     const boost::weak_ptr<config_reader_t> watched = config_reader_t::get();
-    run_threads([](int thread) {
+    run_threads(thread_count, [](int thread) {
         for (int i = 0; i < 300; ++i) {
             const reader_ptr reader = config_reader_t::get();
             EXPECT_TRUE(reader->get_cfg_dir().is_empty());
@@ -152,7 +142,7 @@ TEST_F(config_threads_test, a_reader_with_files_outlives_those_that_drop_it)
 {
     std::atomic<int> answers{0};
     const reader_ptr reader = config_reader_t::get();
-    run_threads([&](int thread) {
+    run_threads(thread_count, [&](int thread) {
         for (int i = 0; i < 300; ++i) {
             reader_ptr mine = config_reader_t::get();
             expect_source(*mine, thread + i);
@@ -168,7 +158,7 @@ TEST_F(config_threads_test, texts_of_different_messages_are_composed_from_one_ca
 {
     const registration_t catalog(L"src0");
     const auto ex = make_ex();
-    run_threads([&](int thread) {
+    run_threads(thread_count, [&](int thread) {
         for (int i = 2; i < 200; ++i) {
             const std::wstring number = std::to_wstring(thread * 200 + i);
             const message_ptr message = make_message(make_content({}, {{L"a", number}}));
@@ -188,7 +178,7 @@ TEST_F(config_threads_test, texts_of_one_message_are_composed_by_all_threads)
     const message_ptr message = make_message(make_content({}, {{L"a", L"1"}}));
     message->set_type(L"t");
     message->set_source(L"src0");
-    run_threads([&](int /*thread*/) {
+    run_threads(thread_count, [&](int /*thread*/) {
         for (int i = 0; i < 200; ++i) {
             extended_message_t shown(ex, message);
             EXPECT_EQ(shown.get_text(), L"text 1 file");

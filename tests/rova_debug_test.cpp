@@ -1,12 +1,12 @@
 #include <rova/debug.h>
 
+#include "run_threads.h"
+
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <sstream>
 #include <string>
-#include <thread>
-#include <vector>
 
 namespace
 {
@@ -140,13 +140,7 @@ TEST_F(rova_debug_test, a_handler_may_put_another_in_its_place)
 TEST_F(rova_debug_test, reports_of_several_threads_stay_whole_lines)
 {
     testing::internal::CaptureStderr();
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back(report_often, 100);
-    }
-    for (auto& thread : threads) {
-        thread.join();
-    }
+    run_threads(4, [](int) { report_often(100); });
     std::istringstream written(testing::internal::GetCapturedStderr());
     int lines = 0;
     for (std::string line; std::getline(written, line); ++lines) {
@@ -158,17 +152,16 @@ TEST_F(rova_debug_test, reports_of_several_threads_stay_whole_lines)
 TEST_F(rova_debug_test, threads_report_while_another_sets_the_handler)
 {
     set_assert_handler(count_first);
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back(report_often, 1000);
-    }
-    for (int i = 0; i < 1000; ++i) {
-        EXPECT_EQ(set_assert_handler(count_second), &count_first);
-        EXPECT_EQ(set_assert_handler(count_first), &count_second);
-    }
-    for (auto& thread : threads) {
-        thread.join();
-    }
+    run_threads(5, [](int thread) {
+        if (thread != 0) {
+            report_often(1000);
+            return;
+        }
+        for (int i = 0; i < 1000; ++i) {
+            EXPECT_EQ(set_assert_handler(count_second), &count_first);
+            EXPECT_EQ(set_assert_handler(count_first), &count_second);
+        }
+    });
     EXPECT_EQ(first_count + second_count, 4000);
 }
 

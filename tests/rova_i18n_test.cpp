@@ -1,5 +1,7 @@
 #include <rova/i18n.h>
 
+#include "run_threads.h"
+
 #include <gtest/gtest.h>
 
 #include <pthread.h>
@@ -14,7 +16,6 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -921,18 +922,14 @@ TEST(rova_i18n_test, one_message_is_formatted_by_threads_at_the_same_time)
         L"{n} {n, plural, one{# file} other{# files}} {n, number} {n, selectordinal, other{#}}",
         "en");
     std::atomic<int> right{0};
-    std::vector<std::thread> threads;
-    for (int i = 0; i != 8; ++i) {
-        threads.emplace_back([copy = message, &right, i] {
-            const std::wstring number = std::to_wstring(i + 2);
-            const varg_list list = list_of({{"n", number}});
-            const std::wstring text = number + L" " + number + L" files " + number + L" " + number;
-            for (int round = 0; round != 200; ++round)
-                right += copy.as_ustring(list) == text ? 1 : 0;
-        });
-    }
-    for (auto& thread : threads)
-        thread.join();
+    run_threads(8, [&](int thread) {
+        const message_t copy = message;
+        const std::wstring number = std::to_wstring(thread + 2);
+        const varg_list list = list_of({{"n", number}});
+        const std::wstring text = number + L" " + number + L" files " + number + L" " + number;
+        for (int round = 0; round != 200; ++round)
+            right += copy.as_ustring(list) == text ? 1 : 0;
+    });
     EXPECT_EQ(right.load(), 8 * 200);
 }
 

@@ -1,5 +1,7 @@
 #include <rova/strings.h>
 
+#include "run_threads.h"
+
 #include <gtest/gtest.h>
 
 #include <clocale>
@@ -7,8 +9,6 @@
 #include <cstdint>
 #include <cstdlib>
 #include <string>
-#include <thread>
-#include <vector>
 
 namespace
 {
@@ -342,16 +342,9 @@ TEST(rova_strings_test, to_upper_keeps_accents_in_a_greek_process)
 
 TEST(rova_strings_test, threads_convert_at_the_same_time)
 {
-    std::vector<std::wstring> results(4);
-    std::vector<std::thread> threads;
-    for (auto& result : results) {
-        threads.emplace_back(
-            [&result] { result = to_upper(utf8_to_utf16(utf16_to_utf8(L"ma\xDFlos"))); });
-    }
-    for (auto& thread : threads) {
-        thread.join();
-    }
-    EXPECT_EQ(results, std::vector<std::wstring>(4, L"MASSLOS"));
+    run_threads(4, [](int) {
+        EXPECT_EQ(to_upper(utf8_to_utf16(utf16_to_utf8(L"ma\xDFlos"))), L"MASSLOS");
+    });
 }
 
 } // namespace

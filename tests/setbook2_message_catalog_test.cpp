@@ -1,6 +1,7 @@
 #include <setbook2/message_catalog.h>
 
 #include "catalog_support.h"
+#include "run_threads.h"
 #include "support.h"
 
 #include <gtest/gtest.h>
@@ -11,7 +12,6 @@
 #include <filesystem>
 #include <locale>
 #include <sys/stat.h>
-#include <thread>
 #include <unistd.h>
 
 namespace
@@ -882,17 +882,13 @@ TEST_F(setbook2_message_catalog_test, catalogs_and_messages_are_asked_for_by_all
         m_catalogs.make("de", name, po_of({{"t", name}, {"u", "{n} \xE2\x82\xAC"}}));
     m_catalogs.add(L"own", fixed(L"own"));
     m_catalogs.bind(L"de_AT");
-    std::vector<std::thread> threads;
-    for (int thread = 0; thread < 8; ++thread)
-        threads.emplace_back([thread] {
-            for (int i = 0; i < 200; ++i) {
-                const std::wstring name = std::to_wstring((thread + i) % 3);
-                EXPECT_EQ(text_of(L"t", name), name);
-                EXPECT_EQ(text_of(L"u", name), L"{n} " + units({0x20AC}));
-                EXPECT_EQ(text_of(L"t", L"own"), L"own");
-                EXPECT_EQ(text_of(L"t", L"missing"), no_catalog);
-            }
-        });
-    for (std::thread& thread : threads)
-        thread.join();
+    run_threads(8, [](int thread) {
+        for (int i = 0; i < 200; ++i) {
+            const std::wstring name = std::to_wstring((thread + i) % 3);
+            EXPECT_EQ(text_of(L"t", name), name);
+            EXPECT_EQ(text_of(L"u", name), L"{n} " + units({0x20AC}));
+            EXPECT_EQ(text_of(L"t", L"own"), L"own");
+            EXPECT_EQ(text_of(L"t", L"missing"), no_catalog);
+        }
+    });
 }

@@ -1,10 +1,10 @@
 #include <setbook2/product_locations.h>
 
+#include "run_threads.h"
+
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <thread>
-#include <vector>
 
 namespace
 {
@@ -59,19 +59,15 @@ TEST_F(setbook2_product_locations_test, null_takes_it_back)
 TEST_F(setbook2_product_locations_test, threads_that_set_and_ask_see_one_of_those_that_were_set)
 {
     std::atomic<int> strangers{0};
-    std::vector<std::thread> threads;
-    for (int thread = 0; thread < 8; ++thread)
-        threads.emplace_back([&, thread] {
-            for (int i = 0; i < 10000; ++i) {
-                if (thread < 4)
-                    IProductLocations::set(i % 2 == 0 ? &m_first : &m_second);
-                IProductLocations* const found = IProductLocations::get();
-                if (found && found != &m_first && found != &m_second)
-                    ++strangers;
-            }
-        });
-    for (std::thread& thread : threads)
-        thread.join();
+    run_threads(8, [&](int thread) {
+        for (int i = 0; i < 10000; ++i) {
+            if (thread < 4)
+                IProductLocations::set(i % 2 == 0 ? &m_first : &m_second);
+            IProductLocations* const found = IProductLocations::get();
+            if (found && found != &m_first && found != &m_second)
+                ++strangers;
+        }
+    });
     EXPECT_EQ(strangers, 0);
     EXPECT_TRUE(IProductLocations::get());
 }

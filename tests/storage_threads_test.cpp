@@ -1,8 +1,8 @@
+#include "run_threads.h"
 #include "storage_support.h"
 
 #include <atomic>
 #include <map>
-#include <thread>
 
 using namespace velmoext_1_4_8;
 
@@ -14,27 +14,19 @@ TEST_F(storage_threads_test, threads_that_record_at_once_write_whole_messages_in
     const int messages = 500;
     const storage_ptr storage = get();
     ASSERT_TRUE(storage->start_recording());
-    std::atomic<bool> is_over{false};
-    std::vector<std::thread> threads;
-    for (int thread = 0; thread < recorders; ++thread)
-        threads.emplace_back([&, thread] {
+    std::atomic<int> recording{recorders};
+    run_threads(recorders + 2, [&](int thread) {
+        if (thread < recorders) {
             for (int i = 0; i < messages; ++i)
                 record(storage, std::to_wstring(thread) + L":" + std::to_wstring(i));
-        });
-    std::vector<std::thread> others;
-    for (int thread = 0; thread < 2; ++thread)
-        others.emplace_back([&] {
-            while (!is_over) {
-                EXPECT_EQ(get(), storage);
-                EXPECT_TRUE(get("other.xml"));
-                EXPECT_TRUE(storage->start_recording());
-            }
-        });
-    for (std::thread& thread : threads)
-        thread.join();
-    is_over = true;
-    for (std::thread& thread : others)
-        thread.join();
+            --recording;
+        }
+        while (recording != 0) {
+            EXPECT_EQ(get(), storage);
+            EXPECT_TRUE(get("other.xml"));
+            EXPECT_TRUE(storage->start_recording());
+        }
+    });
     storage->stop_recording();
 
     std::wstring types = types_in();
@@ -51,19 +43,15 @@ TEST_F(storage_threads_test, threads_that_record_at_once_write_whole_messages_in
 
 TEST_F(storage_threads_test, storages_of_few_paths_are_got_used_and_released_by_all_threads)
 {
-    std::vector<std::thread> threads;
-    for (int thread = 0; thread < 8; ++thread)
-        threads.emplace_back([&, thread] {
-            for (int i = 0; i < 200; ++i) {
-                const storage_ptr storage = get(std::to_string((thread + i) % 3) + ".xml");
-                storage->start_recording();
-                record(storage, L"t");
-                if (i % 3 == 0)
-                    storage->stop_recording();
-            }
-        });
-    for (std::thread& thread : threads)
-        thread.join();
+    run_threads(8, [&](int thread) {
+        for (int i = 0; i < 200; ++i) {
+            const storage_ptr storage = get(std::to_string((thread + i) % 3) + ".xml");
+            storage->start_recording();
+            record(storage, L"t");
+            if (i % 3 == 0)
+                storage->stop_recording();
+        }
+    });
     for (const char* leaf : {"0.xml", "1.xml", "2.xml"}) {
         const storage_ptr storage = get(leaf);
         EXPECT_TRUE(storage->start_recording()) << leaf;
@@ -75,9 +63,6 @@ TEST_F(storage_threads_test, two_storages_replay_at_the_same_time)
 {
     record_all(L"abc", "0.xml");
     record_all(L"abc", "1.xml");
-    std::vector<std::thread> threads;
-    for (const char* leaf : {"0.xml", "1.xml"})
-        threads.emplace_back([this, leaf] { EXPECT_EQ(replay(get(leaf)), L"a;b;c;"); });
-    for (std::thread& thread : threads)
-        thread.join();
+    run_threads(
+        2, [&](int thread) { EXPECT_EQ(replay(get(std::to_string(thread) + ".xml")), L"a;b;c;"); });
 }

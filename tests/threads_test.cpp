@@ -1,5 +1,6 @@
 // What the locks promise: components of one process meet in the same few extension objects.
 
+#include "run_threads.h"
 #include "support.h"
 
 #include <gtest/gtest.h>
@@ -8,7 +9,6 @@
 #include <chrono>
 #include <cstdlib>
 #include <random>
-#include <thread>
 
 using namespace velmoext_1_4_8;
 
@@ -40,16 +40,6 @@ private:
     int m_seen = 0; ///< guarded by the extension object that delivers
 };
 
-template <typename Step>
-void run_threads(const Step& step)
-{
-    std::vector<std::thread> threads;
-    for (int i = 0; i < thread_count; ++i)
-        threads.emplace_back([&step, i] { step(i); });
-    for (std::thread& thread : threads)
-        thread.join();
-}
-
 } // namespace
 
 TEST(threads_test, objects_of_few_ids_are_made_used_and_released_by_all_threads)
@@ -57,7 +47,7 @@ TEST(threads_test, objects_of_few_ids_are_made_used_and_released_by_all_threads)
     const std::wstring base = velmo_ex_t::generate_id(L"threads_test.");
     const auto end = std::chrono::steady_clock::now() + duration;
     std::atomic<long> delivered{0};
-    run_threads([&](int thread) {
+    run_threads(thread_count, [&](int thread) {
         std::minstd_rand random(static_cast<unsigned>(thread) + 1);
         const message_ptr message = make_message(L"t", message_t::info);
         while (std::chrono::steady_clock::now() < end) {
@@ -84,7 +74,7 @@ TEST(threads_test, one_object_sees_the_messages_of_all_threads_one_at_a_time)
     const auto handler = boost::make_shared<exclusive_handler_t>();
     ex->push_handler(handler);
     const int messages = 500;
-    run_threads([&](int) {
+    run_threads(thread_count, [&](int) {
         for (int i = 0; i < messages; ++i)
             deliver(ex, make_message(L"t"));
     });
@@ -99,7 +89,7 @@ TEST(threads_test, a_handler_that_releases_objects_while_others_die_blocks_nobod
         {}
         boost::shared_ptr<velmo_ex_t> m_owned;
     };
-    run_threads([](int) {
+    run_threads(thread_count, [](int) {
         for (int i = 0; i < 2000; ++i) {
             boost::shared_ptr<velmo_ex_t> chain;
             for (int length = 0; length < 4; ++length) {
@@ -117,7 +107,7 @@ TEST(threads_test, the_first_use_in_a_process_may_come_from_all_threads_at_once)
     testing::FLAGS_gtest_death_test_style = "threadsafe";
     const auto use = [] {
         const message_ptr message = make_message(L"t");
-        run_threads([&](int) {
+        run_threads(thread_count, [&](int) {
             string_message_serializer_t::xml_string_to_message(
                 string_message_serializer_t::message_to_xml_string(message));
         });
@@ -130,7 +120,7 @@ TEST(threads_test, one_message_is_encoded_by_all_threads_at_once)
 {
     const message_ptr message = make_message(make_content({{L"tool", L"x"}}, {{L"\xE9", L"&"}}));
     const std::wstring text = string_message_serializer_t::message_to_xml_string(message);
-    run_threads([&](int) {
+    run_threads(thread_count, [&](int) {
         for (int i = 0; i < 500; ++i) {
             EXPECT_EQ(string_message_serializer_t::message_to_xml_string(message), text);
             EXPECT_TRUE(string_message_serializer_t::xml_string_to_message(text));

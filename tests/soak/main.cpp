@@ -1,6 +1,7 @@
 // Threads work on few objects and logs at once, for as long as they are told to, with all that the
 // library offers. Just what was sent may be delivered, and the memory in use must not grow.
 
+#include "../run_threads.h"
 #include "worker.h"
 
 #include <malloc.h>
@@ -10,8 +11,6 @@
 #include <cstring>
 #include <iostream>
 #include <string>
-#include <thread>
-#include <vector>
 
 // Where a sanitizer has the place of the C library's allocator, it counts too, under this name.
 extern "C" std::size_t sanitizer_bytes() __asm__("__sanitizer_get_current_allocated_bytes")
@@ -61,17 +60,13 @@ std::uint64_t run_round(world_t& world, const options_t& options, std::uint32_t 
     const auto end = std::chrono::steady_clock::now() +
                      std::chrono::milliseconds(options.seconds * 1000 / rounds);
     std::atomic<std::uint64_t> operations{0};
-    std::vector<std::thread> threads;
-    for (unsigned i = 0; i < options.threads; ++i)
-        threads.emplace_back([&, i] {
-            worker_t worker(world, i, seed * 1000 + i);
-            std::uint64_t count = 0;
-            for (; std::chrono::steady_clock::now() < end; ++count)
-                worker.work();
-            operations += count;
-        });
-    for (std::thread& thread : threads)
-        thread.join();
+    run_threads(options.threads, [&](unsigned thread) {
+        worker_t worker(world, thread, seed * 1000 + thread);
+        std::uint64_t count = 0;
+        for (; std::chrono::steady_clock::now() < end; ++count)
+            worker.work();
+        operations += count;
+    });
     return operations;
 }
 
