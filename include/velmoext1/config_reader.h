@@ -57,8 +57,9 @@ public:
 
     /// The property of that name for a message that is sent through an extension object: of the
     /// first entry in the file's order that has the message's type for its "id", the object's
-    /// prefix for its "prefix" and a value for the property; where none has, of the first with the
-    /// message's type, whatever its prefix. All are compared exactly.
+    /// prefix for its "prefix" and a value for the property; where none has, or the object's prefix
+    /// is empty, of the first with the message's type and a value, whatever its prefix. All are
+    /// compared exactly. Neither object may be null.
     ///
     /// Empty where nothing is configured: no such entry, an empty type, no directory, no file, or
     /// none that can be read as XML. A file that could not be read is tried again at the next call.

@@ -25,9 +25,9 @@ namespace velmoext_1_4_8
 /// this object.
 ///
 /// Shares the message and the extension object. What is asked for is looked up at the first call:
-/// type, prefix, configuration and arguments count as they are then, for the title and the text
-/// each. A copy takes along what was looked up. Different objects may be used by different threads,
-/// one object by one thread at a time.
+/// type, prefix, source, configuration and arguments count as they are then, for the title and the
+/// text each; the source is asked anew for "SOURCE". A copy takes along what was looked up.
+/// Different objects may be used by different threads, one object by one thread at a time.
 class VELMOEXT1_API extended_message_t
 {
 public:

@@ -40,7 +40,7 @@ public:
         std::map<std::wstring, std::wstring> attributes; ///< facts about the message: its source
         std::map<std::wstring, std::wstring> elements;   ///< further named texts
         /// The number that the next argument without a name gets when a message is read from XML;
-        /// counted up at each use, from the largest value to the smallest.
+        /// counted up at each use, and behind the largest one from the smallest on.
         std::int32_t next_arg_number = 1;
     };
 
@@ -58,6 +58,7 @@ public:
     severity_t get_severity() const;
 
     /// A word of bits for the handlers; a storage records a message only when bit 0 or 1 is set.
+    /// It has no form in XML: who receives a message sets it anew.
     void set_flags(int flags);
     int get_flags() const;
 
@@ -66,8 +67,8 @@ public:
     /// A copy of the content: changing it leaves the message as it is.
     message_content_t get_content() const;
 
-    /// Names the component that reports, as the attribute "tool". Only the first call on a message
-    /// has an effect: the first recorded origin stays. set_content() can still replace it.
+    /// Names the component that reports, as the attribute "tool". Without effect where the message
+    /// has that attribute: the first recorded origin stays. set_content() can still replace it.
     void set_source(const std::wstring& source);
     /// The attribute "source" where there is one, else the attribute "tool", else an empty text.
     std::wstring get_source() const;

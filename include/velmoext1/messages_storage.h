@@ -17,7 +17,8 @@ namespace velmoext_1_4_8
 class messages_storage_impl_t;
 
 /// A handler that records the messages passing it into an XML log file, and later replays that file
-/// into an extension object. It never consumes a message.
+/// into an extension object. It never consumes a message, and lets progress messages pass
+/// unrecorded.
 ///
 /// The process has at most one storage per path; callers and handler stacks share it, and it lives
 /// as long as one of them holds it. A recording that is on then is closed as by stop_recording().
@@ -41,9 +42,9 @@ public:
     /// Writes the message to the log while recording is on and bit 0 or 1 of its flags is set.
     /// Always false, also for null. What was written reaches the file in portions, and all of it
     /// when the recording stops; once the file refuses a portion, as on a full disk, the rest of
-    /// this recording is dropped. Where libxml2 lacks memory the message is recorded in part or not
-    /// at all; for one that needs more room than a portion, that too drops the rest of this
-    /// recording, with what has not reached the file yet.
+    /// this recording is dropped. Where memory is lacking the message is recorded in part or not at
+    /// all; where libxml2 lacks it for one that needs more room than a portion, that too drops the
+    /// rest of this recording, with what has not reached the file yet.
     bool on_message(boost::shared_ptr<velmo_ex_t> ex, boost::shared_ptr<message_t> msg) override;
 
     /// Begins a log, and carries over into it the messages of the log that is there. While that
@@ -53,10 +54,11 @@ public:
     /// True when recording is on, also when it was before. False, with the storage idle and
     /// - log and copy left as they are: where the path is no regular file that can be written,
     ///   somebody else records into it, it is longer than 2 GiB, or what stands in the place of the
-    ///   copy is no regular file of this process's user;
+    ///   copy is no regular file of this process's user, is longer than that, or is the log itself;
     /// - the copy left for a later start: where not all old messages could be written, as on a full
     ///   disk or without memory, or where the copy cannot be removed.
-    /// A file that holds no log is replaced by one.
+    /// A file that holds no log is replaced by one. Where std::bad_alloc passes out the storage is
+    /// idle, and the old messages stand in the log or in the copy.
     ///
     /// The old messages are lost in three cases. Where no copy of the log can be made, as in a
     /// folder that refuses it or on a full disk, recording starts all the same and with an empty
@@ -80,9 +82,9 @@ public:
     /// True when there was something new to read, also where it was damaged: the messages before
     /// the damage have been delivered then. False, with nothing delivered, while recording is on,
     /// without start_reading(), or where there is nothing new, the file cannot be read, has become
-    /// shorter, or its new part is longer than 2 GiB. What a handler throws passes out, and
-    /// std::bad_alloc where libxml2 lacks memory on the way; what was read then counts as replayed.
-    /// The extension object must not be null.
+    /// shorter, or its new part has no '>' or is longer than 2 GiB. What a handler throws passes
+    /// out, and std::bad_alloc where libxml2 lacks memory on the way; what was read then counts as
+    /// replayed. The extension object must not be null.
     virtual bool replay(boost::shared_ptr<velmo_ex_t> ex);
 
     /// Takes back what start_reading() allowed. What has been replayed stays so.

@@ -32,7 +32,7 @@ public:
     ///
     /// An attribute or element with an empty key ends attributes, arguments and elements at its
     /// place; type and severity follow. An argument with an empty name is written, and read back
-    /// under a number.
+    /// as `arg1`.
     static std::wstring message_to_xml_string(boost::shared_ptr<message_t> message);
 
     /// The message that the document holds: its first top-level "msg" element. Null where there is
@@ -43,6 +43,11 @@ public:
     ///
     /// Of an element's attributes those behind the first 1,000 are left out. Opens no file that the
     /// text names.
+    ///
+    /// Whoever wrote it: a severity is INFO, WARNING, ERROR or CRITICAL in any case, or 2 for info,
+    /// 1 for warning, 0 for critical; another text is none. An "arg" without a name becomes `arg1`,
+    /// the next one `arg2`. Of two texts of one name the first counts, of two types or severities
+    /// the last. A text is all that stands in its element, not trimmed.
     ///
     /// Reads everything that message_to_xml_string() writes, but for an argument, element or type
     /// of more than 10,000,000 bytes, and a document that declares very many namespaces: such a

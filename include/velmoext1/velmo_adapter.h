@@ -39,8 +39,9 @@ public:
     /// string_message_serializer_t::message_to_xml_string().
     std::wstring encode_to_velmo(boost::shared_ptr<message_t> msg);
 
-    /// Says the message's text to the host messenger, with the host's severity 1 whatever the
-    /// message's own: that one travels inside the text. A host messenger must have been set.
+    /// Says the message's text, an empty one too, to the host messenger, with the host's severity 1
+    /// whatever the message's own: that one travels inside the text. A host messenger must have
+    /// been set. What it throws passes out.
     void send_to_velmo(boost::shared_ptr<message_t> msg);
 
 protected:

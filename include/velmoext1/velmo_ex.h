@@ -19,8 +19,9 @@ namespace velmoext_1_4_8
 {
 
 /// An extension object: the place in the process where all components that know an id meet. It
-/// holds a stack of handlers, through which every message delivered to it passes, and a prefix that
-/// tells presentation code whose texts to prefer.
+/// holds a stack of handlers, which every message delivered to it passes from the top down until
+/// one consumes it, and a prefix that tells presentation code whose texts to prefer. What nobody
+/// consumes is dropped.
 ///
 /// The process has at most one object per id. Callers share it; it lives as long as one of them
 /// holds it, and it holds its handlers until they are popped or it dies. Every operation may be
@@ -29,14 +30,15 @@ class VELMOEXT1_API velmo_ex_t : public boost::enable_shared_from_this<velmo_ex_
 {
 public:
     /// The object of this id, made with this prefix where there is none; an object that is there
-    /// keeps its own prefix. Any text is an id, also the empty one.
+    /// keeps its own prefix. Any text is an id, also the empty one; ids are compared exactly.
     ///
     /// Null while the id's former object, which nobody owns any more, is still letting go of its
     /// handlers. Another thread may ask again; a handler that dies with it gets null each time.
     static boost::shared_ptr<velmo_ex_t> get(const std::wstring& id, const std::wstring& prefix);
 
-    /// `base` and a decimal number behind it, such that the process has no object of that id. The
-    /// id is not reserved: pass it to get().
+    /// `base` and a decimal number behind it, such that the process has no object of that id. All
+    /// bases share one count, from 0 on, which goes on with the smallest number behind the largest.
+    /// The id is not reserved: pass it to get().
     static std::wstring generate_id(const std::wstring& base);
 
     velmo_ex_t(const velmo_ex_t&) = delete;

@@ -2,8 +2,8 @@
 /// All public headers.
 ///
 /// Where memory is lacking, every operation throws std::bad_alloc and leaves what it works on as it
-/// was, unless it is libxml2 that lacks it: the operation tells what it answers then. Otherwise
-/// only what handlers and the host throw passes out.
+/// was, unless it tells otherwise; where it is libxml2 that lacks it, the operation tells what it
+/// answers. Otherwise only what handlers and the host throw passes out.
 #pragma once
 
 #include <velmoext1/base_handler.h>

@@ -25,6 +25,7 @@ public:
     /// Holds nothing.
     variant_t() = default;
     // Not explicit: each of these is a value wherever one is asked for.
+    /// A null pointer gives an empty text.
     variant_t(const wchar_t* text);      // NOLINT(google-explicit-constructor)
     variant_t(const std::wstring& text); // NOLINT(google-explicit-constructor)
     variant_t(bool truth);               // NOLINT(google-explicit-constructor)

@@ -28,6 +28,8 @@ private:
 };
 
 /// Named arguments in the order in which they were added; a name may stand there more than once.
+/// Different objects may be used by different threads, one object by several threads that only
+/// read.
 class ROVA_API varg_list
 {
 public:

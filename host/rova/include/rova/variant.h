@@ -15,7 +15,8 @@ class pattern_t;
 namespace types
 {
 
-/// A value that is handed to the host's text operations: a wide text.
+/// A value that is handed to the host's text operations: a wide text. Different objects may be used
+/// by different threads, one object by several threads that only read.
 class ROVA_API variant
 {
 public:

@@ -13,7 +13,7 @@ enum ESeverity
     error = 3
 };
 
-/// The host's channel to the user: one line of text at a time.
+/// The host's channel to the user: one line of text at a time. Called on the thread that reports.
 class IMessenger
 {
 public:

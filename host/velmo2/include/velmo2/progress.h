@@ -4,7 +4,8 @@
 namespace velmo2
 {
 
-/// How far an operation of the host has come, and whether the user wants it to end.
+/// How far an operation of the host has come, and whether the user wants it to end. Called on the
+/// thread that reports.
 class IProgress
 {
 public:
