@@ -1,10 +1,11 @@
 #include "declared_encoding.h"
 
+#include "text_search.h"
+
 #include <strings.h>
 
 #include <algorithm>
 #include <cstddef>
-#include <cstring>
 #include <iterator>
 #include <string_view>
 
@@ -35,12 +36,12 @@ bool keeps_ascii(std::string_view encoding)
 }
 
 // Without its bracket; a byte order mark may stand before it.
-std::string_view find_declaration(std::string_view document)
+std::string_view find_declaration(const std::string& document)
 {
-    document.remove_prefix(std::min(document.find('<'), document.size()));
-    const bool is_declared = document.substr(0, 5) == "<?xml" && document.size() > 5 &&
-                             std::strchr(" \t\r\n", document[5]);
-    return is_declared ? document.substr(0, document.find('>')) : std::string_view();
+    const std::size_t begin = find_any(document, "<", 0);
+    if (!begins_declaration(document, begin))
+        return std::string_view();
+    return std::string_view(document).substr(begin, document.find('>', begin) - begin);
 }
 
 } // namespace

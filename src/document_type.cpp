@@ -30,7 +30,7 @@ std::size_t skip_remark(const std::string& document, std::size_t at)
 std::size_t skip_declaration(const std::string& document)
 {
     const std::size_t begin = begins_with(document, 0, "\xEF\xBB\xBF") ? 3 : 0;
-    return begins_with(document, begin, "<?xml") ? find_behind(document, ">", begin) : 0;
+    return begins_declaration(document, begin) ? find_behind(document, ">", begin) : 0;
 }
 
 std::size_t skip_quoted(const std::string& document, std::size_t at)

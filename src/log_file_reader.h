@@ -22,8 +22,8 @@ public:
     /// Reads on from where the last parse() stopped, up to the end of the file; what follows the
     /// last '>' is dropped. False, with nothing handed over, where there is nothing new or no '>'
     /// in it, the file cannot be read or has become shorter, or the new part is longer than an int
-    /// can tell; only in the first case has the position moved. True for damaged text too: the
-    /// messages before the damage have been handed over. What the callback throws passes out.
+    /// can tell; of these only a text without a '>' moves the position. True for damaged text too:
+    /// the messages before the damage have been handed over. What the callback throws passes out.
     bool parse();
 
     /// See log_sax_reader::has_lacked_memory().

@@ -66,7 +66,7 @@ void log_sax_reader::set_callback(const message_callback_t& callback)
 int log_sax_reader::parse(const std::string& text)
 {
     initialize_xml_library();
-    xml_silence_t silence(xml_silence_t::stop_parse);
+    xml_silence_t silence;
     m_silence = &silence;
     const int answer = parse_document(text, this);
     m_has_lacked_memory = silence.has_lacked_memory();

@@ -26,11 +26,6 @@ bool is_end(char sign)
     return sign == '\0' || sign == '<' || sign == '>';
 }
 
-bool is_blank(char sign)
-{
-    return sign == ' ' || sign == '\t' || sign == '\r' || sign == '\n';
-}
-
 bool is_value(const std::string& document, std::size_t quote)
 {
     std::size_t before = quote - 1;

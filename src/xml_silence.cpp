@@ -27,9 +27,9 @@ bool has_room_for_name(const xmlError& error)
 
 } // namespace
 
-xml_silence_t::xml_silence_t(faults_t faults)
-    : m_faults(faults), m_generic_place(&xmlGenericError),
-      m_generic_context_place(&xmlGenericErrorContext), m_structured_place(&xmlStructuredError),
+xml_silence_t::xml_silence_t()
+    : m_generic_place(&xmlGenericError), m_generic_context_place(&xmlGenericErrorContext),
+      m_structured_place(&xmlStructuredError),
       m_structured_context_place(&xmlStructuredErrorContext), m_last_error_place(&xmlLastError)
 {
     begin();
@@ -74,9 +74,10 @@ void xml_silence_t::hear(const xmlError& error)
         m_has_lacked_memory = true;
     if (error.code == XML_NS_ERR_UNDEFINED_NAMESPACE && !has_room_for_name(error))
         m_has_lacked_memory = true;
+    // xmlStopParser() would free the text, which libxml2 still looks at behind some faults.
     const bool is_fault = error.domain == XML_FROM_PARSER && error.level == XML_ERR_FATAL;
-    if (is_fault && m_faults == stop_parse && error.ctxt)
-        xmlStopParser(static_cast<xmlParserCtxt*>(error.ctxt));
+    if (is_fault && error.ctxt)
+        static_cast<xmlParserCtxt*>(error.ctxt)->instate = XML_PARSER_EOF;
 }
 
 void xml_silence_t::begin()

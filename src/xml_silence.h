@@ -8,17 +8,13 @@ namespace velmoext_1_4_8
 /// Keeps libxml2 from printing on this thread as long as it lives, and then leaves the thread's
 /// last error as it was. Some of its errors go to the thread's handlers, whatever options and
 /// handlers a parse has of its own; other threads keep theirs.
+///
+/// A parse that fails meanwhile ends at once. Nothing behind the fault counts, and libxml2 can take
+/// the square of it.
 class xml_silence_t
 {
 public:
-    enum faults_t
-    {
-        go_on,
-        stop_parse ///< a parse that failed ends at once: libxml2 would read the broken tag to its
-                   ///< end
-    };
-
-    explicit xml_silence_t(faults_t faults = go_on);
+    xml_silence_t();
     ~xml_silence_t();
     xml_silence_t(const xml_silence_t&) = delete;
     xml_silence_t& operator=(const xml_silence_t&) = delete;
@@ -52,7 +48,6 @@ private:
     void end();
     void swap_last_error();
 
-    const faults_t m_faults;
     bool m_has_lacked_memory = false;
     int m_hidden_losses = 0;
 

@@ -1,3 +1,4 @@
+#include "own_memory.h"
 #include "run_threads.h"
 #include "scratch_folder.h"
 
@@ -678,6 +679,13 @@ TEST_F(basekit2_variant_bag_test, a_file_of_errors_is_refused)
 {
     EXPECT_EQ(load_bytes("<bag>" + std::string(5000000, '&')), "failed");
     EXPECT_EQ(load_bytes("<bag>" + repeated("&u;", 1000000) + "</bag>"), "failed");
+}
+
+// libxml2 looks at the text once more behind this error.
+TEST_F(basekit2_variant_bag_test, an_error_in_a_long_file_is_refused)
+{
+    const own_memory_t own_memory;
+    EXPECT_EQ(load_bytes("<bag>]]>" + std::string(16000000, ' ') + "</bag>"), "failed");
 }
 
 TEST_F(basekit2_variant_bag_test, a_document_type_declaration_is_refused)

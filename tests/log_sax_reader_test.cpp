@@ -1,5 +1,6 @@
 #include "log_sax_reader.h"
 
+#include "own_memory.h"
 #include "support.h"
 
 #include <gtest/gtest.h>
@@ -299,6 +300,17 @@ TEST_F(log_sax_reader_test, damage_ends_the_delivery)
     EXPECT_GT(m_reader.parse("<log><msg><type>a</type></msg><msg><type>b</tipe></msg>"
                              "<msg><type>c</type></msg></log>"),
               0);
+    EXPECT_EQ(m_types, L"a;");
+}
+
+// libxml2 looks at the text once more behind this fault.
+TEST_F(log_sax_reader_test, damage_in_a_long_log_ends_the_delivery)
+{
+    const own_memory_t own_memory;
+    EXPECT_GT(
+        m_reader.parse("<log><msg><type>a</type></msg><msg><arg>]]></arg><type>b</type></msg>" +
+                       std::string(40000000, ' ') + "</log>"),
+        0);
     EXPECT_EQ(m_types, L"a;");
 }
 

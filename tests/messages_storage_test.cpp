@@ -544,7 +544,8 @@ TEST_F(messages_storage_test, a_log_with_a_long_document_type_is_damaged_there)
     std::string values = "v";
     for (int i = 0; i < 300000; ++i)
         values += "|n" + std::to_string(i);
-    for (const char* const remark : {"", "<!--><a -->", "<?p <!DOCTYPE log>?>"}) {
+    for (const char* const remark :
+         {"", "<!--><a -->", "<?p <!DOCTYPE log>?>", "<?xml-p ><!DOCTYPE log><?p ?>"}) {
         m_folder.write("log.xml", remark + ("<!DOCTYPE log [<!ATTLIST log a (" + values) +
                                       ") 'v'>]><log><msg><type>a</type></msg></log>");
         EXPECT_EQ(types_in(), L"") << remark;

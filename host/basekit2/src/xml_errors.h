@@ -53,12 +53,16 @@ private:
         stop(*error);
     }
     // Else libxml2 reads on to the end, and compares each repeat of an attribute with all that the
-    // tag has. In these domains the context is a parser, in others something else.
+    // tag has. xmlStopParser() would free the text, which it still looks at behind some errors. In
+    // these domains the context is a parser, in others something else.
     static void stop(const xmlError& error)
     {
         const bool is_of_parser = error.domain == XML_FROM_PARSER || error.domain == XML_FROM_IO;
-        if (is_of_parser && error.ctxt != nullptr)
-            xmlStopParser(static_cast<xmlParserCtxt*>(error.ctxt));
+        if (!is_of_parser || error.ctxt == nullptr)
+            return;
+        auto& parser = *static_cast<xmlParserCtxt*>(error.ctxt);
+        parser.instate = XML_PARSER_EOF;
+        parser.disableSAX = 1;
     }
 
     bool m_has_failed = false;
