@@ -7,7 +7,11 @@
 class own_memory_t
 {
 public:
-    own_memory_t() { mallopt(M_MMAP_THRESHOLD, 65536); }
+    own_memory_t()
+    {
+        mallopt(M_MMAP_THRESHOLD, 65536);
+        malloc_trim(0);
+    }
     ~own_memory_t() { mallopt(M_MMAP_THRESHOLD, 131072); }
     own_memory_t(const own_memory_t&) = delete;
     own_memory_t& operator=(const own_memory_t&) = delete;
