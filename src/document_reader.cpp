@@ -1,5 +1,6 @@
 #include "document_reader.h"
 
+#include "declared_defaults.h"
 #include "message_element.h"
 #include "message_format.h"
 
@@ -7,31 +8,6 @@ namespace velmoext_1_4_8
 {
 namespace
 {
-
-const char* const encoding = "UTF-8";
-const int options = XML_PARSE_RECOVER | XML_PARSE_NOERROR | XML_PARSE_NOWARNING;
-
-// Each element gets each declared default looked at, whether it takes it or not: this many such
-// looks take a fraction of a second.
-const std::size_t most_defaults_looked_at = 200000;
-const std::size_t smallest_element = sizeof("<a/>") - 1;
-
-bool declares_default(const xmlNode& node)
-{
-    if (node.type != XML_ATTRIBUTE_DECL)
-        return false;
-    const xmlAttributeDefault kind = reinterpret_cast<const xmlAttribute&>(node).def;
-    return kind != XML_ATTRIBUTE_REQUIRED && kind != XML_ATTRIBUTE_IMPLIED;
-}
-
-bool has_too_many_defaults(const xmlNode& node, std::size_t document_size)
-{
-    std::size_t defaults = 0;
-    if (node.type == XML_DTD_NODE)
-        for (const xmlNode* child = node.children; child; child = child->next)
-            defaults += declares_default(*child) ? 1 : 0;
-    return defaults * (document_size / smallest_element) > most_defaults_looked_at;
-}
 
 bool is_message(const xmlNode& node)
 {
@@ -42,7 +18,7 @@ boost::shared_ptr<message_t> read_first_message(xmlTextReaderPtr reader, std::si
 {
     while (xmlTextReaderNext(reader) == 1) {
         const xmlNode& node = *xmlTextReaderCurrentNode(reader);
-        if (has_too_many_defaults(node, document_size))
+        if (declares_too_many_defaults(node, document_size))
             break;
         if (is_message(node))
             return read_message_element(xmlTextReaderExpand(reader));

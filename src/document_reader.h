@@ -17,6 +17,10 @@ namespace velmoext_1_4_8
 class document_reader_t
 {
 public:
+    /// How every document is read.
+    static constexpr const char* encoding = "UTF-8";
+    static constexpr int options = XML_PARSE_RECOVER | XML_PARSE_NOERROR | XML_PARSE_NOWARNING;
+
     /// The first "msg" element among the topmost nodes, null where there is none. After anything
     /// thrown this reader is not to be used any more.
     boost::shared_ptr<message_t> read(const std::string& document);

@@ -4,6 +4,7 @@
 #include "document_reader.h"
 #include "document_type.h"
 #include "document_writer.h"
+#include "long_document.h"
 #include "start_tags.h"
 #include "xml_library.h"
 #include "xml_silence.h"
@@ -42,6 +43,17 @@ void leave_out_byte_order_marks(std::string& document)
     document.erase(0, end);
 }
 
+boost::shared_ptr<message_t> read_short_document(const std::string& document,
+                                                 const xml_silence_t& silence)
+{
+    thread_local std::unique_ptr<document_reader_t> kept;
+    auto reader = kept ? std::move(kept) : std::make_unique<document_reader_t>();
+    boost::shared_ptr<message_t> message = reader->read(document);
+    if (message && !silence.has_lacked_memory() && reader->is_fresh())
+        kept = std::move(reader);
+    return message;
+}
+
 } // namespace
 
 std::wstring
@@ -64,7 +76,6 @@ boost::shared_ptr<message_t>
 string_message_serializer_t::xml_string_to_message(const std::wstring& text)
 {
     initialize_xml_library();
-    thread_local std::unique_ptr<document_reader_t> kept;
     // XML knows no zero character, but libxml2 would take one for a sign of another encoding.
     if (text.find(L'\0') != std::wstring::npos)
         return boost::shared_ptr<message_t>();
@@ -74,13 +85,10 @@ string_message_serializer_t::xml_string_to_message(const std::wstring& text)
     if (!is_bearable(document))
         return boost::shared_ptr<message_t>();
     const xml_silence_t silence;
-    auto reader = kept ? std::move(kept) : std::make_unique<document_reader_t>();
-    boost::shared_ptr<message_t> message = reader->read(document);
-    if (silence.has_lacked_memory())
-        return boost::shared_ptr<message_t>();
-    if (message && document.size() <= largest_kept && reader->is_fresh())
-        kept = std::move(reader);
-    return message;
+    const boost::shared_ptr<message_t> message = document.size() <= largest_kept
+                                                     ? read_short_document(document, silence)
+                                                     : read_long_document(document);
+    return silence.has_lacked_memory() ? boost::shared_ptr<message_t>() : message;
 }
 
 } // namespace velmoext_1_4_8

@@ -492,6 +492,44 @@ TEST(string_message_serializer_test, very_many_faults_take_no_square_of_time)
     EXPECT_LT(usage.seconds(), 10);
 }
 
+// libxml2 looks through what is unfinished each time that it gets a piece with a bracket.
+TEST(string_message_serializer_test, long_texts_full_of_brackets_take_no_square_of_time)
+{
+    const std::wstring text(9900000, L'>');
+    const usage_t usage;
+    const message_ptr message =
+        decode(L"<!-- " + text + L"--><msg a='" + text + L"'><?p " + text + L"?><arg name='b'>" +
+               text + L"</arg><arg name='c'><![CDATA[" + text + L"]]></arg></msg>");
+    ASSERT_TRUE(message);
+    const auto content = message->get_content();
+    EXPECT_TRUE((content.attributes == texts_t{{L"a", text}}));
+    EXPECT_TRUE((content.args == texts_t{{L"b", text}, {L"c", text}}));
+    EXPECT_LT(usage.seconds(), 10);
+}
+
+TEST(string_message_serializer_test, an_ampersand_without_an_end_takes_no_square_of_time)
+{
+    const usage_t usage;
+    EXPECT_FALSE(decode(L"<msg><arg>&" + repeat(L"<b>x</b>", 1200000) + L"</arg></msg>"));
+    EXPECT_LT(usage.seconds(), 10);
+}
+
+TEST(string_message_serializer_test, very_many_names_or_ids_give_null)
+{
+    const auto make_document = [](const std::wstring& begin, const std::wstring& end, int count) {
+        std::wstring text = L"<msg>";
+        for (int i = 0; i < count; ++i)
+            text += begin + std::to_wstring(i) + end;
+        return text + L"</msg>";
+    };
+    const usage_t usage;
+    for (const auto& [begin, end] : texts_t{{L"<a", L"/>"}, {L"<a xml:id='i", L"'/>"}}) {
+        EXPECT_TRUE(decode(make_document(begin, end, 150000)));
+        EXPECT_FALSE(decode(make_document(begin, end, 1000000)));
+    }
+    EXPECT_LT(usage.seconds(), 10);
+}
+
 TEST(string_message_serializer_test, an_entity_may_bring_elements_of_a_namespace_along)
 {
     const std::wstring entity = L"<!DOCTYPE msg [<!ENTITY e '<b>x</b>y<p:c/>'>]>";
