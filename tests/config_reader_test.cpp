@@ -318,6 +318,31 @@ TEST_F(config_reader_test, a_host_that_comes_later_is_asked_at_the_next_call)
     EXPECT_EQ(read(), L"host");
 }
 
+TEST_F(config_reader_test, another_directory_of_the_host_brings_its_own_files)
+{
+    const scratch_folder_t other;
+    m_reader->set_cfg_dir(basekit2::path_t());
+    {
+        const locations_t locations(m_folder);
+        write(entry_of("a"), "config/src.xml");
+        EXPECT_EQ(read(), L"a");
+    }
+    const locations_t locations(other);
+    other.write("config/src.xml", bag_of(entry_of("b")));
+    EXPECT_EQ(read(), L"b");
+}
+
+TEST_F(config_reader_test, a_host_that_names_no_directory_any_more_configures_nothing)
+{
+    m_reader->set_cfg_dir(basekit2::path_t());
+    {
+        const locations_t locations(m_folder);
+        write(entry_of("a"), "config/src.xml");
+        EXPECT_EQ(read(), L"a");
+    }
+    EXPECT_EQ(read(), L"");
+}
+
 // ---- which entry: by prefix first, then by type alone
 
 TEST_F(config_reader_test, an_entry_with_the_prefix_comes_before_an_earlier_one_without)

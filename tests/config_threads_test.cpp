@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 
 using namespace velmoext_1_4_8;
@@ -136,6 +137,17 @@ TEST_F(config_threads_test, readers_that_nobody_else_holds_are_made_used_and_dro
         }
     });
     EXPECT_TRUE(watched.expired());
+}
+
+TEST_F(config_threads_test, threads_that_ask_at_once_get_one_reader)
+{
+    for (int round = 0; round < 200; ++round) {
+        std::vector<reader_ptr> readers(thread_count);
+        run_threads(thread_count, [&](int thread) {
+            readers[static_cast<std::size_t>(thread)] = config_reader_t::get();
+        });
+        EXPECT_EQ(std::count(readers.begin(), readers.end(), readers.front()), thread_count);
+    }
 }
 
 TEST_F(config_threads_test, a_reader_with_files_outlives_those_that_drop_it)

@@ -21,6 +21,13 @@ public:
     {}
 };
 
+int lowest_free_descriptor()
+{
+    const int descriptor = dup(STDERR_FILENO);
+    close(descriptor);
+    return descriptor;
+}
+
 // No descriptor beyond the next free ones can be had as long as this lives.
 class descriptor_limit_t
 {
@@ -28,9 +35,8 @@ public:
     explicit descriptor_limit_t(int free_ones)
     {
         getrlimit(RLIMIT_NOFILE, &m_former);
-        const int lowest = dup(STDERR_FILENO);
-        close(lowest);
-        const rlimit limit = {static_cast<rlim_t>(lowest + free_ones), m_former.rlim_max};
+        const rlimit limit = {static_cast<rlim_t>(lowest_free_descriptor() + free_ones),
+                              m_former.rlim_max};
         setrlimit(RLIMIT_NOFILE, &limit);
     }
     ~descriptor_limit_t() { setrlimit(RLIMIT_NOFILE, &m_former); }
@@ -150,12 +156,7 @@ TEST_F(storage_failure_test, nothing_is_written_into_a_file_that_got_the_closed_
 
 TEST_F(storage_failure_test, no_descriptor_is_left_open_by_what_failed)
 {
-    const auto lowest_free = [] {
-        const int descriptor = dup(STDERR_FILENO);
-        close(descriptor);
-        return descriptor;
-    };
-    const int before = lowest_free();
+    const int before = lowest_free_descriptor();
     for (int free_ones = 0; free_ones < 4; ++free_ones) {
         record_all(L"a");
         const descriptor_limit_t limit(free_ones);
@@ -165,5 +166,17 @@ TEST_F(storage_failure_test, no_descriptor_is_left_open_by_what_failed)
         storage->start_reading();
         storage->stop_reading();
     }
-    EXPECT_EQ(lowest_free(), before);
+    EXPECT_EQ(lowest_free_descriptor(), before);
+}
+
+TEST_F(storage_failure_test, a_storage_that_is_read_over_and_over_leaves_no_descriptor_open)
+{
+    record_all(L"a");
+    const int before = lowest_free_descriptor();
+    storage_ptr storage = get();
+    EXPECT_TRUE(storage->start_reading());
+    EXPECT_TRUE(storage->start_reading());
+    EXPECT_NE(lowest_free_descriptor(), before);
+    storage.reset();
+    EXPECT_EQ(lowest_free_descriptor(), before);
 }

@@ -5,6 +5,7 @@
 #include "storage_support.h"
 #include "system_faults.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
@@ -209,6 +210,93 @@ TEST_F(storage_faults_test, a_replay_that_reads_a_part_goes_on_behind_it)
     EXPECT_EQ(replay(storage), L"b;");
 }
 
+TEST_F(storage_faults_test, a_reading_that_cannot_be_started_again_is_over)
+{
+    make_old_log();
+    const storage_ptr storage = get();
+    const auto ex = velmo_ex_t::get(velmo_ex_t::generate_id(L"storage_faults_test."), L"");
+    ASSERT_TRUE(storage->start_reading());
+    {
+        const with_faults faults(
+            [](const std::string& call, int) { return call == "open" ? EMFILE : 0; });
+        EXPECT_FALSE(storage->start_reading());
+    }
+    EXPECT_FALSE(storage->replay(ex));
+    EXPECT_EQ(replay(storage), numbers(0, old_messages));
+}
+
+TEST_F(storage_faults_test, messages_are_written_in_portions_not_one_by_one)
+{
+    const storage_ptr storage = get();
+    ASSERT_TRUE(storage->start_recording());
+    const std::vector<std::string> calls =
+        calls_of([&] { record_numbers(storage, 0, old_messages); });
+    EXPECT_GT(std::count(calls.begin(), calls.end(), "write"), 0) << "none before the stop";
+    EXPECT_LT(std::count(calls.begin(), calls.end(), "write"), old_messages / 10);
+}
+
+TEST_F(storage_faults_test, what_appears_in_the_place_of_the_copy_meanwhile_is_left_alone)
+{
+    make_old_log();
+    const std::string old_log = m_folder.read("log.xml");
+    {
+        const with_faults faults([&](const std::string& call, int) {
+            if (call == "fchmod")
+                m_folder.write("log.xml.tmp", "new");
+            return 0;
+        });
+        EXPECT_FALSE(get()->start_recording());
+    }
+    EXPECT_EQ(m_folder.read("log.xml.tmp"), "new");
+    EXPECT_EQ(m_folder.read("log.xml"), old_log);
+}
+
+TEST_F(storage_faults_test, where_the_copy_cannot_be_opened_it_goes_and_the_log_is_free_again)
+{
+    make_old_log();
+    const storage_ptr storage = get();
+    {
+        bool is_emptied = false;
+        const with_faults faults([&](const std::string& call, int) {
+            const bool fails = is_emptied && call == "open";
+            is_emptied = is_emptied || call == "ftruncate";
+            return fails ? EMFILE : 0;
+        });
+        EXPECT_FALSE(storage->start_recording());
+    }
+    EXPECT_FALSE(m_folder.has("log.xml.tmp"));
+    EXPECT_TRUE(get("./log.xml")->start_recording());
+    EXPECT_TRUE(storage->start_recording()) << "a start while recording changes nothing";
+    EXPECT_TRUE(storage->stop_recording());
+}
+
+TEST_F(storage_faults_test, where_the_copy_cannot_be_removed_nothing_is_recorded_and_nothing_lost)
+{
+    make_old_log();
+    {
+        const with_faults faults(
+            [](const std::string& call, int) { return call == "unlink" ? EIO : 0; });
+        EXPECT_FALSE(go_on_recording());
+    }
+    EXPECT_TRUE(m_folder.has("log.xml.tmp"));
+    record_all(L"z");
+    EXPECT_EQ(types_in(), numbers(0, old_messages) + L"z;");
+}
+
+TEST_F(storage_faults_test, a_copy_of_another_user_is_left_alone)
+{
+    make_old_log();
+    std::filesystem::rename(m_folder.name("log.xml"), m_folder.name("log.xml.tmp"));
+    {
+        const with_other_user other;
+        EXPECT_FALSE(get()->start_recording());
+    }
+    EXPECT_TRUE(m_folder.has("log.xml.tmp"));
+    EXPECT_FALSE(m_folder.has("log.xml"));
+    record_all(L"a");
+    EXPECT_EQ(types_in(), numbers(0, old_messages) + L"a;");
+}
+
 // ---- the log goes, or another one comes
 
 TEST_F(storage_faults_test, a_log_that_is_removed_meanwhile_is_made_again_by_the_next_start)
@@ -241,6 +329,21 @@ TEST_F(storage_faults_test, a_log_that_is_replaced_meanwhile_is_left_alone_until
     record(storage, L"c");
     EXPECT_TRUE(storage->stop_recording());
     EXPECT_EQ(types_in(), L"x;y;c;");
+}
+
+TEST_F(storage_faults_test, a_log_that_is_replaced_while_it_is_locked_is_left_alone)
+{
+    make_old_log();
+    m_folder.write("other.xml", "other");
+    {
+        const with_faults faults([&](const std::string& call, int) {
+            if (call == "flock" && m_folder.has("other.xml"))
+                std::filesystem::rename(m_folder.name("other.xml"), m_folder.name("log.xml"));
+            return 0;
+        });
+        EXPECT_FALSE(get()->start_recording());
+    }
+    EXPECT_EQ(m_folder.read("log.xml"), "other");
 }
 
 TEST_F(storage_faults_test, a_log_that_is_replaced_by_a_folder_cannot_be_recorded_again)
@@ -284,6 +387,17 @@ TEST_F(storage_faults_test, a_path_that_is_too_long_for_the_system_is_refused)
         EXPECT_TRUE(storage->stop_recording()) << size;
     }
     EXPECT_TRUE(std::filesystem::is_empty(m_folder.name("")));
+}
+
+TEST_F(storage_faults_test, a_device_is_not_even_opened)
+{
+    std::filesystem::create_symlink("/dev/null", m_folder.name("log.xml"));
+    const storage_ptr storage = get();
+    const std::vector<std::string> calls = calls_of([&] {
+        EXPECT_FALSE(storage->start_recording());
+        EXPECT_FALSE(storage->start_reading());
+    });
+    EXPECT_EQ(std::count(calls.begin(), calls.end(), "open"), 0);
 }
 
 TEST_F(storage_faults_test, in_a_working_folder_that_vanished_only_whole_paths_can_be_recorded)

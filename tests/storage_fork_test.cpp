@@ -87,6 +87,24 @@ TEST_F(storage_fork_test, a_child_cannot_record_until_its_parent_has_stopped)
     EXPECT_EQ(types_in(), L"a;b;");
 }
 
+TEST_F(storage_fork_test, a_child_that_lives_on_does_not_keep_the_log)
+{
+    const auto stop_beside_a_child = [&] {
+        const storage_ptr storage = get();
+        storage->start_recording();
+        const pid_t child = fork();
+        if (child == 0) {
+            alarm(60);
+            pause();
+        }
+        storage->stop_recording();
+        const bool is_free = get("./log.xml")->start_recording();
+        kill(child, SIGKILL);
+        return is_free ? 0 : 1;
+    };
+    EXPECT_TRUE(has_exited_with(status_of_child(stop_beside_a_child), 0));
+}
+
 TEST_F(storage_fork_test, a_child_reads_and_delivers_as_its_parent_does)
 {
     record_all(L"ab");

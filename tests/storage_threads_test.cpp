@@ -1,12 +1,51 @@
 #include "run_threads.h"
 #include "storage_support.h"
 
+#include <algorithm>
 #include <atomic>
+#include <chrono>
+#include <functional>
+#include <future>
 #include <map>
+#include <thread>
 
 using namespace velmoext_1_4_8;
 
+namespace
+{
+
 typedef storage_test_t storage_threads_test;
+
+boost::shared_ptr<velmo_ex_t> make_ex()
+{
+    return velmo_ex_t::get(velmo_ex_t::generate_id(L"storage_threads_test."), L"");
+}
+
+// Does something with each message that is delivered.
+class acting_handler_t : public base_handler_t
+{
+public:
+    explicit acting_handler_t(std::function<void()> action) : m_action(std::move(action)) {}
+
+    using base_handler_t::on_message;
+    bool on_message(boost::shared_ptr<velmo_ex_t> /*ex*/, message_ptr /*msg*/) override
+    {
+        m_action();
+        return false;
+    }
+
+private:
+    std::function<void()> m_action;
+};
+
+boost::shared_ptr<velmo_ex_t> make_ex_that(std::function<void()> action)
+{
+    auto ex = make_ex();
+    ex->push_handler(boost::make_shared<acting_handler_t>(std::move(action)));
+    return ex;
+}
+
+} // namespace
 
 TEST_F(storage_threads_test, threads_that_record_at_once_write_whole_messages_in_their_own_order)
 {
@@ -59,10 +98,52 @@ TEST_F(storage_threads_test, storages_of_few_paths_are_got_used_and_released_by_
     }
 }
 
-TEST_F(storage_threads_test, two_storages_replay_at_the_same_time)
+TEST_F(storage_threads_test, threads_that_ask_for_one_path_at_once_get_one_storage)
 {
-    record_all(L"abc", "0.xml");
+    const int count = 8;
+    for (int round = 0; round < 200; ++round) {
+        std::vector<storage_ptr> storages(count);
+        run_threads(count, [&](int thread) { storages[static_cast<std::size_t>(thread)] = get(); });
+        EXPECT_EQ(std::count(storages.begin(), storages.end(), storages.front()), count);
+    }
+}
+
+TEST_F(storage_threads_test, a_storage_is_replayed_while_another_one_is)
+{
+    record_all(L"a", "0.xml");
     record_all(L"abc", "1.xml");
-    run_threads(
-        2, [&](int thread) { EXPECT_EQ(replay(get(std::to_string(thread) + ".xml")), L"a;b;c;"); });
+    const storage_ptr storage = get("0.xml");
+    ASSERT_TRUE(storage->start_reading());
+    std::wstring types;
+    EXPECT_TRUE(storage->replay(
+        make_ex_that([&] { std::thread([&] { types = replay(get("1.xml")); }).join(); })));
+    EXPECT_EQ(types, L"a;b;c;");
+}
+
+// One that did not wait would be over at once.
+TEST_F(storage_threads_test, each_operation_of_a_storage_waits_for_the_end_of_its_replay)
+{
+    const std::function<void(messages_storage_t&)> operations[] = {
+        [](messages_storage_t& storage) { storage.start_recording(); },
+        [](messages_storage_t& storage) { storage.stop_recording(); },
+        [](messages_storage_t& storage) { storage.start_reading(); },
+        [](messages_storage_t& storage) { storage.stop_reading(); },
+        [](messages_storage_t& storage) { storage.replay(make_ex()); },
+        [](messages_storage_t& storage) {
+            storage.on_message(nullptr, message_ptr());
+        }};
+    record_all(L"a");
+    for (const auto& operation : operations) {
+        const storage_ptr storage = get();
+        ASSERT_TRUE(storage->start_reading());
+        std::future<void> other;
+        bool is_overtaken = true;
+        EXPECT_TRUE(storage->replay(make_ex_that([&] {
+            other = std::async(std::launch::async, [&] { operation(*storage); });
+            const auto status = other.wait_for(std::chrono::milliseconds(50));
+            is_overtaken = status == std::future_status::ready;
+        })));
+        other.get();
+        EXPECT_FALSE(is_overtaken);
+    }
 }

@@ -19,6 +19,7 @@ namespace
 {
 
 std::atomic<const faults_t*> faults_in_place{nullptr};
+std::atomic<bool> is_other_user{false};
 std::atomic<std::size_t> most_read{SIZE_MAX};
 std::atomic<std::size_t> most_written{SIZE_MAX};
 
@@ -41,6 +42,16 @@ with_faults::with_faults(faults_t faults) : m_faults(std::move(faults))
 with_faults::~with_faults()
 {
     faults_in_place = nullptr;
+}
+
+with_other_user::with_other_user()
+{
+    is_other_user = true;
+}
+
+with_other_user::~with_other_user()
+{
+    is_other_user = false;
 }
 
 with_short_pieces::with_short_pieces(std::size_t read, std::size_t written)
@@ -145,4 +156,9 @@ int lock_file(int fd, int operation)
 IN_PLACE_OF_THE_SYSTEMS int ftruncate(int fd, off_t length) noexcept
 {
     return fails("ftruncate", fd) ? -1 : static_cast<int>(syscall(SYS_ftruncate, fd, length));
+}
+
+IN_PLACE_OF_THE_SYSTEMS uid_t geteuid() noexcept
+{
+    return static_cast<uid_t>(syscall(SYS_geteuid)) + (is_other_user ? 1 : 0);
 }

@@ -22,6 +22,17 @@ private:
     faults_t m_faults;
 };
 
+/// Lets this program run as another user than the one whose files it made, as far as it asks, as
+/// long as this lives.
+class with_other_user
+{
+public:
+    with_other_user();
+    with_other_user(const with_other_user&) = delete;
+    with_other_user& operator=(const with_other_user&) = delete;
+    ~with_other_user();
+};
+
 /// Lets no call read or write more at once as long as this lives.
 class with_short_pieces
 {

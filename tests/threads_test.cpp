@@ -9,6 +9,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <random>
+#include <set>
 
 using namespace velmoext_1_4_8;
 
@@ -66,6 +67,20 @@ TEST(threads_test, objects_of_few_ids_are_made_used_and_released_by_all_threads)
     EXPECT_GT(delivered.load(), thread_count);
     for (int i = 0; i < 4; ++i)
         EXPECT_TRUE(velmo_ex_t::get(base + std::to_wstring(i), L"")) << "an entry was left behind";
+}
+
+TEST(threads_test, ids_that_all_threads_generate_at_once_are_different)
+{
+    const std::size_t ids_of_each = 10000;
+    std::vector<std::vector<std::wstring>> ids(thread_count);
+    run_threads(thread_count, [&](int thread) {
+        for (std::size_t i = 0; i < ids_of_each; ++i)
+            ids[static_cast<std::size_t>(thread)].push_back(velmo_ex_t::generate_id(L"job"));
+    });
+    std::set<std::wstring> different;
+    for (const auto& of_one : ids)
+        different.insert(of_one.begin(), of_one.end());
+    EXPECT_EQ(different.size(), thread_count * ids_of_each);
 }
 
 TEST(threads_test, one_object_sees_the_messages_of_all_threads_one_at_a_time)
