@@ -37,7 +37,8 @@ public:
 
     /// The message that the document holds: its first top-level "msg" element. Null where there is
     /// none, where the text is no XML or longer than 2 GiB, where libxml2 lacks memory, and where
-    /// - it declares an encoding in which markup may not be ASCII, or very many namespaces;
+    /// - it declares an encoding in which markup may not be ASCII, or very many namespaces, or has
+    ///   very many different names;
     /// - its document type is longer than 64 KiB, refers to parameter entities, or lets entities or
     ///   defaults grow beyond all measure.
     ///
@@ -50,7 +51,7 @@ public:
     /// the last. A text is all that stands in its element, not trimmed.
     ///
     /// Reads everything that message_to_xml_string() writes, but for an argument, element or type
-    /// of more than 10,000,000 bytes, and a document that declares very many namespaces: such a
+    /// of more than 10,000,000 bytes, and a document of very many namespaces or names: such a
     /// document gives null.
     static boost::shared_ptr<message_t> xml_string_to_message(const std::wstring& text);
 
