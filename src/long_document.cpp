@@ -32,12 +32,13 @@ std::size_t next_piece(const xmlParserCtxt& parser, std::size_t parsed)
     return std::max(std::min({parsed, room, largest_piece}), smallest_piece);
 }
 
-bool begins_message(const xmlParserCtxt& parser, std::size_t document_size)
+bool begins_message(const xmlNode* node, std::size_t document_size)
 {
-    const xmlDtd* const type = parser.myDoc->intSubset;
-    return parser.node && xmlStrEqual(parser.node->name, to_xml(message_format::msg)) &&
-           !(type &&
-             declares_too_many_defaults(reinterpret_cast<const xmlNode&>(*type), document_size));
+    if (!node || !xmlStrEqual(node->name, to_xml(message_format::msg)))
+        return false;
+    const xmlDtd* const type = node->doc->intSubset;
+    return !type ||
+           !declares_too_many_defaults(reinterpret_cast<const xmlNode&>(*type), document_size);
 }
 
 // The first element decides whether the others are looked at.
@@ -49,7 +50,7 @@ void on_start_element(void* context, const xmlChar* name, const xmlChar* prefix,
     const bool is_topmost = !parser.node;
     xmlSAX2StartElementNs(context, name, prefix, uri, namespace_count, namespaces, attribute_count,
                           default_count, attributes);
-    if (is_topmost && !begins_message(parser, *static_cast<std::size_t*>(parser._private))) {
+    if (is_topmost && !begins_message(parser.node, *static_cast<std::size_t*>(parser._private))) {
         parser.wellFormed = 0;
         parser.instate = XML_PARSER_EOF;
     }
