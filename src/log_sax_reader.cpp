@@ -27,6 +27,9 @@ const char source_name[] = "source";
 // No longer text is a severity, in whichever case.
 const std::size_t longest_severity = 64;
 
+// So many a dictionary finds fast.
+const int most_names = 50000;
+
 // So much of what follows a type's pieces is looked at, over and over again for each.
 const std::size_t most_looked_ahead = 65536;
 
@@ -43,6 +46,13 @@ std::size_t size_to_next_tag(const char* text, std::size_t most)
     const std::size_t size = strnlen(text, most);
     const auto* const tag = static_cast<const char*>(std::memchr(text, '<', size));
     return tag ? static_cast<std::size_t>(tag - text) : size;
+}
+
+// By default the names of one text may take 10,000,000 bytes. A log holds those of very many
+// messages, and one name too many would cost all that follows.
+void lift_limit(xmlDict& names)
+{
+    xmlDictSetLimit(&names, 0);
 }
 
 // The first character tells most names apart.
@@ -68,24 +78,24 @@ int log_sax_reader::parse(const std::string& text)
     initialize_xml_library();
     xml_silence_t silence;
     m_silence = &silence;
-    const int answer = parse_document(text, this);
+    const int answer = parse_document(text);
+    m_full_dictionaries.clear();
     m_has_lacked_memory = silence.has_lacked_memory();
     if (m_failure)
         std::rethrow_exception(std::exchange(m_failure, nullptr));
     return answer;
 }
 
-int log_sax_reader::parse_document(const std::string& text, void* reader)
+int log_sax_reader::parse_document(const std::string& text)
 {
     const xml_parser_t parser(
         xmlCreateMemoryParserCtxt(text.data(), static_cast<int>(text.size())));
     if (!parser)
         return -1;
+    m_parser = parser.get();
     *parser->sax = make_table();
-    parser->userData = reader;
-    // By default the names of one text may take 10,000,000 bytes. A log holds those of very many
-    // messages, and one name too many would cost all that follows.
-    xmlDictSetLimit(parser->dict, 0);
+    parser->userData = this;
+    lift_limit(*parser->dict);
     xmlParseDocument(parser.get());
     if (parser->wellFormed)
         return 0;
@@ -100,6 +110,7 @@ xmlSAXHandler log_sax_reader::make_table()
     table.startElement = on_start_element;
     table.endElement = on_end_element;
     table.characters = on_characters;
+    table.processingInstruction = on_instruction;
     // Marked as a table of the first SAX, whose element callbacks these are: with the mark of the
     // second one, some releases of libxml2 call none of them.
     table.initialized = 1;
@@ -111,7 +122,10 @@ void log_sax_reader::on_document(void* /*reader*/) {}
 void log_sax_reader::on_start_element(void* reader, const xmlChar* name, const xmlChar** attributes)
 {
     auto& self = *static_cast<log_sax_reader*>(reader);
-    self.guard([&] { self.start_element(from_xml(name), attributes); });
+    self.guard([&] {
+        self.make_room_for_names();
+        self.start_element(from_xml(name), attributes);
+    });
 }
 
 void log_sax_reader::on_end_element(void* reader, const xmlChar* name)
@@ -127,6 +141,13 @@ void log_sax_reader::on_characters(void* reader, const xmlChar* text, int length
         self.guard([&] { self.characters(from_xml(text), length); });
 }
 
+void log_sax_reader::on_instruction(void* reader, const xmlChar* /*target*/,
+                                    const xmlChar* /*text*/)
+{
+    auto& self = *static_cast<log_sax_reader*>(reader);
+    self.guard([&] { self.make_room_for_names(); });
+}
+
 // libxml2's frames know nothing of exceptions: none may fly through them. What it tells without
 // memory is not all there was.
 template <typename Step>
@@ -139,6 +160,20 @@ void log_sax_reader::guard(const Step& step) noexcept
     } catch (...) {
         m_failure = std::current_exception();
     }
+}
+
+// libxml2 looks for each name among all of a dictionary, in a few thousand places. It still has
+// names of the former ones, of elements that have not ended.
+void log_sax_reader::make_room_for_names()
+{
+    if (xmlDictSize(m_parser->dict) < most_names)
+        return;
+    xml_dictionary_t dictionary(xmlDictCreate());
+    if (!dictionary)
+        return;
+    lift_limit(*dictionary);
+    m_full_dictionaries.emplace_back();
+    m_full_dictionaries.back().reset(std::exchange(m_parser->dict, dictionary.release()));
 }
 
 log_sax_reader::element_t log_sax_reader::element_of(const char* name)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "xml_handles.h"
 #include "xml_silence.h"
 
 #include <velmoext1/message.h>
@@ -7,12 +8,11 @@
 #include <boost/function.hpp>
 #include <boost/shared_ptr.hpp>
 
-#include <libxml/parser.h>
-
 #include <cstddef>
 #include <exception>
 #include <map>
 #include <string>
+#include <vector>
 
 namespace velmoext_1_4_8
 {
@@ -63,16 +63,19 @@ private:
     };
 
     static element_t element_of(const char* name);
-    static int parse_document(const std::string& text, void* reader);
+    int parse_document(const std::string& text);
     static xmlSAXHandler make_table();
 
     static void on_document(void* reader);
     static void on_start_element(void* reader, const xmlChar* name, const xmlChar** attributes);
     static void on_end_element(void* reader, const xmlChar* name);
     static void on_characters(void* reader, const xmlChar* text, int length);
+    static void on_instruction(void* reader, const xmlChar* target, const xmlChar* text);
 
     template <typename Step>
     void guard(const Step& step) noexcept;
+
+    void make_room_for_names();
 
     void start_element(const char* name, const xmlChar** attributes);
     void start_message(const xmlChar** attributes);
@@ -94,7 +97,9 @@ private:
     std::size_t m_looked_ahead = 0; ///< bytes behind the pieces of the type that is being read
     std::wstring pending_arg_name;
     message_callback_t message_callback;
-    xml_silence_t* m_silence = nullptr; ///< of the parse that runs
+    xml_silence_t* m_silence = nullptr;                ///< of the parse that runs
+    xmlParserCtxt* m_parser = nullptr;                 ///< that runs
+    std::vector<xml_dictionary_t> m_full_dictionaries; ///< which it has names of
     bool m_has_lacked_memory = false;
     std::exception_ptr m_failure; ///< what was thrown first; all further events are ignored
 };

@@ -16,6 +16,7 @@ struct xml_deleter_t
     void operator()(xmlBuffer* buffer) const { xmlBufferFree(buffer); }
     void operator()(xmlTextWriter* writer) const { xmlFreeTextWriter(writer); }
     void operator()(xmlTextReader* reader) const { xmlFreeTextReader(reader); }
+    void operator()(xmlDict* dictionary) const { xmlDictFree(dictionary); }
 };
 
 /// A parser and the document that it began, which a table without tree building leaves empty.
@@ -32,5 +33,6 @@ typedef std::unique_ptr<xmlParserCtxt, xml_parser_deleter_t> xml_parser_t;
 typedef std::unique_ptr<xmlBuffer, xml_deleter_t> xml_buffer_t;
 typedef std::unique_ptr<xmlTextWriter, xml_deleter_t> xml_writer_t;
 typedef std::unique_ptr<xmlTextReader, xml_deleter_t> xml_reader_t;
+typedef std::unique_ptr<xmlDict, xml_deleter_t> xml_dictionary_t;
 
 } // namespace velmoext_1_4_8

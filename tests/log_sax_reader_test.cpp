@@ -478,6 +478,21 @@ TEST_F(log_sax_reader_cost_test, a_long_log_takes_no_square_of_time)
     EXPECT_EQ(m_messages.size(), 100000U);
 }
 
+TEST_F(log_sax_reader_cost_test, very_many_names_take_no_square_of_time)
+{
+    const int count = 1500000;
+    std::string log = "<log><msg><outer>";
+    for (int i = 0; i < count; ++i) {
+        const std::string name = "n" + std::to_string(i);
+        log += i % 3 == 0   ? "<?" + name + "?>"
+               : i % 3 == 1 ? "<" + name + "/>"
+                            : "<e " + name + "=''/>";
+    }
+    EXPECT_EQ(m_reader.parse(log + "<n1>x</n1></outer><type>a</type></msg></log>"), 0);
+    ASSERT_EQ(m_types, L"a;");
+    EXPECT_EQ(m_messages.front()->get_content().elements, (texts_t{{L"n1", L"x"}}));
+}
+
 TEST_F(log_sax_reader_cost_test, very_many_arguments_take_no_square_of_time)
 {
     std::string args;
