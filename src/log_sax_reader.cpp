@@ -95,6 +95,8 @@ int log_sax_reader::parse_document(const std::string& text)
     m_parser = parser.get();
     *parser->sax = make_table();
     parser->userData = this;
+    // Behind a fault within a comment libxml2 reads on: told of what comes, guard() ends that.
+    parser->recovery = 1;
     lift_limit(*parser->dict);
     xmlParseDocument(parser.get());
     if (parser->wellFormed)
@@ -149,12 +151,14 @@ void log_sax_reader::on_instruction(void* reader, const xmlChar* /*target*/,
 }
 
 // libxml2's frames know nothing of exceptions: none may fly through them. What it tells without
-// memory is not all there was.
+// memory is not all there was. Nothing behind either counts, nor behind a fault.
 template <typename Step>
 void log_sax_reader::guard(const Step& step) noexcept
 {
-    if (m_failure || m_silence->has_lacked_memory())
+    if (m_failure || m_silence->has_lacked_memory() || !m_parser->wellFormed) {
+        m_parser->instate = XML_PARSER_EOF;
         return;
+    }
     try {
         step();
     } catch (...) {

@@ -9,8 +9,8 @@ namespace velmoext_1_4_8
 /// last error as it was. Some of its errors go to the thread's handlers, whatever options and
 /// handlers a parse has of its own; other threads keep theirs.
 ///
-/// A parse that fails meanwhile ends at once. Nothing behind the fault counts, and libxml2 can take
-/// the square of it.
+/// A parse that fails meanwhile ends, though not within a comment: nothing behind the fault counts,
+/// and libxml2 can take the square of it.
 class xml_silence_t
 {
 public:

@@ -38,7 +38,7 @@ public:
     /// The message that the document holds: its first top-level "msg" element. Null where there is
     /// none, where the text is no XML or longer than 2 GiB, where libxml2 lacks memory, and where
     /// - it declares an encoding in which markup may not be ASCII, or very many namespaces, or has
-    ///   very many different names;
+    ///   very many different names and ids;
     /// - its document type is longer than 64 KiB, refers to parameter entities, or lets entities or
     ///   defaults grow beyond all measure.
     ///
