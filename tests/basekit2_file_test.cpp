@@ -3,6 +3,7 @@
 
 #include "process_support.h"
 #include "run_threads.h"
+#include "scratch_folder.h"
 #include "system_faults.h"
 
 #include <basekit2/file.h>
@@ -99,26 +100,12 @@ bool kill_this_process_after(std::chrono::nanoseconds time)
 /// A scratch folder, and verbs on the names in it.
 class basekit2_file_test : public testing::Test
 {
-public:
-    basekit2_file_test()
-    {
-        std::string name = testing::TempDir() + "basekit2_file_XXXXXX";
-        m_directory = mkdtemp(name.data());
-    }
-    ~basekit2_file_test() override
-    {
-        std::error_code error;
-        std::filesystem::remove_all(m_directory, error);
-    }
-    basekit2_file_test(const basekit2_file_test&) = delete;
-    basekit2_file_test& operator=(const basekit2_file_test&) = delete;
-
 protected:
-    std::filesystem::path at(const std::string& name) const { return m_directory / name; }
+    std::filesystem::path at(const std::string& name) const { return m_folder.name(name); }
     path_t path(const std::string& name) const { return path_t(wide(at(name))); }
     void write_file(const std::string& name, const std::string& content) const
     {
-        std::ofstream(at(name), std::ios::binary) << content;
+        m_folder.write(name, content);
     }
     std::string read_file(const std::string& name) const
     {
@@ -136,7 +123,7 @@ protected:
     std::set<std::string> names() const
     {
         std::set<std::string> result;
-        for (const auto& entry : std::filesystem::directory_iterator(m_directory))
+        for (const auto& entry : std::filesystem::directory_iterator(at("")))
             result.insert(entry.path().filename());
         return result;
     }
@@ -157,7 +144,7 @@ protected:
 private:
     void bind_socket(const std::string& name) const
     {
-        const with_current_directory here(m_directory);
+        const with_current_directory here(at(""));
         sockaddr_un address = {};
         address.sun_family = AF_UNIX;
         name.copy(&address.sun_path[0], name.size());
@@ -166,7 +153,7 @@ private:
         close(socket_made);
     }
 
-    std::filesystem::path m_directory;
+    const scratch_folder_t m_folder;
 };
 
 /// How a system does without unnamed files: which call fails, and with what.

@@ -1,15 +1,15 @@
 #include <basekit2/path.h>
 
+#include "scratch_folder.h"
+
 #include <gtest/gtest.h>
 
 #include <clocale>
 #include <cstddef>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <string>
-#include <system_error>
 
 namespace
 {
@@ -35,35 +35,6 @@ struct name_row
 {
     std::wstring wide;
     std::string bytes;
-};
-
-/// A directory of its own for as long as it lives.
-class scratch_directory
-{
-public:
-    scratch_directory()
-    {
-        std::string name = testing::TempDir() + "basekit2_path_XXXXXX";
-        m_path = mkdtemp(name.data());
-    }
-    scratch_directory(const scratch_directory&) = delete;
-    scratch_directory& operator=(const scratch_directory&) = delete;
-    ~scratch_directory()
-    {
-        std::error_code error;
-        std::filesystem::remove_all(m_path, error);
-    }
-
-    const std::filesystem::path& path() const { return m_path; }
-    std::wstring text(const std::wstring& name) const
-    {
-        const std::string bytes = m_path.native();
-        return std::wstring(bytes.begin(), bytes.end()) + L"/" + name;
-    }
-    void make_file(const std::string& name) const { std::ofstream(m_path / name) << "x"; }
-
-private:
-    std::filesystem::path m_path;
 };
 
 /// The process's locale is "C" for as long as it lives.
@@ -244,22 +215,22 @@ TEST(basekit2_path_test, the_order_is_that_of_the_code_units)
 
 TEST(basekit2_path_test, what_is_there_exists)
 {
-    const scratch_directory scratch;
-    scratch.make_file("file");
-    std::filesystem::create_directory(scratch.path() / "directory");
-    std::filesystem::create_symlink("file", scratch.path() / "link");
+    const scratch_folder_t folder;
+    folder.write("file", "x");
+    std::filesystem::create_directory(folder.name("directory"));
+    std::filesystem::create_symlink("file", folder.name("link"));
     for (const std::wstring name :
          {L"", L"file", L"directory", L"directory/", L"link", L"./file"}) {
-        EXPECT_TRUE(path_t::exists(scratch.text(name))) << name;
+        EXPECT_TRUE(path_t::exists(folder.wide_name("") + name)) << name;
     }
 }
 
 TEST(basekit2_path_test, what_is_not_there_does_not_exist)
 {
-    const scratch_directory scratch;
-    scratch.make_file("file");
-    std::filesystem::create_symlink("nothing", scratch.path() / "dangling");
-    std::filesystem::create_symlink("loop", scratch.path() / "loop");
+    const scratch_folder_t folder;
+    folder.write("file", "x");
+    std::filesystem::create_symlink("nothing", folder.name("dangling"));
+    std::filesystem::create_symlink("loop", folder.name("loop"));
     const std::wstring texts[] = {L"nothing"s,
                                   L"dangling"s,
                                   L"loop"s,
@@ -270,16 +241,20 @@ TEST(basekit2_path_test, what_is_not_there_does_not_exist)
                                   std::wstring(300, L'n'),
                                   std::wstring(10000, L'n')};
     for (const auto& text : texts) {
-        EXPECT_FALSE(path_t::exists(scratch.text(text))) << testing::PrintToString(text);
+        EXPECT_FALSE(path_t::exists(folder.wide_name("") + text)) << testing::PrintToString(text);
     }
 }
 
 TEST(basekit2_path_test, a_text_that_names_nothing_does_not_exist)
 {
-    const scratch_directory scratch;
-    scratch.make_file("file");
-    const std::wstring texts[] = {
-        L""s, L"\0"s, L"\0/"s, L"/\0"s, scratch.text(L"file\0"s), scratch.text(L"file\0tail"s)};
+    const scratch_folder_t folder;
+    folder.write("file", "x");
+    const std::wstring texts[] = {L""s,
+                                  L"\0"s,
+                                  L"\0/"s,
+                                  L"/\0"s,
+                                  folder.wide_name("") + L"file\0"s,
+                                  folder.wide_name("") + L"file\0tail"s};
     for (const auto& text : texts) {
         EXPECT_FALSE(path_t::exists(text)) << testing::PrintToString(text);
     }
@@ -289,10 +264,12 @@ TEST(basekit2_path_test, any_name_is_found_by_its_utf8_bytes_in_the_c_locale)
 {
     const c_locale locale;
     for (const auto& name : names) {
-        const scratch_directory scratch;
-        EXPECT_FALSE(path_t::exists(scratch.text(name.wide))) << testing::PrintToString(name.wide);
-        scratch.make_file(name.bytes);
-        EXPECT_TRUE(path_t::exists(scratch.text(name.wide))) << testing::PrintToString(name.wide);
+        const scratch_folder_t folder;
+        EXPECT_FALSE(path_t::exists(folder.wide_name("") + name.wide))
+            << testing::PrintToString(name.wide);
+        folder.write(name.bytes, "x");
+        EXPECT_TRUE(path_t::exists(folder.wide_name("") + name.wide))
+            << testing::PrintToString(name.wide);
     }
 }
 

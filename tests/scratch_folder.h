@@ -2,11 +2,13 @@
 
 #include <rova/strings.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <system_error>
 
 /// A folder of one test's own; goes with all that is in it.
 class scratch_folder_t
@@ -15,7 +17,9 @@ public:
     scratch_folder_t()
     {
         std::string name = (std::filesystem::temp_directory_path() / "velmoext1.XXXXXX").string();
-        m_path = mkdtemp(name.data());
+        if (!mkdtemp(name.data()))
+            throw std::system_error(errno, std::generic_category(), name);
+        m_path = name;
     }
     ~scratch_folder_t()
     {

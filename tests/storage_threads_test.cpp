@@ -136,10 +136,16 @@ TEST_F(storage_threads_test, each_operation_of_a_storage_waits_for_the_end_of_it
     for (const auto& operation : operations) {
         const storage_ptr storage = get();
         ASSERT_TRUE(storage->start_reading());
+        std::atomic<bool> has_begun{false};
         std::future<void> other;
         bool is_overtaken = true;
         EXPECT_TRUE(storage->replay(make_ex_that([&] {
-            other = std::async(std::launch::async, [&] { operation(*storage); });
+            other = std::async(std::launch::async, [&] {
+                has_begun = true;
+                operation(*storage);
+            });
+            while (!has_begun)
+                std::this_thread::yield();
             const auto status = other.wait_for(std::chrono::milliseconds(50));
             is_overtaken = status == std::future_status::ready;
         })));
