@@ -73,6 +73,12 @@ TEST(components_test, components_that_are_loaded_apart_get_different_numbers)
     EXPECT_EQ(one.next_number(), first + 2);
 }
 
+TEST(components_test, numbers_go_on_after_the_last_component_went)
+{
+    const int last = component_t(COMPONENT_ONE).next_number();
+    EXPECT_EQ(component_t(COMPONENT_TWO).next_number(), last + 1);
+}
+
 TEST(components_test, a_component_whose_handler_was_popped_can_be_unloaded)
 {
     const component_t stays(COMPONENT_ONE);

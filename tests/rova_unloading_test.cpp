@@ -1,0 +1,14 @@
+// A host that is not linked with rova loads it and lets go of it.
+
+#include <gtest/gtest.h>
+
+#include <dlfcn.h>
+
+TEST(rova_unloading_test, it_stays_loaded_with_its_caches_when_nobody_uses_it_any_more)
+{
+    ASSERT_EQ(dlopen(ROVA, RTLD_NOW | RTLD_NOLOAD), nullptr) << "it was loaded before";
+    void* const rova = dlopen(ROVA, RTLD_NOW | RTLD_LOCAL);
+    ASSERT_NE(rova, nullptr) << dlerror();
+    EXPECT_EQ(dlclose(rova), 0);
+    EXPECT_EQ(dlopen(ROVA, RTLD_NOW | RTLD_NOLOAD), rova);
+}
