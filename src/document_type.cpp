@@ -26,13 +26,6 @@ std::size_t skip_remark(const std::string& document, std::size_t at)
     return begins_with(document, at, "<?") ? find_behind(document, "?>", at + 2) : at;
 }
 
-// libxml2 takes a declaration to end at its first bracket, whatever stands before that.
-std::size_t skip_declaration(const std::string& document)
-{
-    const std::size_t begin = begins_with(document, 0, "\xEF\xBB\xBF") ? 3 : 0;
-    return begins_declaration(document, begin) ? find_behind(document, ">", begin) : 0;
-}
-
 std::size_t skip_quoted(const std::string& document, std::size_t at)
 {
     const char quote[] = {document[at], '\0'};
@@ -57,10 +50,10 @@ std::size_t find_end(const std::string& document, std::size_t begin)
     return at;
 }
 
-// Only remarks may stand before it.
+// Only remarks, of which the declaration is one here, may stand before it.
 range_t find_document_type(const std::string& document)
 {
-    std::size_t at = find_any(document, "<", skip_declaration(document));
+    std::size_t at = find_any(document, "<", 0);
     for (std::size_t next = skip_remark(document, at); next != at; next = skip_remark(document, at))
         at = find_any(document, "<", next);
     return {at, begins_with(document, at, "<!DOCTYPE") ? find_end(document, at) : at};

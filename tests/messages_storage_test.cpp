@@ -571,7 +571,9 @@ TEST_F(messages_storage_test, a_log_with_a_long_document_type_is_damaged_there)
     for (int i = 0; i < 300000; ++i)
         values += "|n" + std::to_string(i);
     for (const char* const remark :
-         {"", "<!--><a -->", "<?p <!DOCTYPE log>?>", "<?xml-p ><!DOCTYPE log><?p ?>"}) {
+         {"", "<!---->", "<!--><a -->", "<?p <!DOCTYPE log>?>", "<?xml-p ><!DOCTYPE log><?p ?>",
+          "<?xml version='1.0' >", "<?xml version='1.0' encoding='>'?>",
+          "\xEF\xBB\xBF<?xml version='1.0' encoding='UTF-8' >"}) {
         m_folder.write("log.xml", remark + ("<!DOCTYPE log [<!ATTLIST log a (" + values) +
                                       ") 'v'>]><log><msg><type>a</type></msg></log>");
         EXPECT_EQ(types_in(), L"") << remark;

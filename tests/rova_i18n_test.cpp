@@ -635,7 +635,7 @@ TEST(rova_i18n_test, an_element_that_is_no_character_is_replaced)
 {
     for (const std::int64_t value : {std::int64_t{0x110000}, std::int64_t{-1},
                                      std::int64_t{INT32_MIN}, std::int64_t{INT32_MAX}}) {
-        EXPECT_EQ(format(L"a" + element(value)), L"a\xFFFD") << value;
+        EXPECT_EQ(format(L"a" + element(value) + L"z"), L"a\xFFFDz") << value;
         EXPECT_EQ(format(L"{n}", {{"n", element(value)}}), L"\xFFFD") << value;
     }
 }

@@ -458,7 +458,9 @@ TEST(string_message_serializer_test, a_document_type_of_very_many_values_takes_n
         values += L"|n" + std::to_wstring(i);
     const usage_t usage;
     for (const wchar_t* const remark :
-         {L"", L"<!--<!DOCTYPE msg>-->", L"<?p <!DOCTYPE msg>?>", L"<?xml-p ><!DOCTYPE msg><?p ?>"})
+         {L"", L"<!---->", L"<!--<!DOCTYPE msg>-->", L"<?p <!DOCTYPE msg>?>",
+          L"<?xml-p ><!DOCTYPE msg><?p ?>", L"<?xml version='1.0' >",
+          L"<?xml version='1.0' encoding='>'?>", L"<?xml version='1.0' encoding='UTF-8' >"})
         EXPECT_FALSE(decode(std::wstring(remark) +
                             L"<!DOCTYPE msg [<!ENTITY e '>]'><!ATTLIST msg a (" + values +
                             L") 'v'>]><msg/>"));
