@@ -1,6 +1,7 @@
 #include <rova/i18n.h>
 
 #include "run_threads.h"
+#include "usage.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +9,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <chrono>
 #include <clocale>
 #include <cstddef>
 #include <cstdint>
@@ -27,6 +27,7 @@ using ROVA_2_18::generic::varg_list;
 using ROVA_2_18::i18n::catalog_t;
 using ROVA_2_18::i18n::message_t;
 using ROVA_2_18::strings::ustring16;
+using velmoext_1_4_8::usage_t;
 using namespace std::string_literals;
 
 typedef std::vector<std::pair<std::string, std::wstring>> arguments_t;
@@ -126,11 +127,6 @@ void run_on_small_stack(void (*step)())
     ASSERT_EQ(pthread_create(&thread, &attributes, run, &step), 0);
     pthread_join(thread, nullptr);
     pthread_attr_destroy(&attributes);
-}
-
-double seconds_since(std::chrono::steady_clock::time_point start)
-{
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
 /// An environment variable, until it goes.
@@ -359,13 +355,13 @@ TEST(rova_i18n_test, zeros_behind_the_point_change_no_plural)
 
 TEST(rova_i18n_test, a_very_large_number_takes_no_time)
 {
-    const auto start = std::chrono::steady_clock::now();
+    const usage_t usage;
     for (const auto& type : {L"number", L"spellout", L"ordinal", L"duration", L"date", L"time"})
         EXPECT_NE(format(L"{n, "s + type + L"}", {{"n", L"1e308"}}), L"{n}") << type;
     EXPECT_NE(format(L"{n, plural, other{#}}", {{"n", L"1e308"}}), L"{n}");
     EXPECT_NE(format(L"{n, number}", {{"n", L"1e308"}}), L"{n}");
     EXPECT_EQ(format(L"{n, number}", {{"n", std::wstring(1000000, L'9')}}), L"{n}");
-    EXPECT_LT(seconds_since(start), 5);
+    EXPECT_LT(usage.seconds(), 5);
 }
 
 TEST(rova_i18n_test, plural_forms_of_english)
@@ -807,7 +803,7 @@ TEST(rova_i18n_test, a_style_may_have_a_power_of_ten)
 
 TEST(rova_i18n_test, a_hostile_pattern_takes_no_time)
 {
-    const auto start = std::chrono::steady_clock::now();
+    const usage_t usage;
     EXPECT_TRUE(is_own_text(repeat(L"{a}", 1000000), {{"a", std::wstring(1000, L'x')}}));
     for (const std::size_t count : {std::size_t{100000}, std::size_t{8000000}}) {
         const std::wstring pattern = L"{a,plural,other{" + std::wstring(count, L'#') + L"}}";
@@ -820,17 +816,17 @@ TEST(rova_i18n_test, a_hostile_pattern_takes_no_time)
         pattern.append(name).append(L"}");
     }
     EXPECT_TRUE(is_own_text(repeat(pattern, 1000), many_names(500).arguments));
-    EXPECT_LT(seconds_since(start), 10);
+    EXPECT_LT(usage.seconds(), 10);
 }
 
 TEST(rova_i18n_test, the_time_grows_with_the_names_and_no_faster)
 {
-    const auto start = std::chrono::steady_clock::now();
+    const usage_t usage;
     const row_t row = many_names(100000);
     EXPECT_EQ(format(row.pattern, row.arguments), row.pattern);
     const row_t used = many_names(1000);
     EXPECT_EQ(format(used.pattern, row.arguments), used.text);
-    EXPECT_LT(seconds_since(start), 20);
+    EXPECT_LT(usage.seconds(), 20);
 }
 
 TEST(rova_i18n_test, a_long_text_is_filled_in_whole)
