@@ -292,6 +292,7 @@ TEST(rova_i18n_test, a_decimal_number_is_read_where_a_number_is_asked_for)
 {
     const std::pair<std::wstring, std::wstring> rows[] = {
         {L"0", L"0"},
+        {L"-0", L"0"},
         {L"007", L"7"},
         {L"-12", L"-12"},
         {L"0.5", L"0.5"},
@@ -476,6 +477,8 @@ TEST(rova_i18n_test, a_date_may_have_many_digits)
         {L"{d, date,yyyy}", {{"d", L"15000000000.00000000"}}, L"1970"},
         {L"{d, date,yyyy HH:mm:ss.SSS}", {{"d", L"1500000000000.2500000"}}, L"2017 02:40:00.000"},
         {L"{d, date,yyyy}", {{"d", L"15000000000.0000000000000000001"}}, L"1970"},
+        {L"{d, date,u}", {{"d", L"9007199254740992"}}, L"287396"},
+        {L"{d, date,u}", {{"d", L"-9007199254740992"}}, L"-283451"},
     };
     expect_rows(rows);
     EXPECT_NE(format(L"{d, date,yyyy}", {{"d", L"18446744073709551615"}}), L"{d}");
