@@ -460,6 +460,7 @@ INSTANTIATE_TEST_SUITE_P(
         form_t{"<r>text</r>", "=[text]"}, form_t{"<r>\n text \t\n</r>", "=[\n text \t\n]"},
         form_t{"<r a='1'>text<b/></r>", "a=[1]=[text]b()"},
         form_t{"<r>one<a>in</a> two <b/>three</r>", "=[one two three]a(=[in])b()"},
+        form_t{"<r>one<a/> <b/>two</r>", "=[one two]a()b()"},
         form_t{"<r>a<![CDATA[<b>&amp;]]>c</r>", "=[a<b>&amp;c]"}, form_t{"<r><![CDATA[]]></r>", ""},
         form_t{"<r> \t\r\n </r>", ""}, form_t{"<r>&#32;<![CDATA[ \n]]>&#9;</r>", ""},
         form_t{"<r>&#160;</r>", "=[\xC2\xA0]"},

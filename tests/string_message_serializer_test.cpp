@@ -447,7 +447,7 @@ TEST(string_message_serializer_test, a_long_document_type_gives_null)
     EXPECT_TRUE(decode(L"<!DOCTYPE msg [<!-- " + longest + L"-->]><msg/>"));
     EXPECT_FALSE(decode(L"<!DOCTYPE msg [<!-- x" + longest + L"-->]><msg/>"));
     EXPECT_TRUE(decode(L"<!-- ]><!DOCTYPE --><?p ]>?><!DOCTYPE msg [<!-- ]> --><?p ]>?>"
-                       L"<!ENTITY e ']>'>]><msg><arg>" +
+                       L"<!ENTITY e ']>'><!ENTITY f ''>]><msg><arg>" +
                        longest + L"]>" + longest + L"</arg></msg>"));
 }
 

@@ -190,7 +190,7 @@ void tree_reader_t::guard(const Step& step) noexcept
         m_failure = std::current_exception();
     }
     if (m_has_refused || m_failure)
-        xmlStopParser(m_parser.get());
+        stop_parser(*m_parser);
 }
 
 bool tree_reader_t::start(const std::string& name, const xmlChar** attributes)

@@ -9,6 +9,14 @@
 namespace basekit2
 {
 
+/// Ends a parse. xmlStopParser() would free the text, which libxml2 still looks at behind some
+/// errors.
+inline void stop_parser(xmlParserCtxt& parser)
+{
+    parser.instate = XML_PARSER_EOF;
+    parser.disableSAX = 1;
+}
+
 /// Takes libxml2's errors on this thread as long as it lives, so that none is printed or told to
 /// the host, and then leaves the thread as it was. Other threads keep their handlers. A parser of
 /// this thread is stopped by its first error.
@@ -53,16 +61,12 @@ private:
         stop(*error);
     }
     // Else libxml2 reads on to the end, and compares each repeat of an attribute with all that the
-    // tag has. xmlStopParser() would free the text, which it still looks at behind some errors. In
-    // these domains the context is a parser, in others something else.
+    // tag has. In these domains the context is a parser, in others something else.
     static void stop(const xmlError& error)
     {
         const bool is_of_parser = error.domain == XML_FROM_PARSER || error.domain == XML_FROM_IO;
-        if (!is_of_parser || error.ctxt == nullptr)
-            return;
-        auto& parser = *static_cast<xmlParserCtxt*>(error.ctxt);
-        parser.instate = XML_PARSER_EOF;
-        parser.disableSAX = 1;
+        if (is_of_parser && error.ctxt != nullptr)
+            stop_parser(*static_cast<xmlParserCtxt*>(error.ctxt));
     }
 
     bool m_has_failed = false;
