@@ -449,6 +449,7 @@ TEST(string_message_serializer_test, a_long_document_type_gives_null)
     EXPECT_TRUE(decode(L"<!-- ]><!DOCTYPE --><?p ]>?><!DOCTYPE msg [<!-- ]> --><?p ]>?>"
                        L"<!ENTITY e ']>'><!ENTITY f ''>]><msg><arg>" +
                        longest + L"]>" + longest + L"</arg></msg>"));
+    EXPECT_TRUE(decode(L"<!DOCTYPE msg []><msg><arg>" + longest + longest + L"]></arg></msg>"));
 }
 
 TEST(string_message_serializer_test, a_document_type_of_very_many_values_takes_no_square_of_time)
