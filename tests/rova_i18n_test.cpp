@@ -680,6 +680,7 @@ TEST(rova_i18n_test, braces_stand_up_to_a_hundred_deep_in_each_other)
         {nested(50), {}, L"{n}"},
         {L"{n}" + nested(50), {{"n", L"1"}}, L"1x"},
         {nested(51), {{"n", L"1"}}, nested(51)},
+        {nested(30000), {{"n", L"1"}}, nested(30000)},
     };
     expect_rows(rows);
 }

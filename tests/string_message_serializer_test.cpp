@@ -697,6 +697,13 @@ TEST(string_message_serializer_test, an_encoding_that_hides_markup_gives_null)
                 << testing::PrintToString(encoding);
 }
 
+TEST(string_message_serializer_test, only_a_declaration_declares_an_encoding)
+{
+    EXPECT_TRUE(decode(L"<msg encoding='UTF-7'/>"));
+    EXPECT_TRUE(decode(L"<?xml version='1.0'?><msg><type>encoding='UTF-7'</type></msg>"));
+    EXPECT_TRUE(decode(L"<?xml-p encoding='UTF-7'?><msg/>"));
+}
+
 TEST(string_message_serializer_test, a_byte_order_mark_does_not_count)
 {
     EXPECT_TRUE(decode(L"<msg/>"));
