@@ -644,6 +644,21 @@ TEST(rova_i18n_test, an_argument_whose_name_is_no_utf8_is_not_used)
     EXPECT_EQ(format(L"{n} {\xFFFD}", {{"n\xFF", L"1"}, {"\xFF", L"2"}}), L"{n} {\xFFFD}");
 }
 
+TEST(rova_i18n_test, names_are_found_whichever_order_an_encoding_gives_them)
+{
+    EXPECT_EQ(format(L"{\xFF41} {\xD801\xDC00} {\xFF42} {a}", {{"a", L"1"},
+                                                               {"\xEF\xBD\x81", L"2"},
+                                                               {"\xEF\xBD\x82", L"3"},
+                                                               {"\xF0\x90\x90\x80", L"4"}}),
+              L"2 4 3 1");
+}
+
+TEST(rova_i18n_test, names_that_are_the_same_in_utf8_are_one_argument)
+{
+    EXPECT_EQ(format(L"{n\xD800} {n\xD801} {n\xFFFD} {p}", {{"n\xEF\xBF\xBD", L"1"}, {"p", L"2"}}),
+              L"1 1 1 2");
+}
+
 TEST(rova_i18n_test, a_broken_pattern_is_its_own_text)
 {
     const std::wstring patterns[] = {
