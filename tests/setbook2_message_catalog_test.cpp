@@ -678,6 +678,22 @@ TEST_F(setbook2_message_catalog_test, a_file_whose_head_leads_out_of_it_is_passe
         EXPECT_EQ(text_in(with_word(whole, offset, word)), no_catalog) << offset << ": " << word;
 }
 
+TEST_F(setbook2_message_catalog_test, a_file_of_either_major_revision_is_read)
+{
+    const std::string whole = bytes_of(po_of({{"t", "text"}}));
+    ASSERT_EQ(word_at(whole, revision), 0U);
+    EXPECT_EQ(text_in(with_word(whole, revision, 0x00010000)), L"text");
+}
+
+TEST_F(setbook2_message_catalog_test, a_hash_table_may_end_the_file)
+{
+    const std::string whole = bytes_of(po_of({{"t", "text"}}));
+    const std::string table =
+        whole.substr(word_at(whole, hash_table), std::size_t{word_at(whole, hash_size)} * 4);
+    const auto behind = static_cast<std::uint32_t>(whole.size());
+    EXPECT_EQ(text_in(with_word(whole, hash_table, behind) + table), L"text");
+}
+
 TEST_F(setbook2_message_catalog_test, a_file_without_any_string_is_passed_over)
 {
     std::string bytes = with_word(bytes_of(po_of({{"t", "text"}})), count, 0);
