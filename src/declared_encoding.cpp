@@ -35,6 +35,12 @@ bool keeps_ascii(std::string_view encoding)
            });
 }
 
+// Without the blank it is an instruction whose name only begins so.
+bool begins_declaration(const std::string& document, std::size_t at)
+{
+    return begins_with(document, at, "<?xml") && is_blank(document[at + 5]);
+}
+
 // Without its bracket; a byte order mark may stand before it.
 std::string_view find_declaration(const std::string& document)
 {

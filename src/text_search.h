@@ -25,13 +25,6 @@ inline bool is_blank(char sign)
     return sign == ' ' || sign == '\t' || sign == '\r' || sign == '\n';
 }
 
-/// Whether the document's declaration begins there. Without the blank it is an instruction whose
-/// name only begins so.
-inline bool begins_declaration(const std::string& text, std::size_t at)
-{
-    return begins_with(text, at, "<?xml") && is_blank(text[at + 5]);
-}
-
 /// Where what follows the first such end begins; the text's size where there is none.
 inline std::size_t find_behind(const std::string& text, const char* end, std::size_t from)
 {
