@@ -5,7 +5,7 @@
 #include "quiet_xml.h"
 #include "require.h"
 
-#include "config_file.h"
+#include "presentation/config_file.h"
 #include "scratch_folder.h"
 
 #include <velmoext1/config_reader.h>

@@ -1,4 +1,4 @@
-#include "config_file.h"
+#include "presentation/config_file.h"
 
 #include <rova/debug.h>
 

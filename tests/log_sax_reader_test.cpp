@@ -1,4 +1,4 @@
-#include "log_sax_reader.h"
+#include "storage/log_sax_reader.h"
 
 #include "own_memory.h"
 #include "support.h"

@@ -1,8 +1,8 @@
-#include "message_element.h"
+#include "encoding/message_element.h"
 
-#include "message_format.h"
+#include "encoding/element_names.h"
 #include "support.h"
-#include "xml_handles.h"
+#include "xml/handles.h"
 
 #include <rova/strings.h>
 
@@ -46,7 +46,7 @@ xml_writer_t make_failing_writer()
 
 bool write_to(xmlTextWriterPtr writer, const message_ptr& message)
 {
-    return write_message_element(message, writer, xml_silence_t());
+    return write_message_element(message, writer, xml_error_scope_t());
 }
 
 std::string write(const message_ptr& message)

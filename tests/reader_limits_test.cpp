@@ -1,4 +1,4 @@
-#include "reader_limits.h"
+#include "xml/reader_limits.h"
 
 #include <rova/strings.h>
 

@@ -1,4 +1,4 @@
-#include "severity_text.h"
+#include "encoding/severity_text.h"
 
 #include "support.h"
 

@@ -1,6 +1,6 @@
-#include "xml_text.h"
+#include "xml/xml_text.h"
 
-#include "message_format.h"
+#include "encoding/element_names.h"
 #include "support.h"
 
 #include <rova/strings.h>

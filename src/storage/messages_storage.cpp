@@ -1,0 +1,74 @@
+#include <velmoext1/messages_storage.h>
+
+#include "storage/messages_storage_impl.h"
+
+#include <boost/make_shared.hpp>
+#include <boost/weak_ptr.hpp>
+
+#include <map>
+
+namespace velmoext_1_4_8
+{
+
+boost::shared_ptr<messages_storage_t> messages_storage_t::get(const basekit2::path_t& path)
+{
+    static boost::mutex storages_mutex;
+    static std::map<basekit2::path_t, boost::weak_ptr<messages_storage_t>> active_storages;
+
+    const boost::mutex::scoped_lock lock(storages_mutex);
+    const auto found = active_storages.find(path);
+    if (found != active_storages.end()) {
+        if (auto storage = found->second.lock())
+            return storage;
+        active_storages.erase(found);
+    }
+    boost::shared_ptr<messages_storage_t> storage(new messages_storage_t(path));
+    active_storages.emplace(path, storage);
+    return storage;
+}
+
+messages_storage_t::messages_storage_t(const basekit2::path_t& path)
+    : m_impl(boost::make_shared<messages_storage_impl_t>(path))
+{}
+
+messages_storage_t::~messages_storage_t() = default;
+
+bool messages_storage_t::on_message(boost::shared_ptr<velmo_ex_t> ex,
+                                    boost::shared_ptr<message_t> msg)
+{
+    const boost::mutex::scoped_lock lock(m_mutex);
+    // Copies: what the caller let go of dies with the parameters, after the lock.
+    return m_impl->on_message(ex, msg);
+}
+
+bool messages_storage_t::start_recording()
+{
+    const boost::mutex::scoped_lock lock(m_mutex);
+    return m_impl->start_recording();
+}
+
+bool messages_storage_t::stop_recording()
+{
+    const boost::mutex::scoped_lock lock(m_mutex);
+    return m_impl->stop_recording();
+}
+
+bool messages_storage_t::start_reading()
+{
+    const boost::mutex::scoped_lock lock(m_mutex);
+    return m_impl->start_reading();
+}
+
+bool messages_storage_t::replay(boost::shared_ptr<velmo_ex_t> ex)
+{
+    const boost::mutex::scoped_lock lock(m_mutex);
+    return m_impl->replay(ex);
+}
+
+void messages_storage_t::stop_reading()
+{
+    const boost::mutex::scoped_lock lock(m_mutex);
+    m_impl->stop_reading();
+}
+
+} // namespace velmoext_1_4_8
