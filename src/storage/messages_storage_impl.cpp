@@ -90,8 +90,8 @@ bool messages_storage_impl_t::on_message(boost::shared_ptr<velmo_ex_t> /*ex*/,
 {
     if (msg && m_writer && (msg->get_flags() & recorded_flags) != 0) {
         initialize_xml_library();
-        const xml_error_scope_t silence;
-        write_message_element(std::move(msg), m_writer.get(), silence);
+        const xml_error_scope_t errors;
+        write(std::move(msg));
     }
     return false;
 }
@@ -113,7 +113,7 @@ bool messages_storage_impl_t::stop_recording()
     if (!m_writer)
         return true;
     initialize_xml_library();
-    const xml_error_scope_t silence;
+    const xml_error_scope_t errors;
     xmlTextWriterEndElement(m_writer.get());
     xmlTextWriterEndDocument(m_writer.get());
     m_writer.reset();
@@ -131,11 +131,8 @@ bool messages_storage_impl_t::replay(boost::shared_ptr<velmo_ex_t> ex)
     if (m_writer || m_read_file.get() == -1)
         return false;
     m_replay_reader.set_callback(
-        [&ex](const boost::shared_ptr<message_t>& msg) { velmo_ex_t::dispatch_message(ex, msg); });
-    const bool is_read = m_replay_reader.parse();
-    if (is_read && m_replay_reader.has_lacked_memory())
-        throw std::bad_alloc();
-    return is_read;
+        [&ex](const boost::shared_ptr<message_t>& msg) { ex->dispatch_message(msg); });
+    return m_replay_reader.parse();
 }
 
 void messages_storage_impl_t::stop_reading()
@@ -197,14 +194,24 @@ basekit2::path_t messages_storage_impl_t::temporary_path() const
 bool messages_storage_impl_t::begin_log()
 {
     initialize_xml_library();
-    const xml_error_scope_t silence;
+    const xml_error_scope_t errors;
+    m_has_messages = false;
     m_writer = create_writer(m_write_file);
     if (!m_writer)
         return false;
     xmlTextWriterSetIndent(m_writer.get(), 1);
     xmlTextWriterStartDocument(m_writer.get(), nullptr, "UTF-8", nullptr);
     return xmlTextWriterStartElement(m_writer.get(), to_xml(element_names::log)) >= 0 &&
-           !silence.has_lacked_memory();
+           !errors.has_run_out_of_memory();
+}
+
+// A raw write ends the start tag of the log, without the line break.
+bool messages_storage_impl_t::write(boost::shared_ptr<message_t> msg)
+{
+    const bool has_line_break =
+        m_has_messages || xmlTextWriterWriteRaw(m_writer.get(), to_xml("\n")) >= 0;
+    m_has_messages = true;
+    return write_message_element(std::move(msg), m_writer.get()) && has_line_break;
 }
 
 bool messages_storage_impl_t::carry_over(const basekit2::path_t& copy, bool is_own_copy)
@@ -233,15 +240,16 @@ bool messages_storage_impl_t::carry_over(const basekit2::path_t& copy, bool is_o
 bool messages_storage_impl_t::write_messages_of(const basekit2::path_t& copy, std::int64_t size)
 {
     bool is_written = true;
-    const xml_error_scope_t silence;
+    initialize_xml_library();
+    const xml_error_scope_t errors;
     log_file_reader reader(utf8_name(copy));
     reader.set_callback([&](boost::shared_ptr<message_t> msg) {
-        is_written = write_message_element(std::move(msg), m_writer.get(), silence) && is_written;
+        is_written = write(std::move(msg)) && is_written;
     });
     reader.parse();
     is_written = xmlTextWriterFlush(m_writer.get()) >= 0 && is_written;
-    return is_written && reader.position() == size && !reader.has_lacked_memory() &&
-           !silence.has_lacked_memory() && !m_write_file.has_failed();
+    return is_written && reader.position() == size && reader.refusal() == refusal_t::none &&
+           !errors.has_run_out_of_memory() && !m_write_file.has_failed();
 }
 
 // The file is closed first, so that nothing of the writer's buffer reaches it.

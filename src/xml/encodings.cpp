@@ -1,0 +1,66 @@
+#include "xml/encodings.h"
+
+#include "xml/handles.h"
+#include "xml/scanner.h"
+
+#include <libxml/encoding.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <memory>
+
+namespace velmoext_1_4_8
+{
+namespace
+{
+
+struct close_handler_t
+{
+    void operator()(xmlCharEncodingHandler* handler) const { xmlCharEncCloseFunc(handler); }
+};
+
+typedef std::unique_ptr<xmlCharEncodingHandler, close_handler_t> xml_converter_t;
+
+const std::size_t chunk = 65536;
+
+} // namespace
+
+std::string declared_encoding(std::string_view document)
+{
+    scanner_t scanner(document);
+    if (scanner.next() != scanner_t::token_t::instruction || scanner.name() != "xml")
+        return std::string();
+    const char* const begin = scanner.name().data() + scanner.name().size();
+    attribute_scanner_t attributes(begin, scanner.position());
+    attribute_t attribute;
+    while (attributes.next(attribute))
+        if (attribute.name == "encoding")
+            return std::string(attribute.value);
+    return std::string();
+}
+
+bool convert_to_utf8(std::string_view document, const std::string& encoding, std::string& utf8)
+{
+    const xml_converter_t converter(xmlFindCharEncodingHandler(encoding.c_str()));
+    if (!converter)
+        return false;
+    utf8.clear();
+    const xml_buffer_t in(xmlBufferCreate());
+    const xml_buffer_t out(xmlBufferCreate());
+    bool is_converted = in && out;
+    while (is_converted && !document.empty()) {
+        const std::size_t size = std::min(chunk, document.size());
+        is_converted = xmlBufferAdd(in.get(), reinterpret_cast<const xmlChar*>(document.data()),
+                                    static_cast<int>(size)) == 0;
+        document.remove_prefix(size);
+        // A chunk can end within a character, which stays for the next one.
+        while (is_converted && xmlCharEncInFunc(converter.get(), out.get(), in.get()) > 0) {
+            utf8.append(from_xml(xmlBufferContent(out.get())),
+                        static_cast<std::size_t>(xmlBufferLength(out.get())));
+            xmlBufferEmpty(out.get());
+        }
+    }
+    return true;
+}
+
+} // namespace velmoext_1_4_8

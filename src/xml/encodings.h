@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace velmoext_1_4_8
+{
+
+/// Returns the encoding that the document's XML declaration names; empty when it names none.
+std::string declared_encoding(std::string_view document);
+
+/// Converts a document to UTF-8 with libxml2's converters, up to the first byte that the encoding
+/// does not have. Returns false, with `utf8` unchanged, when they do not know the encoding.
+bool convert_to_utf8(std::string_view document, const std::string& encoding, std::string& utf8);
+
+} // namespace velmoext_1_4_8
