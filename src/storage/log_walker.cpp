@@ -196,13 +196,19 @@ void log_walker_t::parse_rest(std::string_view rest)
 void log_walker_t::parse_whole(std::string_view text)
 {
     m_is_finished = true;
-    const std::string document(text);
     const std::string encoding = declared_encoding(text);
-    std::string utf8;
-    if (!encoding.empty() && !convert_to_utf8(text, encoding, utf8))
+    std::string utf8(text);
+    if (!is_utf8(encoding) && !convert_to_utf8(text, encoding, utf8))
         m_refusal = refusal_t::encoding;
-    else if (is_within_limits(encoding.empty() ? text : utf8))
-        m_reader.parse(document);
+    else if (is_within_limits(utf8))
+        m_reader.parse(std::string(text.substr(0, size_to_parse(text, utf8))));
+}
+
+// libxml2 can be quadratic in what follows a fault.
+std::size_t log_walker_t::size_to_parse(std::string_view text, std::string_view utf8)
+{
+    const bool is_well_formed = look_through_markup(utf8).well_formed_bytes == utf8.size();
+    return is_well_formed ? text.size() : look_through_markup(text).well_formed_bytes + fault_bytes;
 }
 
 bool log_walker_t::is_within_limits(std::string_view markup)

@@ -44,6 +44,7 @@ private:
     void parse_elements(std::string_view elements);
     void parse_rest(std::string_view rest);
     void parse_whole(std::string_view text);
+    static std::size_t size_to_parse(std::string_view text, std::string_view utf8);
     bool is_within_limits(std::string_view markup);
 
     log_sax_reader& m_reader;

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstddef>
+#include <unordered_set>
 
 namespace velmoext_1_4_8
 {
@@ -28,6 +29,8 @@ public:
              token != scanner_t::token_t::end && m_refusal == refusal_t::none;
              token = scanner.next())
             add(token, scanner);
+        if (m_names > limits::max_names)
+            require(count_different_names(document) <= limits::max_names, refusal_t::names);
         return {m_refusal, static_cast<std::size_t>(scanner.position() - document.data())};
     }
 
@@ -58,6 +61,8 @@ private:
             return;
         const document_type_facts_t facts = scan_document_type(token);
         m_defaults = facts.defaults;
+        require(facts.declared_ids * facts.declared_attributes <= limits::max_id_checks,
+                refusal_t::document_type_size);
         require(!facts.has_parameter_entity_references, refusal_t::parameter_entities);
         require(token.size() <= limits::max_document_type_bytes, refusal_t::document_type_size);
     }
@@ -66,18 +71,20 @@ private:
     {
         std::size_t attributes = 0;
         std::size_t namespaces = 0;
-        for (attribute_t attribute; scanner.next_attribute(attribute); ++attributes)
+        for (attribute_t attribute; scanner.next_attribute(attribute); ++attributes) {
+            m_ids += attribute.name == "xml:id" ? 1 : 0;
             namespaces += declares_namespace(attribute.name) ? 1 : 0;
+        }
         scanner.finish_start_tag();
         const std::size_t in_scope = m_in_scope[m_depth] + namespaces;
         if (!scanner.is_empty_element() && m_depth + 1 < m_in_scope.size())
             m_in_scope[++m_depth] = in_scope;
+        m_names += attributes + 1;
         m_attribute_checks += attributes * attributes / 2;
         m_namespace_checks += (attributes + 1) * in_scope;
         m_default_checks += m_defaults * (attributes + m_defaults);
-        require(attributes <= limits::max_attributes &&
-                    m_attribute_checks <= limits::max_attribute_checks,
-                refusal_t::attributes);
+        require(m_attribute_checks <= limits::max_attribute_checks, refusal_t::attributes);
+        require(m_ids <= limits::max_ids, refusal_t::names);
         require(m_namespace_checks <= limits::max_namespace_checks, refusal_t::namespaces);
         require(m_default_checks <= limits::max_default_checks, refusal_t::defaults);
     }
@@ -88,7 +95,25 @@ private:
             m_refusal = refusal;
     }
 
+    static std::size_t count_different_names(std::string_view document)
+    {
+        std::unordered_set<std::string_view> names;
+        scanner_t scanner(document);
+        for (auto token = scanner.next();
+             token != scanner_t::token_t::end && names.size() <= limits::max_names;
+             token = scanner.next()) {
+            if (token != scanner_t::token_t::start_tag)
+                continue;
+            names.insert(scanner.name());
+            for (attribute_t attribute; scanner.next_attribute(attribute);)
+                names.insert(attribute.name);
+        }
+        return names.size();
+    }
+
     refusal_t m_refusal = refusal_t::none;
+    std::size_t m_names = 0; ///< the same ones included
+    std::size_t m_ids = 0;
     std::size_t m_defaults = 0;
     std::size_t m_attribute_checks = 0;
     std::size_t m_namespace_checks = 0;

@@ -27,6 +27,9 @@ const std::size_t chunk = 65536;
 
 std::string declared_encoding(std::string_view document)
 {
+    static constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
+    if (document.substr(0, byte_order_mark.size()) == byte_order_mark)
+        document.remove_prefix(byte_order_mark.size());
     scanner_t scanner(document);
     if (scanner.next() != scanner_t::token_t::instruction || scanner.name() != "xml")
         return std::string();

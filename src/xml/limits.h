@@ -13,6 +13,7 @@ enum class refusal_t
     document_size,
     document_type_size,
     attributes,
+    names,
     defaults,
     namespaces,
     parameter_entities,
@@ -31,15 +32,22 @@ namespace limits
 /// Bytes of a document. libxml2 takes sizes as int.
 constexpr std::size_t max_document_bytes = INT32_MAX;
 
-/// Bytes of a document type. libxml2 is quadratic in the values of an enumerated attribute, in the
-/// attributes of an element, also one inside an entity, and in declared ids.
-constexpr std::size_t max_document_type_bytes = 131072;
+/// Bytes of a document type. libxml2 is quadratic in the values of an enumerated attribute, and in
+/// the attributes of an element inside an entity.
+constexpr std::size_t max_document_type_bytes = 163840;
 
-/// Attributes of one start tag. libxml2 compares each with all before it.
-constexpr std::size_t max_attributes = 20000;
+/// Comparisons for declared ids: libxml2 looks for another id among all attributes of the element.
+constexpr std::size_t max_id_checks = 3000000;
 
-/// Comparisons of attributes in all start tags together, half the square of their numbers added up.
-constexpr std::size_t max_attribute_checks = 200000000;
+/// Comparisons of attributes in all start tags together, half the square of their numbers added up:
+/// libxml2 compares each attribute with all before it. As many as of one tag with 25,000.
+constexpr std::size_t max_attribute_checks = 312500000;
+
+/// Different names. libxml2 looks for each among all of them in 16,384 places.
+constexpr std::size_t max_names = 250000;
+
+/// Ids, that is attributes "xml:id". libxml2 looks for each like for a name, in more time.
+constexpr std::size_t max_ids = 125000;
 
 /// Comparisons for defaults. libxml2 compares each default of an element with the attributes and
 /// defaults before it, for each start tag.

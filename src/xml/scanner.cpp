@@ -70,7 +70,7 @@ const char* skip_item(const char* at, const char* end)
         const char* const closing = find(at + 1, end, *at);
         return closing == end ? nullptr : closing + 1;
     }
-    const char* const after = skip_remark(at, end);
+    const char* const after = *at == '<' ? skip_remark(at, end) : at;
     return after == at ? at + 1 : after;
 }
 
@@ -101,18 +101,33 @@ private:
 
     void look_at_item()
     {
-        if (*m_at == '>')
-            m_declaration = declaration_t::other;
-        else if (begins_with(m_at, m_end, "<!ATTLIST"))
-            m_declaration = declaration_t::attributes;
-        else if (begins_with(m_at, m_end, "<!ENTITY"))
-            m_declaration = declaration_t::internal_entity;
-        else if (begins_with(m_at, m_end, "SYSTEM ") || begins_with(m_at, m_end, "PUBLIC "))
-            m_declaration = declaration_t::other;
-        else if (*m_at == '"' || *m_at == '\'')
+        switch (*m_at) {
+        case '<':
+            m_declaration = begins_with(m_at, m_end, "<!ATTLIST")  ? declaration_t::attributes
+                            : begins_with(m_at, m_end, "<!ENTITY") ? declaration_t::internal_entity
+                                                                   : declaration_t::other;
+            break;
+        case 'S':
+        case 'P':
+            if (begins_with(m_at, m_end, "SYSTEM ") || begins_with(m_at, m_end, "PUBLIC "))
+                m_declaration = declaration_t::other;
+            break;
+        case '"':
+        case '\'':
             look_at_literal();
-        else if (*m_at == '%')
+            break;
+        case '%':
             look_at_percent(m_at);
+            break;
+        case '#':
+            ++m_facts.declared_attributes;
+            break;
+        case 'I':
+            m_facts.declared_ids += begins_with(m_at, m_end, "ID") ? 1 : 0;
+            break;
+        default:
+            break;
+        }
     }
 
     // The declaration of a parameter entity has a blank there.
@@ -124,8 +139,10 @@ private:
 
     void look_at_literal()
     {
-        if (m_declaration == declaration_t::attributes)
+        if (m_declaration == declaration_t::attributes) {
             ++m_facts.defaults;
+            ++m_facts.declared_attributes;
+        }
         const char* const end = find(m_at + 1, m_end, *m_at);
         const char* const percent = find(m_at, end, '%');
         if (m_declaration == declaration_t::internal_entity && percent != end)
@@ -194,7 +211,8 @@ scanner_t::token_t scanner_t::scan_markup()
     case '?': {
         const char* const name_end = skip_name(m_at + 2, m_end);
         m_name = view(m_at + 2, name_end);
-        return scan_until(token_t::instruction, "<?", "?>");
+        return m_name == "xml" ? scan_xml_declaration()
+                               : scan_until(token_t::instruction, "<?", "?>");
     }
     default:
         break;
@@ -262,6 +280,21 @@ scanner_t::token_t scanner_t::scan_declaration()
                         is_cut_within(m_at, m_end, section) ||
                         is_cut_within(m_at, m_end, document_type);
     return is_cut ? stop(token_t::unfinished, m_end) : stop(token_t::malformed, m_at + 2);
+}
+
+scanner_t::token_t scanner_t::scan_xml_declaration()
+{
+    attribute_scanner_t attributes(m_name.data() + m_name.size(), m_end);
+    attribute_t attribute;
+    while (attributes.next(attribute)) {
+    }
+    const char* const at = attributes.position();
+    if (is_cut_within(at, m_end, "?>"))
+        return stop(token_t::unfinished, m_end);
+    if (!begins_with(at, m_end, "?>"))
+        return stop(token_t::malformed, at);
+    m_at = at + 2;
+    return token_t::instruction;
 }
 
 // Two hyphens in a comment end it or are a fault.

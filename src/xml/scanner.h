@@ -91,6 +91,7 @@ private:
     token_t scan_end_tag();
     token_t scan_until(token_t token, std::string_view begin, std::string_view end);
     token_t scan_comment();
+    token_t scan_xml_declaration();
     token_t stop(token_t token, const char* at);
 
     const char* m_at;
@@ -105,7 +106,9 @@ private:
 /// What libxml2 would do for a document type.
 struct document_type_facts_t
 {
-    std::size_t defaults = 0; ///< of attributes
+    std::size_t defaults = 0;            ///< of attributes
+    std::size_t declared_attributes = 0; ///< at least as many as there are
+    std::size_t declared_ids = 0;        ///< attributes of the type ID
     bool has_parameter_entity_references = false;
 };
 
