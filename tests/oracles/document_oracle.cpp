@@ -59,8 +59,31 @@ void read_child(const xmlNode* child, message_t& message, message_t::message_con
         content.elements.emplace(wide_from_xml(child->name), text);
 }
 
+// libxml2 2.9.14 takes comments and instructions directly in an entity for text, later ones do not.
+void remove_remarks(xmlEntity* entity)
+{
+    for (xmlNode* node = entity->children; node != nullptr;) {
+        xmlNode* const next = node->next;
+        if (node->type == XML_COMMENT_NODE || node->type == XML_PI_NODE) {
+            xmlUnlinkNode(node);
+            xmlFreeNode(node);
+        }
+        node = next;
+    }
+}
+
+void remove_remarks_of_entities(const xmlDoc* document)
+{
+    if (document->intSubset == nullptr)
+        return;
+    for (xmlNode* node = document->intSubset->children; node != nullptr; node = node->next)
+        if (node->type == XML_ENTITY_DECL)
+            remove_remarks(reinterpret_cast<xmlEntity*>(node));
+}
+
 message_ptr read_element(const xmlNode* node)
 {
+    remove_remarks_of_entities(node->doc);
     const auto message = boost::make_shared<message_t>();
     message_t::message_content_t content;
     for (const xmlAttr* at = node->properties; at != nullptr; at = at->next)

@@ -201,9 +201,18 @@ private:
 
     void add_entity()
     {
-        static const words_t values = {
-            "x",     "",   "a &lt; b",     "<b>y</b>z", "&#38;amp;",    "\xC3\xA9 ",
-            "&amp;", "]>", "<p:e>t</p:e>", "a\r\nb",    "100&#37;a; ]", "<arg name='i'>j</arg>"};
+        static const words_t values = {"x",
+                                       "",
+                                       "a &lt; b",
+                                       "<b>y</b>z",
+                                       "&#38;amp;",
+                                       "\xC3\xA9 ",
+                                       "&amp;",
+                                       "]>",
+                                       "<p:e>t</p:e>",
+                                       "a\r\nb",
+                                       "x<!-- c --><?p q?>y",
+                                       "<arg name='i'>j</arg>"};
         std::string value = m_random.pick(values);
         if (m_entities != 0 && m_random.one_in(3))
             value += reference();
