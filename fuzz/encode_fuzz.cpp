@@ -93,6 +93,7 @@ void require_document(const message_ptr& message)
     require(read->get_type() == writable_text(message->get_type()), "the type comes back");
 }
 
+// The line break after the root's start tag is the caller's to write.
 void require_log(const message_ptr& message)
 {
 #if __has_include("encoding/message_recognizer.h")
@@ -103,6 +104,7 @@ void require_log(const message_ptr& message)
     xmlTextWriterSetIndent(writer.get(), 1);
     xmlTextWriterStartDocument(writer.get(), nullptr, "UTF-8", nullptr);
     xmlTextWriterStartElement(writer.get(), BAD_CAST "log");
+    xmlTextWriterWriteRaw(writer.get(), BAD_CAST "\n");
     require(write_message_element(message, writer.get()), "an element is written");
     require(write_message_element(message, writer.get()), "an element is written after another");
     xmlTextWriterEndElement(writer.get());

@@ -167,12 +167,12 @@ document_oracle_t read_with(xmlTextReader* reader)
         if (node == nullptr || !is_message(node))
             continue;
         if (!expansion_t::is_within_limit(node)) {
-            read.refusal = refusal_t::expanded_entities;
+            read.refusal = document_oracle_t::refusal_t::expanded_entities;
             return read;
         }
         read.message = read_element(node);
         if (has_fault_after(reader))
-            read.refusal = refusal_t::fault_after_message;
+            read.refusal = document_oracle_t::refusal_t::fault_after_message;
         return read;
     }
     return read;
@@ -200,7 +200,7 @@ void read_unsplit(const std::string& document, document_oracle_t& read)
                       xmlFreeDoc);
     if (!tree || !has_instruction(tree->intSubset))
         return;
-    read.refusal = refusal_t::split_document_type;
+    read.refusal = document_oracle_t::refusal_t::split_document_type;
     const xmlNode* const root = xmlDocGetRootElement(tree.get());
     if (parser->wellFormed != 0 && root != nullptr && is_message(root) &&
         expansion_t::is_within_limit(root))
