@@ -1,6 +1,6 @@
 #include "config_model.h"
 
-#include "quiet_xml.h"
+#include "xml_errors.h"
 
 #include <rova/strings.h>
 
@@ -74,7 +74,7 @@ struct config_model_t::builder_t
 
 std::unique_ptr<config_model_t> config_model_t::read(const std::string& bytes)
 {
-    const quiet_xml_t quiet;
+    const xml_errors_t errors;
     const std::unique_ptr<xmlParserCtxt, decltype(&xmlFreeParserCtxt)> parser(xmlNewParserCtxt(),
                                                                               xmlFreeParserCtxt);
     const std::unique_ptr<xmlDoc, decltype(&xmlFreeDoc)> tree(

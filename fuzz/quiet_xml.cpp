@@ -2,6 +2,8 @@
 
 #include "require.h"
 
+#include <libxml/xmlerror.h>
+
 namespace
 {
 

@@ -81,6 +81,58 @@ attempt_t push_handler()
             }};
 }
 
+// A message holds either its former fields or the new ones.
+message_ptr make_full_message(const std::wstring& word, int number)
+{
+    texts_t texts;
+    for (int i = 0; i < number; ++i)
+        texts[word + L" that is too long for its string object " + std::to_wstring(i)] = word;
+    const message_ptr message = make_message(word + L" that is too long for its string object",
+                                             static_cast<message_t::severity_t>(number));
+    message_t::message_content_t content = make_content(texts, texts, texts);
+    content.next_arg_number = number;
+    message->set_content(content);
+    message->set_flags(number);
+    return message;
+}
+
+std::string fields_of(const message_t& message)
+{
+    return message_text(message, "", ";") + std::to_string(message.get_content().next_arg_number) +
+           ";" + std::to_string(message.get_flags());
+}
+
+typedef message_t::message_content_t content_t;
+typedef void (*replace_t)(message_t& message, const message_t& other, const content_t& content);
+
+void set_content(message_t& message, const message_t& /*other*/, const content_t& content)
+{
+    message.set_content(content);
+}
+
+void assign(message_t& message, const message_t& other, const content_t& /*content*/)
+{
+    message = other;
+}
+
+std::function<attempt_t()> replace_fields(replace_t replace, int former_count, int new_count)
+{
+    return [=]() -> attempt_t {
+        const message_ptr message = make_full_message(L"former", former_count);
+        const message_ptr other = make_full_message(L"new", new_count);
+        const auto content = std::make_shared<content_t>(other->get_content());
+        const std::string former = fields_of(*message);
+        message_t replaced(*message);
+        replace(replaced, *other, *content);
+        const std::string expected = fields_of(replaced);
+        return {[=] { replace(*message, *other, *content); },
+                [=]() -> std::string {
+                    const std::string fields = fields_of(*message);
+                    return fields == expected ? "replaced" : fields == former ? "" : fields;
+                }};
+    };
+}
+
 // ---- the table
 
 const std::vector<memory_t> cxx = {memory_t::cxx};
@@ -123,6 +175,10 @@ const std::vector<operation_t> others = {
     {"generate_id", cxx, generate_id, "a long enough base to be allocated "},
     {"get", cxx, get_ex, "a long enough prefix to be allocated"},
     {"push_handler", cxx, push_handler, "pushed"},
+    {"set_content_with_more", cxx, replace_fields(set_content, 1, 4), "replaced"},
+    {"set_content_with_less", cxx, replace_fields(set_content, 4, 1), "replaced"},
+    {"assign_more", cxx, replace_fields(assign, 1, 4), "replaced"},
+    {"assign_less", cxx, replace_fields(assign, 4, 1), "replaced"},
     {"encode", both,
      encode(make_content({{L"tool", L"x"}, {L"name\xE9", L"a \"value\" & more"}},
                          {{L"a", L"1 < 2"}, {L"", L"unnamed"}}, {{L"e", L"text"}})),

@@ -4,6 +4,7 @@
 
 #include <boost/make_shared.hpp>
 #include <boost/shared_ptr.hpp>
+#include <boost/weak_ptr.hpp>
 
 #include <map>
 #include <string>
@@ -73,6 +74,27 @@ private:
     bool m_consumes;
     std::vector<message_ptr> m_messages;
     std::vector<velmo_ex_t*> m_exs;
+};
+
+/// Compares the owner of each pointer that it is called with to that of the extension object.
+class owner_handler_t : public base_handler_t
+{
+public:
+    explicit owner_handler_t(const boost::weak_ptr<velmo_ex_t>& owned) : m_owned(owned) {}
+
+    using base_handler_t::on_message;
+    bool on_message(boost::shared_ptr<velmo_ex_t> ex, message_ptr /*msg*/) override
+    {
+        m_results.push_back(ex && !ex.owner_before(m_owned) && !m_owned.owner_before(ex));
+        return true;
+    }
+
+    /// True for each call with a pointer that shares ownership of the object.
+    const std::vector<bool>& results() const { return m_results; }
+
+private:
+    boost::weak_ptr<velmo_ex_t> m_owned;
+    std::vector<bool> m_results;
 };
 
 /// Says any text to an extension object, as a host would: through an adapter.

@@ -260,3 +260,15 @@ TEST_F(velmo_adapter_test, what_the_host_throws_passes_out_to_the_sender)
     sender.set_output_velmo(&host);
     EXPECT_THROW(sender.send_to_velmo(make_full_message()), int);
 }
+
+TEST_F(velmo_adapter_test, handlers_get_the_extension_objects_own_pointer)
+{
+    const auto handler = boost::make_shared<owner_handler_t>(m_ex);
+    m_ex->push_handler(handler);
+    m_receiver.set_output_velmoext(boost::shared_ptr<velmo_ex_t>(m_ex.get(), [](velmo_ex_t*) {}));
+    say(m_receiver, L"<msg/>");
+    m_receiver.set_output_velmoext(
+        boost::shared_ptr<velmo_ex_t>(boost::make_shared<int>(), m_ex.get()));
+    say(m_receiver, L"no message");
+    EXPECT_EQ(handler->results(), std::vector<bool>(2, true));
+}

@@ -1,0 +1,271 @@
+#include "document_oracle.h"
+
+#include "message_fields.h"
+#include "severity_oracle.h"
+#include "xml_errors.h"
+#include "xml_strings.h"
+
+#include <boost/make_shared.hpp>
+
+#include <libxml/parser.h>
+#include <libxml/tree.h>
+#include <libxml/xmlreader.h>
+
+#include <cstddef>
+#include <memory>
+
+namespace
+{
+
+using velmoext_1_4_8::message_t;
+
+typedef boost::shared_ptr<message_t> message_ptr;
+typedef std::unique_ptr<xmlTextReader, decltype(&xmlFreeTextReader)> reader_t;
+typedef std::unique_ptr<xmlParserCtxt, decltype(&xmlFreeParserCtxt)> parser_t;
+typedef std::unique_ptr<xmlDoc, decltype(&xmlFreeDoc)> tree_t;
+
+// The text arrived as wide text, so that its declaration says nothing about bytes.
+const int options =
+    XML_PARSE_RECOVER | XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_IGNORE_ENC;
+
+const std::size_t max_expanded_bytes = 10000000;
+const std::size_t max_unlimited_bytes = 1000000;
+
+xml_string_t content_of(const xmlNode* node)
+{
+    return xml_string_t(xmlNodeGetContent(node), xmlFree);
+}
+
+std::wstring arg_name(const xmlNode* arg, std::int32_t& next_arg_number)
+{
+    const xmlChar* const name = BAD_CAST "name";
+    std::wstring read;
+    if (xmlHasProp(arg, name) != nullptr)
+        read = wide_from_xml(xml_string_t(xmlGetProp(arg, name), xmlFree).get());
+    return read.empty() ? L"arg" + std::to_wstring(next_arg_number++) : read;
+}
+
+void read_child(const xmlNode* child, message_t& message, message_t::message_content_t& content)
+{
+    const std::string name = from_xml(child->name);
+    const std::wstring text = wide_from_xml(content_of(child).get());
+    if (name == "severity")
+        message.set_severity(severity_of(text));
+    else if (name == "type")
+        message.set_type(text);
+    else if (name == "arg")
+        content.args.emplace(arg_name(child, content.next_arg_number), text);
+    else
+        content.elements.emplace(wide_from_xml(child->name), text);
+}
+
+// libxml2 2.9.14 takes comments and instructions directly in an entity for text, later ones do not.
+void remove_remarks(xmlEntity* entity)
+{
+    for (xmlNode* node = entity->children; node != nullptr;) {
+        xmlNode* const next = node->next;
+        if (node->type == XML_COMMENT_NODE || node->type == XML_PI_NODE) {
+            xmlUnlinkNode(node);
+            xmlFreeNode(node);
+        }
+        node = next;
+    }
+}
+
+void remove_remarks_of_entities(const xmlDoc* document)
+{
+    if (document->intSubset == nullptr)
+        return;
+    for (xmlNode* node = document->intSubset->children; node != nullptr; node = node->next)
+        if (node->type == XML_ENTITY_DECL)
+            remove_remarks(reinterpret_cast<xmlEntity*>(node));
+}
+
+message_ptr read_element(const xmlNode* node)
+{
+    remove_remarks_of_entities(node->doc);
+    const auto message = boost::make_shared<message_t>();
+    message_t::message_content_t content;
+    for (const xmlAttr* at = node->properties; at != nullptr; at = at->next)
+        content.attributes.emplace(
+            wide_from_xml(at->name),
+            wide_from_xml(content_of(reinterpret_cast<const xmlNode*>(at)).get()));
+    for (const xmlNode* child = node->children; child != nullptr; child = child->next)
+        if (child->type == XML_ELEMENT_NODE)
+            read_child(child, *message, content);
+    message->set_content(content);
+    return message;
+}
+
+// Adds up what the references to entities below a node stand for. The bound comes first: entities
+// within entities can stand for any number of bytes.
+class expansion_t
+{
+public:
+    static bool is_within_limit(const xmlNode* element)
+    {
+        expansion_t expansion;
+        for (const xmlAttr* at = element->properties; at != nullptr; at = at->next)
+            expansion.add_each(at->children);
+        expansion.add_each(element->children);
+        return expansion.m_bytes <= max_expanded_bytes;
+    }
+
+private:
+    void add_each(const xmlNode* first)
+    {
+        for (const xmlNode* node = first; node != nullptr && m_bytes <= max_expanded_bytes;
+             node = node->next)
+            add(node);
+    }
+
+    void add(const xmlNode* node)
+    {
+        if (node->type == XML_ENTITY_REF_NODE)
+            return add_entity(xmlGetDocEntity(node->doc, node->name));
+        if (node->type != XML_ELEMENT_NODE)
+            return;
+        for (const xmlAttr* at = node->properties; at != nullptr; at = at->next)
+            add_each(at->children);
+        add_each(node->children);
+    }
+
+    void add_entity(const xmlEntity* entity)
+    {
+        if (entity == nullptr)
+            return;
+        m_bytes += static_cast<std::size_t>(xmlStrlen(entity->content));
+        if (m_depth == 1000)
+            m_bytes = max_expanded_bytes + 1;
+        ++m_depth;
+        add_each(entity->children);
+        --m_depth;
+    }
+
+    std::size_t m_bytes = 0;
+    int m_depth = 0;
+};
+
+bool is_message(const xmlNode* node)
+{
+    return node->type == XML_ELEMENT_NODE && from_xml(node->name) == std::string("msg");
+}
+
+bool has_fault_after(xmlTextReader* reader)
+{
+    int result = 1;
+    while (result == 1)
+        result = xmlTextReaderNext(reader);
+    return result < 0;
+}
+
+document_oracle_t read_with(xmlTextReader* reader)
+{
+    document_oracle_t read;
+    while (xmlTextReaderNext(reader) == 1) {
+        const xmlNode* const node = xmlTextReaderExpand(reader);
+        if (node == nullptr || !is_message(node))
+            continue;
+        if (!expansion_t::is_within_limit(node)) {
+            read.refusal = document_oracle_t::refusal_t::expanded_entities;
+            return read;
+        }
+        read.message = read_element(node);
+        if (has_fault_after(reader))
+            read.refusal = document_oracle_t::refusal_t::fault_after_message;
+        return read;
+    }
+    return read;
+}
+
+bool has_instruction(const xmlDtd* type)
+{
+    const xmlNode* at = type != nullptr ? type->children : nullptr;
+    while (at != nullptr && at->type != XML_PI_NODE)
+        at = at->next;
+    return at != nullptr;
+}
+
+// A push parser looks for the end of a document type before it reads it, and takes the quotes and
+// brackets of an instruction in it for the type's own. A parse of the whole document does not.
+void read_unsplit(const std::string& document, document_oracle_t& read)
+{
+    const std::size_t type = document.find("<!DOCTYPE");
+    if (type == std::string::npos || document.find("<?", type) == std::string::npos)
+        return;
+    const parser_t parser(xmlNewParserCtxt(), xmlFreeParserCtxt);
+    const tree_t tree(xmlCtxtReadMemory(parser.get(), document.data(),
+                                        static_cast<int>(document.size()), nullptr, "UTF-8",
+                                        options),
+                      xmlFreeDoc);
+    if (!tree || !has_instruction(tree->intSubset))
+        return;
+    read.refusal = document_oracle_t::refusal_t::split_document_type;
+    const xmlNode* const root = xmlDocGetRootElement(tree.get());
+    if (parser->wellFormed != 0 && root != nullptr && is_message(root) &&
+        expansion_t::is_within_limit(root))
+        read.unsplit_message = read_element(root);
+}
+
+bool has_parameter_entity = false;
+
+xmlEntityPtr on_parameter_entity(void* /*parser*/, const xmlChar* /*name*/)
+{
+    has_parameter_entity = true;
+    return nullptr;
+}
+
+bool refers_to_parameter_entity(const std::string& document)
+{
+    if (document.find('%') == std::string::npos || document.find("<!DOCTYPE") == std::string::npos)
+        return false;
+    const parser_t parser(xmlCreatePushParserCtxt(nullptr, nullptr, nullptr, 0, nullptr),
+                          xmlFreeParserCtxt);
+    xmlCtxtUseOptions(parser.get(), options);
+    parser->sax->getParameterEntity = on_parameter_entity;
+    has_parameter_entity = false;
+    xmlParseChunk(parser.get(), document.data(), static_cast<int>(document.size()), 1);
+    xmlFreeDoc(parser->myDoc);
+    parser->myDoc = nullptr;
+    return has_parameter_entity;
+}
+
+} // namespace
+
+document_oracle_t document_oracle_t::read(const std::wstring& text)
+{
+    // XML knows no zero character; libxml2 would take one for a sign of another encoding.
+    if (text.find(L'\0') != std::wstring::npos)
+        return document_oracle_t();
+    const std::string document = ROVA_2_18::strings::utf16_to_utf8(text);
+    const xml_errors_t errors;
+    document_oracle_t read;
+    if (refers_to_parameter_entity(document)) {
+        read.refusal = refusal_t::parameter_entity;
+        return read;
+    }
+    const reader_t reader(xmlReaderForMemory(document.data(), static_cast<int>(document.size()),
+                                             nullptr, "UTF-8", options),
+                          xmlFreeTextReader);
+    if (reader)
+        read = read_with(reader.get());
+    if (read.refusal == refusal_t::none && document.size() > max_unlimited_bytes)
+        read.refusal = refusal_t::document_size;
+    if (read.refusal != refusal_t::expanded_entities)
+        read_unsplit(document, read);
+    return read;
+}
+
+std::string
+document_oracle_t::difference(const boost::shared_ptr<velmoext_1_4_8::message_t>& result) const
+{
+    const bool is_unread =
+        refusal == refusal_t::parameter_entity || refusal == refusal_t::expanded_entities;
+    if (is_unread || (!result && refusal != refusal_t::none))
+        return std::string();
+    const std::string expected = fields_of(message);
+    const std::string actual = fields_of(result);
+    if (unsplit_message && actual == fields_of(unsplit_message))
+        return std::string();
+    return actual == expected ? std::string() : "expected " + expected + "but read " + actual;
+}

@@ -1,0 +1,169 @@
+#include "log_oracle.h"
+
+#include "severity_oracle.h"
+#include "xml_errors.h"
+#include "xml_strings.h"
+
+#include <boost/make_shared.hpp>
+
+#include <libxml/parser.h>
+
+#include <cstring>
+#include <map>
+#include <utility>
+
+using ROVA_2_18::strings::utf8_to_utf16;
+using velmoext_1_4_8::message_t;
+
+namespace
+{
+
+typedef std::map<std::wstring, std::wstring> texts_t;
+
+// The first of several attributes of one name counts.
+texts_t read_attributes(const xmlChar** attributes)
+{
+    texts_t read;
+    for (; attributes != nullptr && *attributes != nullptr; attributes += 2)
+        read.emplace(wide_from_xml(attributes[0]), wide_from_xml(attributes[1]));
+    return read;
+}
+
+// A zero byte ends the text. What follows the last '>' is dropped.
+std::string text_to_parse(const std::string& bytes)
+{
+    const std::string text = bytes.substr(0, bytes.find('\0'));
+    return text.substr(0, text.rfind('>') + 1);
+}
+
+int parse_whole(xmlSAXHandler& table, void* context, const std::string& text)
+{
+// Deprecated in later releases, which have it all the same: it is what the rules name.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
+    return xmlSAXUserParseMemory(&table, context, text.data(), static_cast<int>(text.size()));
+#pragma GCC diagnostic pop
+}
+
+} // namespace
+
+// Nothing that libxml2 reports after a fault counts.
+struct log_callbacks_t
+{
+    log_oracle_t& oracle;
+    const xml_errors_t& errors;
+
+    static void document(void* /*context*/) {}
+
+    static void start(void* context, const xmlChar* name, const xmlChar** attributes)
+    {
+        const auto& self = *static_cast<log_callbacks_t*>(context);
+        if (!self.errors.has_fault())
+            self.oracle.start_element(from_xml(name), attributes);
+    }
+
+    static void end(void* context, const xmlChar* name)
+    {
+        const auto& self = *static_cast<log_callbacks_t*>(context);
+        if (!self.errors.has_fault())
+            self.oracle.end_element(from_xml(name));
+    }
+
+    static void characters(void* context, const xmlChar* text, int /*length*/)
+    {
+        const auto& self = *static_cast<log_callbacks_t*>(context);
+        if (!self.errors.has_fault())
+            self.oracle.characters(from_xml(text));
+    }
+};
+
+log_oracle_t::reading_t log_oracle_t::read(const std::string& new_bytes)
+{
+    m_reading = reading_t();
+    xmlSAXHandler table = {};
+    // With the mark of SAX2, libxml2 2.9.14 would call none of the element callbacks.
+    table.initialized = 1;
+    table.startDocument = log_callbacks_t::document;
+    table.endDocument = log_callbacks_t::document;
+    table.startElement = log_callbacks_t::start;
+    table.endElement = log_callbacks_t::end;
+    table.characters = log_callbacks_t::characters;
+    const xml_errors_t errors;
+    log_callbacks_t callbacks = {*this, errors};
+    m_reading.is_read =
+        !new_bytes.empty() && parse_whole(table, &callbacks, text_to_parse(new_bytes)) >= 0;
+    m_reading.has_unknown_encoding = errors.first_fault() == XML_ERR_UNSUPPORTED_ENCODING;
+    return std::move(m_reading);
+}
+
+void log_oracle_t::start_element(const std::string& name, const xmlChar** attributes)
+{
+    m_element = name;
+    if (name == "log") {
+        m_state = in_log;
+    } else if (name == "msg") {
+        start_message(attributes);
+    } else {
+        m_state = in_child;
+        if (name == "arg")
+            start_arg(attributes);
+    }
+}
+
+void log_oracle_t::start_message(const xmlChar** attributes)
+{
+    m_state = in_message;
+    m_message = boost::make_shared<message_t>();
+    message_t::message_content_t content;
+    content.attributes = read_attributes(attributes);
+    m_message->set_content(content);
+    const auto source = content.attributes.find(L"source");
+    if (source != content.attributes.end())
+        m_message->set_source(source->second);
+}
+
+void log_oracle_t::start_arg(const xmlChar** attributes)
+{
+    m_arg_name = read_attributes(attributes)[L"name"];
+    if (!m_arg_name.empty() || !m_message)
+        return;
+    message_t::message_content_t content = m_message->get_content();
+    m_arg_name = L"arg" + std::to_wstring(content.next_arg_number++);
+    m_message->set_content(content);
+}
+
+// The length that libxml2 reports does not count.
+void log_oracle_t::characters(const char* text)
+{
+    if (m_state == in_child && m_message && m_element != "msg" && m_element != "log")
+        add_text(std::string(text, std::strcspn(text, "<")));
+}
+
+void log_oracle_t::add_text(const std::string& utf8)
+{
+    const std::wstring text = utf8_to_utf16(utf8);
+    if (m_element == "type")
+        return m_message->set_type(text);
+    if (m_element == "severity")
+        return m_message->set_severity(severity_of(text));
+    message_t::message_content_t content = m_message->get_content();
+    if (m_element == "arg")
+        content.args.emplace(std::exchange(m_arg_name, std::wstring()), text);
+    else
+        content.elements.emplace(utf8_to_utf16(m_element), text);
+    m_message->set_content(content);
+}
+
+void log_oracle_t::end_element(const std::string& name)
+{
+    if (m_state == in_child)
+        m_element = "msg";
+    if (name != "msg")
+        return;
+    m_state = outside;
+    m_element = "log";
+    if (!m_message || m_message->empty())
+        return;
+    m_reading.delivered.push_back(*m_message);
+    m_reading.messages.push_back(m_message);
+}

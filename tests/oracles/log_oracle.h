@@ -1,0 +1,51 @@
+#pragma once
+
+#include <velmoext1/message.h>
+
+#include <boost/shared_ptr.hpp>
+
+#include <string>
+#include <vector>
+
+/// Reads a log as one parse of the whole text by libxml2 and the rules for its callbacks give it.
+/// One object reads what a storage reads: the text of each replay is a document of its own, but an
+/// element of a later one can change the last message of an earlier one.
+class log_oracle_t
+{
+public:
+    struct reading_t
+    {
+        bool is_read = false; ///< The result of the replay.
+        /// The system has no converter for the declared encoding: a start must change nothing.
+        bool has_unknown_encoding = false;
+        std::vector<velmoext_1_4_8::message_t> delivered; ///< As they were at delivery.
+        std::vector<boost::shared_ptr<velmoext_1_4_8::message_t>> messages; ///< As they became.
+    };
+
+    /// Reads the bytes that are new in the file.
+    reading_t read(const std::string& new_bytes);
+
+private:
+    friend struct log_callbacks_t;
+
+    enum state_t
+    {
+        outside,
+        in_log,
+        in_message,
+        in_child
+    };
+
+    void start_element(const std::string& name, const unsigned char** attributes);
+    void start_message(const unsigned char** attributes);
+    void start_arg(const unsigned char** attributes);
+    void end_element(const std::string& name);
+    void characters(const char* text);
+    void add_text(const std::string& text);
+
+    boost::shared_ptr<velmoext_1_4_8::message_t> m_message;
+    state_t m_state = outside;
+    std::string m_element;
+    std::wstring m_arg_name;
+    reading_t m_reading;
+};

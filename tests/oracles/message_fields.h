@@ -1,0 +1,17 @@
+#pragma once
+
+#include "message_text.h"
+
+#include <string>
+
+/// All fields of a message but its flags, a line each.
+inline std::string fields_of(const velmoext_1_4_8::message_t& message)
+{
+    return "message\n" + velmoext_1_4_8::message_text(message, "  ", "\n") + "  next argument " +
+           std::to_string(message.get_content().next_arg_number) + "\n";
+}
+
+inline std::string fields_of(const boost::shared_ptr<velmoext_1_4_8::message_t>& message)
+{
+    return message ? fields_of(*message) : "no message\n";
+}
