@@ -80,8 +80,9 @@ void velmo_ex_t::dispatch_message(const boost::shared_ptr<velmo_ex_t>& ex,
                                   const boost::shared_ptr<message_t>& msg)
 {
     const boost::mutex::scoped_lock lock(ex->m_mutex);
-    std::any_of(ex->m_handlers.rbegin(), ex->m_handlers.rend(),
-                [&](const auto& handler) { return handler->on_message(ex, msg); });
+    static_cast<void>(
+        std::any_of(ex->m_handlers.rbegin(), ex->m_handlers.rend(),
+                    [&](const auto& handler) { return handler->on_message(ex, msg); }));
 }
 
 // Every entry that waits here is purged by whichever object dies next, without a walk through the
