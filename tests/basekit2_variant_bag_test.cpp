@@ -698,12 +698,17 @@ TEST_F(basekit2_variant_bag_test, an_error_in_a_long_file_is_refused)
 TEST_F(basekit2_variant_bag_test, a_document_type_declaration_is_refused)
 {
     m_folder.write("other.dtd", "<!ENTITY e 'text'>");
+    const std::string fifo = m_folder.name("fifo"); // to open it would take forever
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
     const std::vector<std::string> types = {
         "<!DOCTYPE r>",
         "<!DOCTYPE r []>",
         "<!DOCTYPE r [<!ENTITY e 'text'>]>",
         "<!DOCTYPE r [<!ENTITY e SYSTEM 'other.dtd'>]>",
         "<!DOCTYPE r [<!ENTITY % e SYSTEM 'other.dtd'>%e;]>",
+        "<!DOCTYPE r [<!ENTITY e SYSTEM '" + fifo + "'>]>",
+        "<!DOCTYPE r [<!ENTITY % p SYSTEM '" + fifo + "'>%p;]>",
+        "<!DOCTYPE r SYSTEM '" + fifo + "'>",
         "<!DOCTYPE r [<!ATTLIST r a CDATA 'default'>]>",
         "<!DOCTYPE r SYSTEM '" + m_folder.name("other.dtd") + "'>",
         "<!DOCTYPE r PUBLIC 'p' '" + m_folder.name("other.dtd") + "'>",
