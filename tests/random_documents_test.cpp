@@ -17,7 +17,7 @@ namespace
 
 std::string difference(const std::wstring& text)
 {
-    return document_oracle_t::read(text).difference(
+    return document_oracle_t(text).difference(
         string_message_serializer_t::xml_string_to_message(text));
 }
 

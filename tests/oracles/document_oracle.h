@@ -7,28 +7,43 @@
 #include <string>
 
 /// The message of a document as plain calls of libxml2's text reader and tree give it.
-struct document_oracle_t
+class document_oracle_t
 {
-    /// Why the library may return null for a document in which plain libxml2 finds a message.
-    enum class refusal_t
-    {
-        none,
-        parameter_entity,  ///< The document type refers to one: few bytes can stand for gigabytes.
-        expanded_entities, ///< The message's entities stand for more than 10,000,000 bytes.
-        document_size,     ///< More than 1,000,000 bytes: limits of size and number may apply.
-        split_document_type, ///< It holds an instruction: what a push parser makes of that depends
-                             ///< on the pieces in which it gets the document.
-        fault_after_message, ///< libxml2's reader returns the message before it meets the fault.
-    };
-
-    /// Null without a message. Also null, without being read, for refusal_t::expanded_entities.
-    boost::shared_ptr<velmoext_1_4_8::message_t> message;
-    refusal_t refusal = refusal_t::none;
-    /// For refusal_t::split_document_type, the message that a parse of the whole document gives.
-    boost::shared_ptr<velmoext_1_4_8::message_t> unsplit_message;
-
-    static document_oracle_t read(const std::wstring& text);
+public:
+    explicit document_oracle_t(const std::wstring& text);
 
     /// Empty if the library's result is right, else a description of the difference.
     std::string difference(const boost::shared_ptr<velmoext_1_4_8::message_t>& result) const;
+
+    /// Why the library's result may be another one than that of libxml2's text reader.
+    enum class exception_t
+    {
+        none,
+        /// The document type refers to a parameter entity, of which few bytes can stand for
+        /// gigabytes: any result.
+        parameter_entity,
+        /// The message's entities stand for more than 10,000,000 bytes: any result.
+        expanded_entities,
+        /// The document has more than 1,000,000 bytes, so that limits may apply: null.
+        document_size,
+        /// The document type holds an instruction, and what a push parser makes of that depends on
+        /// the pieces in which it gets the document: null, or what a parse of the whole gives.
+        split_document_type,
+        /// Whether a fault after the end of the message is met before the message is returned
+        /// depends on the pieces, too: null, or the message.
+        fault_after_message
+    };
+
+    exception_t exception() const { return m_exception; }
+    const boost::shared_ptr<velmoext_1_4_8::message_t>& message() const { return m_message; }
+
+private:
+    void read();
+    void read_whole();
+    boost::shared_ptr<velmoext_1_4_8::message_t> message_before_fault() const;
+
+    std::string m_document;
+    boost::shared_ptr<velmoext_1_4_8::message_t> m_message; ///< what the reader gives
+    boost::shared_ptr<velmoext_1_4_8::message_t> m_whole_message;
+    exception_t m_exception = exception_t::none;
 };

@@ -12,7 +12,8 @@ public:
     xml_errors_t(const xml_errors_t&) = delete;
     xml_errors_t& operator=(const xml_errors_t&) = delete;
 
-    /// The code of the first fatal error, XML_ERR_OK without one.
+    /// The code of the parser's first fatal error, XML_ERR_OK without one. What a converter of
+    /// encodings cannot convert does not end a parse at once: it is converted ahead.
     int first_fault() const { return m_first_fault; }
     bool has_fault() const { return m_first_fault != XML_ERR_OK; }
 
@@ -26,7 +27,7 @@ private:
     static void on_error(void* errors, error_ptr_t error)
     {
         auto& self = *static_cast<xml_errors_t*>(errors);
-        if (error->level == XML_ERR_FATAL && !self.has_fault())
+        if (error->domain == XML_FROM_PARSER && error->level == XML_ERR_FATAL && !self.has_fault())
             self.m_first_fault = error->code;
     }
 
