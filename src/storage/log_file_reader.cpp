@@ -25,6 +25,16 @@ void log_file_reader::set_callback(const log_sax_reader::message_callback_t& cal
     m_sax.set_callback(callback);
 }
 
+// A log whose elements are read one by one is refused by none of them at its beginning.
+refusal_t log_file_reader::find_refusal(const std::string& file_name)
+{
+    log_file_reader reader(file_name);
+    reader.set_callback([](const boost::shared_ptr<message_t>&) {});
+    reader.m_reads_beginning_only = true;
+    reader.parse();
+    return reader.refusal();
+}
+
 bool log_file_reader::parse()
 {
     m_refusal = refusal_t::none;
@@ -63,6 +73,7 @@ bool log_file_reader::parse(const file_descriptor_t& file, std::int64_t begin, s
         }
         has_tag = has_tag || text.find('>') != std::string::npos;
         text.erase(0, walker.walk(text, is_last));
+        is_last = is_last || (m_reads_beginning_only && walker.reads_elements());
     }
     m_refusal = walker.refusal();
     return has_tag;

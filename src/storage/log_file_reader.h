@@ -35,6 +35,9 @@ public:
     /// The limit that made the last parse() end early, if any.
     refusal_t refusal() const { return m_refusal; }
 
+    /// Returns the limit for which nothing of this log would be read, if any; hands nothing over.
+    static refusal_t find_refusal(const std::string& file_name);
+
     /// The offset at which the next parse() starts, in bytes.
     std::int64_t position() const { return m_position; }
 
@@ -45,6 +48,7 @@ private:
     std::string m_file_name;
     log_sax_reader m_sax;
     refusal_t m_refusal = refusal_t::none;
+    bool m_reads_beginning_only = false;
 };
 
 } // namespace velmoext_1_4_8

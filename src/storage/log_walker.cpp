@@ -113,7 +113,7 @@ std::size_t log_walker_t::walk(std::string_view text, bool is_last)
     }
     if (!m_is_whole)
         return walked + walk_elements(text.substr(walked), is_last);
-    if (is_last)
+    if (is_last || text.size() > limits::max_document_bytes)
         parse_whole(text);
     return 0;
 }
@@ -196,6 +196,10 @@ void log_walker_t::parse_rest(std::string_view rest)
 void log_walker_t::parse_whole(std::string_view text)
 {
     m_is_finished = true;
+    if (text.size() > limits::max_document_bytes) {
+        m_refusal = refusal_t::document_size;
+        return;
+    }
     const std::string encoding = declared_encoding(text);
     std::string utf8(text);
     if (!is_utf8(encoding) && !convert_to_utf8(text, encoding, utf8))
@@ -213,9 +217,9 @@ std::size_t log_walker_t::size_to_parse(std::string_view text, std::string_view 
 
 bool log_walker_t::is_within_limits(std::string_view markup)
 {
-    m_refusal = markup.size() > limits::max_document_bytes - sizeof(log_end)
-                    ? refusal_t::document_size
-                    : look_through_markup(markup).refusal;
+    const std::size_t size = m_beginning.size() + markup.size() + sizeof(log_end);
+    m_refusal = size > limits::max_document_bytes ? refusal_t::document_size
+                                                  : look_through_markup(markup).refusal;
     return m_refusal == refusal_t::none;
 }
 

@@ -35,6 +35,9 @@ public:
     /// Whether nothing that follows counts: the root has ended, or there was a fault.
     bool is_finished() const { return m_is_finished; }
 
+    /// Whether the elements of the log are read one by one, as far as its beginning was walked.
+    bool reads_elements() const { return !m_beginning.empty(); }
+
     /// Why the walk ended early, if a limit was exceeded.
     refusal_t refusal() const { return m_refusal; }
 

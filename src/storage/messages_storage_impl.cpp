@@ -8,7 +8,6 @@
 #include <basekit2/file.h>
 #include <rova/strings.h>
 
-#include <climits>
 #include <filesystem>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -27,9 +26,6 @@ using ROVA_2_18::strings::utf16_to_utf8;
 
 // The flags of a message that is worth recording.
 const int recorded_flags = 3;
-
-// libxml2 takes no more at once, so that a longer log could not be carried over.
-const std::int64_t longest_log = INT_MAX;
 
 std::string utf8_name(const basekit2::path_t& path)
 {
@@ -145,8 +141,7 @@ messages_storage_impl_t::copy_t messages_storage_impl_t::look_at_copy(const base
     struct stat status = {};
     if (lstat(utf8_name(copy).c_str(), &status) != 0)
         return copy_t::missing;
-    const bool is_usable =
-        S_ISREG(status.st_mode) && status.st_uid == geteuid() && status.st_size <= longest_log;
+    const bool is_usable = S_ISREG(status.st_mode) && status.st_uid == geteuid();
     return is_usable ? copy_t::left_behind : copy_t::unusable;
 }
 
@@ -157,8 +152,12 @@ bool messages_storage_impl_t::begin_recording()
     if (look_at_copy(copy) == copy_t::unusable || !m_write_file.open(false, m_path))
         return false;
     const copy_t found = look_at_copy(copy);
-    const bool is_own_copy = found == copy_t::missing && m_write_file.size() <= longest_log &&
-                             basekit2::copy_file(m_path, copy);
+    const basekit2::path_t& old_log = found == copy_t::left_behind ? copy : m_path;
+    if (log_file_reader::find_refusal(utf8_name(old_log)) != refusal_t::none) {
+        m_write_file.close();
+        return false;
+    }
+    const bool is_own_copy = found == copy_t::missing && basekit2::copy_file(m_path, copy);
     if (!may_begin(copy, found, is_own_copy)) {
         m_write_file.close();
         return false;
@@ -171,13 +170,12 @@ bool messages_storage_impl_t::begin_recording()
     return (found == copy_t::missing && !is_own_copy) || carry_over(copy, is_own_copy);
 }
 
-// The log may be emptied: it is not too long to be read again, and what stands in the copy's place
-// is a copy, not the log itself under another name, nor anything that appeared there just now.
+// The log may be emptied if a copy is in the copy's place, not the log itself under another name,
+// nor anything that appeared there just now.
 bool messages_storage_impl_t::may_begin(const basekit2::path_t& copy, copy_t found,
                                         bool is_own_copy) const
 {
-    return m_write_file.size() <= longest_log && found != copy_t::unusable &&
-           !m_write_file.is_named(copy) &&
+    return found != copy_t::unusable && !m_write_file.is_named(copy) &&
            (found == copy_t::left_behind || is_own_copy || look_at_copy(copy) == copy_t::missing);
 }
 

@@ -38,7 +38,7 @@ private:
     {
         missing,
         left_behind, ///< by a process of this user that was killed; the whole old log
-        unusable     ///< somebody else's, no file, or too long
+        unusable     ///< another user's, or not a file
     };
 
     static copy_t look_at_copy(const basekit2::path_t& copy);
