@@ -78,10 +78,13 @@ boost::shared_ptr<base_handler_t> velmo_ex_t::pop_handler()
 
 void velmo_ex_t::dispatch_message(boost::shared_ptr<message_t> msg)
 {
+    const boost::mutex::scoped_lock lock(m_mutex);
+    if (m_handlers.empty())
+        return;
     const boost::shared_ptr<velmo_ex_t> self = shared_from_this();
-    static_cast<void>(
-        std::any_of(m_handlers.rbegin(), m_handlers.rend(),
-                    [&](const auto& handler) { return handler->on_message(self, msg); }));
+    static_cast<void>(std::any_of(m_handlers.rbegin(), m_handlers.rend(), [&](const auto& handler) {
+        return handler->on_message(self, msg);
+    }));
 }
 
 // Every entry that waits here is purged by whichever object dies next, without a walk through the

@@ -40,7 +40,7 @@ public:
     parsed_document_t parse()
     {
         parsed_document_t parsed;
-        const markup_t markup = look_through_markup(m_document);
+        const markup_t markup = look_through_markup(m_document, parse_t::tree);
         parsed.refusal = m_document.size() > limits::max_document_bytes ? refusal_t::document_size
                                                                         : markup.refusal;
         if (parsed.refusal != refusal_t::none || !open())

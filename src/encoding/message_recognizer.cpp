@@ -33,10 +33,17 @@ struct document_rules_t
     static constexpr bool keeps_empty_texts = true;
     static constexpr bool adds_tool = false;
 
-    // libxml2 splits names at colons, and takes declarations of namespaces for no attributes.
+    // libxml2 splits names at colons, joins them again if the prefix is not declared, and takes
+    // declarations for no attributes.
     static bool read_name(std::string_view name, std::wstring& wide)
     {
-        return name.find(':') == std::string_view::npos && name != "xmlns" &&
+        const std::size_t colon = name.find(':');
+        if (colon == std::string_view::npos)
+            return name != "xmlns" && decode_name(name, wide);
+        const std::string_view prefix = name.substr(0, colon);
+        const std::string_view local = name.substr(colon + 1);
+        return prefix != "xml" && prefix != "xmlns" && decode_name(prefix, wide) &&
+               local.find(':') == std::string_view::npos && decode_name(local, wide) &&
                decode_name(name, wide);
     }
 
@@ -86,6 +93,9 @@ public:
     element_recognizer_t(scanner_t& scanner, message_t& message)
         : m_scanner(scanner), m_message(message), m_content(message_access::content(message))
     {}
+
+    // Whether a text is well-formed but not as the rules can read it.
+    bool has_unread_text() const { return m_has_unread_text; }
 
     bool recognize()
     {
@@ -202,7 +212,11 @@ private:
     bool read_text(std::string_view name, std::wstring& text)
     {
         std::string_view written;
-        return find_text(name, written) && Rules::read_text(written, text);
+        if (!find_text(name, written))
+            return false;
+        const bool is_read = Rules::read_text(written, text);
+        m_has_unread_text = m_has_unread_text || !is_read;
+        return is_read || find_fault(written) == written.size();
     }
 
     // Passes over the element's text and end tag.
@@ -223,6 +237,7 @@ private:
     message_t::message_content_t& m_content;
     bool m_has_type = false;
     bool m_has_severity = false;
+    bool m_has_unread_text = false;
 };
 
 bool is_end_of_document(scanner_t& scanner)
@@ -244,20 +259,22 @@ boost::shared_ptr<message_t> recognize_document(std::string_view document)
     scanner_t scanner(document);
     auto message = boost::make_shared<message_t>();
     element_recognizer_t<document_rules_t> recognizer(scanner, *message);
-    if (!recognizer.recognize() || !is_end_of_document(scanner))
+    if (!recognizer.recognize() || recognizer.has_unread_text() || !is_end_of_document(scanner))
         message.reset();
     return message;
 }
 
-boost::shared_ptr<message_t> recognize_log_message(std::string_view text, std::size_t& size)
+recognized_t recognize_log_message(std::string_view text)
 {
     scanner_t scanner(text);
-    auto message = boost::make_shared<message_t>();
-    if (!element_recognizer_t<log_rules_t>(scanner, *message).recognize())
-        message.reset();
-    else
-        size = static_cast<std::size_t>(scanner.position() - text.data());
-    return message;
+    recognized_t recognized = {boost::make_shared<message_t>()};
+    element_recognizer_t<log_rules_t> recognizer(scanner, *recognized.message);
+    const bool is_written_form = recognizer.recognize();
+    if (is_written_form)
+        recognized.size = static_cast<std::size_t>(scanner.position() - text.data());
+    if (!is_written_form || recognizer.has_unread_text())
+        recognized.message.reset();
+    return recognized;
 }
 
 } // namespace velmoext_1_4_8

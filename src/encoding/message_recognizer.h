@@ -15,13 +15,20 @@ namespace velmoext_1_4_8
 /// parse_document() reads.
 boost::shared_ptr<message_t> recognize_document(std::string_view document);
 
+/// What recognize_log_message() found at the beginning of a text.
+struct recognized_t
+{
+    boost::shared_ptr<message_t> message; ///< null unless it could be read
+    /// Of an element in the written form, in bytes; 0 for anything else, also for an element that
+    /// is not complete.
+    std::size_t size = 0;
+};
+
 /// Reads the "msg" element at the beginning of a text, if it has the form in which the library
 /// writes messages into a log, as log_sax_reader builds it from the events of libxml2's parse.
-/// Null for every other element, also for one that is not complete. `size` becomes the element's,
-/// in bytes, and is unchanged for null.
 ///
-/// Leaves to libxml2 whatever arrives in more than one event: text beyond ASCII, with references or
-/// with a carriage return.
-boost::shared_ptr<message_t> recognize_log_message(std::string_view text, std::size_t& size);
+/// Leaves to libxml2 an element with text that arrives in more than one event: beyond ASCII, with
+/// references or with a carriage return.
+recognized_t recognize_log_message(std::string_view text);
 
 } // namespace velmoext_1_4_8

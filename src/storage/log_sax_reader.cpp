@@ -61,13 +61,13 @@ void log_sax_reader::set_callback(const message_callback_t& callback)
     message_callback = callback;
 }
 
-int log_sax_reader::parse(const std::string& document)
+int log_sax_reader::parse(const std::string& document, sizes_t sizes)
 {
     initialize_xml_library();
     xml_error_scope_t errors;
     m_errors = &errors;
     const xml_parser_t parser(xmlNewParserCtxt());
-    const int answer = parser && !document.empty() ? parse(*parser, document) : -1;
+    const int answer = parser && !document.empty() ? parse(*parser, document, sizes) : -1;
     m_errors = nullptr;
     if (m_failure)
         std::rethrow_exception(std::exchange(m_failure, nullptr));
@@ -76,13 +76,14 @@ int log_sax_reader::parse(const std::string& document)
     return answer;
 }
 
-int log_sax_reader::parse(xmlParserCtxt& parser, const std::string& document)
+int log_sax_reader::parse(xmlParserCtxt& parser, const std::string& document, sizes_t sizes)
 {
     *parser.sax = make_table();
     parser.userData = this;
     m_parser = &parser;
+    const int options = sizes == sizes_t::any ? XML_PARSE_HUGE : 0;
     xmlFreeDoc(xmlCtxtReadMemory(&parser, document.data(), static_cast<int>(document.size()),
-                                 nullptr, nullptr, 0));
+                                 nullptr, nullptr, options));
     if (parser.wellFormed)
         return 0;
     return parser.errNo != XML_ERR_OK ? parser.errNo : -1;

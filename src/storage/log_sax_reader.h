@@ -31,12 +31,19 @@ public:
     /// boost::bad_function_call.
     void set_callback(const message_callback_t& callback);
 
+    /// Which sizes libxml2 accepts.
+    enum class sizes_t
+    {
+        usual, ///< texts of 10,000,000 bytes, names of 50,000
+        any
+    };
+
     /// Reads a document up to its first fault. Returns libxml2's answer: 0 when the document is
     /// well-formed, a positive number when it is not, a negative one when no parse could begin, as
     /// for an empty text. What the callback throws passes out, and no message after it is handed
     /// over; so does std::bad_alloc when libxml2 runs out of memory. The size must not exceed an
     /// int.
-    int parse(const std::string& document);
+    int parse(const std::string& document, sizes_t sizes = sizes_t::usual);
 
     /// Hands over a message that was read without a parse, as if parse() had just built it.
     void take(const boost::shared_ptr<message_t>& message);
@@ -65,7 +72,7 @@ private:
 
     static element_t element_of(const char* name);
     static xmlSAXHandler make_table();
-    int parse(xmlParserCtxt& parser, const std::string& document);
+    int parse(xmlParserCtxt& parser, const std::string& document, sizes_t sizes);
 
     static void on_document(void* reader);
     static void on_start_element(void* reader, const xmlChar* name, const xmlChar** attributes);

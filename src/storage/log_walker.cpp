@@ -145,29 +145,33 @@ std::size_t log_walker_t::walk_elements(std::string_view text, bool is_last)
 {
     std::size_t handed_over = 0;
     std::size_t walked = 0; // what is between the two is for libxml2
+    bool is_own = false;    // whether that is in the library's written form
     const auto hand_over = [&] {
-        parse_elements(text.substr(handed_over, walked - handed_over));
+        parse_elements(text.substr(handed_over, walked - handed_over), is_own);
         handed_over = walked;
     };
     item_t item = {item_t::kind_t::complete, 0};
     while (!m_is_finished && item.kind == item_t::kind_t::complete) {
         walked += count_blanks(text.substr(walked));
         const std::string_view rest = text.substr(walked);
-        if (const auto message = recognize_log_message(rest, item.size)) {
+        const recognized_t recognized = recognize_log_message(rest);
+        const bool is_next_own = recognized.size != 0;
+        item = is_next_own ? item_t{item_t::kind_t::complete, recognized.size} : find_item(rest);
+        if (recognized.message || is_next_own != is_own || item.size >= max_collected_bytes)
             hand_over();
-            if (!m_is_finished)
-                m_reader.take(message);
-            handed_over = walked + item.size;
-        } else {
-            item = find_item(rest);
-        }
-        walked += item.size;
+        is_own = is_next_own;
+        if (recognized.message && !m_is_finished)
+            m_reader.take(recognized.message);
+        if (item.kind == item_t::kind_t::complete)
+            walked += item.size;
+        if (recognized.message)
+            handed_over = walked;
         if (walked - handed_over >= max_collected_bytes)
             hand_over();
     }
     const bool is_unfinished = item.kind == item_t::kind_t::unfinished;
     if (item.kind == item_t::kind_t::malformed)
-        parse_rest(text.substr(handed_over, walked + fault_bytes - handed_over));
+        parse_rest(text.substr(handed_over, walked + item.size + fault_bytes - handed_over));
     else if (is_unfinished && is_last)
         parse_rest(text.substr(handed_over));
     else
@@ -176,13 +180,19 @@ std::size_t log_walker_t::walk_elements(std::string_view text, bool is_last)
     return walked;
 }
 
-void log_walker_t::parse_elements(std::string_view elements)
+// A message of the library's own that exceeds a limit costs only itself, whatever its size.
+void log_walker_t::parse_elements(std::string_view elements, bool is_own)
 {
     if (m_is_finished || is_blank_text(elements))
         return;
+    if (!is_within_limits(elements)) {
+        m_is_finished = !is_own;
+        return;
+    }
     std::string document = m_beginning;
     document.append(elements).append(log_end);
-    m_is_finished = !is_within_limits(elements) || m_reader.parse(document) != 0;
+    const auto sizes = is_own ? log_sax_reader::sizes_t::any : log_sax_reader::sizes_t::usual;
+    m_is_finished = m_reader.parse(document, sizes) != 0;
 }
 
 // Up to the fault that is in it, or to its end.
@@ -211,16 +221,22 @@ void log_walker_t::parse_whole(std::string_view text)
 // libxml2 can be quadratic in what follows a fault.
 std::size_t log_walker_t::size_to_parse(std::string_view text, std::string_view utf8)
 {
-    const bool is_well_formed = look_through_markup(utf8).well_formed_bytes == utf8.size();
-    return is_well_formed ? text.size() : look_through_markup(text).well_formed_bytes + fault_bytes;
+    const bool is_well_formed =
+        look_through_markup(utf8, parse_t::events).well_formed_bytes == utf8.size();
+    return is_well_formed
+               ? text.size()
+               : look_through_markup(text, parse_t::events).well_formed_bytes + fault_bytes;
 }
 
 bool log_walker_t::is_within_limits(std::string_view markup)
 {
     const std::size_t size = m_beginning.size() + markup.size() + sizeof(log_end);
-    m_refusal = size > limits::max_document_bytes ? refusal_t::document_size
-                                                  : look_through_markup(markup).refusal;
-    return m_refusal == refusal_t::none;
+    const refusal_t refusal = size > limits::max_document_bytes
+                                  ? refusal_t::document_size
+                                  : look_through_markup(markup, parse_t::events).refusal;
+    if (refusal != refusal_t::none)
+        m_refusal = refusal;
+    return refusal == refusal_t::none;
 }
 
 } // namespace velmoext_1_4_8

@@ -38,13 +38,13 @@ public:
     /// Whether the elements of the log are read one by one, as far as its beginning was walked.
     bool reads_elements() const { return !m_beginning.empty(); }
 
-    /// Why the walk ended early, if a limit was exceeded.
+    /// The limit for which something was not read, if any.
     refusal_t refusal() const { return m_refusal; }
 
 private:
     bool find_beginning(std::string_view text, bool is_last);
     std::size_t walk_elements(std::string_view text, bool is_last);
-    void parse_elements(std::string_view elements);
+    void parse_elements(std::string_view elements, bool is_own);
     void parse_rest(std::string_view rest);
     void parse_whole(std::string_view text);
     static std::size_t size_to_parse(std::string_view text, std::string_view utf8);

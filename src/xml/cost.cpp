@@ -22,6 +22,8 @@ bool declares_namespace(std::string_view name)
 class cost_t
 {
 public:
+    explicit cost_t(parse_t parse) : m_is_tree(parse == parse_t::tree) {}
+
     markup_t of(std::string_view document)
     {
         scanner_t scanner(document);
@@ -61,9 +63,9 @@ private:
             return;
         const document_type_facts_t facts = scan_document_type(token);
         m_defaults = facts.defaults;
-        require(facts.declared_ids * facts.declared_attributes <= limits::max_id_checks,
-                refusal_t::document_type_size);
-        require(!facts.has_parameter_entity_references, refusal_t::parameter_entities);
+        require_of_tree(facts.declared_ids * facts.declared_attributes <= limits::max_id_checks,
+                        refusal_t::document_type_size);
+        require_of_tree(!facts.has_parameter_entity_references, refusal_t::parameter_entities);
         require(token.size() <= limits::max_document_type_bytes, refusal_t::document_type_size);
     }
 
@@ -84,9 +86,14 @@ private:
         m_namespace_checks += (attributes + 1) * in_scope;
         m_default_checks += m_defaults * (attributes + m_defaults);
         require(m_attribute_checks <= limits::max_attribute_checks, refusal_t::attributes);
-        require(m_ids <= limits::max_ids, refusal_t::names);
-        require(m_namespace_checks <= limits::max_namespace_checks, refusal_t::namespaces);
-        require(m_default_checks <= limits::max_default_checks, refusal_t::defaults);
+        require_of_tree(m_ids <= limits::max_ids, refusal_t::names);
+        require_of_tree(m_namespace_checks <= limits::max_namespace_checks, refusal_t::namespaces);
+        require_of_tree(m_default_checks <= limits::max_default_checks, refusal_t::defaults);
+    }
+
+    void require_of_tree(bool is_within_limits, refusal_t refusal)
+    {
+        require(is_within_limits || !m_is_tree, refusal);
     }
 
     void require(bool is_within_limits, refusal_t refusal)
@@ -111,6 +118,7 @@ private:
         return names.size();
     }
 
+    const bool m_is_tree;
     refusal_t m_refusal = refusal_t::none;
     std::size_t m_names = 0; ///< the same ones included
     std::size_t m_ids = 0;
@@ -124,9 +132,9 @@ private:
 
 } // namespace
 
-markup_t look_through_markup(std::string_view document)
+markup_t look_through_markup(std::string_view document, parse_t parse)
 {
-    return cost_t().of(document);
+    return cost_t(parse).of(document);
 }
 
 } // namespace velmoext_1_4_8

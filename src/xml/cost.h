@@ -18,8 +18,15 @@ struct markup_t
     std::size_t well_formed_bytes = 0;
 };
 
+/// How libxml2 is to parse a document.
+enum class parse_t
+{
+    tree,
+    events ///< of SAX1, which knows neither namespaces nor defaults nor entities
+};
+
 /// Looks through the markup of a document in UTF-8, or in an encoding that writes markup like
 /// ASCII.
-markup_t look_through_markup(std::string_view document);
+markup_t look_through_markup(std::string_view document, parse_t parse);
 
 } // namespace velmoext_1_4_8

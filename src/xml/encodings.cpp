@@ -23,6 +23,21 @@ typedef std::unique_ptr<xmlCharEncodingHandler, close_handler_t> xml_converter_t
 
 const std::size_t chunk = 65536;
 
+bool is_letter(char character)
+{
+    return ('a' <= character && character <= 'z') || ('A' <= character && character <= 'Z');
+}
+
+// XML allows no other names: a document with one is malformed.
+bool is_encoding_name(std::string_view name)
+{
+    static constexpr std::string_view others = "0123456789._-";
+    return !name.empty() && is_letter(name.front()) &&
+           std::all_of(name.begin(), name.end(), [](char character) {
+               return is_letter(character) || others.find(character) != std::string_view::npos;
+           });
+}
+
 } // namespace
 
 std::string declared_encoding(std::string_view document)
@@ -37,7 +52,7 @@ std::string declared_encoding(std::string_view document)
     attribute_scanner_t attributes(begin, scanner.position());
     attribute_t attribute;
     while (attributes.next(attribute))
-        if (attribute.name == "encoding")
+        if (attribute.name == "encoding" && is_encoding_name(attribute.value))
             return std::string(attribute.value);
     return std::string();
 }

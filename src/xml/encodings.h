@@ -6,7 +6,8 @@
 namespace velmoext_1_4_8
 {
 
-/// Returns the encoding that the document's XML declaration names; empty when it names none.
+/// Returns the encoding that the document's XML declaration names; empty when it names none, or
+/// none that XML allows.
 std::string declared_encoding(std::string_view document);
 
 /// Converts a document to UTF-8 with libxml2's converters, up to the first byte that the encoding

@@ -6,6 +6,7 @@
 #include <libxml/globals.h>
 
 #include <cstring>
+#include <utility>
 
 namespace velmoext_1_4_8
 {
@@ -70,25 +71,21 @@ void xml_error_scope_t::enter()
     m_structured_context = xmlStructuredErrorContext;
     xmlSetGenericErrorFunc(this, on_text);
     xmlSetStructuredErrorFunc(this, on_error);
-    const xmlError* const last_error = xmlGetLastError();
-    m_has_last_error = last_error != nullptr;
-    if (m_has_last_error)
-        xmlCopyError(const_cast<xmlError*>(last_error), &m_last_error);
+    m_last_error_place = const_cast<xmlError*>(xmlGetLastError());
+    if (m_last_error_place)
+        std::swap(m_last_error, *m_last_error_place);
 }
 
-// Nearly always there is no error on either side. The thread's last error is written to where
-// libxml2 has it: no function sets it, and newer releases give it as const.
+// Moves the thread's last error, since a copy could run out of memory. It is written to where
+// libxml2 has it: no function does so, and newer releases give that place as const.
 void xml_error_scope_t::leave()
 {
+    if (xmlGetLastError())
+        xmlResetLastError();
+    if (m_last_error_place)
+        std::swap(m_last_error, *m_last_error_place);
     xmlSetGenericErrorFunc(m_generic_context, m_generic);
     xmlSetStructuredErrorFunc(m_structured_context, m_structured);
-    const xmlError* const last_error = xmlGetLastError();
-    if (!m_has_last_error && last_error)
-        xmlResetLastError();
-    if (m_has_last_error && last_error)
-        xmlCopyError(&m_last_error, const_cast<xmlError*>(last_error));
-    if (m_has_last_error)
-        xmlResetError(&m_last_error);
 }
 
 } // namespace velmoext_1_4_8

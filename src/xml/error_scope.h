@@ -55,8 +55,8 @@ private:
     void* m_generic_context = nullptr;
     xmlStructuredErrorFunc m_structured = nullptr;
     void* m_structured_context = nullptr;
-    bool m_has_last_error = false;
     xmlError m_last_error = {};
+    xmlError* m_last_error_place = nullptr; ///< null when there was no last error
 };
 
 } // namespace velmoext_1_4_8

@@ -47,7 +47,7 @@ constexpr std::size_t max_attribute_checks = 312500000;
 constexpr std::size_t max_names = 250000;
 
 /// Ids, that is attributes "xml:id". libxml2 looks for each like for a name, in more time.
-constexpr std::size_t max_ids = 125000;
+constexpr std::size_t max_ids = 150000;
 
 /// Comparisons for defaults. libxml2 compares each default of an element with the attributes and
 /// defaults before it, for each start tag.

@@ -16,9 +16,6 @@ namespace velmoext_1_4_8
 namespace
 {
 
-// No longer reference is resolved: leading zeros are allowed but not endless.
-const std::size_t max_reference_bytes = 64;
-
 enum contents_t : std::uint8_t
 {
     plain = 0,
@@ -105,7 +102,7 @@ std::size_t resolve(std::string_view text, std::string_view ampersand, std::stri
     while (true) {
         const std::size_t begin = std::min(text.find('&', at), text.size());
         resolved.append(text.substr(at, begin - at));
-        const std::size_t end = text.substr(begin, max_reference_bytes).find(';');
+        const std::size_t end = text.substr(begin).find(';');
         if (begin == text.size() || end == std::string_view::npos)
             return begin;
         const std::string character = text_of_reference(text.substr(begin + 1, end - 1), ampersand);
