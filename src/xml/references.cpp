@@ -16,8 +16,8 @@ namespace velmoext_1_4_8
 namespace
 {
 
-// No longer reference is resolved: leading zeros are allowed but not endless.
-const std::size_t max_reference_bytes = 64;
+// libxml2 2.9.14 refuses some letters among the digits of a longer one.
+const std::size_t max_reference_bytes = 15;
 
 enum contents_t : std::uint8_t
 {
@@ -116,6 +116,13 @@ std::size_t resolve(std::string_view text, std::string_view ampersand, std::stri
     }
 }
 
+bool begins_with_long_reference(std::string_view text)
+{
+    const std::string_view beginning = text.substr(0, max_reference_bytes);
+    return beginning.size() == max_reference_bytes && beginning.substr(0, 2) == "&#" &&
+           beginning.find_first_not_of("x0123456789ABCDEFabcdef", 2) == std::string_view::npos;
+}
+
 } // namespace
 
 bool is_plain_text(std::string_view text)
@@ -129,7 +136,9 @@ std::size_t find_fault(std::string_view text)
     if ((contents & (unreadable | references)) == 0)
         return text.size();
     std::string resolved;
-    const std::size_t reference = resolve(text, "&", resolved);
+    std::size_t reference = resolve(text, "&", resolved);
+    if (begins_with_long_reference(text.substr(reference)))
+        reference = text.size();
     const auto unreadable_byte = std::find_if(text.begin(), text.end(), [](char byte) {
         return contents_of_byte[static_cast<unsigned char>(byte)] == unreadable && byte != '\r';
     });
