@@ -17,7 +17,7 @@ constexpr bool is_blank(char byte)
 constexpr bool ends_name(char byte)
 {
     return is_blank(byte) || byte == '=' || byte == '/' || byte == '>' || byte == '<' ||
-           byte == '"' || byte == '\'';
+           byte == '"' || byte == '\'' || byte == '?';
 }
 
 /// Whether the character can be written in an XML 1.0 document.

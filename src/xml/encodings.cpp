@@ -1,6 +1,8 @@
 #include "xml/encodings.h"
 
+#include "xml/error_scope.h"
 #include "xml/handles.h"
+#include "xml/library.h"
 #include "xml/scanner.h"
 
 #include <libxml/encoding.h>
@@ -8,6 +10,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <memory>
+#include <new>
 
 namespace velmoext_1_4_8
 {
@@ -59,25 +62,29 @@ std::string declared_encoding(std::string_view document)
 
 bool convert_to_utf8(std::string_view document, const std::string& encoding, std::string& utf8)
 {
+    initialize_xml_library();
+    const xml_error_scope_t errors;
     const xml_converter_t converter(xmlFindCharEncodingHandler(encoding.c_str()));
-    if (!converter)
-        return false;
-    utf8.clear();
     const xml_buffer_t in(xmlBufferCreate());
     const xml_buffer_t out(xmlBufferCreate());
-    bool is_converted = in && out;
-    while (is_converted && !document.empty()) {
+    bool has_memory = in && out && !errors.has_run_out_of_memory();
+    if (has_memory && !converter)
+        return false;
+    utf8.clear();
+    while (has_memory && !document.empty()) {
         const std::size_t size = std::min(chunk, document.size());
-        is_converted = xmlBufferAdd(in.get(), reinterpret_cast<const xmlChar*>(document.data()),
-                                    static_cast<int>(size)) == 0;
+        has_memory = xmlBufferAdd(in.get(), reinterpret_cast<const xmlChar*>(document.data()),
+                                  static_cast<int>(size)) == 0;
         document.remove_prefix(size);
         // A chunk can end within a character, which stays for the next one.
-        while (is_converted && xmlCharEncInFunc(converter.get(), out.get(), in.get()) > 0) {
+        while (has_memory && xmlCharEncInFunc(converter.get(), out.get(), in.get()) > 0) {
             utf8.append(from_xml(xmlBufferContent(out.get())),
                         static_cast<std::size_t>(xmlBufferLength(out.get())));
             xmlBufferEmpty(out.get());
         }
     }
+    if (!has_memory || errors.has_run_out_of_memory())
+        throw std::bad_alloc();
     return true;
 }
 

@@ -16,6 +16,9 @@ namespace velmoext_1_4_8
 namespace
 {
 
+// libxml2 2.9.14 refuses some letters among the digits of a longer one.
+const std::size_t max_reference_bytes = 15;
+
 enum contents_t : std::uint8_t
 {
     plain = 0,
@@ -102,7 +105,7 @@ std::size_t resolve(std::string_view text, std::string_view ampersand, std::stri
     while (true) {
         const std::size_t begin = std::min(text.find('&', at), text.size());
         resolved.append(text.substr(at, begin - at));
-        const std::size_t end = text.substr(begin).find(';');
+        const std::size_t end = text.substr(begin, max_reference_bytes).find(';');
         if (begin == text.size() || end == std::string_view::npos)
             return begin;
         const std::string character = text_of_reference(text.substr(begin + 1, end - 1), ampersand);
@@ -111,6 +114,13 @@ std::size_t resolve(std::string_view text, std::string_view ampersand, std::stri
         resolved.append(character);
         at = begin + end + 1;
     }
+}
+
+bool begins_with_long_reference(std::string_view text)
+{
+    const std::string_view beginning = text.substr(0, max_reference_bytes);
+    return beginning.size() == max_reference_bytes && beginning.substr(0, 2) == "&#" &&
+           beginning.find_first_not_of("x0123456789ABCDEFabcdef", 2) == std::string_view::npos;
 }
 
 } // namespace
@@ -126,7 +136,9 @@ std::size_t find_fault(std::string_view text)
     if ((contents & (unreadable | references)) == 0)
         return text.size();
     std::string resolved;
-    const std::size_t reference = resolve(text, "&", resolved);
+    std::size_t reference = resolve(text, "&", resolved);
+    if (begins_with_long_reference(text.substr(reference)))
+        reference = text.size();
     const auto unreadable_byte = std::find_if(text.begin(), text.end(), [](char byte) {
         return contents_of_byte[static_cast<unsigned char>(byte)] == unreadable && byte != '\r';
     });

@@ -12,7 +12,8 @@ namespace velmoext_1_4_8
 bool is_plain_text(std::string_view text);
 
 /// Returns the offset at which the text of an element is malformed in a document without a document
-/// type, the text's size when nowhere.
+/// type, the text's size when nowhere. Leaves to libxml2 what is not ASCII, and a reference of many
+/// digits with the references after it.
 std::size_t find_fault(std::string_view text);
 
 /// Where a text with references is written.

@@ -2,6 +2,7 @@
 
 #include "xml/characters.h"
 
+#include <cstddef>
 #include <cstring>
 
 namespace velmoext_1_4_8
@@ -109,7 +110,8 @@ private:
             break;
         case 'S':
         case 'P':
-            if (begins_with(m_at, m_end, "SYSTEM ") || begins_with(m_at, m_end, "PUBLIC "))
+            if (m_declaration == declaration_t::internal_entity &&
+                (is_word("SYSTEM") || is_word("PUBLIC")))
                 m_declaration = declaration_t::other;
             break;
         case '"':
@@ -123,11 +125,19 @@ private:
             ++m_facts.declared_attributes;
             break;
         case 'I':
-            m_facts.declared_ids += begins_with(m_at, m_end, "ID") ? 1 : 0;
+            m_facts.declared_ids += is_word("ID") ? 1 : 0;
             break;
         default:
             break;
         }
+    }
+
+    // Requires not to be at the beginning of the document type.
+    bool is_word(std::string_view word) const
+    {
+        const auto size = static_cast<std::ptrdiff_t>(word.size());
+        return begins_with(m_at, m_end, word) && is_blank(m_at[-1]) && m_end - m_at > size &&
+               is_blank(m_at[size]);
     }
 
     // The declaration of a parameter entity has a blank there.
