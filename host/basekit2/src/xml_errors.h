@@ -37,6 +37,14 @@ inline bool is_used_up([[maybe_unused]] xmlParserCtxt& parser, [[maybe_unused]] 
 #endif
 }
 
+/// Returns the thread's last error, null if there is none. libxml2 has no function that puts one
+/// back.
+inline xmlError* last_error_place()
+{
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast)
+    return const_cast<xmlError*>(xmlGetLastError());
+}
+
 /// Captures libxml2's errors on this thread while in scope, and restores the thread's handlers and
 /// last error. Nothing is printed or reported to the host. Other threads keep their handlers.
 class xml_errors_t
@@ -45,7 +53,7 @@ public:
     xml_errors_t()
         : m_generic(xmlGenericError), m_generic_context(xmlGenericErrorContext),
           m_structured(xmlStructuredError), m_structured_context(xmlStructuredErrorContext),
-          m_last_error_place(const_cast<xmlError*>(xmlGetLastError()))
+          m_last_error_place(last_error_place())
     {
         if (m_last_error_place != nullptr) {
             m_last_error = *m_last_error_place;
