@@ -42,7 +42,7 @@ std::string with_document_type(const std::string& declarations, const std::strin
 
 refusal_t refusal_of(const std::string& document)
 {
-    return look_through_markup(document).refusal;
+    return look_through_markup(document, parse_t::tree).refusal;
 }
 
 // Looks at a document for as long as text that is linear to it.
@@ -52,7 +52,7 @@ void expect_linear(const std::string& name, const std::string& before, const std
     const std::size_t size = 2000000;
     const std::string document = before + repeated(repeating, size / repeating.size()) + after;
     const usage_t usage;
-    look_through_markup(document);
+    look_through_markup(document, parse_t::tree);
     EXPECT_LT(usage.seconds(), 3) << name;
 }
 
@@ -63,7 +63,7 @@ TEST(cost_test, an_ordinary_document_is_within_all_limits)
     for (const char* const document :
          {"", "<a/>", "<?xml version='1.0'?><a b='c'><!-- d --><e>f<![CDATA[g]]></e></a>",
           "<!DOCTYPE a [<!ATTLIST a b CDATA 'c'><!ENTITY d 'e'>]><a/>"}) {
-        const markup_t markup = look_through_markup(document);
+        const markup_t markup = look_through_markup(document, parse_t::tree);
         EXPECT_EQ(markup.refusal, refusal_t::none) << document;
         EXPECT_EQ(markup.well_formed_bytes, std::string(document).size()) << document;
     }
@@ -73,10 +73,11 @@ TEST(cost_test, a_document_is_well_formed_up_to_its_fault)
 {
     for (const char* const before : {"<", "<a b='c'", "<a><b/></a ", "<!-- --", "text<a b='"}) {
         const std::string document = std::string(before) + "<x/>";
-        EXPECT_EQ(look_through_markup(document).well_formed_bytes, std::string(before).size())
+        EXPECT_EQ(look_through_markup(document, parse_t::tree).well_formed_bytes,
+                  std::string(before).size())
             << document;
     }
-    EXPECT_EQ(look_through_markup("<a b='c").well_formed_bytes, 7U);
+    EXPECT_EQ(look_through_markup("<a b='c", parse_t::tree).well_formed_bytes, 7U);
 }
 
 TEST(cost_test, attributes_are_compared_up_to_a_limit)
