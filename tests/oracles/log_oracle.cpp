@@ -53,7 +53,13 @@ struct log_callbacks_t
     log_oracle_t& oracle;
     const xml_errors_t& errors;
 
-    static void document(void* /*context*/) {}
+    static void start_document(void* context)
+    {
+        const auto& self = *static_cast<log_callbacks_t*>(context);
+        self.oracle.m_has_begun = !self.errors.has_fault();
+    }
+
+    static void end_document(void* /*context*/) {}
 
     static void start(void* context, const xmlChar* name, const xmlChar** attributes)
     {
@@ -80,11 +86,12 @@ struct log_callbacks_t
 log_oracle_t::reading_t log_oracle_t::read(const std::string& new_bytes)
 {
     m_reading = reading_t();
+    m_has_begun = false;
     xmlSAXHandler table = {};
     // With the mark of SAX2, libxml2 2.9.14 would call none of the element callbacks.
     table.initialized = 1;
-    table.startDocument = log_callbacks_t::document;
-    table.endDocument = log_callbacks_t::document;
+    table.startDocument = log_callbacks_t::start_document;
+    table.endDocument = log_callbacks_t::end_document;
     table.startElement = log_callbacks_t::start;
     table.endElement = log_callbacks_t::end;
     table.characters = log_callbacks_t::characters;
@@ -92,7 +99,10 @@ log_oracle_t::reading_t log_oracle_t::read(const std::string& new_bytes)
     log_callbacks_t callbacks = {*this, errors};
     m_reading.is_read =
         !new_bytes.empty() && parse_whole(table, &callbacks, text_to_parse(new_bytes)) >= 0;
-    m_reading.has_unknown_encoding = errors.first_fault() == XML_ERR_UNSUPPORTED_ENCODING;
+    if (errors.first_fault() == XML_ERR_UNSUPPORTED_ENCODING)
+        m_reading.start = start_t::fails;
+    else if (!m_has_begun && errors.has_fault())
+        m_reading.start = start_t::either;
     return std::move(m_reading);
 }
 
