@@ -127,7 +127,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
     const std::vector<std::string> parts = split(input, '\f');
     write(name, "", O_TRUNC);
     require_replays(name, parts);
-    if (parts.size() == 1)
+    // A start takes as long as several replays.
+    if (parts.size() == 1 && input.size() % 4 == 0)
         require_carry_over(name, input);
     return 0;
 }

@@ -10,6 +10,7 @@
 
 #include <cstring>
 #include <map>
+#include <regex>
 #include <utility>
 
 using ROVA_2_18::strings::utf8_to_utf16;
@@ -34,6 +35,15 @@ std::string text_to_parse(const std::string& bytes)
 {
     const std::string text = bytes.substr(0, bytes.find('\0'));
     return text.substr(0, text.rfind('>') + 1);
+}
+
+bool has_wellformed_declaration(const std::string& text)
+{
+    static const std::regex declaration(
+        "(\xEF\xBB\xBF)?<\\?xml\\s+version\\s*=\\s*('1\\.[0-9]+'|\"1\\.[0-9]+\")"
+        "\\s+encoding\\s*=\\s*('[A-Za-z][-A-Za-z0-9._]*'|\"[A-Za-z][-A-Za-z0-9._]*\")"
+        "(\\s+standalone\\s*=\\s*('(yes|no)'|\"(yes|no)\"))?\\s*\\?>");
+    return std::regex_search(text, declaration, std::regex_constants::match_continuous);
 }
 
 int parse_whole(xmlSAXHandler& table, void* context, const std::string& text)
@@ -99,10 +109,11 @@ log_oracle_t::reading_t log_oracle_t::read(const std::string& new_bytes)
     log_callbacks_t callbacks = {*this, errors};
     m_reading.is_read =
         !new_bytes.empty() && parse_whole(table, &callbacks, text_to_parse(new_bytes)) >= 0;
-    if (errors.first_fault() == XML_ERR_UNSUPPORTED_ENCODING)
-        m_reading.start = start_t::fails;
-    else if (!m_has_begun && errors.has_fault())
-        m_reading.start = start_t::either;
+    if (!m_has_begun && errors.has_fault())
+        m_reading.start = errors.first_fault() == XML_ERR_UNSUPPORTED_ENCODING &&
+                                  has_wellformed_declaration(new_bytes)
+                              ? start_t::fails
+                              : start_t::either;
     return std::move(m_reading);
 }
 
