@@ -105,9 +105,9 @@ TEST(cost_test, different_names_are_counted_up_to_a_limit)
 
 TEST(cost_test, ids_are_counted_up_to_a_limit)
 {
-    EXPECT_EQ(refusal_of(numbered("<a xml:id='", 125000, "'/>")), refusal_t::none);
-    EXPECT_EQ(refusal_of(numbered("<a xml:id='", 125001, "'/>")), refusal_t::names);
-    EXPECT_EQ(refusal_of(numbered("<a xml:ie='", 125001, "'/>")), refusal_t::none);
+    EXPECT_EQ(refusal_of(numbered("<a xml:id='", 150000, "'/>")), refusal_t::none);
+    EXPECT_EQ(refusal_of(numbered("<a xml:id='", 150001, "'/>")), refusal_t::names);
+    EXPECT_EQ(refusal_of(numbered("<a xml:ie='", 150001, "'/>")), refusal_t::none);
 }
 
 TEST(cost_test, defaults_are_compared_up_to_a_limit)

@@ -32,10 +32,9 @@ message_ptr parse_in_log(const std::string& element)
 
 message_ptr recognize_in_log(const std::string& text, std::size_t& size)
 {
-    size = 77;
-    const message_ptr message = recognize_log_message(text, size);
-    EXPECT_TRUE(message || size == 77);
-    return message;
+    const recognized_t recognized = recognize_log_message(text);
+    size = recognized.size;
+    return recognized.message;
 }
 
 bool is_recognized_in_log(const std::string& text)

@@ -10,6 +10,7 @@
 
 #include <cstring>
 #include <map>
+#include <regex>
 #include <utility>
 
 using ROVA_2_18::strings::utf8_to_utf16;
@@ -36,6 +37,15 @@ std::string text_to_parse(const std::string& bytes)
     return text.substr(0, text.rfind('>') + 1);
 }
 
+bool has_wellformed_declaration(const std::string& text)
+{
+    static const std::regex declaration(
+        "(\xEF\xBB\xBF)?<\\?xml\\s+version\\s*=\\s*('1\\.[0-9]+'|\"1\\.[0-9]+\")"
+        "\\s+encoding\\s*=\\s*('[A-Za-z][-A-Za-z0-9._]*'|\"[A-Za-z][-A-Za-z0-9._]*\")"
+        "(\\s+standalone\\s*=\\s*('(yes|no)'|\"(yes|no)\"))?\\s*\\?>");
+    return std::regex_search(text, declaration, std::regex_constants::match_continuous);
+}
+
 int parse_whole(xmlSAXHandler& table, void* context, const std::string& text)
 {
 // Deprecated in later releases, which have it all the same: it is what the rules name.
@@ -53,7 +63,13 @@ struct log_callbacks_t
     log_oracle_t& oracle;
     const xml_errors_t& errors;
 
-    static void document(void* /*context*/) {}
+    static void start_document(void* context)
+    {
+        const auto& self = *static_cast<log_callbacks_t*>(context);
+        self.oracle.m_has_begun = !self.errors.has_fault();
+    }
+
+    static void end_document(void* /*context*/) {}
 
     static void start(void* context, const xmlChar* name, const xmlChar** attributes)
     {
@@ -80,11 +96,12 @@ struct log_callbacks_t
 log_oracle_t::reading_t log_oracle_t::read(const std::string& new_bytes)
 {
     m_reading = reading_t();
+    m_has_begun = false;
     xmlSAXHandler table = {};
     // With the mark of SAX2, libxml2 2.9.14 would call none of the element callbacks.
     table.initialized = 1;
-    table.startDocument = log_callbacks_t::document;
-    table.endDocument = log_callbacks_t::document;
+    table.startDocument = log_callbacks_t::start_document;
+    table.endDocument = log_callbacks_t::end_document;
     table.startElement = log_callbacks_t::start;
     table.endElement = log_callbacks_t::end;
     table.characters = log_callbacks_t::characters;
@@ -92,7 +109,11 @@ log_oracle_t::reading_t log_oracle_t::read(const std::string& new_bytes)
     log_callbacks_t callbacks = {*this, errors};
     m_reading.is_read =
         !new_bytes.empty() && parse_whole(table, &callbacks, text_to_parse(new_bytes)) >= 0;
-    m_reading.has_unknown_encoding = errors.first_fault() == XML_ERR_UNSUPPORTED_ENCODING;
+    if (!m_has_begun && errors.has_fault())
+        m_reading.start = errors.first_fault() == XML_ERR_UNSUPPORTED_ENCODING &&
+                                  has_wellformed_declaration(new_bytes)
+                              ? start_t::fails
+                              : start_t::either;
     return std::move(m_reading);
 }
 
