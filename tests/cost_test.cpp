@@ -105,9 +105,9 @@ TEST(cost_test, different_names_are_counted_up_to_a_limit)
 
 TEST(cost_test, ids_are_counted_up_to_a_limit)
 {
-    EXPECT_EQ(refusal_of(numbered("<a xml:id='", 125000, "'/>")), refusal_t::none);
-    EXPECT_EQ(refusal_of(numbered("<a xml:id='", 125001, "'/>")), refusal_t::names);
-    EXPECT_EQ(refusal_of(numbered("<a xml:ie='", 125001, "'/>")), refusal_t::none);
+    EXPECT_EQ(refusal_of(numbered("<a xml:id='", 150000, "'/>")), refusal_t::none);
+    EXPECT_EQ(refusal_of(numbered("<a xml:id='", 150001, "'/>")), refusal_t::names);
+    EXPECT_EQ(refusal_of(numbered("<a xml:ie='", 150001, "'/>")), refusal_t::none);
 }
 
 TEST(cost_test, defaults_are_compared_up_to_a_limit)
@@ -180,6 +180,24 @@ TEST(cost_test, a_reference_to_a_parameter_entity_is_refused)
     EXPECT_EQ(refusal_of("<a b='<!DOCTYPE a [%p;]>'/><![CDATA[<!DOCTYPE a [%p;]>]]>"),
               refusal_t::none);
     EXPECT_EQ(refusal_of("<!-- <!DOCTYPE a [%p;"), refusal_t::none);
+}
+
+TEST(cost_test, a_parse_of_events_has_fewer_limits)
+{
+    const auto refusal = [](const std::string& document) {
+        return look_through_markup(document, parse_t::events).refusal;
+    };
+    EXPECT_EQ(refusal(numbered("<a xml:id='", 150001, "'/>")), refusal_t::none);
+    EXPECT_EQ(refusal(with_document_type("%p;<!ATTLIST a" + numbered(" i", 2000, " ID #IMPLIED") +
+                                             numbered(" a", 2000, " CDATA ''") + ">",
+                                         repeated("<a/>", 100))),
+              refusal_t::none);
+    EXPECT_EQ(refusal(repeated("<a" + numbered(" xmlns:n", 100, "='u'") + ">", 200)),
+              refusal_t::none);
+    EXPECT_EQ(refusal("<a" + numbered(" a", 25001, "=''") + "/>"), refusal_t::attributes);
+    EXPECT_EQ(refusal(numbered("<a", 250001, "/>")), refusal_t::names);
+    EXPECT_EQ(refusal(with_document_type(std::string(163840, ' '), "<a/>")),
+              refusal_t::document_type_size);
 }
 
 TEST(cost_test, the_time_is_linear_in_the_size)
