@@ -1,5 +1,6 @@
 #include "xml/cost.h"
 
+#include "repeated_text.h"
 #include "usage.h"
 
 #include <gtest/gtest.h>
@@ -11,24 +12,6 @@ using namespace velmoext_1_4_8;
 
 namespace
 {
-
-std::string repeated(const std::string& text, std::size_t count)
-{
-    std::string made;
-    made.reserve(text.size() * count);
-    for (; count != 0; --count)
-        made += text;
-    return made;
-}
-
-// Each number from 0 on between two texts.
-std::string numbered(const std::string& before, std::size_t count, const std::string& after)
-{
-    std::string made;
-    for (std::size_t number = 0; number != count; ++number)
-        made += before + std::to_string(number) + after;
-    return made;
-}
 
 std::string element(const std::string& content)
 {

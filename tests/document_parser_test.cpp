@@ -2,6 +2,7 @@
 
 #include "document_oracle.h"
 #include "message_fields.h"
+#include "repeated_text.h"
 #include "usage.h"
 
 #include <rova/strings.h>
@@ -15,23 +16,6 @@ using namespace velmoext_1_4_8;
 
 namespace
 {
-
-std::string repeated(const std::string& text, std::size_t count)
-{
-    std::string made;
-    made.reserve(text.size() * count);
-    for (; count != 0; --count)
-        made += text;
-    return made;
-}
-
-std::string numbered(const std::string& before, std::size_t count, const std::string& after)
-{
-    std::string made;
-    for (std::size_t number = 0; number != count; ++number)
-        made += before + std::to_string(number) + after;
-    return made;
-}
 
 // A comment of that many bytes.
 std::string comment(std::size_t size)

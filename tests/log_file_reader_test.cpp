@@ -1,5 +1,6 @@
 #include "storage/log_file_reader.h"
 
+#include "repeated_text.h"
 #include "scratch_folder.h"
 #include "support.h"
 #include "usage.h"
@@ -18,23 +19,6 @@ const std::size_t chunk = 262144;
 
 const std::string long_type = "<!DOCTYPE log [" + std::string(163840, ' ') + "]>";
 const std::string unknown_encoding = "<?xml version='1.0' encoding='x-unknown'?>";
-
-std::string repeated(const std::string& text, std::size_t count)
-{
-    std::string made;
-    made.reserve(text.size() * count);
-    for (; count != 0; --count)
-        made += text;
-    return made;
-}
-
-std::string numbered(const std::string& before, std::size_t count, const std::string& after)
-{
-    std::string made;
-    for (std::size_t number = 0; number != count; ++number)
-        made += before + std::to_string(number) + after;
-    return made;
-}
 
 std::string message(const std::string& type)
 {

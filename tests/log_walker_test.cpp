@@ -4,6 +4,7 @@
 #include "message_fields.h"
 #include "random_documents.h"
 #include "random_messages.h"
+#include "repeated_text.h"
 #include "storage/log_sax_reader.h"
 #include "writer_oracle.h"
 
@@ -28,14 +29,6 @@ const std::string rich_log =
     "<msg c='d'/><msg><type/><severity>INFO</severity></msg>"
     " <msg>\n  <type>three</type>\n  <severity>ERROR</severity>\n </msg>\n"
     "<arg>later</arg><?p </log>?></log>\n<!-- d -->\n<?q?>\n";
-
-std::string repeated(const std::string& text, std::size_t count)
-{
-    std::string made;
-    for (; count != 0; --count)
-        made += text;
-    return made;
-}
 
 // A walk over one log, as more and more of it becomes known.
 class walk_t
