@@ -1,5 +1,6 @@
 #include "xml/cost.h"
 
+#include "repeated_text.h"
 #include "usage.h"
 
 #include <gtest/gtest.h>
@@ -11,24 +12,6 @@ using namespace velmoext_1_4_8;
 
 namespace
 {
-
-std::string repeated(const std::string& text, std::size_t count)
-{
-    std::string made;
-    made.reserve(text.size() * count);
-    for (; count != 0; --count)
-        made += text;
-    return made;
-}
-
-// Each number from 0 on between two texts.
-std::string numbered(const std::string& before, std::size_t count, const std::string& after)
-{
-    std::string made;
-    for (std::size_t number = 0; number != count; ++number)
-        made += before + std::to_string(number) + after;
-    return made;
-}
 
 std::string element(const std::string& content)
 {
@@ -180,6 +163,24 @@ TEST(cost_test, a_reference_to_a_parameter_entity_is_refused)
     EXPECT_EQ(refusal_of("<a b='<!DOCTYPE a [%p;]>'/><![CDATA[<!DOCTYPE a [%p;]>]]>"),
               refusal_t::none);
     EXPECT_EQ(refusal_of("<!-- <!DOCTYPE a [%p;"), refusal_t::none);
+}
+
+TEST(cost_test, a_parse_of_events_has_fewer_limits)
+{
+    const auto refusal = [](const std::string& document) {
+        return look_through_markup(document, parse_t::events).refusal;
+    };
+    EXPECT_EQ(refusal(numbered("<a xml:id='", 150001, "'/>")), refusal_t::none);
+    EXPECT_EQ(refusal(with_document_type("%p;<!ATTLIST a" + numbered(" i", 2000, " ID #IMPLIED") +
+                                             numbered(" a", 2000, " CDATA ''") + ">",
+                                         repeated("<a/>", 100))),
+              refusal_t::none);
+    EXPECT_EQ(refusal(repeated("<a" + numbered(" xmlns:n", 100, "='u'") + ">", 200)),
+              refusal_t::none);
+    EXPECT_EQ(refusal("<a" + numbered(" a", 25001, "=''") + "/>"), refusal_t::attributes);
+    EXPECT_EQ(refusal(numbered("<a", 250001, "/>")), refusal_t::names);
+    EXPECT_EQ(refusal(with_document_type(std::string(163840, ' '), "<a/>")),
+              refusal_t::document_type_size);
 }
 
 TEST(cost_test, the_time_is_linear_in_the_size)

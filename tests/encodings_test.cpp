@@ -1,5 +1,7 @@
 #include "xml/encodings.h"
 
+#include "repeated_text.h"
+
 #include <gtest/gtest.h>
 
 #include <string>
@@ -9,14 +11,6 @@ using namespace velmoext_1_4_8;
 
 namespace
 {
-
-std::string repeated(const std::string& text, std::size_t count)
-{
-    std::string made;
-    for (; count != 0; --count)
-        made += text;
-    return made;
-}
 
 std::string converted(const std::string& text, const std::string& encoding)
 {

@@ -1,5 +1,6 @@
 #include "xml/references.h"
 
+#include "repeated_text.h"
 #include "xml/characters.h"
 #include "xml/error_scope.h"
 #include "xml/handles.h"
@@ -53,14 +54,6 @@ std::vector<unsigned> characters()
          {0x1F600U, 0x1FFFEU, 0x1FFFFU, 0xEFFFFU, 0xF0000U, 0x10FFFFU, 0x110000U, 0x1FFFFFU})
         characters.push_back(character);
     return characters;
-}
-
-std::string repeated(const std::string& text, std::size_t count)
-{
-    std::string made;
-    for (; count != 0; --count)
-        made += text;
-    return made;
 }
 
 // References, right and wrong ones.

@@ -1,0 +1,352 @@
+#include "storage/log_walker.h"
+
+#include "log_oracle.h"
+#include "message_fields.h"
+#include "random_documents.h"
+#include "random_messages.h"
+#include "repeated_text.h"
+#include "storage/log_sax_reader.h"
+#include "writer_oracle.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+using namespace velmoext_1_4_8;
+
+namespace
+{
+
+// Own messages, others, and all that can be between them.
+const std::string rich_log =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!-- c --><?p?>\n<log>\n"
+    " <msg a=\"b\">\n  <arg name=\"n\">x</arg>\n  <type>one</type>\n </msg>\n"
+    "<!-- <msg> --> text &amp; more <arg>late</arg><![CDATA[</log>]]><e/>\n"
+    " <msg>\n  <arg name=\"\">\xC3\xA9&amp;</arg>\n  <type>two</type>\n </msg>\n"
+    "<list><msg><type>in</type></msg><type>last</type></list><log><msg/></log>"
+    "<msg c='d'/><msg><type/><severity>INFO</severity></msg>"
+    " <msg>\n  <type>three</type>\n  <severity>ERROR</severity>\n </msg>\n"
+    "<arg>later</arg><?p </log>?></log>\n<!-- d -->\n<?q?>\n";
+
+// A walk over one log, as more and more of it becomes known.
+class walk_t
+{
+public:
+    explicit walk_t(const std::string& log) : m_log(log)
+    {
+        m_log.resize(m_log.rfind('>') + 1);
+        m_reader.set_callback([this](const message_ptr& message) {
+            m_fields += fields_of(message);
+            m_messages.push_back(message);
+        });
+    }
+
+    // Ends with the whole log, unless nothing after an earlier end counts.
+    walk_t& through(std::vector<std::size_t> ends)
+    {
+        ends.push_back(m_log.size());
+        for (const std::size_t end : ends) {
+            if (m_walker.is_finished() || end < m_walked)
+                continue;
+            const std::string text = m_log.substr(m_walked, end - m_walked);
+            m_walked += m_walker.walk(text, end == m_log.size());
+            EXPECT_LE(m_walked, end);
+        }
+        EXPECT_TRUE(m_walker.is_finished());
+        return *this;
+    }
+
+    walk_t& byte_by_byte()
+    {
+        std::vector<std::size_t> ends(m_log.size());
+        for (std::size_t end = 0; end != ends.size(); ++end)
+            ends[end] = end;
+        return through(ends);
+    }
+
+    // At their delivery, and in the end.
+    std::string fields() const
+    {
+        std::string all = m_fields + "afterwards\n";
+        for (const message_ptr& message : m_messages)
+            all += fields_of(message);
+        return all;
+    }
+
+    refusal_t refusal() const { return m_walker.refusal(); }
+    std::size_t size() const { return m_log.size(); }
+
+private:
+    std::string m_log;
+    std::string m_fields;
+    std::vector<message_ptr> m_messages;
+    log_sax_reader m_reader;
+    log_walker_t m_walker{m_reader};
+    std::size_t m_walked = 0;
+};
+
+// What one parse of the whole log gives.
+std::string parsed(const std::string& log)
+{
+    const log_oracle_t::reading_t reading = log_oracle_t().read(log);
+    std::string all;
+    for (const message_t& message : reading.delivered)
+        all += fields_of(message);
+    all += "afterwards\n";
+    for (const message_ptr& message : reading.messages)
+        all += fields_of(message);
+    return all;
+}
+
+void expect_as_parsed(const std::string& log)
+{
+    const std::string expected = parsed(log);
+    ASSERT_EQ(walk_t(log).through({}).fields(), expected) << log;
+    ASSERT_EQ(walk_t(log).byte_by_byte().fields(), expected) << log;
+}
+
+} // namespace
+
+TEST(log_walker_test, a_log_gives_what_one_parse_of_it_gives_wherever_it_is_split)
+{
+    const std::string expected = parsed(rich_log);
+    EXPECT_NE(expected.find("three"), std::string::npos);
+    for (std::size_t end = 0; end <= rich_log.size(); ++end)
+        ASSERT_EQ(walk_t(rich_log).through({end}).fields(), expected) << end;
+    EXPECT_EQ(walk_t(rich_log).byte_by_byte().fields(), expected);
+}
+
+TEST(log_walker_test, a_log_gives_the_same_wherever_it_is_split_twice)
+{
+    const std::string log = "<log> <msg>\n <type>a</type>\n</msg><e>x</e>\n<msg><type>&lt;</type>"
+                            "</msg>y <msg><type>c</type></msg></log>";
+    const std::string expected = parsed(log);
+    for (std::size_t first = 0; first <= log.size(); ++first)
+        for (std::size_t second = first; second <= log.size(); ++second)
+            ASSERT_EQ(walk_t(log).through({first, second}).fields(), expected)
+                << first << ", " << second;
+}
+
+TEST(log_walker_test, a_log_that_is_cut_anywhere_gives_what_one_parse_of_it_gives)
+{
+    for (std::size_t size = 0; size <= rich_log.size(); ++size) {
+        const std::string log = rich_log.substr(0, size);
+        ASSERT_EQ(walk_t(log).through({size / 2}).fields(), parsed(log)) << size;
+    }
+}
+
+TEST(log_walker_test, a_fault_anywhere_ends_the_walk_as_it_ends_a_parse)
+{
+    for (const std::string fault : {"\x01", "<", "&", "&u;", "]]>", "</log>", "<!DOCTYPE a>",
+                                    "<a b='1' b='2'/>", "\xFF", "</msg>", "<log>", "<!-- -- -->"})
+        for (std::size_t at = 0; at <= rich_log.size(); at += 3) {
+            const std::string log = rich_log.substr(0, at) + fault + rich_log.substr(at);
+            ASSERT_EQ(walk_t(log).through({at, at + fault.size()}).fields(), parsed(log)) << log;
+        }
+}
+
+TEST(log_walker_test, random_logs_give_what_one_parse_gives_however_they_are_split)
+{
+    const random_seeds_t seeds(1500);
+    for (auto seed = seeds.first; seed != seeds.end(); ++seed) {
+        random_source_t random(seed);
+        const std::string log = random_log(random);
+        const std::string expected = parsed(log);
+        const std::size_t size = walk_t(log).size();
+        std::vector<std::size_t> ends;
+        for (std::size_t end = 0; end < size; end += random.between(1, 1 + size / 8))
+            ends.push_back(end);
+        ASSERT_EQ(walk_t(log).through(ends).fields(), expected) << "seed " << seed << "\n" << log;
+    }
+}
+
+TEST(log_walker_test, beginnings_of_all_kinds_are_read)
+{
+    const std::string rest = "<msg><type>a</type></msg><e>&lt;</e><msg><type>b</type></msg>";
+    for (const char* const beginning :
+         {"<log>",
+          " <log>",
+          "<log a='b'>",
+          "<log\n>",
+          "<?xml version='1.0'?><log>",
+          "<?xml version='1.0' encoding='utf-8'?>\n<log>",
+          "<!-- c -->\n<?p?><log xmlns='u'>",
+          "<?xml version='1.0' encoding='ISO-8859-1'?><log>",
+          "<!DOCTYPE log><log>",
+          "<!DOCTYPE log [<!ENTITY e 'x'><!ATTLIST msg a CDATA 'd'>]><log>",
+          "<other>",
+          "<msg>",
+          "\xEF\xBB\xBF<log>",
+          "x<log>",
+          "<log/>",
+          "<log a=b>",
+          "</log>",
+          "",
+          "<logs>",
+          "<?xml version='1.0' encoding='x-unknown'?><log>",
+          "\n<?xml version='1.0'?><log>",
+          "<?xml version='1.1'?><log>",
+          "<?xml encoding='UTF-8'?><log>",
+          "<log a='1' a='2'>",
+          "<?xml version='1.0' encoding='UTF-16'?><log>",
+          "<lo",
+          "<!-- -- --><log>"}) {
+        expect_as_parsed(beginning + rest + "</log>");
+        expect_as_parsed(beginning + rest + "</other>");
+        expect_as_parsed(beginning + rest);
+    }
+}
+
+TEST(log_walker_test, nothing_after_the_root_counts)
+{
+    for (const char* const after :
+         {"", "<msg><type>x</type></msg>", "<log><msg><type>x</type></msg></log>", "<", "\x01",
+          "<!-- c --><msg><type>x</type></msg>", "</log><msg><type>x</type></msg>", "&x;"})
+        expect_as_parsed("<log><msg><type>a</type></msg><e>\xC3\xA9</e></log>" +
+                         std::string(after));
+}
+
+TEST(log_walker_test, an_end_tag_of_another_element_ends_the_log)
+{
+    for (const char* const tag : {"</lag>", "</msg>", "</LOG>", "</log x>", "</ log>", "</log\n>"})
+        expect_as_parsed("<log><msg><type>a</type></msg><msg><type>&lt;</type></msg>" +
+                         std::string(tag) + "<msg><type>b</type></msg></log>");
+}
+
+TEST(log_walker_test, the_state_between_elements_is_that_of_one_parse)
+{
+    const std::string own = "<msg><arg name='n'>x</arg><type>a</type></msg>";
+    for (const char* const between :
+         {"<arg>x</arg>", "<arg/>", "<arg name='m'/>", "<arg name='m'/>text<arg>y</arg>",
+          "<type>t</type>", "<severity>ERROR</severity>", "<e>x</e>text", "text<e/>text",
+          "<log>text</log>", "<e><log/>text</e>", "<e>x<log/>y</e>z", "<msg/>text", "<e/>&lt;",
+          "<![CDATA[x]]>", "<e/><![CDATA[x]]>", "<!-- c --><arg>x</arg>", "<e>a</e><e>b</e>"}) {
+        expect_as_parsed("<log>" + own + between + own + between + "</log>");
+        expect_as_parsed("<log>" + std::string(between) + own + "</log>");
+        expect_as_parsed("<log><msg><type>&#65;</type></msg>" + std::string(between) + own +
+                         "<msg>" + between + "</msg></log>");
+    }
+}
+
+TEST(log_walker_test, very_many_elements_for_libxml2_are_read_in_their_order)
+{
+    const std::string message = "<msg><arg name='n'>\xC3\xA9</arg><type>a</type></msg>\n";
+    const std::string own = "<msg><type>own</type></msg>";
+    for (const std::size_t count : {1300, 5000})
+        for (const char* const fault : {"", "<a b='1' b='2'/>", "\xFF", "</lag>", "&"}) {
+            const std::string log = "<log>" + repeated(message, count) + own +
+                                    repeated(message, count) + fault + repeated(message, count) +
+                                    "</log>";
+            ASSERT_TRUE(walk_t(log).through({100000, 150000}).fields() == parsed(log))
+                << count << fault;
+        }
+}
+
+TEST(log_walker_test, a_fault_is_found_in_what_is_long)
+{
+    const std::string message = "<msg><type>a</type></msg>";
+    for (const std::string& fault :
+         {std::string("&u;"), std::string("]]>"), std::string("\x01"), std::string("<!-- --"),
+          std::string("<a b=c>"), std::string("<!DOCTYPE log>")})
+        for (const std::size_t before : {0, 600, 70000}) {
+            const std::string log = "<log>" + message + "<e>" + std::string(before, 'x') + "</e>" +
+                                    fault + std::string(2000, 'y') + message + "</log>";
+            EXPECT_EQ(walk_t(log).through({before / 2}).fields(), parsed(log)) << fault << before;
+        }
+}
+
+TEST(log_walker_test, a_reference_of_many_digits_ends_nothing)
+{
+    expect_as_parsed("<log><msg><type>a</type></msg>&#" + std::string(100, '0') +
+                     "65;<msg><type>b</type></msg></log>");
+}
+
+TEST(log_walker_test, a_log_in_another_encoding_is_read_whole)
+{
+    for (const char* const encoding : {"ISO-8859-1", "windows-1252", "US-ASCII", "latin1"})
+        for (const char* const text : {"a", "\xE9", "\x80", "\xFF"})
+            expect_as_parsed(std::string("<?xml version='1.0' encoding='") + encoding +
+                             "'?><log><msg><type>" + text + "</type></msg></log>");
+    // The second byte of a character can be one of markup.
+    expect_as_parsed("<?xml version='1.0' encoding='Shift_JIS'?><log><msg><type>\x83<\x83&</type>"
+                     "</msg><msg><type>b</type></msg></log>");
+}
+
+TEST(log_walker_test, an_unknown_encoding_is_refused)
+{
+    walk_t walk("<?xml version='1.0' encoding='x-unknown'?><log><msg><type>a</type></msg></log>");
+    EXPECT_EQ(walk.through({}).fields(), "afterwards\n");
+    EXPECT_EQ(walk.refusal(), refusal_t::encoding);
+}
+
+TEST(log_walker_test, an_element_beyond_a_limit_ends_the_walk)
+{
+    std::string attributes;
+    for (int number = 0; number != 25001; ++number)
+        attributes += " a" + std::to_string(number) + "='&lt;'";
+    const std::string first = "<log><msg><type>first</type></msg>";
+    const std::string last = "<msg><type>last</type></msg></log>";
+    for (const std::string& foreign :
+         {"<e" + attributes + "/>", "<e" + attributes + ">", "<e" + attributes + "/>&u;"}) {
+        walk_t walk(first + foreign + last);
+        EXPECT_EQ(walk.through({}).fields(), parsed(first));
+        EXPECT_EQ(walk.refusal(), refusal_t::attributes) << walk.size();
+    }
+    walk_t beginning("<log" + attributes + ">" + last);
+    EXPECT_EQ(beginning.through({}).fields(), "afterwards\n");
+    EXPECT_EQ(beginning.refusal(), refusal_t::attributes);
+    walk_t whole("<!DOCTYPE log>" + first + "<e" + attributes + "/>" + last);
+    EXPECT_EQ(whole.through({}).fields(), "afterwards\n");
+    EXPECT_EQ(whole.refusal(), refusal_t::attributes);
+}
+
+TEST(log_walker_test, an_element_of_the_written_form_has_no_limit_or_costs_only_itself)
+{
+    const std::string first = "<log><msg><type>first</type></msg>";
+    const std::string last = "<msg><type>&amp;last</type></msg></log>";
+    const auto message = [](std::size_t attributes, const std::string& type) {
+        std::string text = "<msg";
+        for (std::size_t number = 0; number != attributes; ++number)
+            text += " a" + std::to_string(number) + "='&lt;'";
+        return text + "><type>" + type + "</type></msg>";
+    };
+    walk_t read(first + message(25001, "own") + message(25000, "&amp;other") + last);
+    const std::string fields = read.through({}).fields();
+    EXPECT_NE(fields.find("own"), std::string::npos);
+    EXPECT_NE(fields.find("other"), std::string::npos);
+    EXPECT_NE(fields.find("last"), std::string::npos);
+    EXPECT_EQ(read.refusal(), refusal_t::none);
+    const std::string small = message(0, "&amp;own");
+    walk_t skipped(first + small + message(25001, "&amp;other") + small + last);
+    EXPECT_EQ(skipped.through({}).fields(), parsed(first + small + small + last));
+    EXPECT_EQ(skipped.refusal(), refusal_t::attributes);
+    const std::string text(10100000, 'x');
+    walk_t large(first + message(1, text + "&amp;other") + "<msg/>" + last);
+    EXPECT_EQ(large.through({}).fields(),
+              parsed(first + message(1, "&amp;other") + "<msg/>" + last));
+    EXPECT_EQ(large.refusal(), refusal_t::none);
+}
+
+TEST(log_walker_test, a_written_log_of_any_messages_is_read)
+{
+    const random_seeds_t seeds(300);
+    for (auto seed = seeds.first; seed != seeds.end(); ++seed) {
+        random_source_t random(seed);
+        const std::string log =
+            written_log({random_message(random), random_message(random), random_message(random)});
+        ASSERT_EQ(walk_t(log).through({random.below(log.size())}).fields(), parsed(log)) << seed;
+    }
+}
+
+TEST(log_walker_test, what_the_callback_throws_passes_out)
+{
+    for (const char* const text : {"a", "&amp;"}) {
+        log_sax_reader reader;
+        reader.set_callback([](const message_ptr&) { throw 1; });
+        log_walker_t walker(reader);
+        EXPECT_THROW(
+            walker.walk("<log><msg><type>" + std::string(text) + "</type></msg></log>", true), int);
+    }
+}
