@@ -112,8 +112,7 @@ private:
         for (auto token = scanner.next();
              token != scanner_t::token_t::end && names.size() <= limits::max_names;
              token = scanner.next()) {
-            if (token == scanner_t::token_t::start_tag ||
-                token == scanner_t::token_t::instruction)
+            if (token == scanner_t::token_t::start_tag || token == scanner_t::token_t::instruction)
                 names.insert(scanner.name());
             for (attribute_t attribute; scanner.next_attribute(attribute);)
                 names.insert(attribute.name);
