@@ -17,6 +17,7 @@
 namespace
 {
 
+using ROVA_2_18::strings::utf8_to_utf16;
 using velmoext_1_4_8::message_t;
 
 typedef boost::shared_ptr<message_t> message_ptr;
@@ -270,15 +271,15 @@ void document_oracle_t::read_whole()
     m_whole_message = whole.message();
 }
 
-// The message ends at the last '>' up to which the document is well-formed, or before.
+// The message ends at the last '>' up to which the document is well-formed, or before. A push
+// parser leaves the line ends of a section as they are, a parse of the whole does not.
 message_ptr document_oracle_t::message_before_fault() const
 {
     const xml_errors_t errors;
-    message_ptr message;
-    for (std::size_t size = m_document.size(); size != 0 && !message; --size)
-        if (m_document[size - 1] == '>')
-            message = whole_document_t(m_document, size).message();
-    return message;
+    for (std::size_t size = m_document.size(); size != 0; --size)
+        if (m_document[size - 1] == '>' && whole_document_t(m_document, size).message())
+            return document_oracle_t(utf8_to_utf16(m_document.substr(0, size))).message();
+    return message_ptr();
 }
 
 std::string
