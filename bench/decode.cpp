@@ -32,12 +32,9 @@ std::size_t decode_bare(const std::string& document)
 
 std::vector<std::wstring> make_wide_documents(const workload_t& workload, std::size_t count)
 {
-    std::vector<std::wstring> documents;
-    documents.reserve(count);
-    for (std::size_t i = 0; i < count; ++i)
-        documents.push_back(
-            string_message_serializer_t::message_to_xml_string(workload.messages()[i]));
-    return documents;
+    return workload.make_items(count, [&](std::size_t place) {
+        return string_message_serializer_t::message_to_xml_string(workload.messages()[place]);
+    });
 }
 
 void require_same(const message_ptr& left, const message_ptr& right)

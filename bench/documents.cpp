@@ -9,13 +9,11 @@ namespace bench
 
 std::vector<std::string> make_documents(const workload_t& workload, std::size_t count)
 {
-    std::vector<std::string> documents;
-    documents.reserve(count);
-    for (std::size_t i = 0; i < count; ++i)
-        documents.push_back(ROVA_2_18::strings::utf16_to_utf8(
+    return workload.make_items(count, [&](std::size_t place) {
+        return ROVA_2_18::strings::utf16_to_utf8(
             velmoext_1_4_8::string_message_serializer_t::message_to_xml_string(
-                workload.messages()[i])));
-    return documents;
+                workload.messages()[place]));
+    });
 }
 
 candidate_t make_encoder(const std::string& name, const workload_t& workload,
@@ -23,7 +21,8 @@ candidate_t make_encoder(const std::string& name, const workload_t& workload,
 {
     return {name, [&workload, encode](std::size_t) -> work_t {
                 return [&workload, encode](std::size_t count) {
-                    return sum_over(workload.plain(), count, encode);
+                    return sum_over(workload.plain(), count,
+                                    [encode](const auto& message) { return encode(*message); });
                 };
             }};
 }

@@ -8,11 +8,11 @@ namespace bench
 /// The first messages as documents in UTF-8, as the library writes them.
 std::vector<std::string> make_documents(const workload_t& workload, std::size_t count);
 
-/// Makes a document of each plain message; `encode` answers its size.
+/// Makes a document of each plain message; `encode` returns its size.
 candidate_t make_encoder(const std::string& name, const workload_t& workload,
                          std::size_t (*encode)(const plain_message_t& message));
 
-/// Reads each document; `decode` answers how many messages it found in one.
+/// Reads each document; `decode` returns how many messages it found in one.
 candidate_t make_decoder(const std::string& name, const workload_t& workload,
                          std::size_t (*decode)(const std::string& document));
 

@@ -1,7 +1,11 @@
-// Prints how the cost of one grows with their number, as a table: what a message, an argument or an
-// object costs where there are few, and where there are many.
+// Prints how costs grow, as a table: what a message, an argument or an object costs when there are
+// few, and when there are many.
 //
-// bench_growth [--messages MOST]
+// bench_growth [--messages MOST] [--log-messages MOST]
+// bench_growth --log-bytes BYTES      a replay of a log of so many bytes, and a start on it
+//
+// A log of 10,000,000 messages takes 2.2 GB, and twice that while a recording starts on it. TMPDIR
+// must have room for both.
 
 #include "counting_handler.h"
 #include "deliver.h"
@@ -16,10 +20,17 @@
 
 #include <boost/make_shared.hpp>
 
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
+#include <fstream>
+#include <functional>
+#include <stdexcept>
+#include <string>
 #include <vector>
 
 namespace
@@ -33,9 +44,24 @@ using bench::workload_t;
 
 typedef boost::shared_ptr<messages_storage_t> storage_ptr;
 
-// Enough rounds for a small log, whose cost is near that of a process, and few for a long one.
+const char* const constant = "1.1 or less";
+
 const int short_rounds = 15;
-const int long_rounds = 3;
+
+// Enough rounds for a small log, whose cost is near that of a process, and few for a long one.
+int rounds_for(std::size_t messages)
+{
+    const std::size_t small = 10000;
+    const std::size_t large = 2000000;
+    if (messages <= small)
+        return short_rounds;
+    return messages <= large ? 3 : 1;
+}
+
+std::size_t few_messages(std::size_t most)
+{
+    return std::clamp<std::size_t>(most / 100, 1, 10000);
+}
 
 void print_heading()
 {
@@ -48,10 +74,21 @@ struct figure_t
     double value;
 };
 
+std::string to_text(const figure_t& figure)
+{
+    char text[64];
+    std::snprintf(text, sizeof text, "%.3f with %zu", figure.value, figure.number);
+    return std::isnan(figure.value) ? "fails with " + std::to_string(figure.number) : text;
+}
+
 void print(const std::string& what, const figure_t& few, const figure_t& many, const char* goal)
 {
-    std::printf("| %s | %.3f with %zu | %.3f with %zu | %.2f | %s |\n", what.c_str(), few.value,
-                few.number, many.value, many.number, many.value / few.value, goal);
+    const double ratio = many.value / few.value;
+    char text[32] = "-";
+    if (std::isfinite(ratio))
+        std::snprintf(text, sizeof text, "%.2f", ratio);
+    std::printf("| %s | %s | %s | %s | %s |\n", what.c_str(), to_text(few).c_str(),
+                to_text(many).c_str(), text, goal);
     std::fflush(stdout);
 }
 
@@ -60,7 +97,16 @@ storage_ptr open_log(const scratch_folder_t& folder)
     return messages_storage_t::get(folder.wide_name("log.xml"));
 }
 
-// Where a log is there, its messages are carried over.
+void remove_log(const scratch_folder_t& folder)
+{
+    std::filesystem::remove(folder.name("log.xml"));
+}
+
+std::uintmax_t log_size(const scratch_folder_t& folder)
+{
+    return std::filesystem::file_size(folder.name("log.xml"));
+}
+
 void record(const scratch_folder_t& folder, const workload_t& workload, std::size_t count)
 {
     const storage_ptr storage = open_log(folder);
@@ -69,6 +115,15 @@ void record(const scratch_folder_t& folder, const workload_t& workload, std::siz
         storage->on_message(boost::shared_ptr<velmo_ex_t>(),
                             workload.messages()[i % workload.size()]);
     storage->stop_recording();
+}
+
+void carry_over(const scratch_folder_t& folder)
+{
+    const std::uintmax_t before = log_size(folder);
+    const storage_ptr storage = open_log(folder);
+    require(storage->start_recording(), "the log cannot be recorded into");
+    storage->stop_recording();
+    require(log_size(folder) >= before, "a start lost messages");
 }
 
 void replay(const scratch_folder_t& folder, std::size_t count)
@@ -81,48 +136,117 @@ void replay(const scratch_folder_t& folder, std::size_t count)
     require(storage->replay(ex) && handler->count() == count, "a replay lost messages");
 }
 
-// In microseconds per message, but for the memory, which is in bytes per byte of the file.
-struct log_costs_t
+// Writes recorded messages over and over again, so that a long log takes no longer than its bytes.
+class log_writer_t
 {
-    double record;
-    double carry_over;
-    double replay;
-    double memory;
+public:
+    explicit log_writer_t(std::size_t most)
+        : m_messages(std::min<std::size_t>(most, block_messages))
+    {
+        const scratch_folder_t folder;
+        record(folder, workload_t(m_messages), m_messages);
+        const std::string text = folder.read("log.xml");
+        const std::size_t first = text.find(" <msg");
+        const std::size_t end = text.rfind("</log>");
+        m_head = text.substr(0, first);
+        m_block = text.substr(first, end - first);
+        m_tail = text.substr(end);
+    }
+
+    // The next number of messages that is made of blocks.
+    std::size_t round_up(std::size_t count) const
+    {
+        return (count + m_messages - 1) / m_messages * m_messages;
+    }
+
+    std::size_t count_in(std::uintmax_t bytes) const
+    {
+        return round_up(static_cast<std::size_t>(bytes / m_block.size() + 1) * m_messages);
+    }
+
+    void write(const scratch_folder_t& folder, std::size_t count) const
+    {
+        std::ofstream file(folder.name("log.xml"), std::ios::binary);
+        file << m_head;
+        for (std::size_t written = 0; written < count; written += m_messages)
+            file << m_block;
+        file << m_tail;
+        file.close();
+        require(file.good(), "the log cannot be written: is there room for it twice?");
+    }
+
+private:
+    static const std::size_t block_messages = 1000;
+
+    std::size_t m_messages; ///< in a block
+    std::string m_head;
+    std::string m_block;
+    std::string m_tail;
 };
 
-log_costs_t measure_log(const workload_t& workload, std::size_t count, int rounds)
-{
-    const auto each = [&](const cost_t& cost) {
-        return cost.cpu / static_cast<double>(count);
-    };
-    const scratch_folder_t one;
-    record(one, workload, 1);
-    const double least_memory = bench::measure(1, [&] { replay(one, 1); }).memory;
-
-    const scratch_folder_t folder;
-    const cost_t recorded = bench::measure(rounds, [&] {
-        std::filesystem::remove(folder.name("log.xml"));
-        record(folder, workload, count);
-    });
-    const cost_t carried = bench::measure(rounds, [&] { record(folder, workload, 0); });
-    const cost_t replayed = bench::measure(rounds, [&] { replay(folder, count); });
-    const auto bytes = static_cast<double>(std::filesystem::file_size(folder.name("log.xml")));
-    return {each(recorded), each(carried), each(replayed),
-            (replayed.memory - least_memory) / bytes};
-}
-
-void show_logs(std::size_t most)
+double record_cost(std::size_t count)
 {
     const workload_t workload(1000);
-    const std::size_t least = std::max<std::size_t>(most / 100, 1);
-    const log_costs_t few = measure_log(workload, least, short_rounds);
-    const log_costs_t many = measure_log(workload, most, long_rounds);
-    const char* const goal = "1.1 or less";
-    print("record, us per message", {least, few.record}, {most, many.record}, goal);
-    print("carry over, us per message", {least, few.carry_over}, {most, many.carry_over}, goal);
-    print("replay, us per message", {least, few.replay}, {most, many.replay}, goal);
-    print("replay, peak memory per byte of the log", {least, few.memory}, {most, many.memory},
-          "2.2 or less each");
+    const scratch_folder_t folder;
+    const cost_t cost = bench::measure(
+        rounds_for(count), [&] { record(folder, workload, count); }, [&] { remove_log(folder); });
+    return cost.cpu / static_cast<double>(count);
+}
+
+void show_recording(std::size_t most)
+{
+    const std::size_t least = few_messages(most);
+    print("record, us per message", {least, record_cost(least)}, {most, record_cost(most)},
+          constant);
+}
+
+// A log that the library refuses is a figure too.
+cost_t try_measure(int rounds, const std::function<void()>& step,
+                   const std::function<void()>& prepare)
+{
+    try {
+        return bench::measure(rounds, step, prepare);
+    } catch (const std::exception&) {
+        return {NAN, NAN, NAN};
+    }
+}
+
+struct reading_t
+{
+    figure_t time;   ///< microseconds per message
+    figure_t memory; ///< MiB beyond what a log of one message takes
+};
+
+// The log is written for each round: a start leaves another one.
+reading_t measure_reading(const log_writer_t& writer, std::size_t count,
+                          void (*read)(const scratch_folder_t& folder, std::size_t count))
+{
+    const double mebibyte = 1024.0 * 1024.0;
+    const scratch_folder_t folder;
+    const log_writer_t one(1);
+    const cost_t least = bench::measure(
+        1, [&] { read(folder, 1); }, [&] { one.write(folder, 1); });
+    const cost_t cost = try_measure(
+        rounds_for(count), [&] { read(folder, count); }, [&] { writer.write(folder, count); });
+    return {{count, cost.cpu / static_cast<double>(count)},
+            {count, (cost.memory - least.memory) / mebibyte}};
+}
+
+void show_reading(const std::string& what, const log_writer_t& writer, std::size_t least,
+                  std::size_t most, void (*read)(const scratch_folder_t& folder, std::size_t count))
+{
+    const reading_t few = measure_reading(writer, least, read);
+    const reading_t many = measure_reading(writer, most, read);
+    print(what + ", us per message", few.time, many.time, constant);
+    print(what + ", peak memory in MiB", few.memory, many.memory, "64 or less each");
+}
+
+void show_logs(const log_writer_t& writer, std::size_t most)
+{
+    const std::size_t least = writer.round_up(few_messages(most));
+    show_reading("replay", writer, least, most, replay);
+    show_reading("carry over", writer, least, most,
+                 [](const scratch_folder_t& folder, std::size_t) { carry_over(folder); });
 }
 
 std::wstring encode_args(std::size_t count)
@@ -205,14 +329,50 @@ void show_threads(std::size_t most)
           {8, eight.elapsed / thousands}, "1 by the number of cores");
 }
 
-std::size_t parse_most(int argc, char** argv)
+struct options_t
 {
-    if (argc == 1)
-        return 1000000;
-    const bool is_usable = argc == 3 && argv[1] == std::string("--messages");
-    const long most = is_usable ? std::strtol(argv[2], nullptr, 10) : 0;
-    require(most > 0, "usage: bench_growth [--messages MOST]");
-    return static_cast<std::size_t>(most);
+    std::size_t most = 1000000;
+    std::size_t log_messages = 0; ///< as many as the most, unless it says otherwise
+    std::uintmax_t log_bytes = 0;
+};
+
+options_t parse_options(int argc, char** argv)
+{
+    options_t options;
+    for (int at = 1; at < argc; at += 2) {
+        const std::string name = argv[at];
+        const long long count = at + 1 < argc ? std::strtoll(argv[at + 1], nullptr, 10) : 0;
+        require(count > 0, "usage: bench_growth [--messages MOST] [--log-messages MOST]\n"
+                           "       bench_growth --log-bytes BYTES");
+        if (name == "--messages")
+            options.most = static_cast<std::size_t>(count);
+        else if (name == "--log-messages")
+            options.log_messages = static_cast<std::size_t>(count);
+        else if (name == "--log-bytes")
+            options.log_bytes = static_cast<std::uintmax_t>(count);
+        else
+            throw std::invalid_argument("no such option: " + name);
+    }
+    if (options.log_messages == 0)
+        options.log_messages = options.most;
+    return options;
+}
+
+void show_long_log(std::uintmax_t bytes)
+{
+    const log_writer_t writer(1000);
+    const std::size_t count = writer.count_in(bytes);
+    show_logs(writer, count);
+}
+
+void show_all(const options_t& options)
+{
+    const log_writer_t writer(few_messages(options.log_messages));
+    show_recording(options.log_messages);
+    show_logs(writer, writer.round_up(options.log_messages));
+    show_decode(options.most);
+    show_objects(options.most);
+    show_threads(options.most);
 }
 
 } // namespace
@@ -220,12 +380,13 @@ std::size_t parse_most(int argc, char** argv)
 int main(int argc, char** argv)
 {
     try {
-        const std::size_t most = parse_most(argc, argv);
+        const options_t options = parse_options(argc, argv);
+        bench::prefer_memory_files();
         print_heading();
-        show_logs(most);
-        show_decode(most);
-        show_objects(most);
-        show_threads(most);
+        if (options.log_bytes > 0)
+            show_long_log(options.log_bytes);
+        else
+            show_all(options);
         return EXIT_SUCCESS;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "bench_growth: %s\n", error.what());

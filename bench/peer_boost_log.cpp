@@ -1,4 +1,5 @@
-// Boost.Log: an element per message into a text file, its text escaped as XML asks for.
+// Boost.Log: an element per message into a text file. The names and texts of the message are put
+// into its stream one by one and escaped together, as XML asks for.
 
 #include "peers.h"
 #include "scratch_log.h"
@@ -13,6 +14,7 @@
 #include <boost/make_shared.hpp>
 
 #include <memory>
+#include <utility>
 
 namespace
 {
@@ -49,20 +51,35 @@ private:
         boost::make_shared<sink_t>(boost::make_shared<backend_t>());
 };
 
-void log(const std::string& name, const std::vector<std::string>& lines, std::size_t count)
+void put(logging::record_ostream& stream, const bench::texts_t& texts)
 {
-    const open_log_t open(name);
-    logging::sources::logger logger;
-    for (std::size_t i = 0; i < count; ++i)
-        BOOST_LOG(logger) << lines[i];
+    for (const auto& [name, text] : texts)
+        stream << ' ' << name << '=' << text;
+}
+
+void log(logging::sources::logger& logger, const bench::plain_message_t& message)
+{
+    logging::record record = logger.open_record();
+    bench::require(static_cast<bool>(record), "Boost.Log drops the message");
+    logging::record_ostream stream(record);
+    stream << message.type << ' ' << message.severity;
+    put(stream, message.attributes);
+    put(stream, message.args);
+    put(stream, message.elements);
+    stream.flush();
+    logger.push_record(std::move(record));
 }
 
 bench::candidate_t make_record(const bench::workload_t& workload)
 {
     return {"Boost.Log", [&](std::size_t) -> bench::work_t {
-                const auto file = std::make_shared<bench::scratch_log_t>();
-                return [file, lines = workload.lines()](std::size_t count) {
-                    log(file->name(), lines, count);
+                return [&, file = std::make_shared<bench::scratch_log_t>()](std::size_t count) {
+                    {
+                        const open_log_t open(file->name());
+                        logging::sources::logger logger;
+                        for (std::size_t i = 0; i < count; ++i)
+                            log(logger, *workload.plain()[i]);
+                    }
                     return file->size();
                 };
             }};

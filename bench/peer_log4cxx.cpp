@@ -1,5 +1,5 @@
-// log4cxx: an event per message into a file, with the XML layout. The arguments stand in the text
-// and as named values beside it.
+// log4cxx: an event per message into a file, with the XML layout. The event's text is the type; all
+// else are named values beside it.
 
 #include "peers.h"
 #include "scratch_log.h"
@@ -24,13 +24,13 @@ void add_context(const bench::texts_t& texts)
         log4cxx::MDC::put(name, text);
 }
 
-void log(const log4cxx::LoggerPtr& logger, const bench::plain_message_t& message,
-         const std::string& line)
+void log(const log4cxx::LoggerPtr& logger, const bench::plain_message_t& message)
 {
+    log4cxx::MDC::put("severity", message.severity);
     add_context(message.attributes);
     add_context(message.args);
     add_context(message.elements);
-    LOG4CXX_INFO(logger, line);
+    LOG4CXX_INFO(logger, message.type);
     log4cxx::MDC::clear();
 }
 
@@ -51,13 +51,13 @@ bench::candidate_t make_record(const workload_t& workload)
 {
     return {"log4cxx", [&](std::size_t) -> bench::work_t {
                 const auto file = std::make_shared<bench::scratch_log_t>();
-                return [&, file, lines = workload.lines()](std::size_t count) {
+                return [&, file](std::size_t count) {
                     const auto appender = open(file->name());
                     const log4cxx::LoggerPtr logger = log4cxx::Logger::getLogger("bench");
                     logger->setAdditivity(false);
                     logger->addAppender(appender);
                     for (std::size_t i = 0; i < count; ++i)
-                        log(logger, workload.plain()[i], lines[i]);
+                        log(logger, *workload.plain()[i]);
                     logger->removeAllAppenders();
                     appender->close();
                     return file->size();

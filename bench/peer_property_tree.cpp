@@ -1,4 +1,5 @@
-// Boost.PropertyTree: a tree is built for each message. A whole log would not be read so.
+// Boost.PropertyTree: a tree is built for each message, whose texts stay in UTF-8. A whole log
+// would not be read so.
 
 #include "documents.h"
 #include "peers.h"
@@ -20,28 +21,24 @@ using property_tree::ptree;
 
 const char attributes[] = "<xmlattr>";
 
-void put_attribute(ptree& element, const std::string& name, const std::string& text)
+void put_attributes(ptree& element, const bench::texts_t& texts)
 {
-    element.put_child(ptree::path_type(attributes), element.get_child(attributes, ptree()))
-        .push_back({name, ptree(text)});
+    ptree& place = element.push_back({attributes, ptree()})->second;
+    for (const auto& [name, text] : texts)
+        place.push_back({name, ptree(text)});
 }
 
 std::size_t encode(const plain_message_t& message)
 {
-    ptree element;
-    for (const auto& [name, text] : message.attributes)
-        put_attribute(element, name, text);
-    for (const auto& [name, text] : message.args) {
-        ptree arg(text);
-        put_attribute(arg, "name", name);
-        element.push_back({"arg", arg});
-    }
+    ptree document;
+    ptree& element = document.push_back({"msg", ptree()})->second;
+    put_attributes(element, message.attributes);
+    for (const auto& [name, text] : message.args)
+        put_attributes(element.push_back({"arg", ptree(text)})->second, {{"name", name}});
     for (const auto& [name, text] : message.elements)
         element.push_back({name, ptree(text)});
     element.push_back({"type", ptree(message.type)});
     element.push_back({"severity", ptree(message.severity)});
-    ptree document;
-    document.push_back({"msg", element});
     std::ostringstream stream;
     property_tree::write_xml(stream, document,
                              property_tree::xml_writer_make_settings<std::string>(' ', 1));

@@ -5,6 +5,7 @@
 #include "scratch_log.h"
 
 #include <QByteArray>
+#include <QFile>
 #include <QMap>
 #include <QString>
 #include <QXmlStreamReader>
@@ -37,16 +38,10 @@ texts_t to_qt(const bench::texts_t& texts)
     return result;
 }
 
-std::vector<message_t> to_qt(const workload_t& workload, std::size_t count)
+message_t to_qt(const bench::plain_message_t& plain)
 {
-    std::vector<message_t> messages;
-    for (std::size_t i = 0; i < count; ++i) {
-        const bench::plain_message_t& plain = workload.plain()[i];
-        messages.push_back({QString::fromStdString(plain.type),
-                            QString::fromStdString(plain.severity), to_qt(plain.attributes),
-                            to_qt(plain.args), to_qt(plain.elements)});
-    }
-    return messages;
+    return {QString::fromStdString(plain.type), QString::fromStdString(plain.severity),
+            to_qt(plain.attributes), to_qt(plain.args), to_qt(plain.elements)};
 }
 
 std::size_t encode(const message_t& message)
@@ -104,10 +99,12 @@ std::size_t decode(const QByteArray& text)
     return reader.readNextStartElement() && !read(reader).type.isEmpty() ? 1 : 0;
 }
 
-std::size_t replay(const QByteArray& text, const std::function<void(const message_t&)>& see)
+std::size_t replay(const QString& name, const std::function<void(const message_t&)>& see)
 {
     std::size_t seen = 0;
-    QXmlStreamReader reader(text);
+    QFile file(name);
+    bench::require(file.open(QIODevice::ReadOnly), "Qt cannot open the log");
+    QXmlStreamReader reader(&file);
     reader.readNextStartElement();
     for (; reader.readNextStartElement(); ++seen)
         see(read(reader));
@@ -117,10 +114,11 @@ std::size_t replay(const QByteArray& text, const std::function<void(const messag
 bench::candidate_t make_encode(const workload_t& workload)
 {
     return {"Qt", [&](std::size_t all) -> bench::work_t {
-                const auto messages =
-                    std::make_shared<std::vector<message_t>>(to_qt(workload, all));
-                return [messages](std::size_t count) {
-                    return bench::sum_over(*messages, count, encode);
+                const auto make = [&](std::size_t place) {
+                    return to_qt(*workload.plain()[place]);
+                };
+                return [messages = workload.make_items(all, make)](std::size_t count) {
+                    return bench::sum_over(messages, count, encode);
                 };
             }};
 }
@@ -128,11 +126,12 @@ bench::candidate_t make_encode(const workload_t& workload)
 bench::candidate_t make_decode(const workload_t& workload)
 {
     return {"Qt", [&](std::size_t all) -> bench::work_t {
-                std::vector<QByteArray> documents;
-                for (const std::string& document : make_documents(workload, all))
-                    documents.push_back(QByteArray::fromStdString(document));
-                return [documents](std::size_t count) {
-                    return bench::sum_over(documents, count, decode);
+                const auto documents = make_documents(workload, all);
+                const auto make = [&](std::size_t place) {
+                    return QByteArray::fromStdString(documents[place]);
+                };
+                return [copies = workload.make_items(all, make)](std::size_t count) {
+                    return bench::sum_over(copies, count, decode);
                 };
             }};
 }
@@ -140,13 +139,11 @@ bench::candidate_t make_decode(const workload_t& workload)
 bench::candidate_t make_replay(const workload_t& workload)
 {
     return {"Qt", [&](std::size_t all) -> bench::work_t {
-                const bench::scratch_log_t log;
-                log.record(workload, all);
-                return [text = QByteArray::fromStdString(log.read())](std::size_t) {
+                return [log = bench::make_log(workload, all)](std::size_t) {
                     std::size_t typed = 0;
-                    return replay(text, [&](const message_t& message) {
-                        typed += message.type.isEmpty() ? 0 : 1;
-                    });
+                    return replay(
+                        QString::fromStdString(log->name()),
+                        [&](const message_t& message) { typed += message.type.isEmpty() ? 0 : 1; });
                 };
             }};
 }

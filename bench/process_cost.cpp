@@ -60,22 +60,27 @@ double median(const std::vector<cost_t>& costs, double cost_t::*kind)
     return values[values.size() / 2];
 }
 
-cost_t measure_all(int rounds, const std::function<void()>& step)
+cost_t measure_all(int rounds, const std::function<void()>& step,
+                   const std::function<void()>& prepare)
 {
     std::vector<cost_t> costs;
     costs.reserve(static_cast<std::size_t>(rounds));
-    for (int round = 0; round < rounds; ++round)
+    for (int round = 0; round < rounds; ++round) {
+        prepare();
         costs.push_back(measure_one(step));
+    }
     return {median(costs, &cost_t::cpu), median(costs, &cost_t::elapsed),
             median(costs, &cost_t::memory)};
 }
 
 } // namespace
 
-cost_t measure(int rounds, const std::function<void()>& step)
+cost_t measure(int rounds, const std::function<void()>& step, const std::function<void()>& prepare)
 {
-    const cost_t nothing = measure_all(rounds, [] {});
-    const cost_t all = measure_all(rounds, step);
+    const auto do_nothing = [] {
+    };
+    const cost_t nothing = measure_all(rounds, do_nothing, do_nothing);
+    const cost_t all = measure_all(rounds, step, prepare);
     return {all.cpu - nothing.cpu, all.elapsed - nothing.elapsed, all.memory};
 }
 

@@ -12,8 +12,11 @@ struct cost_t
     double memory;  ///< bytes, at most at one time
 };
 
-/// What the step takes beyond what nothing takes, each time in a process of its own: the median of
-/// each kind over the rounds. Throws where the step threw.
-cost_t measure(int rounds, const std::function<void()>& step);
+/// Returns what the step takes beyond what nothing takes, each time in a process of its own: the
+/// median of each kind over the rounds. `prepare` comes before each, unmeasured, in this process.
+/// The memory is what the process has at most, with what it takes over from this one. Throws if the
+/// step threw.
+cost_t measure(
+    int rounds, const std::function<void()>& step, const std::function<void()>& prepare = [] {});
 
 } // namespace bench

@@ -1,14 +1,13 @@
 // A log becomes messages again, each of which goes to one handler. The floor has the file in memory
 // and makes nothing of it.
 
+#include "bare_log.h"
 #include "counting_handler.h"
 #include "peers.h"
 #include "runner.h"
 #include "scratch_log.h"
 
 #include <boost/make_shared.hpp>
-
-#include <libxml/parser.h>
 
 #include <memory>
 
@@ -19,38 +18,11 @@ using bench::scratch_log_t;
 using bench::workload_t;
 using namespace velmoext_1_4_8;
 
-std::shared_ptr<scratch_log_t> make_log(const workload_t& workload, std::size_t count)
-{
-    auto log = std::make_shared<scratch_log_t>();
-    log->record(workload, count);
-    return log;
-}
-
-xmlSAXHandler make_empty_callbacks()
-{
-    xmlSAXHandler callbacks = {};
-    callbacks.startDocument = [](void*) {
-    };
-    callbacks.endDocument = [](void*) {
-    };
-    callbacks.startElement = [](void*, const xmlChar*, const xmlChar**) {
-    };
-    callbacks.endElement = [](void*, const xmlChar*) {
-    };
-    callbacks.characters = [](void*, const xmlChar*, int) {
-    };
-    callbacks.initialized = 1;
-    return callbacks;
-}
-
 bench::candidate_t floor(const workload_t& workload)
 {
     return {"floor", [&](std::size_t all) -> bench::work_t {
-                return [text = make_log(workload, all)->read()](std::size_t count) -> std::size_t {
-                    xmlSAXHandler callbacks = make_empty_callbacks();
-                    const int answer = xmlSAXUserParseMemory(&callbacks, nullptr, text.data(),
-                                                             static_cast<int>(text.size()));
-                    return answer == 0 ? count : 0;
+                return [text = bench::make_log(workload, all)->read()](std::size_t count) {
+                    return bench::parse_bare_log(text) ? count : 0;
                 };
             }};
 }
@@ -69,7 +41,7 @@ std::size_t replay(const scratch_log_t& log)
 bench::candidate_t velmoext1(const workload_t& workload)
 {
     return {"velmoext1", [&](std::size_t all) -> bench::work_t {
-                return [log = make_log(workload, all)](std::size_t) {
+                return [log = bench::make_log(workload, all)](std::size_t) {
                     return replay(*log);
                 };
             }};

@@ -9,6 +9,8 @@
 #include <exception>
 #include <stdexcept>
 
+#include <unistd.h>
+
 namespace bench
 {
 
@@ -26,6 +28,7 @@ namespace
 struct options_t
 {
     std::size_t messages = 200000;
+    heap_t heap = heap_t::fresh;
     bool names = false;
     std::string once;
     std::size_t count = 0;
@@ -47,6 +50,8 @@ options_t parse_options(int& argc, char** argv)
         const std::string argument = argv[at];
         if (argument == "--messages" && at + 1 < argc) {
             options.messages = parse_count(argv[++at]);
+        } else if (argument == "--spread") {
+            options.heap = heap_t::spread;
         } else if (argument == "--names") {
             options.names = true;
         } else if (argument == "--once" && at + 2 < argc) {
@@ -116,6 +121,14 @@ void print_names(const std::vector<subject_t>& subjects)
             std::printf("%s/%s\n", subject.name.c_str(), candidate.name.c_str());
 }
 
+std::vector<subject_t> name_heap(std::vector<subject_t> subjects, heap_t heap)
+{
+    if (heap == heap_t::spread)
+        for (subject_t& subject : subjects)
+            subject.name += "_spread";
+    return subjects;
+}
+
 void run(const std::vector<subject_t>& subjects, const options_t& options, int argc, char** argv)
 {
     if (options.names)
@@ -137,13 +150,22 @@ int run(int argc, char** argv,
     try {
         const options_t options = parse_options(argc, argv);
         require(options.count <= options.messages, "the workload is smaller than that");
-        const workload_t workload(options.messages);
-        run(make_subjects(workload), options, argc, argv);
+        prefer_memory_files();
+        // Never destroyed: that would take as long as some of the work.
+        const auto* const workload = new workload_t(options.messages, options.heap);
+        run(name_heap(make_subjects(*workload), options.heap), options, argc, argv);
         return EXIT_SUCCESS;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "%s: %s\n", argv[0], error.what());
         return EXIT_FAILURE;
     }
+}
+
+void prefer_memory_files()
+{
+    const char* const folder = "/dev/shm";
+    if (access(folder, W_OK) == 0)
+        setenv("TMPDIR", folder, 0); // NOLINT(concurrency-mt-unsafe): no other thread yet
 }
 
 void require(bool condition, const std::string& what)

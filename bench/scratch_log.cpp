@@ -28,4 +28,11 @@ void scratch_log_t::record(const workload_t& workload, std::size_t count) const
     recording->stop_recording();
 }
 
+std::shared_ptr<scratch_log_t> make_log(const workload_t& workload, std::size_t count)
+{
+    auto log = std::make_shared<scratch_log_t>();
+    log->record(workload, count);
+    return log;
+}
+
 } // namespace bench

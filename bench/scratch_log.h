@@ -6,10 +6,12 @@
 
 #include <velmoext1/messages_storage.h>
 
+#include <memory>
+
 namespace bench
 {
 
-/// The path of a log in a folder that goes away.
+/// The path of a log in a folder that is removed with it.
 class scratch_log_t
 {
 public:
@@ -25,5 +27,8 @@ public:
 private:
     scratch_folder_t m_folder;
 };
+
+/// A log of the first messages.
+std::shared_ptr<scratch_log_t> make_log(const workload_t& workload, std::size_t count);
 
 } // namespace bench

@@ -12,21 +12,26 @@ import sys
 FLOOR = "floor"
 OURS = "velmoext1"
 
-# Goals for the ratio of the library to the floor, in the order of the table.
+# Goals in the order of the table: the most that the ratio of the library to the floor may be, and
+# the peers that may not be faster.
 GOALS = {
-    "encode": "0.92",
-    "decode": "0.95",
-    "record": "1.00",
-    "replay": "1.45",
-    "dispatch_1": "1.10",
-    "dispatch_4": "1.10",
-    "dispatch_16": "1.10",
-    "property_10": "2.5",
-    "property_100": "2.5",
-    "property_1000": "2.5",
-    "title": "1.15",
-    "text": "1.15",
+    "encode": ("0.30", ["pugixml"]),
+    "decode": ("0.28", ["pugixml"]),
+    "record": ("0.40", ["Boost.Log", "spdlog"]),
+    "replay": ("1.00", ["pugixml"]),
+    "carry_over": ("0.50", []),
+    "dispatch_1": ("1.15", []),
+    "dispatch_4": ("1.15", []),
+    "dispatch_16": ("1.15", []),
+    "property_10": ("2.5", []),
+    "property_100": ("2.5", []),
+    "property_1000": ("2.5", []),
+    "title": ("1.15", []),
+    "text": ("1.15", []),
 }
+
+# The same subject, with messages that are spread over the heap.
+SPREAD = "_spread"
 
 
 def read_times(files):
@@ -67,10 +72,16 @@ def spread(values):
     return f" ± {(high - low) / 2 / statistics.median(values):.1%}"
 
 
+def goal_of(subject):
+    ratio, peers = GOALS[subject.removesuffix(SPREAD)]
+    return ", ".join([ratio, *peers])
+
+
 def print_table(measured, unit):
-    print(f"| subject | floor, {unit} | {OURS}, {unit} | ratio | goal | others, ratio |")
+    print(f"| subject | floor, {unit} | {OURS}, {unit} | ratio | goal, ahead of | others, ratio |")
     print("|---|---|---|---|---|---|")
-    for subject in [name for name in GOALS if name in measured]:
+    subjects = [name + heap for name in GOALS for heap in ("", SPREAD)]
+    for subject in filter(measured.__contains__, subjects):
         values = measured[subject]
         floor = statistics.median(values[FLOOR])
         ours = statistics.median(values[OURS])
@@ -82,7 +93,7 @@ def print_table(measured, unit):
         print(
             f"| {subject} | {floor:,.0f}{spread(values[FLOOR])} "
             f"| {ours:,.0f}{spread(values[OURS])} "
-            f"| {ours / floor:.2f} | {GOALS[subject]} | {others} |"
+            f"| {ours / floor:.2f} | {goal_of(subject)} | {others} |"
         )
 
 

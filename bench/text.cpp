@@ -11,11 +11,12 @@
 #include <rova/strings.h>
 #include <setbook2/message_catalog.h>
 
+#include <boost/container/static_vector.hpp>
+
 #include <unicode/fmtable.h>
 #include <unicode/msgfmt.h>
 #include <unicode/strenum.h>
 
-#include <array>
 #include <iterator>
 #include <map>
 #include <memory>
@@ -100,9 +101,9 @@ public:
 
     std::wstring format(const std::vector<std::wstring>& texts) const
     {
-        std::array<icu::Formattable, most> values;
-        for (std::size_t i = 0; i < texts.size(); ++i)
-            values[i].setString(narrow(texts[i]));
+        boost::container::static_vector<icu::Formattable, most> values;
+        for (const std::wstring& text : texts)
+            values.emplace_back(narrow(text));
         icu::UnicodeString result;
         UErrorCode status = U_ZERO_ERROR;
         m_format.format(m_names.data(), values.data(), static_cast<std::int32_t>(texts.size()),

@@ -5,8 +5,10 @@
 #include <boost/make_shared.hpp>
 
 #include <algorithm>
+#include <cstdint>
 #include <iterator>
 #include <map>
+#include <numeric>
 #include <random>
 
 namespace bench
@@ -18,7 +20,11 @@ using ROVA_2_18::strings::utf8_to_utf16;
 using velmoext_1_4_8::message_t;
 
 const int worth_recording = 1;
-const std::mt19937::result_type seed = 5;
+
+// What a message says depends on its number alone, so that it is the same in each heap.
+const std::uint32_t message_seed = 5;
+const std::uint32_t other_seed = 1000000007;
+const std::mt19937::result_type order_seed = 11;
 
 const char* const severities[] = {"INFO", "WARNING", "ERROR", "CRITICAL"};
 const char* const reasons[] = {"Permission denied", "No such file or directory",
@@ -33,6 +39,8 @@ const char beyond_bmp[] = " \U0001F4C1\U00010348";
 class maker_t
 {
 public:
+    explicit maker_t(std::uint32_t seed) : m_random(seed) {}
+
     plain_message_t make(std::size_t place)
     {
         plain_message_t message = make_shape(place);
@@ -87,8 +95,14 @@ private:
     std::string number() { return std::to_string(m_random() % 10000000); }
     std::string path() { return pick(folders) + number() + "/file_" + number(); }
 
-    std::mt19937 m_random{seed}; // NOLINT(cert-msc32-c,cert-msc51-cpp): always the same
+    std::minstd_rand m_random; ///< cheap to seed
 };
+
+plain_message_t make_plain(std::size_t place, std::uint32_t seed)
+{
+    const std::uint32_t spread_seeds = 2654435761;
+    return maker_t((static_cast<std::uint32_t>(place) + seed) * spread_seeds).make(place);
+}
 
 std::map<std::wstring, std::wstring> wide(const texts_t& texts)
 {
@@ -96,12 +110,6 @@ std::map<std::wstring, std::wstring> wide(const texts_t& texts)
     for (const auto& [name, text] : texts)
         result.emplace(utf8_to_utf16(name), utf8_to_utf16(text));
     return result;
-}
-
-void add(const texts_t& texts, std::string& line)
-{
-    for (const auto& [name, text] : texts)
-        line.append(1, ' ').append(name).append(1, '=').append(text);
 }
 
 std::size_t size_of(const texts_t& texts)
@@ -133,36 +141,33 @@ message_ptr make_message(const plain_message_t& plain)
     return message;
 }
 
-workload_t::workload_t(std::size_t size)
+workload_t::workload_t(std::size_t size, heap_t heap)
+    : m_heap(heap), m_plain(size), m_messages(size)
 {
-    maker_t maker;
-    m_plain.reserve(size);
-    m_messages.reserve(size);
-    for (std::size_t place = 0; place < size; ++place) {
-        m_plain.push_back(maker.make(place));
-        m_messages.push_back(make_message(m_plain.back()));
+    for (const std::size_t place : creation_order(size)) {
+        m_plain[place] = std::make_unique<plain_message_t>(make_plain(place, message_seed));
+        m_messages[place] = make_message(*m_plain[place]);
+        if (heap == heap_t::spread)
+            m_others.push_back(make_message(make_plain(place, other_seed)));
     }
 }
 
-std::vector<std::string> workload_t::lines() const
+std::vector<std::size_t> workload_t::creation_order(std::size_t count) const
 {
-    std::vector<std::string> lines;
-    lines.reserve(size());
-    for (const plain_message_t& message : m_plain) {
-        std::string line = message.type + ' ' + message.severity;
-        add(message.attributes, line);
-        add(message.args, line);
-        add(message.elements, line);
-        lines.push_back(std::move(line));
+    std::vector<std::size_t> order(count);
+    std::iota(order.begin(), order.end(), 0);
+    if (m_heap == heap_t::spread) {
+        std::mt19937 random(order_seed); // NOLINT(cert-msc32-c,cert-msc51-cpp): always the same
+        std::shuffle(order.begin(), order.end(), random);
     }
-    return lines;
+    return order;
 }
 
 std::size_t workload_t::text_size(std::size_t count) const
 {
     std::size_t size = 0;
     for (std::size_t place = 0; place < count; ++place) {
-        const plain_message_t& message = m_plain[place];
+        const plain_message_t& message = *m_plain[place];
         size += message.type.size() + size_of(message.attributes) + size_of(message.args) +
                 size_of(message.elements);
     }

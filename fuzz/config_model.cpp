@@ -37,6 +37,16 @@ bool is_text(const xmlNode& node)
     return node.type == XML_TEXT_NODE || node.type == XML_CDATA_SECTION_NODE;
 }
 
+// Before 2.14, libxml2 takes what the encoding does not admit for the end if it follows the root.
+bool is_read_whole([[maybe_unused]] xmlParserCtxt& parser, [[maybe_unused]] std::size_t size)
+{
+#if LIBXML_VERSION >= 21400
+    return true;
+#else
+    return xmlByteConsumed(&parser) == static_cast<long>(size);
+#endif
+}
+
 } // namespace
 
 struct config_model_t::builder_t
@@ -82,14 +92,14 @@ std::unique_ptr<config_model_t> config_model_t::read(const std::string& bytes)
                           nullptr, XML_PARSE_NONET),
         xmlFreeDoc);
     xmlNode* const root = tree ? xmlDocGetRootElement(tree.get()) : nullptr;
-    if (root == nullptr || tree->intSubset != nullptr || name_of(root->name, root->ns) != L"bag")
+    if (root == nullptr || xmlGetIntSubset(tree.get()) != nullptr ||
+        name_of(root->name, root->ns) != L"bag")
         return nullptr;
     auto model = std::make_unique<config_model_t>();
     builder_t builder;
     model->m_root = builder.build(*root);
-    // libxml2 takes what its encoding does not admit for the end, where it stands behind the root.
-    const bool is_read_whole = xmlByteConsumed(parser.get()) == static_cast<long>(bytes.size());
-    model->m_may_be_refused = builder.has_too_many_attributes || !is_read_whole;
+    model->m_may_be_refused =
+        builder.has_too_many_attributes || !is_read_whole(*parser, bytes.size());
     return model;
 }
 

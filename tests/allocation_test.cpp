@@ -179,14 +179,14 @@ const std::vector<operation_t> others = {
     {"set_content_with_less", cxx, replace_fields(set_content, 4, 1), "replaced"},
     {"assign_more", cxx, replace_fields(assign, 1, 4), "replaced"},
     {"assign_less", cxx, replace_fields(assign, 4, 1), "replaced"},
-    {"encode", both,
+    {"encode", cxx,
      encode(make_content({{L"tool", L"x"}, {L"name\xE9", L"a \"value\" & more"}},
                          {{L"a", L"1 < 2"}, {L"", L"unnamed"}}, {{L"e", L"text"}})),
      "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
      "<msg name\xC3\xA9=\"a &quot;value&quot; &amp; more\" tool=\"x\">\n"
      " <arg name=\"\">unnamed</arg>\n <arg name=\"a\">1 &lt; 2</arg>\n <e>text</e>\n"
      " <type></type>\n <severity>WARNING</severity>\n</msg>\n"},
-    {"encode_what_is_long", both,
+    {"encode_what_is_long", cxx,
      encode(make_content({{L"a", long_text}}, {}, {{L"e", long_text + L"<"}})),
      "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<msg a=\"" + std::string(9000, 'l') +
          "\">\n <e>" + std::string(9000, 'l') +

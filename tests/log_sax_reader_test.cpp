@@ -85,20 +85,6 @@ TEST_F(log_sax_reader_test, a_message_alone_is_delivered_too)
 }
 
 // libxml2 would compare each of them with all before it, to the end of the tag: for minutes.
-TEST_F(log_sax_reader_cost_test, attributes_that_repeat_end_the_parse_at_once)
-{
-    std::string names;
-    for (int i = 0; i < 20000; ++i)
-        names += " a" + std::to_string(i) + "=''";
-    std::string repeated;
-    for (int i = 0; i < 1000000; ++i)
-        repeated += " a19999=''";
-    EXPECT_GT(m_reader.parse("<log><msg><type>t</type></msg><msg" + names + repeated +
-                             "><type>u</type></msg></log>"),
-              0);
-    EXPECT_EQ(m_types, L"t;");
-}
-
 TEST_F(log_sax_reader_test, a_message_without_type_and_severity_is_dropped)
 {
     m_reader.parse("<log><msg tool='x'><arg name='a'>1</arg></msg><msg/></log>");
@@ -395,7 +381,7 @@ TEST_F(log_sax_reader_test, the_errors_of_the_process_go_where_they_went_before)
 {
     static int heard = 0;
     heard = 0;
-    const auto hear = [](void*, xmlErrorPtr) {
+    const auto hear = [](void*, auto* /*constant since libxml2 2.12*/) {
         ++heard;
     };
     void* const former_context = xmlStructuredErrorContext;

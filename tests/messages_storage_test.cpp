@@ -370,16 +370,6 @@ TEST_F(messages_storage_test, a_start_that_is_refused_lets_go_of_the_log)
     EXPECT_TRUE(get("./log.xml")->start_recording());
 }
 
-TEST_F(messages_storage_test, a_copy_that_is_too_long_is_left_alone)
-{
-    record_all(L"a");
-    const std::string before = log();
-    m_folder.write("log.xml.tmp", "x");
-    ASSERT_EQ(truncate(m_folder.name("log.xml.tmp").c_str(), 1LL << 31), 0);
-    EXPECT_FALSE(get()->start_recording());
-    EXPECT_EQ(log(), before);
-}
-
 TEST_F(messages_storage_test, what_is_no_file_in_the_place_of_the_copy_is_left_alone)
 {
     record_all(L"a");
@@ -597,7 +587,7 @@ TEST_F(messages_storage_test, very_many_foreign_attributes_are_read_or_damage_at
     for (int i = 0; i < 1000000; ++i)
         attributes += " a" + std::to_string(i) + "='>'";
     m_folder.write("log.xml", "<log><msg><type>a</type></msg><msg" + attributes +
-                                  "><type>b</type></msg><msg><type>c</type></msg></log>");
+                                  "><!-- c --><type>b</type></msg><msg><type>c</type></msg></log>");
     const usage_t usage;
     const std::wstring types = replay(get());
     EXPECT_TRUE(types == L"a;" || types == L"a;b;c;") << testing::PrintToString(types);

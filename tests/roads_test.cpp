@@ -356,6 +356,13 @@ const row_t prefixed_names[] = {
      t(R"(attribute "a" = "1"; element "e" = "2"; )"), unchanged, unchanged},
     {"the_prefix_xml_is_lost_on_the_way_through_a_string", with({{L"xml:lang", L"de"}}, {}),
      t(R"(attribute "lang" = "de"; )"), unchanged, unchanged},
+    {"a_name_that_libxml2_cannot_split_is_left_out",
+     with({{L"a:b:1", L"1"}, {L"z", L"2"}}, {}, {{L"a:b:1", L"3"}}), t(R"(attribute "z" = "2"; )"),
+     t(R"(attribute "z" = "2"; )"), t(R"(attribute "z" = "2"; )")},
+    {"of_two_attributes_with_the_same_utf8_name_the_first_stays",
+     with({{L"a" + smile, L"1"}, {L"a" + units({0x1F600}), L"2"}}, {}),
+     t(R"(attribute "a\uD83D\uDE00" = "1"; )"), t(R"(attribute "a\uD83D\uDE00" = "1"; )"),
+     t(R"(attribute "a\uD83D\uDE00" = "1"; )")},
 };
 
 } // namespace
@@ -500,6 +507,16 @@ TEST_F(roads_test, a_text_of_any_length_survives)
         m_folder.write("log.xml", empty_log);
         EXPECT_TRUE(m_log.log_carry_over_and_replay(sent).at(0)->get_content().args == expected);
     }
+}
+
+TEST_F(roads_test, a_longer_text_beside_a_namespace_survives_in_a_log_alone)
+{
+    const message_ptr sent = with({{L"xmlns", L"u"}}, {{L"n", std::wstring(10000001, L'x')}});
+    const texts_t expected = sent->get_content().args;
+    EXPECT_FALSE(string_and_back(sent));
+    EXPECT_TRUE(m_log.log_and_replay(sent).at(0)->get_content().args == expected);
+    m_folder.write("log.xml", empty_log);
+    EXPECT_TRUE(m_log.log_carry_over_and_replay(sent).at(0)->get_content().args == expected);
 }
 
 TEST_F(roads_test, attributes_of_any_length_survive)

@@ -798,10 +798,12 @@ TEST_F(setbook2_message_catalog_test, what_is_no_file_is_passed_over_at_once)
 
 TEST_F(setbook2_message_catalog_test, a_file_in_another_encoding_is_passed_over)
 {
-    const std::string entry = "\nmsgid \"t\"\nmsgstr \"gr\xFC\xDF\"\n";
-    EXPECT_EQ(
-        text_in(bytes_of(po_of("Content-Type: text/plain; charset=ISO-8859-1\n", {}) + entry)),
-        no_catalog);
+    // Renamed in the file: from 0.22 on, msgfmt itself converts a text to UTF-8.
+    std::string bytes = bytes_of(po_of({{"t", "text"}}));
+    EXPECT_EQ(text_in(bytes), L"text");
+    const std::string encoding = "UTF-8";
+    bytes.replace(bytes.find(encoding), encoding.size(), "CP437");
+    EXPECT_EQ(text_in(bytes), no_catalog);
 }
 
 TEST_F(setbook2_message_catalog_test, a_file_that_does_not_tell_its_encoding_is_passed_over)

@@ -31,8 +31,12 @@ public:
     virtual bool on_message(boost::shared_ptr<velmo_ex_t> ex,
                             boost::shared_ptr<progress_message_t> msg);
 
-    /// Sees a message that is delivered through `ex`; `msg` is null where a text arrived that is no
-    /// message. True consumes it, false passes it on to the handler beneath; by default false.
+    /// Sees a message that is delivered through `ex`. Returns true to consume it, false to pass it
+    /// on to the next handler; by default false.
+    ///
+    /// `ex` is the extension object's own shared pointer: it owns the object, even if the delivery
+    /// was started through a pointer that does not. `msg` is null if the text that arrived is not a
+    /// message.
     virtual bool on_message(boost::shared_ptr<velmo_ex_t> ex, boost::shared_ptr<message_t> msg);
 };
 

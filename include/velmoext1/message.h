@@ -47,6 +47,7 @@ public:
     /// An empty() message.
     message_t();
     message_t(const message_t& other);
+    /// Copies all fields. On std::bad_alloc the message is unchanged.
     message_t& operator=(const message_t& other);
     virtual ~message_t();
 
@@ -62,7 +63,7 @@ public:
     void set_flags(int flags);
     int get_flags() const;
 
-    /// Replaces all four parts of the content.
+    /// Replaces all four parts of the content. On std::bad_alloc the message is unchanged.
     void set_content(const message_content_t& content);
     /// A copy of the content: changing it leaves the message as it is.
     message_content_t get_content() const;

@@ -39,32 +39,40 @@ public:
 
     using base_handler_t::on_message;
 
-    /// Writes the message to the log while recording is on and bit 0 or 1 of its flags is set.
-    /// Always false, also for null. What was written reaches the file in portions, and all of it
-    /// when the recording stops; once the file refuses a portion, as on a full disk, the rest of
-    /// this recording is dropped. Where memory is lacking the message is recorded in part or not at
-    /// all; where libxml2 lacks it for one that needs more room than a portion, that too drops the
-    /// rest of this recording, with what has not reached the file yet.
+    /// Writes the message to the log if recording is on and bit 0 or 1 of its flags is set. Always
+    /// returns false, also for null.
+    ///
+    /// Output reaches the file when a buffer is full, and all of it when the recording stops. If
+    /// the file refuses a buffer, as on a full disk, the rest of this recording is dropped. A
+    /// message whose element exceeds 2 GiB is not recorded.
+    ///
+    /// On std::bad_alloc the message is not recorded. If libxml2 runs out of memory, the message is
+    /// recorded in part or not at all; the rest of this recording can be lost with it.
     bool on_message(boost::shared_ptr<velmo_ex_t> ex, boost::shared_ptr<message_t> msg) override;
 
-    /// Begins a log, and carries over into it the messages of the log that is there. While that
-    /// goes on, a copy of the old log stands beside it, its name followed by ".tmp"; one that a
-    /// killed process left is carried over instead.
+    /// Begins a log, and carries over into it the messages of the log that is there. Meanwhile a
+    /// copy of the old log is beside it, under its name followed by ".tmp". If a previous process
+    /// was killed and left a copy, the copy is carried over instead.
     ///
-    /// True when recording is on, also when it was before. False, with the storage idle and
-    /// - log and copy left as they are: where the path is no regular file that can be written,
-    ///   somebody else records into it, it is longer than 2 GiB, or what stands in the place of the
-    ///   copy is no regular file of this process's user, is longer than that, or is the log itself;
-    /// - the copy left for a later start: where not all old messages could be written, as on a full
-    ///   disk or without memory, or where the copy cannot be removed.
-    /// A file that holds no log is replaced by one. Where std::bad_alloc passes out the storage is
-    /// idle, and the old messages stand in the log or in the copy.
+    /// Returns true if recording is on, also if it was on before. Returns false, with the storage
+    /// idle and log and copy unchanged, if
+    /// - the path is not a regular file that can be written, or another recorder has it locked;
+    /// - nothing of the old log can be read, because its encoding is not known or because it
+    ///   exceeds a limit at its beginning or as a whole (SECURITY.md has the limits);
+    /// - the file in the place of the copy is not a regular file of this process's user, or is the
+    ///   log itself.
+    /// Returns false, with the storage idle and the copy left for a later start, if
+    /// - not all old messages could be written, as on a full disk or without memory, or an element
+    ///   of the old log exceeds a limit;
+    /// - the copy cannot be removed.
+    /// A file that is not a log is replaced by one. On std::bad_alloc the storage is idle, and the
+    /// old messages are in the log or in the copy.
     ///
-    /// The old messages are lost in three cases. Where no copy of the log can be made, as in a
-    /// folder that refuses it or on a full disk, recording starts all the same and with an empty
-    /// log. Where libxml2 has no memory for a writer, or the copy that was just made cannot be
-    /// opened, as with no descriptor left, the answer is false, and the storage may count as
-    /// recording, with all that comes dropped, until stop_recording() makes it idle.
+    /// The old messages are lost in three cases. If no copy of the log can be made, as in a folder
+    /// that refuses it or on a full disk, recording starts with an empty log and true is returned.
+    /// If libxml2 has no memory for a writer, or if the copy that was just made cannot be opened,
+    /// as without a free descriptor, false is returned. The storage may then count as recording,
+    /// with every message dropped, until stop_recording() makes it idle.
     virtual bool start_recording();
 
     /// Closes the log. Always true, also where no recording is on or the file refused a part of it.
@@ -75,16 +83,23 @@ public:
     virtual bool start_reading();
 
     /// Delivers the messages of the file to the extension object, in the order of the file, as if
-    /// they were sent anew. The first time it reads the whole file, later only what stands behind
-    /// the place where it stopped, as a document of its own; a recording in between writes the
-    /// file anew, but does not take the place back. A new storage reads from the beginning.
+    /// they were sent again. The first replay reads the whole file. A later one reads only the text
+    /// after the offset at which the former one stopped, as a document of its own. A recording in
+    /// between rewrites the file but does not reset that offset. A new storage reads from the
+    /// beginning.
     ///
-    /// True when there was something new to read, also where it was damaged: the messages before
-    /// the damage have been delivered then. False, with nothing delivered, while recording is on,
-    /// without start_reading(), or where there is nothing new, the file cannot be read, has become
-    /// shorter, or its new part has no '>' or is longer than 2 GiB. What a handler throws passes
-    /// out, and std::bad_alloc where libxml2 lacks memory on the way; what was read then counts as
-    /// replayed. The extension object must not be null.
+    /// Returns true if there was something new to read, even if it was damaged, exceeds a limit or
+    /// is in an encoding that is not known: the messages before that point have been delivered.
+    /// Returns false, with nothing delivered, while recording is on, without start_reading(), or if
+    /// there is nothing new, the file cannot be read or has become shorter, or its new part has no
+    /// '>'.
+    ///
+    /// Exceptions of a handler pass out. Throws boost::bad_weak_ptr if there is a handler but the
+    /// extension object has no owner, and std::bad_alloc, also if libxml2 runs out of memory. The
+    /// new text then counts as replayed. The extension object must not be null.
+    ///
+    /// A log may have any length: only its largest message is kept in memory. A log that has a
+    /// document type, another encoding than UTF-8 or another root is kept whole.
     virtual bool replay(boost::shared_ptr<velmo_ex_t> ex);
 
     /// Takes back what start_reading() allowed. What has been replayed stays so.

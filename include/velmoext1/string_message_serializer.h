@@ -19,40 +19,40 @@ namespace velmoext_1_4_8
 class VELMOEXT1_API string_message_serializer_t
 {
 public:
-    /// The message as an XML document. Empty where libxml2 cannot make a writer or write its text
-    /// out, or lacks memory. The message must not be null.
+    /// Returns the message as an XML document. Requires a message that is not null.
     ///
-    /// What a reader would refuse costs only itself:
+    /// Anything that a reader would reject is replaced or left out individually:
     /// - a character that XML 1.0 cannot carry becomes U+FFFD;
-    /// - an attribute or element is left out whose key is no XML name, is longer than 50,000 bytes,
-    ///   has a digit or a mark such as '-' behind its second colon, as in `a:b:1`, or brings all
-    ///   keys together over 3,500,000 bytes;
-    /// - an attribute is left out that follows 1,000 others or brings the start tag over 9,990,000
-    ///   bytes, an argument whose name is longer than that.
+    /// - an attribute or element is left out if its key is not an XML name;
+    /// - so is one whose key libxml2 cannot split at its colons, as `a:b:1`: a name is between the
+    ///   first two colons, and the second one is followed by text that is not a name;
+    /// - an attribute is left out if an earlier one has the same name in UTF-8.
     ///
-    /// An attribute or element with an empty key ends attributes, arguments and elements at its
-    /// place; type and severity follow. An argument with an empty name is written, and read back
-    /// as `arg1`.
+    /// Keys and texts may have any length, and a message any number of them. An attribute or
+    /// element with an empty key ends attributes, arguments and elements; type and severity follow.
+    /// An argument with an empty name is written, and read back as `arg1`.
     static std::wstring message_to_xml_string(boost::shared_ptr<message_t> message);
 
-    /// The message that the document holds: its first top-level "msg" element. Null where there is
-    /// none, where the text is no XML or longer than 2 GiB, where libxml2 lacks memory, and where
-    /// - it declares an encoding in which markup may not be ASCII, or very many namespaces, or has
-    ///   very many different names and ids;
-    /// - its document type is longer than 64 KiB, refers to parameter entities, or lets entities or
-    ///   defaults grow beyond all measure.
+    /// Returns the message that the document holds: its root element, if that is a "msg". Ignores
+    /// the encoding that the document declares. Opens no file that the text names.
     ///
-    /// Of an element's attributes those behind the first 1,000 are left out. Opens no file that the
-    /// text names.
+    /// A severity is INFO, WARNING, ERROR or CRITICAL in any case, or 2 for info, 1 for warning, 0
+    /// for critical; another text is none. An "arg" without a name becomes `arg1`, the next one
+    /// `arg2`. Of two texts with the same name the first counts, of two types or severities the
+    /// last. A text is the whole text of its element, not trimmed.
     ///
-    /// Whoever wrote it: a severity is INFO, WARNING, ERROR or CRITICAL in any case, or 2 for info,
-    /// 1 for warning, 0 for critical; another text is none. An "arg" without a name becomes `arg1`,
-    /// the next one `arg2`. Of two texts of one name the first counts, of two types or severities
-    /// the last. A text is all that stands in its element, not trimmed.
+    /// Returns null if
+    /// - there is no such element, or the text is not well-formed XML up to its end;
+    /// - the text has a zero character;
+    /// - the document is not in the written form and exceeds a limit, or its document type refers
+    ///   to a parameter entity;
+    /// - libxml2 runs out of memory.
+    /// A fault shortly after the element can also give null.
     ///
-    /// Reads everything that message_to_xml_string() writes, but for an argument, element or type
-    /// of more than 10,000,000 bytes, and a document of very many namespaces or names: such a
-    /// document gives null.
+    /// A document that message_to_xml_string() returned is in the written form, with two
+    /// exceptions: an attribute declares a namespace, as `xmlns`, or a name has the prefix `xml`; an
+    /// element is named `type`, `severity` or `arg`. Limits, as 10,000,000 bytes for a text, apply to these too. SECURITY.md
+    /// has all limits.
     static boost::shared_ptr<message_t> xml_string_to_message(const std::wstring& text);
 
 private:

@@ -39,15 +39,16 @@ public:
     /// string_message_serializer_t::message_to_xml_string().
     std::wstring encode_to_velmo(boost::shared_ptr<message_t> msg);
 
-    /// Says the message's text, an empty one too, to the host messenger, with the host's severity 1
-    /// whatever the message's own: that one travels inside the text. A host messenger must have
-    /// been set. What it throws passes out.
+    /// Says the message's text to the host messenger, with the host's severity 1. The message's own
+    /// severity travels inside the text. Requires a host messenger. Exceptions of the messenger
+    /// pass out.
     void send_to_velmo(boost::shared_ptr<message_t> msg);
 
 protected:
-    /// Delivers the message that `text` holds to the extension object's handlers, null where it
-    /// holds none; the host's severity is ignored. Does nothing without an extension object, else
-    /// `text` must not be null. What a handler throws passes out.
+    /// Delivers the message that `text` holds to the extension object's handlers, null if it holds
+    /// none. Ignores the host's severity. Does nothing without an extension object; otherwise
+    /// `text` must not be null. Exceptions of a handler pass out. Throws boost::bad_weak_ptr if
+    /// there is a handler but the extension object has no owner.
     void say(velmo2::ESeverity severity, const wchar_t* text) override;
 
 private:

@@ -67,12 +67,11 @@ private:
 
     VELMOEXT1_LOCAL velmo_ex_t();
 
-    /// Offers the message to the handlers, from the top of the stack, until one consumes it. A
-    /// message that nobody consumes is dropped; null is offered like any other. What a handler
-    /// throws passes out, with the stack unchanged. The caller's `ex` has to outlive the call: a
-    /// handler may let go of all other owners.
-    VELMOEXT1_LOCAL static void dispatch_message(const boost::shared_ptr<velmo_ex_t>& ex,
-                                                 const boost::shared_ptr<message_t>& msg);
+    /// Offers the message to the handlers, from the top of the stack, until one returns true. Drops
+    /// a message that no handler consumes; null is offered like any other. What a handler throws
+    /// passes out, with the stack unchanged; so does boost::bad_weak_ptr if there is a handler but
+    /// no owner of this object. A caller must keep this object alive meanwhile.
+    VELMOEXT1_LOCAL void dispatch_message(boost::shared_ptr<message_t> msg);
 
     VELMOEXT1_LOCAL void retire() noexcept;
     VELMOEXT1_LOCAL void drop_handlers() noexcept;

@@ -2,21 +2,52 @@
 
 #include "core/message_access.h"
 
+#include <map>
+#include <utility>
+
 namespace velmoext_1_4_8
 {
 namespace
 {
 
-// A source is stored under "tool"; "source" is accepted from others, and preferred.
-const std::wstring stored_source_key = L"tool";
-const std::wstring preferred_source_key = L"source";
-const std::wstring no_source;
+typedef std::map<std::wstring, std::wstring> string_map_t;
+
+// A source is stored under "tool"; "source" is accepted from others, and preferred. The keys are
+// never destroyed: destructors of static objects use messages, too.
+const std::wstring& stored_source_key()
+{
+    static const auto* const key = new std::wstring(L"tool");
+    return *key;
+}
+
+const std::wstring& preferred_source_key()
+{
+    static const auto* const key = new std::wstring(L"source");
+    return *key;
+}
+
+const std::wstring* find_text(const string_map_t& texts, const std::wstring& key)
+{
+    const auto found = texts.find(key);
+    return found == texts.end() ? nullptr : &found->second;
+}
 
 } // namespace
 
 message_t::message_t() = default;
 message_t::message_t(const message_t& other) = default;
-message_t& message_t::operator=(const message_t& other) = default;
+
+// The copy is complete before this message changes.
+message_t& message_t::operator=(const message_t& other)
+{
+    message_content_t content = other.m_content;
+    m_type.assign(other.m_type);
+    std::swap(m_content, content);
+    m_severity = other.m_severity;
+    m_flags = other.m_flags;
+    return *this;
+}
+
 message_t::~message_t() = default;
 
 void message_t::set_type(const std::wstring& type)
@@ -51,7 +82,8 @@ int message_t::get_flags() const
 
 void message_t::set_content(const message_content_t& content)
 {
-    m_content = content;
+    message_content_t copy = content;
+    std::swap(m_content, copy);
 }
 
 message_t::message_content_t message_t::get_content() const
@@ -61,22 +93,28 @@ message_t::message_content_t message_t::get_content() const
 
 void message_t::set_source(const std::wstring& source)
 {
-    m_content.attributes.emplace(stored_source_key, source);
+    m_content.attributes.emplace(stored_source_key(), source);
 }
 
 std::wstring message_t::get_source() const
 {
-    return message_access::source(*this);
+    const std::wstring* const source = message_access::find_source(*this);
+    return source ? *source : std::wstring();
 }
 
-const std::wstring& message_access::source(const message_t& message)
+const std::wstring* message_access::find_source(const message_t& message)
 {
-    for (const std::wstring* const key : {&preferred_source_key, &stored_source_key}) {
-        const auto found = message.m_content.attributes.find(*key);
-        if (found != message.m_content.attributes.end())
-            return found->second;
-    }
-    return no_source;
+    const string_map_t& attributes = message.m_content.attributes;
+    const std::wstring* const preferred = find_text(attributes, preferred_source_key());
+    return preferred ? preferred : find_text(attributes, stored_source_key());
+}
+
+void message_access::add_tool(message_t& message)
+{
+    const std::wstring* const source =
+        find_text(message.m_content.attributes, preferred_source_key());
+    if (source)
+        message.set_source(*source);
 }
 
 bool message_t::equal_to(boost::shared_ptr<message_t> other) const

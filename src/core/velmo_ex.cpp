@@ -76,12 +76,15 @@ boost::shared_ptr<base_handler_t> velmo_ex_t::pop_handler()
     return top;
 }
 
-void velmo_ex_t::dispatch_message(const boost::shared_ptr<velmo_ex_t>& ex,
-                                  const boost::shared_ptr<message_t>& msg)
+void velmo_ex_t::dispatch_message(boost::shared_ptr<message_t> msg)
 {
-    const boost::mutex::scoped_lock lock(ex->m_mutex);
-    std::any_of(ex->m_handlers.rbegin(), ex->m_handlers.rend(),
-                [&](const auto& handler) { return handler->on_message(ex, msg); });
+    const boost::mutex::scoped_lock lock(m_mutex);
+    if (m_handlers.empty())
+        return;
+    const boost::shared_ptr<velmo_ex_t> self = shared_from_this();
+    static_cast<void>(std::any_of(m_handlers.rbegin(), m_handlers.rend(), [&](const auto& handler) {
+        return handler->on_message(self, msg);
+    }));
 }
 
 // Every entry that waits here is purged by whichever object dies next, without a walk through the

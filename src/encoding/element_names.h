@@ -1,14 +1,12 @@
 #pragma once
 
-#include <libxml/xmlstring.h>
-
 #include <cstdint>
 #include <string>
 
 namespace velmoext_1_4_8
 {
 
-/// The names of a message's XML form; all that writes and reads one takes them from here.
+/// The names in a message's XML form, shared by everything that writes or reads it.
 struct element_names
 {
     static constexpr const char* log = "log";
@@ -19,23 +17,8 @@ struct element_names
     static constexpr const char* severity = "severity";
 };
 
-inline const xmlChar* to_xml(const char* text)
-{
-    return reinterpret_cast<const xmlChar*>(text);
-}
-
-inline const xmlChar* to_xml(const std::string& text)
-{
-    return to_xml(text.c_str());
-}
-
-inline const char* from_xml(const xmlChar* text)
-{
-    return reinterpret_cast<const char*>(text);
-}
-
-/// The name of an argument that came without one: "arg" and the message's next number, which is
-/// counted up and, at its end, goes on with the smallest.
+/// Returns the name of an argument that has none in XML: "arg" and the message's next number. The
+/// number is incremented and wraps to the smallest.
 std::wstring generate_arg_name(std::int32_t& next_arg_number);
 
 } // namespace velmoext_1_4_8

@@ -1,27 +1,19 @@
 #include "encoding/node_text.h"
 
-#include "encoding/element_names.h"
+#include "xml/handles.h"
 
 namespace velmoext_1_4_8
 {
-namespace
-{
-
-// More than libxml2 nests elements; entities that refer to each other could nest without end.
-const int max_depth = 1000;
-
-} // namespace
-
 bool node_text_t::append(const xmlNode* first, std::string& text)
 {
-    if (m_depth == max_depth)
+    if (m_depth == limits::max_text_depth)
         return false;
     ++m_depth;
-    bool complete = true;
-    for (const xmlNode* node = first; complete && node; node = node->next)
-        complete = append_node(node, text);
+    bool is_complete = true;
+    for (const xmlNode* node = first; is_complete && node; node = node->next)
+        is_complete = append_node(node, text);
     --m_depth;
-    return complete;
+    return is_complete;
 }
 
 bool node_text_t::append_node(const xmlNode* node, std::string& text)
@@ -46,11 +38,10 @@ bool node_text_t::append_entity(const xmlNode* reference, std::string& text)
     const xmlEntity* const entity = xmlGetDocEntity(reference->doc, reference->name);
     if (!entity)
         return true;
-    // What stands in it is paid with it, its own references too.
-    const auto cost = static_cast<std::size_t>(entity->length);
-    if (cost > m_budget)
+    const auto size = static_cast<std::size_t>(entity->length);
+    if (size > m_entity_bytes_left)
         return false;
-    m_budget -= cost;
+    m_entity_bytes_left -= size;
     return append(entity->children, text);
 }
 

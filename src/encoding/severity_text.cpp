@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string>
 #include <string_view>
 
 namespace velmoext_1_4_8
@@ -24,7 +25,7 @@ const form_t forms[] = {{message_t::critical, "CRITICAL", "0"},
                         {message_t::warning, "WARNING", "1"},
                         {message_t::info, "INFO", "2"}};
 
-const form_t* find_form(const std::string& text)
+const form_t* find_form(std::string_view text)
 {
     const auto* const form =
         std::find_if(std::begin(forms), std::end(forms), [&](const form_t& candidate) {
@@ -33,10 +34,10 @@ const form_t* find_form(const std::string& text)
     return form == std::end(forms) ? nullptr : form;
 }
 
-std::string upper_case(const std::string& text)
+std::string upper_case(std::string_view text)
 {
     using namespace ROVA_2_18::strings;
-    return utf16_to_utf8(to_upper(utf8_to_utf16(text)));
+    return utf16_to_utf8(to_upper(utf8_to_utf16(std::string(text))));
 }
 
 } // namespace
@@ -49,7 +50,7 @@ const char* severity_text(message_t::severity_t severity)
     return form == std::end(forms) ? "" : form->word.data();
 }
 
-message_t::severity_t parse_severity(const std::string& text)
+message_t::severity_t parse_severity(std::string_view text)
 {
     const form_t* form = find_form(text);
     if (!form)

@@ -45,7 +45,7 @@ void velmo_adapter_t::say(velmo2::ESeverity /*severity*/, const wchar_t* text)
     // A handler may give this adapter another object, or none.
     const boost::shared_ptr<velmo_ex_t> ex = m_output_velmoext;
     if (ex)
-        velmo_ex_t::dispatch_message(ex, string_message_serializer_t::xml_string_to_message(text));
+        ex->dispatch_message(string_message_serializer_t::xml_string_to_message(text));
 }
 
 } // namespace velmoext_1_4_8

@@ -44,7 +44,9 @@ std::wstring config_reader_t::read_property(boost::shared_ptr<velmo_ex_t> velmo_
                                             const std::wstring& name)
 {
     const boost::mutex::scoped_lock lock(m_lookup_mutex);
-    const config_file_t* const file = find_file(message_access::source(*message));
+    const std::wstring no_source;
+    const std::wstring* const source = message_access::find_source(*message);
+    const config_file_t* const file = find_file(source ? *source : no_source);
     if (!file)
         return std::wstring();
     const std::wstring& type = message_access::type(*message);

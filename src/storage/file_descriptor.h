@@ -47,9 +47,9 @@ public:
     /// Whether truncate() or write() failed since the last open().
     bool has_failed() const { return m_has_failed; }
 
-    /// Replaces the text by that many bytes from the position on; by fewer where the file ends or
-    /// refuses.
-    void read(std::int64_t position, std::size_t count, std::string& text) const;
+    /// Appends that many bytes from the offset on to the text; fewer when the file ends or the read
+    /// fails. Returns how many.
+    std::size_t read(std::int64_t offset, std::size_t count, std::string& text) const;
 
 private:
     bool is_of_this_process() const;

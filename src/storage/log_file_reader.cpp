@@ -1,14 +1,12 @@
 #include "storage/log_file_reader.h"
 
 #include "storage/file_descriptor.h"
-#include "xml/declared_encoding.h"
-#include "xml/document_type.h"
-#include "xml/start_tags.h"
+#include "storage/log_walker.h"
 
 #include <rova/strings.h>
 
 #include <algorithm>
-#include <climits>
+#include <cstddef>
 #include <utility>
 
 namespace velmoext_1_4_8
@@ -16,20 +14,7 @@ namespace velmoext_1_4_8
 namespace
 {
 
-// libxml2 looks ahead by 250 bytes. Where the text ends within them it looks back as well, and
-// gives up when the last tag with a long attribute lies behind the first 10,000,000 bytes. White
-// space behind the text, which no message notices, keeps it from looking.
-const std::size_t lookahead = 300;
-const std::size_t first_bytes = 9000000;
-
-const std::size_t longest_text = INT_MAX;
-
-// A zero ends the text, as does the last tag: what follows it is not complete.
-void cut(std::string& text)
-{
-    text.resize(std::min(text.find('\0'), text.size()));
-    text.resize(text.rfind('>') + 1);
-}
+const std::size_t chunk = 262144;
 
 } // namespace
 
@@ -40,31 +25,58 @@ void log_file_reader::set_callback(const log_sax_reader::message_callback_t& cal
     m_sax.set_callback(callback);
 }
 
-bool log_file_reader::parse()
+// A log whose elements are read one by one is refused by none of them at its beginning.
+refusal_t log_file_reader::find_refusal(const std::string& file_name)
 {
-    std::string text = read_new_text();
-    cut(text);
-    cut_hidden_markup(text);
-    leave_out_excess_attributes(text);
-    cut_long_document_type(text);
-    if (text.size() > first_bytes && text.size() <= longest_text - lookahead)
-        text.append(lookahead, '\n');
-    return m_sax.parse(text) >= 0;
+    log_file_reader reader(file_name);
+    reader.set_callback([](const boost::shared_ptr<message_t>&) {});
+    reader.m_reads_beginning_only = true;
+    reader.parse();
+    return reader.refusal();
 }
 
-std::string log_file_reader::read_new_text()
+bool log_file_reader::parse()
 {
+    m_refusal = refusal_t::none;
     file_descriptor_t file;
     if (!file.open(true, basekit2::path_t(ROVA_2_18::strings::utf8_to_utf16(m_file_name))))
-        return std::string();
-    const std::int64_t count = file.size() - m_position;
-    if (count <= 0 || count > static_cast<std::int64_t>(longest_text))
-        return std::string();
-    std::string text;
-    text.reserve(static_cast<std::size_t>(count) + lookahead);
-    file.read(m_position, static_cast<std::size_t>(count), text);
-    m_position += static_cast<std::int64_t>(text.size());
-    return text;
+        return false;
+    const std::int64_t begin = m_position;
+    const std::int64_t end = file.size();
+    if (end <= begin)
+        return false;
+    m_position = end;
+    return parse(file, begin, end);
+}
+
+// Returns whether there was a tag.
+bool log_file_reader::parse(const file_descriptor_t& file, std::int64_t begin, std::int64_t end)
+{
+    log_walker_t walker(m_sax);
+    std::string text; // that was read but not walked
+    bool has_tag = false;
+    bool is_last = false;
+    while (!is_last && !walker.is_finished()) {
+        // As much again as was not enough: so an element of any size is looked through a few times.
+        const auto left = static_cast<std::size_t>(end - begin);
+        const std::size_t wanted = std::min(std::max(chunk, text.size()), left);
+        const std::size_t size = file.read(begin, wanted, text);
+        begin += static_cast<std::int64_t>(size);
+        if (size < wanted)
+            m_position = begin;
+        // A zero ends the text.
+        const std::size_t zero = text.find('\0', text.size() - size);
+        is_last = size < wanted || begin == end || zero != std::string::npos;
+        if (is_last) {
+            text.resize(std::min(zero, text.size()));
+            text.resize(text.rfind('>') + 1);
+        }
+        has_tag = has_tag || text.find('>') != std::string::npos;
+        text.erase(0, walker.walk(text, is_last));
+        is_last = is_last || (m_reads_beginning_only && walker.reads_elements());
+    }
+    m_refusal = walker.refusal();
+    return has_tag;
 }
 
 } // namespace velmoext_1_4_8

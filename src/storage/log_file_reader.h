@@ -1,6 +1,7 @@
 #pragma once
 
 #include "storage/log_sax_reader.h"
+#include "xml/limits.h"
 
 #include <cstdint>
 #include <string>
@@ -8,36 +9,46 @@
 namespace velmoext_1_4_8
 {
 
-/// Reads what is new in a log file since its last read, and hands the messages in it over. One
-/// thread at a time may use it.
+class file_descriptor_t;
+
+/// Reads what is new in a log file since its last read, and hands over the messages in it. Keeps
+/// the largest message in memory, not the log. Callers must serialize access.
 class log_file_reader
 {
 public:
     /// The name is UTF-8. Opens nothing.
     explicit log_file_reader(std::string file_name);
 
-    /// Who gets the messages from now on, see log_sax_reader::set_callback().
+    /// Replaces the callback, see log_sax_reader::set_callback().
     void set_callback(const log_sax_reader::message_callback_t& callback);
 
-    /// Reads on from where the last parse() stopped, up to the end of the file; what follows the
-    /// last '>' is dropped. False, with nothing handed over, where there is nothing new or no '>'
-    /// in it, the file cannot be read or has become shorter, or the new part is longer than an int
-    /// can tell; of these only a text without a '>' moves the position. True for damaged text too:
-    /// the messages before the damage have been handed over. What the callback throws passes out.
+    /// Reads from where the last parse() stopped up to the end of the file; what follows the last
+    /// '>' is dropped. Returns true for a damaged text too: the messages before the damage have
+    /// been handed over.
+    ///
+    /// Returns false, with nothing handed over, when there is nothing new or no '>' in it, or when
+    /// the file cannot be read or has become shorter; of these only a text without a '>' moves the
+    /// position. What the callback throws passes out, and std::bad_alloc when libxml2 runs out of
+    /// memory; the position is then past the text.
     bool parse();
 
-    /// See log_sax_reader::has_lacked_memory().
-    bool has_lacked_memory() const { return m_sax.has_lacked_memory(); }
+    /// The limit that made the last parse() end early, if any.
+    refusal_t refusal() const { return m_refusal; }
 
-    /// Where the next parse() goes on, in bytes.
+    /// Returns the limit for which nothing of this log would be read, if any; hands nothing over.
+    static refusal_t find_refusal(const std::string& file_name);
+
+    /// The offset at which the next parse() starts, in bytes.
     std::int64_t position() const { return m_position; }
 
 private:
-    std::string read_new_text();
+    bool parse(const file_descriptor_t& file, std::int64_t begin, std::int64_t end);
 
     std::int64_t m_position = 0;
     std::string m_file_name;
     log_sax_reader m_sax;
+    refusal_t m_refusal = refusal_t::none;
+    bool m_reads_beginning_only = false;
 };
 
 } // namespace velmoext_1_4_8

@@ -8,7 +8,6 @@
 #include <basekit2/file.h>
 #include <rova/strings.h>
 
-#include <climits>
 #include <filesystem>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -27,9 +26,6 @@ using ROVA_2_18::strings::utf16_to_utf8;
 
 // The flags of a message that is worth recording.
 const int recorded_flags = 3;
-
-// libxml2 takes no more at once, so that a longer log could not be carried over.
-const std::int64_t longest_log = INT_MAX;
 
 std::string utf8_name(const basekit2::path_t& path)
 {
@@ -90,8 +86,8 @@ bool messages_storage_impl_t::on_message(boost::shared_ptr<velmo_ex_t> /*ex*/,
 {
     if (msg && m_writer && (msg->get_flags() & recorded_flags) != 0) {
         initialize_xml_library();
-        const xml_error_scope_t silence;
-        write_message_element(std::move(msg), m_writer.get(), silence);
+        const xml_error_scope_t errors;
+        write(std::move(msg));
     }
     return false;
 }
@@ -113,7 +109,7 @@ bool messages_storage_impl_t::stop_recording()
     if (!m_writer)
         return true;
     initialize_xml_library();
-    const xml_error_scope_t silence;
+    const xml_error_scope_t errors;
     xmlTextWriterEndElement(m_writer.get());
     xmlTextWriterEndDocument(m_writer.get());
     m_writer.reset();
@@ -131,11 +127,8 @@ bool messages_storage_impl_t::replay(boost::shared_ptr<velmo_ex_t> ex)
     if (m_writer || m_read_file.get() == -1)
         return false;
     m_replay_reader.set_callback(
-        [&ex](const boost::shared_ptr<message_t>& msg) { velmo_ex_t::dispatch_message(ex, msg); });
-    const bool is_read = m_replay_reader.parse();
-    if (is_read && m_replay_reader.has_lacked_memory())
-        throw std::bad_alloc();
-    return is_read;
+        [&ex](const boost::shared_ptr<message_t>& msg) { ex->dispatch_message(msg); });
+    return m_replay_reader.parse();
 }
 
 void messages_storage_impl_t::stop_reading()
@@ -148,8 +141,7 @@ messages_storage_impl_t::copy_t messages_storage_impl_t::look_at_copy(const base
     struct stat status = {};
     if (lstat(utf8_name(copy).c_str(), &status) != 0)
         return copy_t::missing;
-    const bool is_usable =
-        S_ISREG(status.st_mode) && status.st_uid == geteuid() && status.st_size <= longest_log;
+    const bool is_usable = S_ISREG(status.st_mode) && status.st_uid == geteuid();
     return is_usable ? copy_t::left_behind : copy_t::unusable;
 }
 
@@ -160,8 +152,12 @@ bool messages_storage_impl_t::begin_recording()
     if (look_at_copy(copy) == copy_t::unusable || !m_write_file.open(false, m_path))
         return false;
     const copy_t found = look_at_copy(copy);
-    const bool is_own_copy = found == copy_t::missing && m_write_file.size() <= longest_log &&
-                             basekit2::copy_file(m_path, copy);
+    const basekit2::path_t& old_log = found == copy_t::left_behind ? copy : m_path;
+    if (log_file_reader::find_refusal(utf8_name(old_log)) != refusal_t::none) {
+        m_write_file.close();
+        return false;
+    }
+    const bool is_own_copy = found == copy_t::missing && basekit2::copy_file(m_path, copy);
     if (!may_begin(copy, found, is_own_copy)) {
         m_write_file.close();
         return false;
@@ -174,13 +170,12 @@ bool messages_storage_impl_t::begin_recording()
     return (found == copy_t::missing && !is_own_copy) || carry_over(copy, is_own_copy);
 }
 
-// The log may be emptied: it is not too long to be read again, and what stands in the copy's place
-// is a copy, not the log itself under another name, nor anything that appeared there just now.
+// The log may be emptied if a copy is in the copy's place, not the log itself under another name,
+// nor anything that appeared there just now.
 bool messages_storage_impl_t::may_begin(const basekit2::path_t& copy, copy_t found,
                                         bool is_own_copy) const
 {
-    return m_write_file.size() <= longest_log && found != copy_t::unusable &&
-           !m_write_file.is_named(copy) &&
+    return found != copy_t::unusable && !m_write_file.is_named(copy) &&
            (found == copy_t::left_behind || is_own_copy || look_at_copy(copy) == copy_t::missing);
 }
 
@@ -197,14 +192,24 @@ basekit2::path_t messages_storage_impl_t::temporary_path() const
 bool messages_storage_impl_t::begin_log()
 {
     initialize_xml_library();
-    const xml_error_scope_t silence;
+    const xml_error_scope_t errors;
+    m_has_messages = false;
     m_writer = create_writer(m_write_file);
     if (!m_writer)
         return false;
     xmlTextWriterSetIndent(m_writer.get(), 1);
     xmlTextWriterStartDocument(m_writer.get(), nullptr, "UTF-8", nullptr);
     return xmlTextWriterStartElement(m_writer.get(), to_xml(element_names::log)) >= 0 &&
-           !silence.has_lacked_memory();
+           !errors.has_run_out_of_memory();
+}
+
+// A raw write ends the start tag of the log, without the line break.
+bool messages_storage_impl_t::write(boost::shared_ptr<message_t> msg)
+{
+    const bool has_line_break =
+        m_has_messages || xmlTextWriterWriteRaw(m_writer.get(), to_xml("\n")) >= 0;
+    m_has_messages = true;
+    return write_message_element(std::move(msg), m_writer.get()) && has_line_break;
 }
 
 bool messages_storage_impl_t::carry_over(const basekit2::path_t& copy, bool is_own_copy)
@@ -233,15 +238,16 @@ bool messages_storage_impl_t::carry_over(const basekit2::path_t& copy, bool is_o
 bool messages_storage_impl_t::write_messages_of(const basekit2::path_t& copy, std::int64_t size)
 {
     bool is_written = true;
-    const xml_error_scope_t silence;
+    initialize_xml_library();
+    const xml_error_scope_t errors;
     log_file_reader reader(utf8_name(copy));
     reader.set_callback([&](boost::shared_ptr<message_t> msg) {
-        is_written = write_message_element(std::move(msg), m_writer.get(), silence) && is_written;
+        is_written = write(std::move(msg)) && is_written;
     });
     reader.parse();
     is_written = xmlTextWriterFlush(m_writer.get()) >= 0 && is_written;
-    return is_written && reader.position() == size && !reader.has_lacked_memory() &&
-           !silence.has_lacked_memory() && !m_write_file.has_failed();
+    return is_written && reader.position() == size && reader.refusal() == refusal_t::none &&
+           !errors.has_run_out_of_memory() && !m_write_file.has_failed();
 }
 
 // The file is closed first, so that nothing of the writer's buffer reaches it.

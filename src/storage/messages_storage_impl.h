@@ -38,7 +38,7 @@ private:
     {
         missing,
         left_behind, ///< by a process of this user that was killed; the whole old log
-        unusable     ///< somebody else's, no file, or too long
+        unusable     ///< another user's, or not a file
     };
 
     static copy_t look_at_copy(const basekit2::path_t& copy);
@@ -47,6 +47,7 @@ private:
     bool may_begin(const basekit2::path_t& copy, copy_t found, bool is_own_copy) const;
     basekit2::path_t temporary_path() const;
     bool begin_log();
+    bool write(boost::shared_ptr<message_t> msg);
     bool carry_over(const basekit2::path_t& copy, bool is_own_copy);
     bool write_messages_of(const basekit2::path_t& copy, std::int64_t size);
     void abandon_log();
@@ -55,6 +56,7 @@ private:
     file_descriptor_t m_write_file;
     file_descriptor_t m_read_file; ///< only tells that reading was started
     xml_writer_t m_writer;         ///< writes into m_write_file; set while recording is on
+    bool m_has_messages = false;   ///< whether one was written since recording was started
     log_file_reader m_replay_reader;
 };
 

@@ -1,16 +1,22 @@
 #pragma once
 
 #include <libxml/xmlerror.h>
+#include <libxml/xmlversion.h>
 
 namespace velmoext_1_4_8
 {
 
-/// Keeps libxml2 from printing on this thread as long as it lives, and then leaves the thread's
-/// last error as it was. Some of its errors go to the thread's handlers, whatever options and
-/// handlers a parse has of its own; other threads keep theirs.
+#if LIBXML_VERSION >= 21200
+typedef const xmlError* xml_error_ptr_t;
+#else
+typedef xmlError* xml_error_ptr_t;
+#endif
+
+/// Captures libxml2's errors on this thread while in scope, so that none is printed, and restores
+/// the thread's handlers and last error. Other threads keep theirs.
 ///
-/// A parse that fails meanwhile ends, though not within a comment: nothing behind the fault counts,
-/// and libxml2 can take the square of it.
+/// libxml2 reports some errors to the thread's handlers, whatever options and handlers a parser has
+/// of its own.
 class xml_error_scope_t
 {
 public:
@@ -19,50 +25,38 @@ public:
     xml_error_scope_t(const xml_error_scope_t&) = delete;
     xml_error_scope_t& operator=(const xml_error_scope_t&) = delete;
 
-    /// Whether libxml2 told meanwhile that it has no memory.
-    bool has_lacked_memory() const { return m_has_lacked_memory; }
+    /// Whether libxml2 reported that it ran out of memory.
+    bool has_run_out_of_memory() const { return m_has_run_out_of_memory; }
 
-    /// How often it told so in a text alone, and then answered as if all were well.
-    int hidden_losses() const { return m_hidden_losses; }
-
-    /// Gives the thread its own handlers and last error back, as long as it lives, while other code
-    /// runs there.
+    /// Restores the thread's own handlers and last error while other code runs there.
     class pause_t
     {
     public:
-        explicit pause_t(xml_error_scope_t& silence);
+        explicit pause_t(xml_error_scope_t& scope);
         ~pause_t();
         pause_t(const pause_t&) = delete;
         pause_t& operator=(const pause_t&) = delete;
 
     private:
-        xml_error_scope_t& m_silence;
+        xml_error_scope_t& m_scope;
     };
 
 private:
-    static void hear_text(void* silence, const char* format, ...);
-    static void hear_error(void* silence, xmlErrorPtr error);
+    static void on_text(void* scope, const char* format, ...);
+    static void on_error(void* scope, xml_error_ptr_t error);
 
-    void hear(const xmlError& error);
-    void begin();
-    void end();
-    void swap_last_error();
+    void enter();
+    void leave();
 
-    bool m_has_lacked_memory = false;
-    int m_hidden_losses = 0;
+    bool m_has_run_out_of_memory = false;
 
-    // The thread's own handlers and last error, and where libxml2 has them: it looks for that place
-    // at each call.
-    xmlGenericErrorFunc* const m_generic_place;
-    void** const m_generic_context_place;
-    xmlStructuredErrorFunc* const m_structured_place;
-    void** const m_structured_context_place;
-    xmlError* const m_last_error_place;
+    // The thread's own handlers and last error.
     xmlGenericErrorFunc m_generic = nullptr;
     void* m_generic_context = nullptr;
     xmlStructuredErrorFunc m_structured = nullptr;
     void* m_structured_context = nullptr;
     xmlError m_last_error = {};
+    xmlError* m_last_error_place = nullptr; ///< null when there was no last error
 };
 
 } // namespace velmoext_1_4_8

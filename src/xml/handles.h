@@ -2,7 +2,6 @@
 
 #include <libxml/parser.h>
 #include <libxml/tree.h>
-#include <libxml/xmlreader.h>
 #include <libxml/xmlwriter.h>
 
 #include <memory>
@@ -10,18 +9,14 @@
 namespace velmoext_1_4_8
 {
 
-/// Frees what libxml2 made, each type with its own function.
+/// Frees libxml2's objects, each type with its own function.
 struct xml_deleter_t
 {
     void operator()(xmlBuffer* buffer) const { xmlBufferFree(buffer); }
     void operator()(xmlTextWriter* writer) const { xmlFreeTextWriter(writer); }
-    void operator()(xmlTextReader* reader) const { xmlFreeTextReader(reader); }
-    void operator()(xmlDict* dictionary) const { xmlDictFree(dictionary); }
-};
+    void operator()(xmlChar* text) const { xmlFree(text); }
 
-/// A parser and the document that it began, which a table without tree building leaves empty.
-struct xml_parser_deleter_t
-{
+    /// Frees the document that the parser built, too.
     void operator()(xmlParserCtxt* parser) const
     {
         xmlFreeDoc(parser->myDoc);
@@ -29,10 +24,19 @@ struct xml_parser_deleter_t
     }
 };
 
-typedef std::unique_ptr<xmlParserCtxt, xml_parser_deleter_t> xml_parser_t;
+typedef std::unique_ptr<xmlParserCtxt, xml_deleter_t> xml_parser_t;
 typedef std::unique_ptr<xmlBuffer, xml_deleter_t> xml_buffer_t;
 typedef std::unique_ptr<xmlTextWriter, xml_deleter_t> xml_writer_t;
-typedef std::unique_ptr<xmlTextReader, xml_deleter_t> xml_reader_t;
-typedef std::unique_ptr<xmlDict, xml_deleter_t> xml_dictionary_t;
+typedef std::unique_ptr<xmlChar, xml_deleter_t> xml_string_t;
+
+inline const xmlChar* to_xml(const char* text)
+{
+    return reinterpret_cast<const xmlChar*>(text);
+}
+
+inline const char* from_xml(const xmlChar* text)
+{
+    return reinterpret_cast<const char*>(text);
+}
 
 } // namespace velmoext_1_4_8

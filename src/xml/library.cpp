@@ -12,11 +12,11 @@ namespace velmoext_1_4_8
 namespace
 {
 
-// More than libxml2 and the C library ask for.
+// More than libxml2 and the C library allocate.
 const std::size_t thread_bytes = 4096;
 
-// Both keep something of each thread from its first use on, and end the process where there is no
-// memory for that. Asked for here, its lack is told, and what is given back is there for them.
+// Both keep something for each thread from its first use on, and end the process when that cannot
+// be allocated. Allocated and freed here, it is there for them.
 void require_memory_for_thread()
 {
     ::operator delete(::operator new(thread_bytes));
@@ -32,8 +32,8 @@ void initialize_xml_library()
     require_memory_for_thread();
     static const bool is_initialized = (xmlInitParser(), true);
     static_cast<void>(is_initialized);
-    // Has libxml2 make what it keeps of this thread.
-    const xml_error_scope_t silence;
+    // libxml2 creates this thread's data here.
+    const xml_error_scope_t errors;
     is_ready = true;
 }
 

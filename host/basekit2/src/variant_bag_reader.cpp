@@ -5,14 +5,13 @@
 
 #include <rova/strings.h>
 
-#include <libxml/dict.h>
 #include <libxml/parser.h>
 #include <libxml/parserInternals.h>
-#include <libxml/tree.h>
 
 #include <exception>
 #include <memory>
 #include <new>
+#include <string_view>
 #include <utility>
 
 namespace basekit2
@@ -42,19 +41,11 @@ struct parser_deleter_t
 {
     void operator()(xmlParserCtxt* parser) const
     {
-        xmlFreeDoc(parser->myDoc);
+        // Also frees the document that libxml2 creates at an entity's declaration.
+        xmlCtxtReset(parser);
         xmlFreeParserCtxt(parser);
     }
 };
-
-/// Behind the root, libxml2 takes a zero character, or what its encoding does not admit, for the
-/// end.
-bool is_used_up(const xmlParserInput& input)
-{
-    const bool has_undecoded =
-        input.buf != nullptr && input.buf->raw != nullptr && xmlBufUse(input.buf->raw) != 0;
-    return input.cur == input.end && !has_undecoded;
-}
 
 /// Builds the tree of one document from the events of its parse.
 class tree_reader_t
@@ -78,10 +69,13 @@ private:
     };
 
     bool parse(const std::string& bytes);
+    bool has_ended() const;
     bool has_too_many_names() const;
 
     static xmlSAXHandler make_table();
 
+    static int on_read(void* reader, char* buffer, int size);
+    static void on_document(void* reader);
     static void on_document_type(void* reader, const xmlChar* name, const xmlChar* public_id,
                                  const xmlChar* system_id);
     static void on_start(void* reader, const xmlChar* name, const xmlChar** attributes);
@@ -96,7 +90,9 @@ private:
     bool add_text(const xmlChar* text, std::size_t length);
     variant_bag_t* open_bag(const std::string& name);
 
+    xml_errors_t m_errors;
     std::unique_ptr<xmlParserCtxt, parser_deleter_t> m_parser;
+    std::string_view m_unread;
     bool m_has_root;
     std::string m_root;
     variant_bag_t m_tree;
@@ -109,39 +105,63 @@ private:
 
 bool tree_reader_t::read(const std::string& bytes)
 {
-    xml_errors_t errors;
     const bool is_parsed = parse(bytes);
     if (m_failure)
         std::rethrow_exception(m_failure);
-    if (errors.has_lacked_memory() && !has_too_many_names())
+    if (m_errors.has_lacked_memory() && !has_too_many_names())
         throw std::bad_alloc();
-    return is_parsed && !errors.has_failed();
+    return is_parsed && !m_errors.has_failed() && !m_has_refused;
 }
 
 bool tree_reader_t::parse(const std::string& bytes)
 {
-    m_parser.reset(xmlCreateMemoryParserCtxt(bytes.data(), static_cast<int>(bytes.size())));
+    m_unread = bytes;
+    xmlSAXHandler table = make_table();
+    m_parser.reset(
+        xmlCreateIOParserCtxt(&table, this, on_read, nullptr, this, XML_CHAR_ENCODING_NONE));
     if (!m_parser)
-        return false;
+        throw std::bad_alloc();
     // XML_PARSE_NOENT: without it the references to "&" stay written out in attributes. There are
-    // no entities but XML's own, as a document type declaration ends the parse.
+    // no entities but XML's own, as the table has no function that looks them up.
     xmlCtxtUseOptions(m_parser.get(), XML_PARSE_NONET | XML_PARSE_NOENT);
-    *m_parser->sax = make_table();
-    m_parser->userData = this;
-    xmlDictSetLimit(m_parser->dict, most_name_bytes);
-    xmlParseDocument(m_parser.get());
-    return m_parser->wellFormed != 0 && !m_has_refused && is_used_up(*m_parser->input);
+    return xmlParseDocument(m_parser.get()) == 0 && is_used_up(*m_parser, bytes.size());
 }
 
-// libxml2 tells of them as of a lack of memory.
+// libxml2 reports them as a lack of memory.
 bool tree_reader_t::has_too_many_names() const
 {
-    return m_parser && xmlDictGetUsage(m_parser->dict) > most_name_bytes;
+    return xmlDictGetUsage(dictionary_of(*m_parser)) > most_name_bytes;
+}
+
+bool tree_reader_t::has_ended() const
+{
+    return m_has_refused || m_failure || m_errors.has_failed();
+}
+
+// Ends the input with the first fault: read on, libxml2 would compare each repeat of an attribute
+// with all that its tag has. xmlStopParser() cannot end it: before 2.14, it frees the input, which
+// libxml2 still looks at after some errors.
+int tree_reader_t::on_read(void* reader, char* buffer, int size)
+{
+    auto& self = *static_cast<tree_reader_t*>(reader);
+    if (self.has_ended())
+        return 0;
+    const std::size_t count = self.m_unread.copy(buffer, static_cast<std::size_t>(size));
+    self.m_unread.remove_prefix(count);
+    return static_cast<int>(count);
+}
+
+// Not earlier: since 2.13, each parse begins with libxml2's own limit.
+void tree_reader_t::on_document(void* reader)
+{
+    const auto& self = *static_cast<tree_reader_t*>(reader);
+    xmlDictSetLimit(dictionary_of(*self.m_parser), most_name_bytes);
 }
 
 xmlSAXHandler tree_reader_t::make_table()
 {
     xmlSAXHandler table = {};
+    table.startDocument = on_document;
     table.internalSubset = on_document_type;
     table.startElement = on_start;
     table.endElement = on_end;
@@ -177,20 +197,18 @@ void tree_reader_t::on_text(void* reader, const xmlChar* text, int length)
     self.guard([&] { return self.add_text(text, static_cast<std::size_t>(length)); });
 }
 
-// libxml2's frames know nothing of exceptions: none may fly through them. Behind an error it still
-// tells of texts, though no longer of the elements that they are in.
+// No exception may pass through libxml2's frames. After an error libxml2 still reports texts,
+// though no longer the elements that they are in.
 template <typename Step>
 void tree_reader_t::guard(const Step& step) noexcept
 {
-    if (m_parser->disableSAX != 0)
+    if (has_ended())
         return;
     try {
         m_has_refused = !step();
     } catch (...) {
         m_failure = std::current_exception();
     }
-    if (m_has_refused || m_failure)
-        stop_parser(*m_parser);
 }
 
 bool tree_reader_t::start(const std::string& name, const xmlChar** attributes)

@@ -1,33 +1,64 @@
 #pragma once
 
-#include <libxml/globals.h>
 #include <libxml/parser.h>
 #include <libxml/xmlerror.h>
 
-#include <utility>
+#include <cstddef>
 
+// The only file of this library that depends on libxml2's release.
 namespace basekit2
 {
 
-/// Ends a parse. xmlStopParser() would free the text, which libxml2 still looks at behind some
-/// errors.
-inline void stop_parser(xmlParserCtxt& parser)
+/// What a structured error handler is given: constant since 2.12.
+#if LIBXML_VERSION >= 21200
+typedef const xmlError xml_error_t;
+#else
+typedef xmlError xml_error_t;
+#endif
+
+/// Returns the names that the parser has read.
+inline xmlDict* dictionary_of(xmlParserCtxt& parser)
 {
-    parser.instate = XML_PARSER_EOF;
-    parser.disableSAX = 1;
+#if LIBXML_VERSION >= 21400
+    return xmlCtxtGetDict(&parser);
+#else
+    return parser.dict;
+#endif
 }
 
-/// Takes libxml2's errors on this thread as long as it lives, so that none is printed or told to
-/// the host, and then leaves the thread as it was. Other threads keep their handlers. A parser of
-/// this thread is stopped by its first error.
+/// Returns whether a well-formed document ends where its `size` bytes do. Before 2.14, libxml2
+/// takes a zero character after the root, or bytes that the encoding does not admit, for the end.
+inline bool is_used_up([[maybe_unused]] xmlParserCtxt& parser, [[maybe_unused]] std::size_t size)
+{
+#if LIBXML_VERSION >= 21400
+    return true;
+#else
+    return xmlByteConsumed(&parser) == static_cast<long>(size);
+#endif
+}
+
+/// Returns the thread's last error, null if there is none. libxml2 has no function that puts one
+/// back.
+inline xmlError* last_error_place()
+{
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast)
+    return const_cast<xmlError*>(xmlGetLastError());
+}
+
+/// Captures libxml2's errors on this thread while in scope, and restores the thread's handlers and
+/// last error. Nothing is printed or reported to the host. Other threads keep their handlers.
 class xml_errors_t
 {
 public:
     xml_errors_t()
-        : m_last_error(std::exchange(xmlLastError, xmlError())), m_generic(xmlGenericError),
-          m_generic_context(xmlGenericErrorContext), m_structured(xmlStructuredError),
-          m_structured_context(xmlStructuredErrorContext)
+        : m_generic(xmlGenericError), m_generic_context(xmlGenericErrorContext),
+          m_structured(xmlStructuredError), m_structured_context(xmlStructuredErrorContext),
+          m_last_error_place(last_error_place())
     {
+        if (m_last_error_place != nullptr) {
+            m_last_error = *m_last_error_place;
+            *m_last_error_place = xmlError();
+        }
         xmlSetGenericErrorFunc(nullptr, ignore);
         xmlSetStructuredErrorFunc(this, take);
     }
@@ -36,46 +67,42 @@ public:
         xmlSetGenericErrorFunc(m_generic_context, m_generic);
         xmlSetStructuredErrorFunc(m_structured_context, m_structured);
         xmlResetLastError();
-        xmlLastError = m_last_error;
+        if (m_last_error_place != nullptr)
+            *m_last_error_place = m_last_error;
     }
     xml_errors_t(const xml_errors_t&) = delete;
     xml_errors_t& operator=(const xml_errors_t&) = delete;
 
-    /// Whether there was more than a warning. What breaks only the rules of namespaces does not
-    /// count: names with a colon are names like any other.
+    /// Returns whether there was an error. Errors about namespaces do not count: names
+    /// with a colon are names like any other.
     bool has_failed() const { return m_has_failed; }
 
-    /// Whether it was memory that was missing.
+    /// Returns whether the first error is that libxml2 ran out of memory. Later ones may follow
+    /// from the first.
     bool has_lacked_memory() const { return m_has_lacked_memory; }
 
 private:
-    // libxml2's own type asks for a function of C's variable arguments.
+    // The type is libxml2's.
     static void ignore(void* /*context*/, const char* /*format*/, ...) {} // NOLINT(cert-dcl50-cpp)
-    static void take(void* errors, xmlErrorPtr error)
+    static void take(void* errors, xml_error_t* error)
     {
         if (error->level < XML_ERR_ERROR || error->domain == XML_FROM_NAMESPACE)
             return;
         auto& self = *static_cast<xml_errors_t*>(errors);
+        if (!self.m_has_failed)
+            self.m_has_lacked_memory = error->code == XML_ERR_NO_MEMORY;
         self.m_has_failed = true;
-        self.m_has_lacked_memory = self.m_has_lacked_memory || error->code == XML_ERR_NO_MEMORY;
-        stop(*error);
-    }
-    // Else libxml2 reads on to the end, and compares each repeat of an attribute with all that the
-    // tag has. In these domains the context is a parser, in others something else.
-    static void stop(const xmlError& error)
-    {
-        const bool is_of_parser = error.domain == XML_FROM_PARSER || error.domain == XML_FROM_IO;
-        if (is_of_parser && error.ctxt != nullptr)
-            stop_parser(*static_cast<xmlParserCtxt*>(error.ctxt));
     }
 
     bool m_has_failed = false;
     bool m_has_lacked_memory = false;
-    xmlError m_last_error;
     xmlGenericErrorFunc m_generic;
     void* m_generic_context;
     xmlStructuredErrorFunc m_structured;
     void* m_structured_context;
+    /// Null if the thread had no error. Moved aside without a copy, which could fail.
+    xmlError* m_last_error_place;
+    xmlError m_last_error = {};
 };
 
 } // namespace basekit2

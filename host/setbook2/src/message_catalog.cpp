@@ -4,6 +4,7 @@
 
 #include <rova/strings.h>
 
+#include <boost/algorithm/string/predicate.hpp>
 #include <boost/locale/info.hpp>
 #include <boost/locale/util.hpp>
 
@@ -94,15 +95,31 @@ bool is_locale_text(const std::string& text)
     });
 }
 
+// Returns the folder for a locale that has no language, and an empty text for any other.
+// Older releases of Boost.Locale read such a locale as a language, newer ones as none.
+std::string folder_without_language(const std::string& text)
+{
+    const std::string name = text.substr(0, text.find_first_of("_-.@"));
+    for (const char* folder : {"c", "posix"})
+        if (boost::algorithm::iequals(name, folder, std::locale::classic()))
+            return folder;
+    return std::string();
+}
+
 std::optional<catalog_place_t> parse_place(const std::wstring& directory,
                                            const std::wstring& locale)
 {
     if (directory.empty() || directory.find(L'\0') != std::wstring::npos)
         return std::nullopt;
     const std::string text = utf16_to_utf8(locale);
+    if (!is_locale_text(text))
+        return std::nullopt;
+    const std::string folder = folder_without_language(text);
+    if (!folder.empty())
+        return catalog_place_t{utf16_to_utf8(directory), folder, std::string(), std::string()};
     const std::locale parsed = boost::locale::util::create_info(std::locale::classic(), text);
     const auto& info = std::use_facet<boost::locale::info>(parsed);
-    if (info.language() == no_language || !is_locale_text(text))
+    if (info.language() == no_language)
         return std::nullopt;
     return catalog_place_t{utf16_to_utf8(directory), info.language(), info.country(),
                            info.variant()};

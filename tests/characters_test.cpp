@@ -1,7 +1,7 @@
-#include "xml/xml_text.h"
+#include "xml/characters.h"
 
-#include "encoding/element_names.h"
 #include "support.h"
+#include "xml/handles.h"
 
 #include <rova/strings.h>
 
@@ -46,52 +46,52 @@ bool libxml2_reads_name(const std::wstring& name)
 
 } // namespace
 
-TEST(xml_text_test, characters_that_xml_carries_stay)
+TEST(characters_test, characters_that_xml_carries_stay)
 {
     const std::wstring text = L"\t\n\r ~\x7F\x80\x85\xE9\x2028\xD7FF\xE000\xFFFD";
-    EXPECT_EQ(xml_text_t(text).utf8(), ROVA_2_18::strings::utf16_to_utf8(text));
+    EXPECT_EQ(xml_utf8(text), ROVA_2_18::strings::utf16_to_utf8(text));
 }
 
-TEST(xml_text_test, characters_beyond_the_bmp_stay_in_both_spellings)
+TEST(characters_test, characters_beyond_the_bmp_stay_in_both_spellings)
 {
-    EXPECT_EQ(xml_text_t(units({0xD83D, 0xDE00})).utf8(), "\xF0\x9F\x98\x80");
-    EXPECT_EQ(xml_text_t(units({0x1F600})).utf8(), "\xF0\x9F\x98\x80");
-    EXPECT_EQ(xml_text_t(units({0x1FFFE})).utf8(), "\xF0\x9F\xBF\xBE");
+    EXPECT_EQ(xml_utf8(units({0xD83D, 0xDE00})), "\xF0\x9F\x98\x80");
+    EXPECT_EQ(xml_utf8(units({0x1F600})), "\xF0\x9F\x98\x80");
+    EXPECT_EQ(xml_utf8(units({0x1FFFE})), "\xF0\x9F\xBF\xBE");
 }
 
-TEST(xml_text_test, each_character_that_xml_cannot_carry_becomes_the_replacement_character)
+TEST(characters_test, each_character_that_xml_cannot_carry_becomes_the_replacement_character)
 {
     const std::string replaced = "a\xEF\xBF\xBD"
                                  "b";
     for (unsigned c = 0; c < 0x20; ++c) {
         if (c == '\t' || c == '\n' || c == '\r')
             continue;
-        EXPECT_EQ(xml_text_t(units({'a', c, 'b'})).utf8(), replaced) << c;
+        EXPECT_EQ(xml_utf8(units({'a', c, 'b'})), replaced) << c;
     }
     for (const unsigned c : {0xD800U, 0xDBFFU, 0xDC00U, 0xDFFFU, 0xFFFEU, 0xFFFFU, 0x110000U,
                              0x80000000U, 0xFFFFFFFFU})
-        EXPECT_EQ(xml_text_t(units({'a', c, 'b'})).utf8(), replaced) << c;
+        EXPECT_EQ(xml_utf8(units({'a', c, 'b'})), replaced) << c;
 }
 
-TEST(xml_text_test, a_name_is_what_libxml2_reads_as_one_at_its_start)
+TEST(characters_test, a_name_is_what_libxml2_reads_as_one_at_its_start)
 {
     for (const unsigned c : interesting_characters())
         EXPECT_EQ(is_xml_name(units({c, 'a'})), libxml2_reads_name(units({c, 'a'}))) << c;
 }
 
-TEST(xml_text_test, a_name_is_what_libxml2_reads_as_one_further_on)
+TEST(characters_test, a_name_is_what_libxml2_reads_as_one_further_on)
 {
     for (const unsigned c : interesting_characters())
         EXPECT_EQ(is_xml_name(units({'a', c, 'b'})), libxml2_reads_name(units({'a', c, 'b'}))) << c;
 }
 
-TEST(xml_text_test, a_name_may_have_a_colon_anywhere)
+TEST(characters_test, a_name_may_have_a_colon_anywhere)
 {
     for (const wchar_t* name : {L":", L":a", L"a:", L"a:b", L"a::b", L"xmlns:a", L"xml:id"})
         EXPECT_TRUE(is_xml_name(name)) << testing::PrintToString(std::wstring(name));
 }
 
-TEST(xml_text_test, a_name_may_spell_a_character_beyond_the_bmp_in_either_way)
+TEST(characters_test, a_name_may_spell_a_character_beyond_the_bmp_in_either_way)
 {
     EXPECT_TRUE(is_xml_name(units({0xD801, 0xDC00})));
     EXPECT_TRUE(is_xml_name(units({'a', 0x10400})));
@@ -100,7 +100,7 @@ TEST(xml_text_test, a_name_may_spell_a_character_beyond_the_bmp_in_either_way)
     EXPECT_FALSE(is_xml_name(units({'a', 0xF0000})));
 }
 
-TEST(xml_text_test, what_had_to_be_replaced_is_no_name)
+TEST(characters_test, what_had_to_be_replaced_is_no_name)
 {
     for (const auto& text :
          {units({'a', 0xD800}), units({0xDC00}), units({'a', 0xD800, 'b'}), units({'a', 0}),
@@ -109,52 +109,29 @@ TEST(xml_text_test, what_had_to_be_replaced_is_no_name)
     EXPECT_TRUE(is_xml_name(L"a\xFFFD"));
 }
 
-TEST(xml_text_test, an_empty_text_and_one_with_a_blank_are_no_names)
+TEST(characters_test, an_empty_text_and_one_with_a_blank_are_no_names)
 {
     for (const wchar_t* text : {L"", L" ", L"a b", L"a ", L"-a", L"1a", L".a", L"a<b", L"a&b"})
         EXPECT_FALSE(is_xml_name(text)) << testing::PrintToString(std::wstring(text));
 }
 
-TEST(xml_text_test, only_printable_ascii_without_markup_is_plain)
+TEST(characters_test, an_ascii_name_is_a_name_of_ascii)
 {
-    for (unsigned c = 0; c < 0x100; ++c) {
-        const bool is_plain = c >= ' ' && c <= '~' &&
-                              std::string("\"&<>").find(static_cast<char>(c)) == std::string::npos;
-        EXPECT_EQ(xml_text_t(units({'a', c, 'b'})).is_plain(), is_plain) << c;
-    }
-    EXPECT_TRUE(xml_text_t(L"").is_plain());
-    for (const unsigned c : {0x100U + 'a', 0x10000U + 'a', 0x80000000U + 'a'})
-        EXPECT_FALSE(xml_text_t(units({c})).is_plain()) << c;
+    for (unsigned c = 1; c < 0x100; ++c)
+        for (const std::wstring& name : {units({c}), units({'a', c}), units({c, 'a'})}) {
+            const std::string bytes(name.begin(), name.end());
+            EXPECT_EQ(is_ascii_name(bytes), c < 0x80 && is_xml_name(name)) << c;
+        }
+    EXPECT_FALSE(is_ascii_name(""));
 }
 
-// A writer is handed plain text raw, so it must not have anything to escape in it.
-TEST(xml_text_test, the_writer_escapes_nothing_in_a_plain_text)
+TEST(characters_test, a_character_of_xml_is_one_that_stays_in_a_text)
 {
-    for (unsigned c = 1; c < 0x80; ++c) {
-        const xml_text_t text(units({c}));
-        const std::unique_ptr<xmlChar, xmlFreeFunc> escaped(
-            xmlEncodeSpecialChars(nullptr, to_xml(text.utf8())), xmlFree);
-        EXPECT_TRUE(!text.is_plain() || from_xml(escaped.get()) == text.utf8()) << c;
+    for (const unsigned c : interesting_characters()) {
+        const std::wstring text = units({c});
+        EXPECT_EQ(is_xml_character(c), xml_utf8(text) == ROVA_2_18::strings::utf16_to_utf8(text))
+            << c;
     }
-}
-
-TEST(xml_text_test, one_object_takes_text_after_text)
-{
-    xml_text_t text(L"a long text that is not plain & has to be escaped");
-    for (const wchar_t* next : {L"short", L"", L"longer than the last one", L"\xE9", L"plain"}) {
-        text.assign(next);
-        EXPECT_EQ(text.utf8(), ROVA_2_18::strings::utf16_to_utf8(next));
-        EXPECT_EQ(text.is_plain(), std::wstring(next) != L"\xE9");
-    }
-}
-
-TEST(xml_text_test, the_size_of_an_attribute_counts_what_the_writer_escapes)
-{
-    EXPECT_EQ(size_as_xml_attribute(xml_text_t(L"")), 0U);
-    EXPECT_EQ(size_as_xml_attribute(xml_text_t(L"plain")), 5U);
-    EXPECT_EQ(size_as_xml_attribute(xml_text_t(L"\"")), std::string("&quot;").size());
-    EXPECT_EQ(size_as_xml_attribute(xml_text_t(L"&")), std::string("&amp;").size());
-    EXPECT_EQ(size_as_xml_attribute(xml_text_t(L"<>")), std::string("&lt;&gt;").size());
-    EXPECT_EQ(size_as_xml_attribute(xml_text_t(L"\n\r\t")), std::string("&#10;&#13;&#9;").size());
-    EXPECT_EQ(size_as_xml_attribute(xml_text_t(L"\xE9'")), 3U);
+    EXPECT_FALSE(is_xml_character(0xD800));
+    EXPECT_FALSE(is_xml_character(0x110000));
 }

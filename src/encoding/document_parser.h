@@ -1,0 +1,29 @@
+#pragma once
+
+#include "xml/limits.h"
+
+#include <velmoext1/message.h>
+
+#include <boost/shared_ptr.hpp>
+
+#include <string>
+
+namespace velmoext_1_4_8
+{
+
+/// What parse_document() made of a document.
+struct parsed_document_t
+{
+    boost::shared_ptr<message_t> message; ///< null when there is none
+    refusal_t refusal = refusal_t::none;  ///< the limit that was exceeded, if any
+};
+
+/// Reads the first top-level "msg" element of a document in UTF-8 with libxml2, in linear time. The
+/// encoding that the document declares is ignored.
+///
+/// The message is null when there is none, when the document is malformed up to the piece in which
+/// the element ends, when a limit is exceeded and when libxml2 runs out of memory. Opens no file
+/// that the document names.
+parsed_document_t parse_document(const std::string& document);
+
+} // namespace velmoext_1_4_8

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace velmoext_1_4_8
+{
+
+/// Returns the encoding that the document's XML declaration names; empty when it names none, or
+/// none that XML allows.
+std::string declared_encoding(std::string_view document);
+
+/// Converts a document to UTF-8 with libxml2's converters, up to the first byte that the encoding
+/// does not have. Returns false, with `utf8` unchanged, when they do not know the encoding. Throws
+/// std::bad_alloc, with `utf8` unspecified, when libxml2 runs out of memory.
+bool convert_to_utf8(std::string_view document, const std::string& encoding, std::string& utf8);
+
+} // namespace velmoext_1_4_8

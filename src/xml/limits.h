@@ -1,0 +1,69 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace velmoext_1_4_8
+{
+
+/// Why a document is not read although it may be well-formed.
+enum class refusal_t
+{
+    none,
+    document_size,
+    document_type_size,
+    attributes,
+    names,
+    defaults,
+    namespaces,
+    parameter_entities,
+    entity_text,
+    encoding
+};
+
+/// The bounds of what is handed to libxml2. The library's own written form needs libxml2 neither to
+/// be read nor to be written, and has none of them.
+///
+/// Each is as large as libxml2 2.9.14 allows to be read in about a second, on one core of a server
+/// of 2020. docs/performance.md has the measurements.
+namespace limits
+{
+
+/// Bytes of a document. libxml2 takes sizes as int.
+constexpr std::size_t max_document_bytes = INT32_MAX;
+
+/// Bytes of a document type. libxml2 is quadratic in the values of an enumerated attribute, and in
+/// the attributes of an element inside an entity.
+constexpr std::size_t max_document_type_bytes = 163840;
+
+/// Comparisons for declared ids: libxml2 looks for another id among all attributes of the element.
+constexpr std::size_t max_id_checks = 3000000;
+
+/// Comparisons of attributes in all start tags together, half the square of their numbers added up:
+/// libxml2 compares each attribute with all before it. As many as of one tag with 25,000.
+constexpr std::size_t max_attribute_checks = 312500000;
+
+/// Different names. libxml2 looks for each among all of them in 16,384 places.
+constexpr std::size_t max_names = 250000;
+
+/// Ids, that is attributes "xml:id". libxml2 looks for each like for a name, in more time.
+constexpr std::size_t max_ids = 150000;
+
+/// Comparisons for defaults. libxml2 compares each default of an element with the attributes and
+/// defaults before it, for each start tag.
+constexpr std::size_t max_default_checks = 200000000;
+
+/// Comparisons for namespaces. libxml2 looks for the namespace of each element and attribute among
+/// all that are in scope.
+constexpr std::size_t max_namespace_checks = 200000000;
+
+/// Bytes of the entities that one message refers to, each reference counted. A few bytes of
+/// entities that refer to one another can stand for gigabytes of text.
+constexpr std::size_t max_entity_bytes = 10000000;
+
+/// Nesting of entities and elements in the text of one element: each is a call on the stack.
+constexpr int max_text_depth = 1000;
+
+} // namespace limits
+
+} // namespace velmoext_1_4_8

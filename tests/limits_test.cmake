@@ -1,0 +1,33 @@
+# Run by ctest: SECURITY.md documents each limit of src/xml/limits.h, with its value, and no other.
+# Requires HEADER and DOCUMENT.
+set(limit_line "constexpr [A-Za-z:_]+ (max_[a-z_]+) = ([A-Z0-9_]+);")
+set(limit_row "^\\| `(max_[a-z_]+)` \\| ([0-9,]+) \\|")
+
+file(STRINGS ${HEADER} lines REGEX " max_[a-z_]+ =")
+set(limits "")
+foreach(line IN LISTS lines)
+  if(NOT line MATCHES "${limit_line}")
+    message(SEND_ERROR "Not understood in ${HEADER}: ${line}")
+  endif()
+  string(REPLACE "INT32_MAX" "2147483647" value "${CMAKE_MATCH_2}")
+  list(APPEND limits "${CMAKE_MATCH_1} = ${value}")
+endforeach()
+if(NOT limits)
+  message(SEND_ERROR "No limits in ${HEADER}")
+endif()
+
+file(STRINGS ${DOCUMENT} rows REGEX "^\\| `max_")
+set(documented "")
+foreach(row IN LISTS rows)
+  if(NOT row MATCHES "${limit_row}")
+    message(SEND_ERROR "Not understood in ${DOCUMENT}: ${row}")
+  endif()
+  string(REPLACE "," "" value "${CMAKE_MATCH_2}")
+  list(APPEND documented "${CMAKE_MATCH_1} = ${value}")
+endforeach()
+
+if(NOT documented STREQUAL limits)
+  list(JOIN limits "\n  " limits)
+  list(JOIN documented "\n  " documented)
+  message(FATAL_ERROR "${HEADER}:\n  ${limits}\n${DOCUMENT}:\n  ${documented}")
+endif()
