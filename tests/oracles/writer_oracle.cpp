@@ -112,10 +112,10 @@ bool write_attributes(xmlTextWriterPtr writer, const texts_t& attributes)
 {
     std::set<std::string> names;
     for (const auto& [key, text] : attributes) {
-        if (!key.empty() && (!is_name(key) || !names.insert(utf16_to_utf8(key)).second))
+        const std::string name = utf16_to_utf8(key);
+        if (!key.empty() && (!is_name(key) || !names.insert(name).second))
             continue;
-        if (xmlTextWriterWriteAttribute(writer, to_xml(utf16_to_utf8(key)),
-                                        to_xml(utf8_text(text))) < 0)
+        if (xmlTextWriterWriteAttribute(writer, to_xml(name), to_xml(utf8_text(text))) < 0)
             return false;
     }
     return true;
