@@ -24,6 +24,9 @@ public:
         parameter_entity,
         /// The message's entities stand for more than 10,000,000 bytes: any result.
         expanded_entities,
+        /// An attribute refers to an entity and to a character, which releases from 2.13 on take
+        /// for a blank if it is white space: any result, with such a release.
+        attribute_references,
         /// The document has more than 1,000,000 bytes, so that limits may apply: null.
         document_size,
         /// The document type holds an instruction, and what a push parser makes of that depends on
@@ -38,6 +41,7 @@ public:
     const boost::shared_ptr<velmoext_1_4_8::message_t>& message() const { return m_message; }
 
 private:
+    bool is_any_right() const;
     void read();
     void read_whole();
     boost::shared_ptr<velmoext_1_4_8::message_t> message_before_fault() const;
