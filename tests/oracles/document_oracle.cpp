@@ -30,7 +30,7 @@ const int options =
 const std::size_t max_expanded_bytes = 10000000;
 const std::size_t max_unlimited_bytes = 1000000;
 
-const bool takes_references_for_blanks = LIBXML_VERSION >= 21300;
+const bool normalizes_attribute_entities = LIBXML_VERSION >= 21300;
 
 xml_string_t content_of(const xmlNode* node)
 {
@@ -269,7 +269,7 @@ bool document_oracle_t::is_any_right() const
 {
     return m_exception == exception_t::parameter_entity ||
            m_exception == exception_t::expanded_entities ||
-           m_exception == exception_t::attribute_references;
+           m_exception == exception_t::attribute_entity;
 }
 
 void document_oracle_t::read()
@@ -286,9 +286,8 @@ void document_oracle_t::read()
             return;
         }
         m_message = read_element(node);
-        if (takes_references_for_blanks && m_document.find("&#") != std::string::npos &&
-            has_attribute_with_entity(node)) {
-            m_exception = exception_t::attribute_references;
+        if (normalizes_attribute_entities && has_attribute_with_entity(node)) {
+            m_exception = exception_t::attribute_entity;
             return;
         }
         if (has_fault_after(reader.get()))

@@ -24,9 +24,9 @@ public:
         parameter_entity,
         /// The message's entities stand for more than 10,000,000 bytes: any result.
         expanded_entities,
-        /// An attribute refers to an entity and to a character, which releases from 2.13 on take
-        /// for a blank if it is white space: any result, with such a release.
-        attribute_references,
+        /// An attribute refers to an entity, and the release of libxml2 is one from 2.13 on, which
+        /// take white space of the entity, and of references beside it, for blanks: any result.
+        attribute_entity,
         /// The document has more than 1,000,000 bytes, so that limits may apply: null.
         document_size,
         /// The document type holds an instruction, and what a push parser makes of that depends on
