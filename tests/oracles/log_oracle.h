@@ -18,7 +18,7 @@ public:
     {
         succeeds,
         fails, ///< The system has no converter for the declared encoding; the log stays as it is.
-        either ///< The declaration is malformed, so that no encoding may be known.
+        either ///< The text may declare an encoding, but not in the way that it is written in.
     };
 
     struct reading_t
@@ -43,6 +43,7 @@ private:
         in_child
     };
 
+    int parse(const std::string& text);
     void start_element(const std::string& name, const unsigned char** attributes);
     void start_message(const unsigned char** attributes);
     void start_arg(const unsigned char** attributes);
