@@ -50,9 +50,9 @@ public:
     /// A fault shortly after the element can also give null.
     ///
     /// A document that message_to_xml_string() returned is in the written form, with two
-    /// exceptions: an attribute declares a namespace, as `xmlns`, or a name has the prefix `xml`; an
-    /// element is named `type`, `severity` or `arg`. Limits, as 10,000,000 bytes for a text, apply to these too. SECURITY.md
-    /// has all limits.
+    /// exceptions: an attribute declares a namespace, as `xmlns`, or a name has the prefix `xml`;
+    /// an element is named `type`, `severity` or `arg`. Limits, as 10,000,000 bytes for a text,
+    /// apply to these too. SECURITY.md has all limits.
     static boost::shared_ptr<message_t> xml_string_to_message(const std::wstring& text);
 
 private:

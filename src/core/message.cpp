@@ -37,7 +37,8 @@ const std::wstring* find_text(const string_map_t& texts, const std::wstring& key
 message_t::message_t() = default;
 message_t::message_t(const message_t& other) = default;
 
-// The copy is complete before this message changes.
+// The copy is complete before this message changes, also when it is its own.
+// NOLINTNEXTLINE(cert-oop54-cpp)
 message_t& message_t::operator=(const message_t& other)
 {
     message_content_t content = other.m_content;

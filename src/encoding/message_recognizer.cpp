@@ -23,7 +23,7 @@ namespace
 typedef scanner_t::token_t token_t;
 typedef std::map<std::wstring, std::wstring> string_map_t;
 
-const std::string_view declaration = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
+const std::string_view declaration = R"(<?xml version="1.0" encoding="UTF-8"?>)";
 
 // Reads names, values and texts as libxml2 has them in a tree.
 struct document_rules_t
@@ -72,7 +72,6 @@ struct document_rules_t
 // Reads them as libxml2 hands them out in the events of a log's parse.
 struct log_rules_t
 {
-    static constexpr bool keeps_empty_texts = false;
     static constexpr bool adds_tool = true;
 
     // These would change the state between the children of a message.
@@ -155,10 +154,10 @@ public:
 private:
     bool read_attributes()
     {
-        std::wstring name;
-        std::wstring value;
         std::size_t count = 0;
         for (attribute_t attribute; m_scanner.next_attribute(attribute); ++count) {
+            std::wstring name;
+            std::wstring value;
             if (!Rules::read_name(attribute.name, name) ||
                 !Rules::read_value(attribute.value, value))
                 return false;

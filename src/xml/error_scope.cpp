@@ -71,6 +71,7 @@ void xml_error_scope_t::enter()
     m_structured_context = xmlStructuredErrorContext;
     xmlSetGenericErrorFunc(this, on_text);
     xmlSetStructuredErrorFunc(this, on_error);
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast)
     m_last_error_place = const_cast<xmlError*>(xmlGetLastError());
     if (m_last_error_place)
         std::swap(m_last_error, *m_last_error_place);

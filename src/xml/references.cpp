@@ -139,7 +139,7 @@ std::size_t find_fault(std::string_view text)
     std::size_t reference = resolve(text, "&", resolved);
     if (begins_with_long_reference(text.substr(reference)))
         reference = text.size();
-    const auto unreadable_byte = std::find_if(text.begin(), text.end(), [](char byte) {
+    const auto* const unreadable_byte = std::find_if(text.begin(), text.end(), [](char byte) {
         return contents_of_byte[static_cast<unsigned char>(byte)] == unreadable && byte != '\r';
     });
     return std::min(
