@@ -228,6 +228,25 @@ TEST_F(log_file_reader_test, a_byte_that_the_encoding_does_not_have_prints_nothi
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
+// Each would take libxml2 minutes.
+TEST_F(log_file_reader_test, what_is_quadratic_ends_the_delivery_at_once)
+{
+    const std::string names = numbered("<n", 1500000, "/>");
+    const std::string attributes = numbered(" a", 20000, "=''") + repeated(" a19999=''", 1000000);
+    const std::string first = "<log>" + message("a");
+    const std::string last = message("last") + "</log>";
+    const usage_t usage;
+    EXPECT_EQ(types_in(first + "<msg>" + names + "</msg>" + last), L"a;");
+    EXPECT_EQ(m_refusal, refusal_t::names);
+    EXPECT_EQ(types_in(first + "<msg" + attributes + "><type>b</type></msg>" + last), L"a;");
+    EXPECT_EQ(m_refusal, refusal_t::attributes);
+    for (const char* const fault : {"<!--\xC3\xA9 -- x-->", "&u;"}) {
+        EXPECT_EQ(types_in(first + fault + "<msg>" + names + "</msg>" + last), L"a;") << fault;
+        EXPECT_EQ(m_refusal, refusal_t::none) << fault;
+    }
+    EXPECT_LT(usage.seconds(), 10);
+}
+
 // Anything that is quadratic takes minutes.
 TEST_F(log_file_reader_test, the_time_is_linear_in_the_size)
 {
