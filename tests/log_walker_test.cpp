@@ -272,6 +272,18 @@ TEST(log_walker_test, a_fault_is_found_in_what_is_long)
         }
 }
 
+TEST(log_walker_test, a_fault_ends_the_walk_before_the_text_does)
+{
+    for (const char* const fault : {"<a b=c>", "<!-- -- -->", "<!DOCTYPE a>", "&u;<e/>", "]]><e/>",
+                                    "\x01<e/>", "<a b='1' b='2'/>", "<e>\xFF</e>", "<1/>"}) {
+        log_sax_reader reader;
+        reader.set_callback([](const message_ptr&) {});
+        log_walker_t walker(reader);
+        walker.walk("<log><msg><type>a</type></msg>" + std::string(fault), false);
+        EXPECT_TRUE(walker.is_finished()) << fault;
+    }
+}
+
 TEST(log_walker_test, a_reference_of_many_digits_ends_nothing)
 {
     expect_as_parsed("<log><msg><type>a</type></msg>&#" + std::string(100, '0') +

@@ -27,7 +27,7 @@ const std::string rich_document =
     "<!-- <a> ]]> ?> - - \" ' -->"
     "<?p <a> --> ' ?>\n"
     "<!DOCTYPE a PUBLIC \"[>\" '<[>' [\n"
-    "<!-- it's ]> \" --><?q ]> ' ?><!ENTITY e \"]>'\"><!ENTITY f ']>\"'><!ELEMENT a ANY>\n"
+    "<!-- it's ]> \" --><?p?><?q ]> ' ?><!ENTITY e \"]>'\"><!ENTITY f ']>\"'><!ELEMENT a ANY>\n"
     "]  >\n"
     "<a b=\"c>'/\" d = '\"/>' e\n=\n''>text ]] > ' \" = /\n"
     "<![CDATA[</a> --> ?> ]] > <!]]><b/><c d='e' /><f\n></f\t></a\n>\n"
@@ -197,7 +197,7 @@ TEST(scanner_test, a_document_is_split_into_its_tokens)
                          "comment(<!-- <a> ]]> ?> - - \" ' -->)", "instruction p(<?p <a> --> ' ?>)",
                          "text(\n)",
                          "type(<!DOCTYPE a PUBLIC \"[>\" '<[>' [\n"
-                         "<!-- it's ]> \" --><?q ]> ' ?><!ENTITY e \"]>'\"><!ENTITY f ']>\"'>"
+                         "<!-- it's ]> \" --><?p?><?q ]> ' ?><!ENTITY e \"]>'\"><!ENTITY f ']>\"'>"
                          "<!ELEMENT a ANY>\n]  >)",
                          "text(\n)", "<a b=[c>'/] d=[\"/>] e=[]>", "text(text ]] > ' \" = /\n)",
                          "section(<![CDATA[</a> --> ?> ]] > <!]]>)", "<b/>", "<c d=[e]/>", "<f>",
