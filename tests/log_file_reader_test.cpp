@@ -215,6 +215,8 @@ TEST_F(log_file_reader_test, a_refusal_of_a_whole_log_is_found_beforehand)
     EXPECT_EQ(found("<log" + numbered(" a", 25001, "=''") + "></log>"), refusal_t::attributes);
     // Elements further on are refused one by one.
     EXPECT_EQ(found("<log>" + std::string(2 * chunk, ' ') + rest), refusal_t::none);
+    EXPECT_EQ(found("<log>" + message("a") + "<e/>" + message("&amp;") + "</log>"),
+              refusal_t::none);
     EXPECT_EQ(found(""), refusal_t::none);
     EXPECT_EQ(log_file_reader::find_refusal(m_folder.name("missing.xml")), refusal_t::none);
 }
