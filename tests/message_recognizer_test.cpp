@@ -197,14 +197,36 @@ TEST(message_recognizer_test, what_the_form_leaves_open_is_recognized_like_its_p
     }
 }
 
-TEST(message_recognizer_test, text_beyond_ascii_and_references_are_recognized_in_a_document_alone)
+TEST(message_recognizer_test, text_beyond_ascii_and_references_are_recognized_like_their_parse)
 {
-    for (const std::string& document :
-         {with_type("<e>\xC3\xA9</e>"), with_type("<e>a&amp;b</e>"), with_type("<e>&#13;</e>"),
-          with_type("<msg>m</msg>"), with_type("<log>l</log>"),
-          in_message("<type>&lt;\xF0\x9F\x98\x80</type>"),
-          std::string("<msg log='l'><type>t</type></msg>"),
-          std::string("<msg msg='m'><type>t</type></msg>")}) {
+    for (const std::string text :
+         {"\xC3\xA9", "a&amp;b", "&#13;", "&lt;\xF0\x9F\x98\x80", "a&lt;", "&lt;a", "&lt;&gt;",
+          "\xC3\xA9 and &quot;more", "a \xC3\xA9&#x41;\xC3\xA9", "&amp;&amp;&lt;", " ]] \xC3\xA9"})
+        for (const std::string& element :
+             {in_message("<type>" + text + "</type>"), with_type("<e>" + text + "</e>"),
+              with_type("<arg name='a'>" + text + "</arg><arg name='b'>" + text + "</arg>")}) {
+            EXPECT_TRUE(recognize_document(element)) << element;
+            EXPECT_TRUE(is_recognized_in_log(element)) << element;
+            expect_equal_to_parse(element);
+            expect_equal_to_parse_in_log(element);
+        }
+}
+
+TEST(message_recognizer_test, text_of_many_bytes_beyond_ascii_is_left_to_libxml2_in_a_log)
+{
+    std::string text = "a";
+    for (int i = 0; i < 150; ++i)
+        text += "\xC3\xA9";
+    EXPECT_TRUE(recognize_document(with_type("<e>" + text + "</e>")));
+    EXPECT_FALSE(is_recognized_in_log(with_type("<e>" + text + "</e>")));
+    EXPECT_TRUE(is_recognized_in_log(with_type("<e>" + text.substr(0, 289) + "</e>")));
+}
+
+TEST(message_recognizer_test, children_with_the_names_of_a_log_are_recognized_in_a_document_alone)
+{
+    for (const std::string& document : {with_type("<msg>m</msg>"), with_type("<log>l</log>"),
+                                        std::string("<msg log='l'><type>t</type></msg>"),
+                                        std::string("<msg msg='m'><type>t</type></msg>")}) {
         EXPECT_TRUE(recognize_document(document)) << document;
         expect_equal_to_parse(document);
         EXPECT_FALSE(is_recognized_in_log(document)) << document;

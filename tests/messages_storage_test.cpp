@@ -581,7 +581,20 @@ TEST_F(messages_storage_test, a_foreign_message_of_1200_attributes_is_replayed)
     EXPECT_EQ(messages.front()->get_content().attributes.size(), 1200U);
 }
 
-TEST_F(messages_storage_test, very_many_foreign_attributes_are_damage)
+TEST_F(messages_storage_test, very_many_names_after_a_fault_or_a_message_take_no_square_of_time)
+{
+    std::string names;
+    for (int i = 0; i < 750000; ++i)
+        names += "<n" + std::to_string(i) + "/><?m" + std::to_string(i) + "?>";
+    const usage_t usage;
+    m_folder.write("log.xml", "<log><!--\xC3\xA9 -- x-->" + names + message_of("a") + "</log>");
+    EXPECT_EQ(replay(get()), L"");
+    m_folder.write("log.xml", "<log>" + message_of("a") + "<e>" + names + "</e></log>");
+    EXPECT_EQ(replay(get()), L"a;");
+    EXPECT_LT(usage.seconds(), 10);
+}
+
+TEST_F(messages_storage_test, very_many_foreign_attributes_are_read_or_damage_at_once)
 {
     std::string attributes;
     for (int i = 0; i < 1000000; ++i)
@@ -589,7 +602,8 @@ TEST_F(messages_storage_test, very_many_foreign_attributes_are_damage)
     m_folder.write("log.xml", "<log><msg><type>a</type></msg><msg" + attributes +
                                   "><!-- c --><type>b</type></msg><msg><type>c</type></msg></log>");
     const usage_t usage;
-    EXPECT_EQ(replay(get()), L"a;");
+    const std::wstring types = replay(get());
+    EXPECT_TRUE(types == L"a;" || types == L"a;b;c;") << testing::PrintToString(types);
     EXPECT_LT(usage.seconds(), 10);
 }
 

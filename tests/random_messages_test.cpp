@@ -25,7 +25,7 @@ typedef storage_test_t random_messages_test;
 
 TEST_F(random_messages_test, a_document_is_what_libxml2s_writer_gives)
 {
-    const random_seeds_t seeds(20000);
+    const random_seeds_t seeds(8000);
     for (auto seed = seeds.first; seed != seeds.end(); ++seed) {
         random_source_t random(seed);
         const auto message = boost::make_shared<message_t>(random_message(random));
@@ -40,7 +40,7 @@ TEST_F(random_messages_test, a_document_is_what_libxml2s_writer_gives)
 
 TEST_F(random_messages_test, a_log_is_what_libxml2s_writer_gives)
 {
-    const random_seeds_t seeds(1500);
+    const random_seeds_t seeds(2500);
     for (auto seed = seeds.first; seed != seeds.end(); ++seed) {
         random_source_t random(seed);
         std::vector<message_t> messages;

@@ -1,6 +1,7 @@
 #include <velmoext1/velmo_ex.h>
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace velmoext_1_4_8
@@ -81,10 +82,13 @@ void velmo_ex_t::dispatch_message(boost::shared_ptr<message_t> msg)
     const boost::mutex::scoped_lock lock(m_mutex);
     if (m_handlers.empty())
         return;
-    const boost::shared_ptr<velmo_ex_t> self = shared_from_this();
-    static_cast<void>(std::any_of(m_handlers.rbegin(), m_handlers.rend(), [&](const auto& handler) {
+    boost::shared_ptr<velmo_ex_t> self = shared_from_this();
+    const auto last = std::prev(m_handlers.rend());
+    const bool is_consumed = std::any_of(m_handlers.rbegin(), last, [&](const auto& handler) {
         return handler->on_message(self, msg);
-    }));
+    });
+    if (!is_consumed)
+        (*last)->on_message(std::move(self), std::move(msg));
 }
 
 // Every entry that waits here is purged by whichever object dies next, without a walk through the

@@ -3,13 +3,15 @@
 #include "core/message_access.h"
 #include "encoding/element_names.h"
 #include "encoding/severity_text.h"
+#include "encoding/text_events.h"
 #include "xml/characters.h"
 #include "xml/references.h"
 #include "xml/scanner.h"
+#include "xml/utf8.h"
 
 #include <boost/make_shared.hpp>
 
-#include <algorithm>
+#include <map>
 #include <string>
 #include <utility>
 
@@ -19,18 +21,13 @@ namespace
 {
 
 typedef scanner_t::token_t token_t;
+typedef std::map<std::wstring, std::wstring> string_map_t;
 
 const std::string_view declaration = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
-
-bool is_blank_text(std::string_view text)
-{
-    return std::all_of(text.begin(), text.end(), is_blank);
-}
 
 // Reads names, values and texts as libxml2 has them in a tree.
 struct document_rules_t
 {
-    static constexpr bool keeps_empty_texts = true;
     static constexpr bool adds_tool = false;
 
     // libxml2 splits names at colons, joins them again if the prefix is not declared, and takes
@@ -52,9 +49,23 @@ struct document_rules_t
         return decode_references(value, place_t::attribute, "&", wide);
     }
 
-    static bool read_text(std::string_view text, std::wstring& wide)
+    static bool read_type(std::string_view text, std::wstring& type)
     {
-        return decode_references(text, place_t::element, "&", wide);
+        return decode_references(text, place_t::element, "&", type);
+    }
+
+    static bool add_element(string_map_t& elements, std::wstring&& name, std::string_view text)
+    {
+        std::wstring wide;
+        const bool is_read = decode_references(text, place_t::element, "&", wide);
+        if (is_read)
+            elements.emplace_hint(elements.end(), std::move(name), std::move(wide));
+        return is_read;
+    }
+
+    static bool add_arg(string_map_t& args, std::wstring&& name, std::string_view text)
+    {
+        return add_element(args, std::move(name), text);
     }
 };
 
@@ -75,12 +86,45 @@ struct log_rules_t
         return decode_references(value, place_t::attribute, "&#38;", wide);
     }
 
-    static bool read_text(std::string_view text, std::wstring& wide)
+    // The last event counts.
+    static bool read_type(std::string_view text, std::wstring& type)
     {
-        const bool is_one_event = is_plain_text(text);
-        if (is_one_event)
-            wide.assign(text.begin(), text.end());
-        return is_one_event;
+        if (is_plain_text(text)) {
+            type = ascii_to_wide(text);
+            return true;
+        }
+        text_events_t events(text);
+        while (events.are_known() && events.next())
+            type = events.text();
+        return events.are_known();
+    }
+
+    // The first event counts. A text without an event gives no element.
+    static bool add_element(string_map_t& elements, std::wstring&& name, std::string_view text)
+    {
+        if (!text.empty() && is_plain_text(text)) {
+            elements.emplace_hint(elements.end(), std::move(name), ascii_to_wide(text));
+            return true;
+        }
+        text_events_t events(text);
+        if (events.are_known() && events.next())
+            elements.emplace_hint(elements.end(), std::move(name), events.text());
+        return events.are_known();
+    }
+
+    // Events after the first one give texts without a name, of which the first one stays.
+    static bool add_arg(string_map_t& args, std::wstring&& name, std::string_view text)
+    {
+        if (is_plain_text(text))
+            return add_element(args, std::move(name), text);
+        text_events_t events(text);
+        if (!events.are_known())
+            return false;
+        events.next();
+        args.emplace(std::move(name), events.text());
+        if (args.count(std::wstring()) == 0 && events.next())
+            args.emplace(std::wstring(), events.text());
+        return true;
     }
 };
 
@@ -162,39 +206,34 @@ private:
     bool read_arg()
     {
         std::wstring name;
-        std::wstring text;
+        std::string_view text;
         attribute_t attribute;
         if (!m_scanner.next_attribute(attribute) || attribute.name != element_names::arg_name ||
             !Rules::read_value(attribute.value, name) || m_scanner.next_attribute(attribute) ||
-            !read_text(element_names::arg, text))
+            !find_text(element_names::arg, text))
             return false;
         if (name.empty())
             name = generate_arg_name(m_content.next_arg_number);
-        if (Rules::keeps_empty_texts || !text.empty())
-            m_content.args.emplace_hint(m_content.args.end(), std::move(name), std::move(text));
-        return true;
+        return note(Rules::add_arg(m_content.args, std::move(name), text), text);
     }
 
     bool read_element(std::string_view name)
     {
         std::wstring key;
-        std::wstring text;
+        std::string_view text;
         attribute_t attribute;
-        if (!Rules::read_name(name, key) || m_scanner.next_attribute(attribute) ||
-            !read_text(name, text))
-            return false;
-        if (Rules::keeps_empty_texts || !text.empty())
-            m_content.elements.emplace_hint(m_content.elements.end(), std::move(key),
-                                            std::move(text));
-        return true;
+        return Rules::read_name(name, key) && !m_scanner.next_attribute(attribute) &&
+               find_text(name, text) &&
+               note(Rules::add_element(m_content.elements, std::move(key), text), text);
     }
 
     bool read_type()
     {
+        std::string_view text;
         attribute_t attribute;
         m_has_type = true;
-        return !m_scanner.next_attribute(attribute) &&
-               read_text(element_names::type, message_access::type(m_message));
+        return !m_scanner.next_attribute(attribute) && find_text(element_names::type, text) &&
+               note(Rules::read_type(text, message_access::type(m_message)), text);
     }
 
     bool read_severity()
@@ -209,14 +248,10 @@ private:
         return true;
     }
 
-    bool read_text(std::string_view name, std::wstring& text)
+    bool note(bool is_read, std::string_view text)
     {
-        std::string_view written;
-        if (!find_text(name, written))
-            return false;
-        const bool is_read = Rules::read_text(written, text);
         m_has_unread_text = m_has_unread_text || !is_read;
-        return is_read || find_fault(written) == written.size();
+        return is_read || find_fault(text) == text.size();
     }
 
     // Passes over the element's text and end tag.

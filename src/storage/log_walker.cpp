@@ -27,12 +27,13 @@ const std::size_t max_collected_bytes = 65536;
 // Enough for libxml2 to see a fault.
 const std::size_t fault_bytes = 512;
 
-const char log_end[] = "</log>";
+// libxml2 reads ahead by 250 bytes, and asks for more input again and again when there are fewer.
+const std::size_t read_ahead = 256;
 
-std::size_t count_blanks(std::string_view text)
+std::string make_document(const std::string& beginning, std::string_view elements)
 {
-    const auto* const end = std::find_if_not(text.begin(), text.end(), is_blank);
-    return static_cast<std::size_t>(end - text.begin());
+    std::string document = beginning;
+    return document.append(elements).append("</log>").append(read_ahead, '\n');
 }
 
 bool is_utf8(const std::string& encoding)
@@ -48,11 +49,6 @@ bool is_utf8(const std::string& encoding)
 std::size_t size_of(const scanner_t& scanner, std::string_view text)
 {
     return static_cast<std::size_t>(scanner.position() - text.data());
-}
-
-bool is_blank_text(std::string_view text)
-{
-    return count_blanks(text) == text.size();
 }
 
 bool is_unfinished(token_t token)
@@ -137,7 +133,8 @@ bool log_walker_t::find_beginning(std::string_view text, bool is_last)
     if (m_is_whole)
         return true;
     m_beginning = beginning;
-    m_is_finished = !is_within_limits(beginning) || m_reader.parse(beginning + log_end) != 0;
+    m_is_finished =
+        !is_within_limits(beginning) || m_reader.parse(make_document(beginning, "")) != 0;
     return true;
 }
 
@@ -189,8 +186,7 @@ void log_walker_t::parse_elements(std::string_view elements, bool is_own)
         m_is_finished = !is_own;
         return;
     }
-    std::string document = m_beginning;
-    document.append(elements).append(log_end);
+    const std::string document = make_document(m_beginning, elements);
     const auto sizes = is_own ? log_sax_reader::sizes_t::any : log_sax_reader::sizes_t::usual;
     m_is_finished = m_reader.parse(document, sizes) != 0;
 }
@@ -230,7 +226,7 @@ std::size_t log_walker_t::size_to_parse(std::string_view text, std::string_view 
 
 bool log_walker_t::is_within_limits(std::string_view markup)
 {
-    const std::size_t size = m_beginning.size() + markup.size() + sizeof(log_end);
+    const std::size_t size = m_beginning.size() + markup.size() + fault_bytes;
     const refusal_t refusal = size > limits::max_document_bytes
                                   ? refusal_t::document_size
                                   : look_through_markup(markup, parse_t::events).refusal;

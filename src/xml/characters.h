@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -13,11 +15,32 @@ constexpr bool is_blank(char byte)
     return byte == ' ' || byte == '\t' || byte == '\r' || byte == '\n';
 }
 
-/// Whether the byte cannot be part of a name because it separates one from what follows.
+/// Returns how many white space characters the text begins with.
+inline std::size_t count_blanks(std::string_view text)
+{
+    std::size_t count = 0;
+    while (count != text.size() && is_blank(text[count]))
+        ++count;
+    return count;
+}
+
+/// Whether the text has no character but white space.
+inline bool is_blank_text(std::string_view text)
+{
+    return count_blanks(text) == text.size();
+}
+
+/// The bytes that cannot be part of a name because they separate one from what follows.
+constexpr auto name_ends = [] {
+    std::array<bool, 256> ends = {};
+    for (const char byte : {' ', '\t', '\r', '\n', '=', '/', '>', '<', '"', '\'', '?'})
+        ends.at(static_cast<unsigned char>(byte)) = true;
+    return ends;
+}();
+
 constexpr bool ends_name(char byte)
 {
-    return is_blank(byte) || byte == '=' || byte == '/' || byte == '>' || byte == '<' ||
-           byte == '"' || byte == '\'' || byte == '?';
+    return name_ends[static_cast<unsigned char>(byte)]; // NOLINT(*-constant-array-index)
 }
 
 /// Whether the character can be written in an XML 1.0 document.

@@ -43,6 +43,9 @@ private:
         case scanner_t::token_t::start_tag:
             add_start_tag(scanner);
             break;
+        case scanner_t::token_t::instruction:
+            ++m_names;
+            break;
         case scanner_t::token_t::end_tag:
             m_depth -= m_depth > 0 ? 1 : 0;
             break;
@@ -109,9 +112,8 @@ private:
         for (auto token = scanner.next();
              token != scanner_t::token_t::end && names.size() <= limits::max_names;
              token = scanner.next()) {
-            if (token != scanner_t::token_t::start_tag)
-                continue;
-            names.insert(scanner.name());
+            if (token == scanner_t::token_t::start_tag || token == scanner_t::token_t::instruction)
+                names.insert(scanner.name());
             for (attribute_t attribute; scanner.next_attribute(attribute);)
                 names.insert(attribute.name);
         }

@@ -155,7 +155,7 @@ bool decode_references(std::string_view text, place_t place, std::string_view am
     if ((contents & refused) != 0)
         return false;
     if ((contents & (references | non_ascii)) == 0) {
-        wide.assign(text.begin(), text.end());
+        wide = ascii_to_wide(text);
         return true;
     }
     if ((contents & non_ascii) != 0 && (!decode_utf8(text, wide) || has_non_characters(wide)))
@@ -173,7 +173,7 @@ bool decode_references(std::string_view text, place_t place, std::string_view am
 bool decode_name(std::string_view name, std::wstring& wide)
 {
     if (is_ascii_name(name)) {
-        wide.assign(name.begin(), name.end());
+        wide = ascii_to_wide(name);
         return true;
     }
     return !is_ascii(name) && decode_utf8(name, wide) && is_xml_name(wide);

@@ -47,7 +47,7 @@ bool is_ascii(std::string_view utf8)
 
 std::wstring utf8_to_wide(std::string_view utf8)
 {
-    return is_ascii(utf8) ? std::wstring(utf8.begin(), utf8.end()) : decode(utf8);
+    return is_ascii(utf8) ? ascii_to_wide(utf8) : decode(utf8);
 }
 
 } // namespace velmoext_1_4_8

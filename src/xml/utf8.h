@@ -12,4 +12,10 @@ std::wstring utf8_to_wide(std::string_view utf8);
 
 bool is_ascii(std::string_view utf8);
 
+/// Converts ASCII.
+inline std::wstring ascii_to_wide(std::string_view ascii)
+{
+    return std::wstring(ascii.begin(), ascii.end());
+}
+
 } // namespace velmoext_1_4_8

@@ -23,7 +23,6 @@ using velmoext_1_4_8::message_t;
 typedef boost::shared_ptr<message_t> message_ptr;
 typedef std::unique_ptr<xmlTextReader, decltype(&xmlFreeTextReader)> reader_t;
 typedef std::unique_ptr<xmlParserCtxt, decltype(&xmlFreeParserCtxt)> parser_t;
-typedef std::unique_ptr<xmlDoc, decltype(&xmlFreeDoc)> tree_t;
 
 // The text arrived as wide text, so that its declaration says nothing about bytes.
 const int options =
@@ -31,6 +30,8 @@ const int options =
 
 const std::size_t max_expanded_bytes = 10000000;
 const std::size_t max_unlimited_bytes = 1000000;
+
+const bool normalizes_attribute_entities = LIBXML_VERSION >= 21300;
 
 xml_string_t content_of(const xmlNode* node)
 {
@@ -75,9 +76,10 @@ void remove_remarks(xmlEntity* entity)
 
 void remove_remarks_of_entities(const xmlDoc* document)
 {
-    if (document->intSubset == nullptr)
+    const xmlDtd* const type = xmlGetIntSubset(document);
+    if (type == nullptr)
         return;
-    for (xmlNode* node = document->intSubset->children; node != nullptr; node = node->next)
+    for (xmlNode* node = type->children; node != nullptr; node = node->next)
         if (node->type == XML_ENTITY_DECL)
             remove_remarks(reinterpret_cast<xmlEntity*>(node));
 }
@@ -152,6 +154,25 @@ bool is_message(const xmlNode* node)
     return node->type == XML_ELEMENT_NODE && from_xml(node->name) == std::string("msg");
 }
 
+bool has_entity(const xmlAttr* attribute)
+{
+    const xmlNode* node = attribute->children;
+    while (node != nullptr && node->type != XML_ENTITY_REF_NODE)
+        node = node->next;
+    return node != nullptr;
+}
+
+bool has_attribute_with_entity(const xmlNode* element)
+{
+    for (const xmlAttr* at = element->properties; at != nullptr; at = at->next)
+        if (has_entity(at))
+            return true;
+    for (const xmlNode* child = element->children; child != nullptr; child = child->next)
+        if (child->type == XML_ELEMENT_NODE && has_attribute_with_entity(child))
+            return true;
+    return false;
+}
+
 bool has_fault_after(xmlTextReader* reader)
 {
     int result = 1;
@@ -160,38 +181,46 @@ bool has_fault_after(xmlTextReader* reader)
     return result < 0;
 }
 
-bool has_instruction(const xmlDtd* type)
-{
-    const xmlNode* at = type != nullptr ? type->children : nullptr;
-    while (at != nullptr && at->type != XML_PI_NODE)
-        at = at->next;
-    return at != nullptr;
-}
-
-// A document that is parsed in one piece.
+// A document that a push parser gets in one piece.
 class whole_document_t
 {
 public:
     whole_document_t(const std::string& document, std::size_t size)
-        : m_tree(xmlCtxtReadMemory(m_parser.get(), document.data(), static_cast<int>(size), nullptr,
-                                   "UTF-8", options),
-                 xmlFreeDoc)
-    {}
+        : m_parser(xmlCreatePushParserCtxt(nullptr, nullptr, nullptr, 0, nullptr),
+                   xmlFreeParserCtxt)
+    {
+        xmlCtxtUseOptions(m_parser.get(), options);
+        xmlParseChunk(m_parser.get(), document.data(), static_cast<int>(size), 1);
+    }
+    ~whole_document_t()
+    {
+        xmlFreeDoc(m_parser->myDoc);
+        m_parser->myDoc = nullptr;
+    }
+    whole_document_t(const whole_document_t&) = delete;
+    whole_document_t& operator=(const whole_document_t&) = delete;
 
-    const xmlDtd* document_type() const { return m_tree ? m_tree->intSubset : nullptr; }
+    bool has_instruction_in_document_type() const
+    {
+        const xmlDtd* const type = xmlGetIntSubset(m_parser->myDoc);
+        const xmlNode* at = type != nullptr ? type->children : nullptr;
+        while (at != nullptr && at->type != XML_PI_NODE)
+            at = at->next;
+        return at != nullptr;
+    }
 
     // Null with any fault.
     message_ptr message() const
     {
-        const xmlNode* const root = m_tree ? xmlDocGetRootElement(m_tree.get()) : nullptr;
-        const bool is_readable = m_parser->wellFormed != 0 && root != nullptr && is_message(root) &&
-                                 expansion_t::is_within_limit(root);
+        if (m_parser->wellFormed == 0)
+            return message_ptr();
+        const xmlNode* const root = xmlDocGetRootElement(m_parser->myDoc);
+        const bool is_readable = is_message(root) && expansion_t::is_within_limit(root);
         return is_readable ? read_element(root) : message_ptr();
     }
 
 private:
-    parser_t m_parser{xmlNewParserCtxt(), xmlFreeParserCtxt};
-    tree_t m_tree;
+    parser_t m_parser;
 };
 
 bool has_parameter_entity = false;
@@ -233,8 +262,15 @@ document_oracle_t::document_oracle_t(const std::wstring& text)
     read();
     if (m_exception == exception_t::none && m_document.size() > max_unlimited_bytes)
         m_exception = exception_t::document_size;
-    if (m_exception != exception_t::expanded_entities)
+    if (!is_any_right())
         read_whole();
+}
+
+bool document_oracle_t::is_any_right() const
+{
+    return m_exception == exception_t::parameter_entity ||
+           m_exception == exception_t::expanded_entities ||
+           m_exception == exception_t::attribute_entity;
 }
 
 void document_oracle_t::read()
@@ -251,6 +287,10 @@ void document_oracle_t::read()
             return;
         }
         m_message = read_element(node);
+        if (normalizes_attribute_entities && has_attribute_with_entity(node)) {
+            m_exception = exception_t::attribute_entity;
+            return;
+        }
         if (has_fault_after(reader.get()))
             m_exception = exception_t::fault_after_message;
         return;
@@ -265,7 +305,7 @@ void document_oracle_t::read_whole()
     if (type == std::string::npos || m_document.find("<?", type) == std::string::npos)
         return;
     const whole_document_t whole(m_document, m_document.size());
-    if (!has_instruction(whole.document_type()))
+    if (!whole.has_instruction_in_document_type())
         return;
     m_exception = exception_t::split_document_type;
     m_whole_message = whole.message();
@@ -285,9 +325,7 @@ message_ptr document_oracle_t::message_before_fault() const
 std::string
 document_oracle_t::difference(const boost::shared_ptr<velmoext_1_4_8::message_t>& result) const
 {
-    const bool is_any_right = m_exception == exception_t::parameter_entity ||
-                              m_exception == exception_t::expanded_entities;
-    if (is_any_right || (!result && m_exception != exception_t::none))
+    if (is_any_right() || (!result && m_exception != exception_t::none))
         return std::string();
     const std::string actual = fields_of(result);
     const bool is_right = actual == fields_of(m_message) ||

@@ -24,6 +24,9 @@ public:
         parameter_entity,
         /// The message's entities stand for more than 10,000,000 bytes: any result.
         expanded_entities,
+        /// An attribute refers to an entity, and the release of libxml2 is one from 2.13 on, which
+        /// take white space of the entity, and of references beside it, for blanks: any result.
+        attribute_entity,
         /// The document has more than 1,000,000 bytes, so that limits may apply: null.
         document_size,
         /// The document type holds an instruction, and what a push parser makes of that depends on
@@ -38,6 +41,7 @@ public:
     const boost::shared_ptr<velmoext_1_4_8::message_t>& message() const { return m_message; }
 
 private:
+    bool is_any_right() const;
     void read();
     void read_whole();
     boost::shared_ptr<velmoext_1_4_8::message_t> message_before_fault() const;

@@ -6,10 +6,12 @@
 
 #include <boost/make_shared.hpp>
 
+#include <libxml/encoding.h>
 #include <libxml/parser.h>
 
 #include <cstring>
 #include <map>
+#include <regex>
 #include <utility>
 
 using ROVA_2_18::strings::utf8_to_utf16;
@@ -36,6 +38,33 @@ std::string text_to_parse(const std::string& bytes)
     return text.substr(0, text.rfind('>') + 1);
 }
 
+// Empty without a well-formed declaration of an encoding.
+std::string declared_encoding(const std::string& text)
+{
+    static const std::regex declaration(
+        "(?:\xEF\xBB\xBF)?<\\?xml\\s+version\\s*=\\s*(?:'1\\.[0-9]+'|\"1\\.[0-9]+\")"
+        "\\s+encoding\\s*=\\s*(?:'([A-Za-z][-A-Za-z0-9._]*)'|\"([A-Za-z][-A-Za-z0-9._]*)\")"
+        "(?:\\s+standalone\\s*=\\s*(?:'(?:yes|no)'|\"(?:yes|no)\"))?\\s*\\?>");
+    std::smatch found;
+    if (!std::regex_search(text, found, declaration, std::regex_constants::match_continuous))
+        return std::string();
+    return found[1].matched ? found[1] : found[2];
+}
+
+bool is_unknown_encoding(const std::string& name)
+{
+    xmlCharEncodingHandler* const converter = xmlFindCharEncodingHandler(name.c_str());
+    const bool is_unknown = converter == nullptr;
+    xmlCharEncCloseFunc(converter);
+    return is_unknown;
+}
+
+// Whether the text begins with what could be the declaration of an encoding.
+bool may_declare_encoding(const std::string& text)
+{
+    return text.find("<?xml") <= 3 && text.find("encoding") != std::string::npos;
+}
+
 int parse_whole(xmlSAXHandler& table, void* context, const std::string& text)
 {
 // Deprecated in later releases, which have it all the same: it is what the rules name.
@@ -53,7 +82,13 @@ struct log_callbacks_t
     log_oracle_t& oracle;
     const xml_errors_t& errors;
 
-    static void document(void* /*context*/) {}
+    static void start_document(void* context)
+    {
+        const auto& self = *static_cast<log_callbacks_t*>(context);
+        self.oracle.m_has_begun = !self.errors.has_fault();
+    }
+
+    static void end_document(void* /*context*/) {}
 
     static void start(void* context, const xmlChar* name, const xmlChar** attributes)
     {
@@ -80,20 +115,35 @@ struct log_callbacks_t
 log_oracle_t::reading_t log_oracle_t::read(const std::string& new_bytes)
 {
     m_reading = reading_t();
+    m_has_begun = false;
+    const std::string text = text_to_parse(new_bytes);
+    const std::string encoding = declared_encoding(text);
+    // Later releases of libxml2 take an unknown encoding for UTF-8.
+    if (!encoding.empty() && is_unknown_encoding(encoding)) {
+        m_reading.is_read = true;
+        m_reading.start = start_t::fails;
+        return std::move(m_reading);
+    }
+    // They also parse an empty text.
+    m_reading.is_read = !text.empty() && parse(text) >= 0;
+    if (!m_has_begun && may_declare_encoding(text))
+        m_reading.start = start_t::either;
+    return std::move(m_reading);
+}
+
+int log_oracle_t::parse(const std::string& text)
+{
     xmlSAXHandler table = {};
     // With the mark of SAX2, libxml2 2.9.14 would call none of the element callbacks.
     table.initialized = 1;
-    table.startDocument = log_callbacks_t::document;
-    table.endDocument = log_callbacks_t::document;
+    table.startDocument = log_callbacks_t::start_document;
+    table.endDocument = log_callbacks_t::end_document;
     table.startElement = log_callbacks_t::start;
     table.endElement = log_callbacks_t::end;
     table.characters = log_callbacks_t::characters;
     const xml_errors_t errors;
     log_callbacks_t callbacks = {*this, errors};
-    m_reading.is_read =
-        !new_bytes.empty() && parse_whole(table, &callbacks, text_to_parse(new_bytes)) >= 0;
-    m_reading.has_unknown_encoding = errors.first_fault() == XML_ERR_UNSUPPORTED_ENCODING;
-    return std::move(m_reading);
+    return parse_whole(table, &callbacks, text);
 }
 
 void log_oracle_t::start_element(const std::string& name, const xmlChar** attributes)

@@ -13,11 +13,18 @@
 class log_oracle_t
 {
 public:
+    /// The result of a start on the log.
+    enum class start_t
+    {
+        succeeds,
+        fails, ///< The system has no converter for the declared encoding; the log stays as it is.
+        either ///< The text may declare an encoding, but not in the way that it is written in.
+    };
+
     struct reading_t
     {
         bool is_read = false; ///< The result of the replay.
-        /// The system has no converter for the declared encoding: a start must change nothing.
-        bool has_unknown_encoding = false;
+        start_t start = start_t::succeeds;
         std::vector<velmoext_1_4_8::message_t> delivered; ///< As they were at delivery.
         std::vector<boost::shared_ptr<velmoext_1_4_8::message_t>> messages; ///< As they became.
     };
@@ -36,6 +43,7 @@ private:
         in_child
     };
 
+    int parse(const std::string& text);
     void start_element(const std::string& name, const unsigned char** attributes);
     void start_message(const unsigned char** attributes);
     void start_arg(const unsigned char** attributes);
@@ -47,5 +55,6 @@ private:
     state_t m_state = outside;
     std::string m_element;
     std::wstring m_arg_name;
+    bool m_has_begun = false; ///< whether the text's declaration has been read
     reading_t m_reading;
 };

@@ -92,13 +92,25 @@ bool is_name_in_document(const std::string& name)
                              from_xml(root->ns->prefix) + (":" + local) == name);
 }
 
+// Releases of libxml2 differ in what they make of a second colon before what begins no name.
+bool is_split_by_each_release(const std::string& name)
+{
+    const std::size_t first = name.find(':');
+    const std::size_t second = first == std::string::npos ? first : name.find(':', first + 1);
+    if (first == 0 || second == std::string::npos || second == first + 1 ||
+        second + 1 == name.size())
+        return true;
+    return is_name_in_document(name.substr(second + 1)) ||
+           !is_name_in_document(name.substr(first + 1, second - first - 1));
+}
+
 // Whether libxml2 reads the key as a name; without a replacement, which would make one of anything.
 bool is_name(const std::wstring& key)
 {
     if (!is_writable(key))
         return false;
     const std::string name = utf16_to_utf8(key);
-    return is_simple_name(name) || is_name_in_document(name);
+    return is_simple_name(name) || (is_name_in_document(name) && is_split_by_each_release(name));
 }
 
 // ---- the calls, in their order
@@ -112,10 +124,10 @@ bool write_attributes(xmlTextWriterPtr writer, const texts_t& attributes)
 {
     std::set<std::string> names;
     for (const auto& [key, text] : attributes) {
-        if (!key.empty() && (!is_name(key) || !names.insert(utf16_to_utf8(key)).second))
+        const std::string name = utf16_to_utf8(key);
+        if (!key.empty() && (!is_name(key) || !names.insert(name).second))
             continue;
-        if (xmlTextWriterWriteAttribute(writer, to_xml(utf16_to_utf8(key)),
-                                        to_xml(utf8_text(text))) < 0)
+        if (xmlTextWriterWriteAttribute(writer, to_xml(name), to_xml(utf8_text(text))) < 0)
             return false;
     }
     return true;

@@ -12,10 +12,9 @@ public:
     xml_errors_t(const xml_errors_t&) = delete;
     xml_errors_t& operator=(const xml_errors_t&) = delete;
 
-    /// The code of the parser's first fatal error, XML_ERR_OK without one. What a converter of
-    /// encodings cannot convert does not end a parse at once: it is converted ahead.
-    int first_fault() const { return m_first_fault; }
-    bool has_fault() const { return m_first_fault != XML_ERR_OK; }
+    /// Whether a parser met a fatal error. What a converter of encodings cannot convert is none:
+    /// the text is converted ahead of the parse.
+    bool has_fault() const { return m_has_fault; }
 
 private:
 #if LIBXML_VERSION >= 21200
@@ -27,9 +26,9 @@ private:
     static void on_error(void* errors, error_ptr_t error)
     {
         auto& self = *static_cast<xml_errors_t*>(errors);
-        if (error->domain == XML_FROM_PARSER && error->level == XML_ERR_FATAL && !self.has_fault())
-            self.m_first_fault = error->code;
+        if (error->domain == XML_FROM_PARSER && error->level == XML_ERR_FATAL)
+            self.m_has_fault = true;
     }
 
-    int m_first_fault = XML_ERR_OK;
+    bool m_has_fault = false;
 };
