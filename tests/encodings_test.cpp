@@ -41,6 +41,18 @@ TEST(encodings_test, without_a_declaration_none_is_found)
         EXPECT_EQ(declared_encoding(document), "") << document;
 }
 
+TEST(encodings_test, a_declared_encoding_is_a_name_of_an_encoding)
+{
+    const auto declared = [](const std::string& name) {
+        return declared_encoding("<?xml version='1.0' encoding='" + name + "'?>");
+    };
+    for (const char* const name : {"a", "z", "A", "Z", "azAZ09._-", "UTF-8"})
+        EXPECT_EQ(declared(name), name);
+    for (const char* const name : {"", "0", ".a", "_a", "-a", "a b", " a", "a/b", "a:b", "a@", "a[",
+                                   "a`", "a{", "\xC3\xA9", "a\xC3\xA9"})
+        EXPECT_EQ(declared(name), "") << name;
+}
+
 TEST(encodings_test, a_text_in_any_known_encoding_is_converted)
 {
     EXPECT_EQ(converted("<a>\xE9</a>", "ISO-8859-1"), "<a>\xC3\xA9</a>");

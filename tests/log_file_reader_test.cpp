@@ -215,6 +215,8 @@ TEST_F(log_file_reader_test, a_refusal_of_a_whole_log_is_found_beforehand)
     EXPECT_EQ(found("<log" + numbered(" a", 25001, "=''") + "></log>"), refusal_t::attributes);
     // Elements further on are refused one by one.
     EXPECT_EQ(found("<log>" + std::string(2 * chunk, ' ') + rest), refusal_t::none);
+    EXPECT_EQ(found("<log>" + message("a") + "<e/>" + message("&amp;") + "</log>"),
+              refusal_t::none);
     EXPECT_EQ(found(""), refusal_t::none);
     EXPECT_EQ(log_file_reader::find_refusal(m_folder.name("missing.xml")), refusal_t::none);
 }
@@ -226,6 +228,25 @@ TEST_F(log_file_reader_test, a_byte_that_the_encoding_does_not_have_prints_nothi
                        message("b") + "</log>"),
               L"a;");
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+// Each would take libxml2 minutes.
+TEST_F(log_file_reader_test, what_is_quadratic_ends_the_delivery_at_once)
+{
+    const std::string names = numbered("<n", 800000, "/>");
+    const std::string attributes = numbered(" a", 20000, "=''") + repeated(" a19999=''", 1000000);
+    const std::string first = "<log>" + message("a");
+    const std::string last = message("last") + "</log>";
+    const usage_t usage;
+    EXPECT_EQ(types_in(first + "<msg>" + names + "</msg>" + last), L"a;");
+    EXPECT_EQ(m_refusal, refusal_t::names);
+    EXPECT_EQ(types_in(first + "<msg" + attributes + "><type>b</type></msg>" + last), L"a;");
+    EXPECT_EQ(m_refusal, refusal_t::attributes);
+    for (const char* const fault : {"<!--\xC3\xA9 -- x-->", "&u;"}) {
+        EXPECT_EQ(types_in(first + fault + "<msg>" + names + "</msg>" + last), L"a;") << fault;
+        EXPECT_EQ(m_refusal, refusal_t::none) << fault;
+    }
+    EXPECT_LT(usage.seconds(), 10);
 }
 
 // Anything that is quadratic takes minutes.

@@ -84,7 +84,6 @@ TEST_F(log_sax_reader_test, a_message_alone_is_delivered_too)
     EXPECT_EQ(m_types, L"t;");
 }
 
-// libxml2 would compare each of them with all before it, to the end of the tag: for minutes.
 TEST_F(log_sax_reader_test, a_message_without_type_and_severity_is_dropped)
 {
     m_reader.parse("<log><msg tool='x'><arg name='a'>1</arg></msg><msg/></log>");

@@ -208,6 +208,21 @@ TEST(log_walker_test, nothing_after_the_root_counts)
                          std::string(after));
 }
 
+TEST(log_walker_test, the_end_of_the_root_ends_the_walk_whatever_follows)
+{
+    for (const char* const between : {"", "<e>&lt;</e>", "<msg><type>a</type></msg>"}) {
+        log_sax_reader reader;
+        reader.set_callback([](const message_ptr&) {});
+        log_walker_t walker(reader);
+        const std::string log = std::string("<log>") + between + "</log>";
+        EXPECT_EQ(walker.walk(log.substr(0, log.size() - 1), false), log.size() - 6);
+        EXPECT_FALSE(walker.is_finished());
+        walker.walk("</log><e" + numbered(" a", 25001, "=''") + "/>", false);
+        EXPECT_TRUE(walker.is_finished());
+        EXPECT_EQ(walker.refusal(), refusal_t::none);
+    }
+}
+
 TEST(log_walker_test, an_end_tag_of_another_element_ends_the_log)
 {
     for (const char* const tag : {"</lag>", "</msg>", "</LOG>", "</log x>", "</ log>", "</log\n>"})
@@ -257,6 +272,18 @@ TEST(log_walker_test, a_fault_is_found_in_what_is_long)
         }
 }
 
+TEST(log_walker_test, a_fault_ends_the_walk_before_the_text_does)
+{
+    for (const char* const fault : {"<a b=c>", "<!-- -- -->", "<!DOCTYPE a>", "&u;<e/>", "]]><e/>",
+                                    "\x01<e/>", "<a b='1' b='2'/>", "<e>\xFF</e>", "<1/>"}) {
+        log_sax_reader reader;
+        reader.set_callback([](const message_ptr&) {});
+        log_walker_t walker(reader);
+        walker.walk("<log><msg><type>a</type></msg>" + std::string(fault), false);
+        EXPECT_TRUE(walker.is_finished()) << fault;
+    }
+}
+
 TEST(log_walker_test, a_reference_of_many_digits_ends_nothing)
 {
     expect_as_parsed("<log><msg><type>a</type></msg>&#" + std::string(100, '0') +
@@ -289,7 +316,8 @@ TEST(log_walker_test, an_element_beyond_a_limit_ends_the_walk)
     const std::string first = "<log><msg><type>first</type></msg>";
     const std::string last = "<msg><type>last</type></msg></log>";
     for (const std::string& foreign :
-         {"<e" + attributes + "/>", "<e" + attributes + ">", "<e" + attributes + "/>&u;"}) {
+         {"<e" + attributes + "/>", "<e" + attributes + ">", "<e" + attributes + "/>&u;",
+          "<e" + attributes + "><f>", "<f><e" + attributes + ">&u;", "<e" + attributes + "/><"}) {
         walk_t walk(first + foreign + last);
         EXPECT_EQ(walk.through({}).fields(), parsed(first));
         EXPECT_EQ(walk.refusal(), refusal_t::attributes) << walk.size();
