@@ -72,7 +72,7 @@ void add_fact(message_t& message, message_t::message_content_t& content, char ki
 
 message_ptr make_message(const std::string& facts)
 {
-    const auto message = boost::make_shared<message_t>();
+    auto message = boost::make_shared<message_t>();
     message_t::message_content_t content;
     for (const std::string& line : split(facts, '\n'))
         if (line.size() >= 2)

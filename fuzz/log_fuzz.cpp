@@ -57,6 +57,7 @@ private:
 // A folder in memory, if the system has one: a disk is slow.
 const scratch_folder_t& folder()
 {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): there is one thread yet
     static const bool is_in_memory = setenv("TMPDIR", "/dev/shm", 0) == 0;
     static const scratch_folder_t made;
     require(is_in_memory, "the environment can be set");

@@ -57,7 +57,12 @@ inline std::string message_text(const message_t& message, const std::string& bef
                        "severity " + severity_name(message.get_severity()) + behind;
     const auto add = [&](const char* kind, const texts_t& texts) {
         for (const auto& text : texts)
-            made += before + kind + quoted(text.first) + " = " + quoted(text.second) + behind;
+            made.append(before)
+                .append(kind)
+                .append(quoted(text.first))
+                .append(" = ")
+                .append(quoted(text.second))
+                .append(behind);
     };
     add("attribute ", content.attributes);
     add("arg ", content.args);

@@ -476,10 +476,10 @@ TEST_F(roads_test, any_number_of_names_survives)
 
 TEST_F(roads_test, more_than_a_thousand_attributes_survive)
 {
-    texts_t attributes;
+    texts_t many;
     for (int i = 0; i < 1200; ++i)
-        attributes.emplace(L"a" + std::to_wstring(i), L"1");
-    const message_ptr sent = with(attributes, {{L"n", L"2"}});
+        many.emplace(L"a" + std::to_wstring(i), L"1");
+    const message_ptr sent = with(many, {{L"n", L"2"}});
     EXPECT_EQ(text_of(string_and_back(sent)), text_of(*sent));
     EXPECT_EQ(text_of(m_log.log_and_replay(sent)), text_of(*sent));
     m_folder.write("log.xml", empty_log);

@@ -686,8 +686,8 @@ TEST(string_message_serializer_test, entities_that_refer_to_each_other_give_null
 
 TEST(string_message_serializer_test, a_declared_default_names_an_argument)
 {
-    const auto read = [](const std::wstring& declaration) {
-        const message_ptr message = decode(L"<!DOCTYPE msg [" + declaration +
+    const auto read = [](const std::wstring& list) {
+        const message_ptr message = decode(L"<!DOCTYPE msg [" + list +
                                            L"]><msg><arg>1</arg><arg name='n'>2</arg>"
                                            L"<arg name=''>3</arg></msg>");
         return message ? message->get_content().args : texts_t();
@@ -715,11 +715,11 @@ TEST(string_message_serializer_test, declared_defaults_beside_a_long_text_are_re
     for (int i = 0; i < 10; ++i)
         ten_defaults += L" a" + std::to_wstring(i) + L" CDATA 'd'";
     const usage_t usage;
-    for (const auto& [declaration, size] : std::map<std::wstring, std::size_t>{
+    for (const auto& [list, size] : std::map<std::wstring, std::size_t>{
              {L"<!ATTLIST arg a CDATA 'd'>", 1000000}, {ten_defaults + L">", 100000}}) {
         const std::wstring text(size, L'x');
         const message_ptr message =
-            decode(L"<!DOCTYPE msg [" + declaration + L"]><msg><arg>" + text + L"</arg></msg>");
+            decode(L"<!DOCTYPE msg [" + list + L"]><msg><arg>" + text + L"</arg></msg>");
         ASSERT_TRUE(message) << size;
         EXPECT_TRUE((message->get_content().args == texts_t{{L"arg1", text}})) << size;
     }
@@ -834,11 +834,11 @@ TEST(string_message_serializer_test, the_declared_encoding_does_not_count)
           "UTF-32",       "UCS-4",     "EBCDIC-US",  "HZ",          "x-unknown"})
         for (const wchar_t* const quote : {L"'", L"\""})
             for (const wchar_t* const mark : {L"", L"\xFEFF"}) {
-                const std::wstring declaration =
+                const std::wstring beginning =
                     mark + (L"<?xml version=\"1.0\" encoding=" + (quote + wide(encoding) + quote)) +
                     L"?>\n";
                 const message_ptr message =
-                    decode(declaration + L"<msg a='\xE9'><type>\xE9\x4E2D+AOk-\x5C</type></msg>");
+                    decode(beginning + L"<msg a='\xE9'><type>\xE9\x4E2D+AOk-\x5C</type></msg>");
                 ASSERT_TRUE(message) << encoding;
                 EXPECT_EQ(message->get_type(), L"\xE9\x4E2D+AOk-\x5C") << encoding;
                 EXPECT_EQ(message->get_content().attributes, (texts_t{{L"a", L"\xE9"}}))

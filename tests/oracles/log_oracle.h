@@ -49,7 +49,7 @@ private:
     void start_arg(const unsigned char** attributes);
     void end_element(const std::string& name);
     void characters(const char* text);
-    void add_text(const std::string& text);
+    void add_text(const std::string& utf8);
 
     boost::shared_ptr<velmoext_1_4_8::message_t> m_message;
     state_t m_state = outside;

@@ -143,7 +143,7 @@ private:
         add("<!DOCTYPE ");
         add(m_is_log ? "log" : "msg");
         if (m_random.one_in(6))
-            add(m_random.one_in(2) ? " SYSTEM 'nowhere.dtd'" : " PUBLIC \"p\" \"nowhere.dtd\"");
+            add(m_random.one_in(2) ? " SYSTEM 'nowhere.dtd'" : R"( PUBLIC "p" "nowhere.dtd")");
         if (!m_random.one_in(6)) {
             add_space();
             add("[");

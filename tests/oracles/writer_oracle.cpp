@@ -7,6 +7,7 @@
 #include <libxml/tree.h>
 #include <libxml/xmlwriter.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -135,23 +136,22 @@ bool write_attributes(xmlTextWriterPtr writer, const texts_t& attributes)
 
 bool write_args(xmlTextWriterPtr writer, const texts_t& args)
 {
-    for (const auto& [name, text] : args)
-        if (xmlTextWriterStartElement(writer, BAD_CAST "arg") < 0 ||
-            xmlTextWriterWriteAttribute(writer, BAD_CAST "name", to_xml(utf8_text(name))) < 0 ||
-            xmlTextWriterWriteString(writer, to_xml(utf8_text(text))) < 0 ||
-            xmlTextWriterEndElement(writer) < 0)
-            return false;
-    return true;
+    return std::all_of(args.begin(), args.end(), [&](const auto& arg) {
+        return xmlTextWriterStartElement(writer, BAD_CAST "arg") >= 0 &&
+               xmlTextWriterWriteAttribute(writer, BAD_CAST "name", to_xml(utf8_text(arg.first))) >=
+                   0 &&
+               xmlTextWriterWriteString(writer, to_xml(utf8_text(arg.second))) >= 0 &&
+               xmlTextWriterEndElement(writer) >= 0;
+    });
 }
 
 bool write_elements(xmlTextWriterPtr writer, const texts_t& elements)
 {
-    for (const auto& [key, text] : elements)
-        if ((key.empty() || is_name(key)) &&
-            xmlTextWriterWriteElement(writer, to_xml(utf16_to_utf8(key)), to_xml(utf8_text(text))) <
-                0)
-            return false;
-    return true;
+    return std::all_of(elements.begin(), elements.end(), [&](const auto& element) {
+        return (!element.first.empty() && !is_name(element.first)) ||
+               xmlTextWriterWriteElement(writer, to_xml(utf16_to_utf8(element.first)),
+                                         to_xml(utf8_text(element.second))) >= 0;
+    });
 }
 
 void write_message(xmlTextWriterPtr writer, const message_t& message)
