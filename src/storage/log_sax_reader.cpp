@@ -63,11 +63,14 @@ void log_sax_reader::set_callback(const message_callback_t& callback)
 
 int log_sax_reader::parse(const std::string& document, sizes_t sizes)
 {
+    if (document.empty())
+        return -1;
     initialize_xml_library();
     xml_error_scope_t errors;
     m_errors = &errors;
-    const xml_parser_t parser(xmlNewParserCtxt());
-    const int answer = parser && !document.empty() ? parse(*parser, document, sizes) : -1;
+    const xml_parser_t parser(
+        xmlCreateMemoryParserCtxt(document.data(), static_cast<int>(document.size())));
+    const int answer = parser ? parse(*parser, sizes) : -1;
     m_errors = nullptr;
     if (m_failure)
         std::rethrow_exception(std::exchange(m_failure, nullptr));
@@ -76,14 +79,16 @@ int log_sax_reader::parse(const std::string& document, sizes_t sizes)
     return answer;
 }
 
-int log_sax_reader::parse(xmlParserCtxt& parser, const std::string& document, sizes_t sizes)
+// Not xmlCtxtReadMemory(): some releases of libxml2 read the document in pieces there, at whose
+// ends text is cut.
+int log_sax_reader::parse(xmlParserCtxt& parser, sizes_t sizes)
 {
     *parser.sax = make_table();
     parser.userData = this;
     m_parser = &parser;
-    const int options = sizes == sizes_t::any ? XML_PARSE_HUGE : 0;
-    xmlFreeDoc(xmlCtxtReadMemory(&parser, document.data(), static_cast<int>(document.size()),
-                                 nullptr, nullptr, options));
+    if (sizes == sizes_t::any)
+        xmlCtxtUseOptions(&parser, XML_PARSE_HUGE);
+    xmlParseDocument(&parser);
     if (parser.wellFormed)
         return 0;
     return parser.errNo != XML_ERR_OK ? parser.errNo : -1;
