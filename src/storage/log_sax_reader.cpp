@@ -10,6 +10,8 @@
 
 #include <boost/make_shared.hpp>
 
+#include <libxml/parserInternals.h>
+
 #include <algorithm>
 #include <cstring>
 #include <iterator>
