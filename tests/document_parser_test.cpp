@@ -100,7 +100,7 @@ TEST(document_parser_test, a_document_that_is_cut_anywhere_is_read_as_by_libxml2
         "<?xml version='1.0'?><!DOCTYPE msg [<!ENTITY e 'x'>]>\n<msg a='b'><arg>&e;</arg>"
         "<type><![CDATA[t]]></type><!-- c --></msg>\n<?p?>";
     for (std::size_t size = 0; size <= document.size(); ++size)
-        for (const std::size_t before : {0, 505, 65500})
+        for (const std::size_t before : {0U, 505U, 65500U})
             expect_as_read((before == 0 ? "" : "<!--" + std::string(before, 'c') + "-->") +
                            document.substr(before == 0 ? 0 : 21, size));
 }
@@ -120,7 +120,7 @@ TEST(document_parser_test, a_fault_counts_in_the_piece_in_which_the_message_ends
 {
     const std::string message = in_message("");
     for (const char* const fault : {"<", "x", "</x>"})
-        for (const std::size_t before : {0, 100, 600}) {
+        for (const std::size_t before : {0U, 100U, 600U}) {
             const std::string begin = before == 0 ? message : comment(before) + message;
             EXPECT_FALSE(read(begin + fault)) << before << fault;
             EXPECT_TRUE(read("<msg>" + std::string(before + 600, ' ') + "</msg>" +

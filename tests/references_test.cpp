@@ -160,7 +160,7 @@ TEST(references_test, references_are_decoded_as_libxml2_does)
 // libxml2 2.9.14 reads some of them, and some not.
 TEST(references_test, a_long_reference_is_left_to_libxml2)
 {
-    for (const std::size_t zeros : {10, 11, 60, 100000}) {
+    for (const std::size_t zeros : {10U, 11U, 60U, 100000U}) {
         const std::string text = "a&amp;&#x" + repeated("0", zeros) + "e9;b";
         EXPECT_EQ(decode(text, place_t::element), std::nullopt);
         EXPECT_EQ(find_fault(text), text.size());
