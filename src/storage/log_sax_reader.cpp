@@ -10,6 +10,8 @@
 
 #include <boost/make_shared.hpp>
 
+#include <libxml/parserInternals.h>
+
 #include <algorithm>
 #include <cstring>
 #include <iterator>
@@ -66,24 +68,26 @@ int log_sax_reader::parse(const std::string& document, sizes_t sizes)
     initialize_xml_library();
     xml_error_scope_t errors;
     m_errors = &errors;
-    const xml_parser_t parser(xmlNewParserCtxt());
-    const int answer = parser && !document.empty() ? parse(*parser, document, sizes) : -1;
+    // Not by xmlCtxtReadMemory(): later releases of libxml2 read that 4,000 bytes at a time, and
+    // end an event there.
+    const xml_parser_t parser(
+        xmlCreateMemoryParserCtxt(document.data(), static_cast<int>(document.size())));
+    const int answer = parser && !document.empty() ? parse(*parser, sizes) : -1;
     m_errors = nullptr;
     if (m_failure)
         std::rethrow_exception(std::exchange(m_failure, nullptr));
-    if (!parser || errors.has_run_out_of_memory())
+    if ((!parser && !document.empty()) || errors.has_run_out_of_memory())
         throw std::bad_alloc();
     return answer;
 }
 
-int log_sax_reader::parse(xmlParserCtxt& parser, const std::string& document, sizes_t sizes)
+int log_sax_reader::parse(xmlParserCtxt& parser, sizes_t sizes)
 {
     *parser.sax = make_table();
     parser.userData = this;
     m_parser = &parser;
-    const int options = sizes == sizes_t::any ? XML_PARSE_HUGE : 0;
-    xmlFreeDoc(xmlCtxtReadMemory(&parser, document.data(), static_cast<int>(document.size()),
-                                 nullptr, nullptr, options));
+    xmlCtxtUseOptions(&parser, sizes == sizes_t::any ? XML_PARSE_HUGE : 0);
+    xmlParseDocument(&parser);
     if (parser.wellFormed)
         return 0;
     return parser.errNo != XML_ERR_OK ? parser.errNo : -1;

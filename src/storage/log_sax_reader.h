@@ -72,7 +72,7 @@ private:
 
     static element_t element_of(const char* name);
     static xmlSAXHandler make_table();
-    int parse(xmlParserCtxt& parser, const std::string& document, sizes_t sizes);
+    int parse(xmlParserCtxt& parser, sizes_t sizes);
 
     static void on_document(void* reader);
     static void on_start_element(void* reader, const xmlChar* name, const xmlChar** attributes);
