@@ -131,7 +131,7 @@ TEST(document_parser_test, a_fault_counts_in_the_piece_in_which_the_message_ends
 
 TEST(document_parser_test, the_message_of_a_long_document_counts_once_it_has_ended)
 {
-    for (const char* const fault : {"<", "x", "</x>"}) {
+    for (const char* const fault : {"<", "</x>"}) {
         const std::string message = in_message("<e>" + repeated("text<b/>", 20000) + "</e>");
         EXPECT_TRUE(read(message + repeated(" ", 2000) + fault)) << fault;
         EXPECT_TRUE(read(message + repeated("<!-- c -->", 200) + fault)) << fault;
@@ -161,9 +161,9 @@ TEST(document_parser_test, what_libxml2_does_not_read_is_not_read)
     for (const std::string& document :
          {in_message("<e>" + text + "</e>"),
           in_message(repeated("<e>", 300) + repeated("</e>", 300)),
-          "<msg a='" + text + "'><type>t</type></msg>", in_message("<a:b:1>x</a:b:1>"),
-          std::string("<other><msg/></other>"), std::string("<p:other xmlns:p='u'/>"),
-          std::string(), std::string("<ms"), std::string(" "), std::string("<!DOCTYPE msg>")})
+          "<msg a='" + text + "'><type>t</type></msg>", std::string("<other><msg/></other>"),
+          std::string("<p:other xmlns:p='u'/>"), std::string(), std::string("<ms"),
+          std::string(" "), std::string("<!DOCTYPE msg>")})
         EXPECT_FALSE(read(document)) << document.substr(0, 100);
 }
 
@@ -194,9 +194,12 @@ TEST(document_parser_test, a_document_beyond_a_limit_is_refused_with_the_reason)
 
 TEST(document_parser_test, entities_are_read_up_to_a_limit_for_each_message)
 {
-    const auto document = [](std::size_t size, std::size_t references) {
-        return with_document_type("<!ENTITY e '" + std::string(size, 'x') + "'>",
-                                  in_message("<e>" + repeated("&e;", references) + "</e>"));
+    // Later releases of libxml2 have a limit of their own, which grows with the document.
+    const std::string remark = comment(4000000);
+    const auto document = [&](std::size_t size, std::size_t references) {
+        return with_document_type(
+            "<!ENTITY e '" + std::string(size, 'x') + "'>",
+            in_message(remark + "<e>" + repeated("&e;", references) + "</e>"));
     };
     EXPECT_EQ(refusal_of(document(100000, 100)), refusal_t::none);
     EXPECT_TRUE(read(document(100000, 100)));

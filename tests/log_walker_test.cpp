@@ -284,6 +284,21 @@ TEST(log_walker_test, a_fault_ends_the_walk_before_the_text_does)
     }
 }
 
+TEST(log_walker_test, what_is_complete_is_handed_over_before_the_text_ends)
+{
+    for (const char* const before :
+         {"", "<e/>", "text", "text<e/>text", "<e>text<f/></e> <!-- c -->"}) {
+        std::wstring types;
+        log_sax_reader reader;
+        reader.set_callback([&](const message_ptr& message) { types += message->get_type(); });
+        log_walker_t walker(reader);
+        const std::string complete =
+            "<log>" + std::string(before) + "<msg><type>a<!-- c --></type></msg>";
+        EXPECT_EQ(walker.walk(complete + "<msg><type>b", false), complete.size()) << before;
+        EXPECT_EQ(types, L"a") << before;
+    }
+}
+
 TEST(log_walker_test, a_reference_of_many_digits_ends_nothing)
 {
     expect_as_parsed("<log><msg><type>a</type></msg>&#" + std::string(100, '0') +
