@@ -313,7 +313,7 @@ void allocation_test::fail_each_allocation(const allocation_case_t& one)
 
 // Where libxml2 has no memory to note an element's beginning, or an entity's reference in an
 // attribute, it forgets what it already made: the element's name and note, the reference's name.
-// Where it has none for an input that is read by a function, it forgets the input's buffer.
+// If it runs out of memory for an input that is read by a function, it forgets the input's buffer.
 // The leak sanitizer asks for its exceptions under this name.
 // NOLINTNEXTLINE(bugprone-reserved-identifier,readability-identifier-naming)
 extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions()

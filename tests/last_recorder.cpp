@@ -26,7 +26,7 @@ message_ptr make_recorded(const std::wstring& type)
     return message;
 }
 
-// Ends the process at once where the serializer does not give the message back.
+// Ends the process at once if the serializer does not give the message back.
 void require_round_trip(const message_ptr& message)
 {
     const message_ptr read = string_message_serializer_t::xml_string_to_message(

@@ -1,4 +1,4 @@
-// Messages for an extension object whose last owner has let go of it.
+// Messages for an extension object whose last owner has released it.
 
 #include "storage_support.h"
 

@@ -70,9 +70,9 @@ public:
     ///
     /// The old messages are lost in three cases. If no copy of the log can be made, as in a folder
     /// that refuses it or on a full disk, recording starts with an empty log and true is returned.
-    /// If libxml2 has no memory for a writer, or if the copy that was just made cannot be opened,
-    /// as without a free descriptor, false is returned. The storage may then count as recording,
-    /// with every message dropped, until stop_recording() makes it idle.
+    /// If libxml2 runs out of memory for a writer, or if the copy that was just made cannot be
+    /// opened, as without a free descriptor, false is returned. The storage may then count as
+    /// recording, with every message dropped, until stop_recording() makes it idle.
     virtual bool start_recording();
 
     /// Closes the log. Always true, also where no recording is on or the file refused a part of it.

@@ -22,7 +22,7 @@ const char encoding[] = "UTF-8";
 const int options = XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_IGNORE_ENC;
 
 // libxml2's text reader feeds its parser so: first what the encoding is detected by, then pieces.
-// What comes of a malformed document depends on where a piece ends.
+// The ends of the pieces decide what libxml2 reads of a malformed document.
 const std::size_t first_piece = 4;
 const std::size_t piece = 512;
 

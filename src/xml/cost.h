@@ -14,7 +14,7 @@ struct markup_t
     /// The limit that the document exceeds, if any: refusal_t::none when libxml2's work is linear
     /// in the document's size or within the limits.
     refusal_t refusal = refusal_t::none;
-    /// The bytes up to where the document is malformed, or all of them.
+    /// The offset of the first fault in the markup, or the document's size.
     std::size_t well_formed_bytes = 0;
 };
 

@@ -16,7 +16,7 @@ bool is_plain_text(std::string_view text);
 /// digits with the references after it.
 std::size_t find_fault(std::string_view text);
 
-/// Where a text with references is written.
+/// The kind of text that has the references.
 enum class place_t
 {
     element,
