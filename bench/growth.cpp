@@ -176,7 +176,7 @@ public:
     }
 
 private:
-    static const std::size_t block_messages = 1000;
+    static constexpr std::size_t block_messages = 1000;
 
     std::size_t m_messages; ///< in a block
     std::string m_head;

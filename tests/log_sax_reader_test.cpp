@@ -241,7 +241,7 @@ TEST_F(log_sax_reader_test, a_long_text_is_one_piece_wherever_it_begins)
 {
     const std::wstring text(9000, L'x');
     const std::string utf8(text.begin(), text.end());
-    for (const std::size_t before : {0, 3900, 4096, 9000}) {
+    for (const std::size_t before : {0U, 3900U, 4096U, 9000U}) {
         const std::string comment = "<!--" + std::string(before, 'c') + "-->";
         EXPECT_EQ(read(comment + "<arg name='n'>" + utf8 + "</arg>").args, (texts_t{{L"n", text}}));
         EXPECT_EQ(read_type(comment + utf8), text);

@@ -249,7 +249,7 @@ TEST(log_walker_test, very_many_elements_for_libxml2_are_read_in_their_order)
 {
     const std::string message = "<msg><arg name='n'>\xC3\xA9</arg><type>a</type></msg>\n";
     const std::string own = "<msg><type>own</type></msg>";
-    for (const std::size_t count : {1300, 5000})
+    for (const std::size_t count : {1300U, 5000U})
         for (const char* const fault : {"", "<a b='1' b='2'/>", "\xFF", "</lag>", "&"}) {
             const std::string log = "<log>" + repeated(message, count) + own +
                                     repeated(message, count) + fault + repeated(message, count) +
@@ -265,7 +265,7 @@ TEST(log_walker_test, a_fault_is_found_in_what_is_long)
     for (const std::string& fault :
          {std::string("&u;"), std::string("]]>"), std::string("\x01"), std::string("<!-- --"),
           std::string("<a b=c>"), std::string("<!DOCTYPE log>")})
-        for (const std::size_t before : {0, 600, 70000}) {
+        for (const std::size_t before : {0U, 600U, 70000U}) {
             const std::string log = "<log>" + message + "<e>" + std::string(before, 'x') + "</e>" +
                                     fault + std::string(2000, 'y') + message + "</log>";
             EXPECT_EQ(walk_t(log).through({before / 2}).fields(), parsed(log)) << fault << before;
