@@ -1,6 +1,7 @@
 #include <velmoext1/velmo_ex.h>
 
-#include <algorithm>
+#include <boost/thread/lock_guard.hpp>
+
 #include <iterator>
 #include <utility>
 
@@ -14,7 +15,7 @@ std::int32_t velmo_ex_t::m_id_counter = 0;
 
 boost::shared_ptr<velmo_ex_t> velmo_ex_t::get(const std::wstring& id, const std::wstring& prefix)
 {
-    const boost::mutex::scoped_lock lock(m_global_mutex);
+    const boost::lock_guard<boost::mutex> lock(m_global_mutex);
     const auto found = m_active_velmo_exs.find(id);
     if (found != m_active_velmo_exs.end())
         return found->second.lock();
@@ -31,7 +32,7 @@ boost::shared_ptr<velmo_ex_t> velmo_ex_t::get(const std::wstring& id, const std:
 
 std::wstring velmo_ex_t::generate_id(const std::wstring& base)
 {
-    const boost::mutex::scoped_lock lock(m_global_mutex);
+    const boost::lock_guard<boost::mutex> lock(m_global_mutex);
     std::wstring id;
     do {
         id = base + std::to_wstring(m_id_counter);
@@ -63,13 +64,13 @@ std::wstring velmo_ex_t::get_prefix()
 
 void velmo_ex_t::push_handler(boost::shared_ptr<base_handler_t> handler)
 {
-    const boost::mutex::scoped_lock lock(m_mutex);
+    const boost::lock_guard<boost::mutex> lock(m_mutex);
     m_handlers.push_back(std::move(handler));
 }
 
 boost::shared_ptr<base_handler_t> velmo_ex_t::pop_handler()
 {
-    const boost::mutex::scoped_lock lock(m_mutex);
+    const boost::lock_guard<boost::mutex> lock(m_mutex);
     if (m_handlers.empty())
         return boost::shared_ptr<base_handler_t>();
     boost::shared_ptr<base_handler_t> top = std::move(m_handlers.back());
@@ -79,36 +80,35 @@ boost::shared_ptr<base_handler_t> velmo_ex_t::pop_handler()
 
 void velmo_ex_t::dispatch_message(boost::shared_ptr<message_t> msg)
 {
-    const boost::mutex::scoped_lock lock(m_mutex);
+    const boost::lock_guard<boost::mutex> lock(m_mutex);
     if (m_handlers.empty())
         return;
     boost::shared_ptr<velmo_ex_t> self = shared_from_this();
-    const auto last = std::prev(m_handlers.rend());
-    const bool is_consumed = std::any_of(m_handlers.rbegin(), last, [&](const auto& handler) {
-        return handler->on_message(self, msg);
-    });
-    if (!is_consumed)
-        (*last)->on_message(std::move(self), std::move(msg));
+    const auto bottom = m_handlers.begin();
+    for (auto handler = std::prev(m_handlers.end()); handler != bottom; --handler)
+        if ((*handler)->on_message(self, msg))
+            return;
+    (*bottom)->on_message(std::move(self), std::move(msg));
 }
 
 // Every entry that waits here is purged by whichever object dies next, without a walk through the
 // entries of the living.
 void velmo_ex_t::retire() noexcept
 {
-    const boost::mutex::scoped_lock lock(m_global_mutex);
+    const boost::lock_guard<boost::mutex> lock(m_global_mutex);
     m_expired_entries.splice(m_expired_entries.end(), m_entry);
 }
 
 void velmo_ex_t::drop_handlers() noexcept
 {
-    const boost::mutex::scoped_lock lock(m_mutex);
+    const boost::lock_guard<boost::mutex> lock(m_mutex);
     while (!m_handlers.empty())
         m_handlers.pop_front();
 }
 
 void velmo_ex_t::purge() noexcept
 {
-    const boost::mutex::scoped_lock lock(m_global_mutex);
+    const boost::lock_guard<boost::mutex> lock(m_global_mutex);
     for (const auto& entry : m_expired_entries)
         m_active_velmo_exs.erase(entry);
     m_expired_entries.clear();
