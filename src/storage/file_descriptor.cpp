@@ -130,21 +130,18 @@ void file_descriptor_t::write(const char* bytes, std::size_t count)
     }
 }
 
-std::size_t file_descriptor_t::read(std::int64_t offset, std::size_t count, std::string& text) const
+std::size_t file_descriptor_t::read(std::int64_t offset, char* bytes, std::size_t count) const
 {
-    const std::size_t begin = text.size();
-    text.resize(begin + count);
     std::size_t complete = 0;
     while (complete < count) {
         const ssize_t added = retry_interrupted([&] {
-            return pread(m_descriptor, &text[begin + complete], count - complete,
+            return pread(m_descriptor, bytes + complete, count - complete,
                          offset + static_cast<std::int64_t>(complete));
         });
         if (added <= 0)
             break;
         complete += static_cast<std::size_t>(added);
     }
-    text.resize(begin + complete);
     return complete;
 }
 

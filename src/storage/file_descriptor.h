@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <string>
 #include <sys/types.h>
 
 namespace velmoext_1_4_8
@@ -47,9 +46,9 @@ public:
     /// Whether truncate() or write() failed since the last open().
     bool has_failed() const { return m_has_failed; }
 
-    /// Appends that many bytes from the offset on to the text; fewer when the file ends or the read
-    /// fails. Returns how many.
-    std::size_t read(std::int64_t offset, std::size_t count, std::string& text) const;
+    /// Reads that many bytes from the offset on; fewer when the file ends or the read fails. Returns
+    /// how many.
+    std::size_t read(std::int64_t offset, char* bytes, std::size_t count) const;
 
 private:
     bool is_of_this_process() const;

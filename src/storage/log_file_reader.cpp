@@ -5,8 +5,11 @@
 
 #include <rova/strings.h>
 
+#include <boost/container/vector.hpp>
+
 #include <algorithm>
 #include <cstddef>
+#include <string_view>
 #include <utility>
 
 namespace velmoext_1_4_8
@@ -53,26 +56,29 @@ bool log_file_reader::parse()
 bool log_file_reader::parse(const file_descriptor_t& file, std::int64_t begin, std::int64_t end)
 {
     log_walker_t walker(m_sax);
-    std::string text; // that was read but not walked
+    boost::container::vector<char> read; // but not walked
     bool has_tag = false;
     bool is_last = false;
     while (!is_last && !walker.is_finished()) {
         // As much again as was not enough: so an element of any size is looked through a few times.
         const auto left = static_cast<std::size_t>(end - begin);
-        const std::size_t wanted = std::min(std::max(chunk, text.size()), left);
-        const std::size_t size = file.read(begin, wanted, text);
+        const std::size_t wanted = std::min(std::max(chunk, read.size()), left);
+        const std::size_t kept = read.size();
+        read.resize(kept + wanted, boost::container::default_init);
+        const std::size_t size = file.read(begin, read.data() + kept, wanted);
         begin += static_cast<std::int64_t>(size);
         if (size < wanted)
             m_position = begin;
         // A zero ends the text.
-        const std::size_t zero = text.find('\0', text.size() - size);
-        is_last = size < wanted || begin == end || zero != std::string::npos;
+        std::string_view text(read.data(), kept + size);
+        const std::size_t zero = text.find('\0', kept);
+        is_last = size < wanted || begin == end || zero != std::string_view::npos;
         if (is_last) {
-            text.resize(std::min(zero, text.size()));
-            text.resize(text.rfind('>') + 1);
+            text = text.substr(0, zero);
+            text = text.substr(0, text.rfind('>') + 1);
         }
-        has_tag = has_tag || text.find('>') != std::string::npos;
-        text.erase(0, walker.walk(text, is_last));
+        has_tag = has_tag || text.find('>') != std::string_view::npos;
+        read.erase(read.begin(), read.begin() + walker.walk(text, is_last));
         is_last = is_last || (m_reads_beginning_only && walker.reads_elements());
     }
     m_refusal = walker.refusal();

@@ -1,5 +1,6 @@
 #include "xml/references.h"
 
+#include "xml/byte_blocks.h"
 #include "xml/characters.h"
 #include "xml/utf8.h"
 
@@ -41,9 +42,20 @@ constexpr auto contents_of_byte = [] {
     return contents;
 }();
 
+// Most texts have plain characters alone, which is found out eight bytes at a time.
+bool has_plain_characters_only(std::string_view text)
+{
+    return has_no_high_bits(text, [](byte_block_t block) {
+        return find_less(block, ' ') | find_equal(block, '&') | find_equal(block, '<') |
+               find_equal(block, ']');
+    });
+}
+
 unsigned look_for_contents(std::string_view text)
 {
     unsigned contents = plain;
+    if (has_plain_characters_only(text))
+        return contents;
     for (const char byte : text)
         contents |= contents_of_byte[static_cast<unsigned char>(byte)];
     if ((contents & brackets) != 0 && text.find("]]>") != std::string_view::npos)

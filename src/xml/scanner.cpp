@@ -197,9 +197,11 @@ bool attribute_scanner_t::next(attribute_t& attribute)
 
 scanner_t::token_t scanner_t::next()
 {
-    const token_t unfinished = finish_start_tag();
-    if (unfinished != token_t::start_tag)
-        return unfinished;
+    if (m_is_in_start_tag) {
+        const token_t unfinished = finish_start_tag();
+        if (unfinished != token_t::start_tag)
+            return unfinished;
+    }
     m_begin = m_at;
     if (m_at == m_end)
         return token_t::end;
