@@ -4,6 +4,8 @@
 #include "support.h"
 #include "writer_oracle.h"
 
+#include <rova/strings.h>
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -11,21 +13,23 @@
 #include <vector>
 
 using namespace velmoext_1_4_8;
+using ROVA_2_18::strings::utf8_to_utf16;
 
 namespace
 {
 
 std::string composed_log(const std::vector<message_t>& messages)
 {
-    std::string log = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<log>\n";
+    text_buffer_t<char> elements;
     for (const message_t& message : messages)
-        append_message_element(message, 1, log);
-    return log + "</log>\n";
+        append_message_element(message, 1, elements);
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<log>\n" +
+           std::string(elements.begin(), elements.end()) + "</log>\n";
 }
 
 void expect_as_written(const message_t& message)
 {
-    ASSERT_EQ(compose_document(message), written_document(message));
+    ASSERT_EQ(compose_document(message), utf8_to_utf16(written_document(message)));
     ASSERT_EQ(composed_log({message, message}), written_log({message, message}));
 }
 
@@ -51,7 +55,9 @@ void expect_characters_as_written(const Add& add)
         for (std::size_t place = at; place != std::min(at + 256, all.size()); ++place)
             add(content, all.at(place));
         const message_ptr message = make_message(content);
-        ASSERT_EQ(compose_document(*message), written_document(*message)) << all.at(at);
+        ASSERT_EQ(compose_document(*message), utf8_to_utf16(written_document(*message)))
+            << all.at(at);
+        ASSERT_EQ(composed_log({*message}), written_log({*message})) << all.at(at);
     }
 }
 
@@ -94,6 +100,19 @@ TEST(element_composer_test, each_character_of_a_type_is_written_as_libxml2_does)
 {
     for (unsigned character = 0; character != 0x110; ++character)
         expect_as_written(*make_message(units({character, 'a', character}), message_t::error));
+}
+
+TEST(element_composer_test, a_character_is_written_as_libxml2_does_wherever_it_is_in_a_text)
+{
+    for (std::size_t place = 0; place != 20; ++place)
+        expect_characters_as_written(
+            [=](message_t::message_content_t& content, unsigned character) {
+                if (character < 0x102 || character > 0xD7FE) {
+                    std::wstring text(20, L'x');
+                    text[place] = static_cast<wchar_t>(character);
+                    content.args[std::to_wstring(character)] = text;
+                }
+            });
 }
 
 TEST(element_composer_test, keys_with_colons_are_written_as_libxml2_does)
@@ -147,9 +166,11 @@ TEST(element_composer_test, random_messages_are_written_as_libxml2_does)
 
 TEST(element_composer_test, an_element_is_appended)
 {
-    std::string document = "before";
+    const std::string before = "before";
+    text_buffer_t<char> document(before.begin(), before.end());
     append_message_element(*make_message(L"t"), 0, document);
-    EXPECT_EQ(document, "before<msg>\n <type>t</type>\n</msg>\n");
+    EXPECT_EQ(std::string(document.begin(), document.end()),
+              "before<msg>\n <type>t</type>\n</msg>\n");
 }
 
 TEST(element_composer_test, a_text_of_any_size_is_written)
@@ -159,7 +180,7 @@ TEST(element_composer_test, a_text_of_any_size_is_written)
     const message_ptr message = make_message(make_content({{L"a", std::wstring(size, L'v')}}, {},
                                                           {{std::wstring(name_size, L'e'), L"x"}}));
     EXPECT_TRUE(compose_document(*message) ==
-                "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<msg a=\"" + std::string(size, 'v') +
-                    "\">\n <" + std::string(name_size, 'e') + ">x</" + std::string(name_size, 'e') +
-                    ">\n <type></type>\n</msg>\n");
+                L"<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<msg a=\"" +
+                    std::wstring(size, L'v') + L"\">\n <" + std::wstring(name_size, L'e') +
+                    L">x</" + std::wstring(name_size, L'e') + L">\n <type></type>\n</msg>\n");
 }

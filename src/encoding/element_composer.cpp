@@ -4,13 +4,17 @@
 #include "encoding/element_names.h"
 #include "encoding/severity_text.h"
 #include "xml/characters.h"
+#include "xml/utf8.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <iterator>
 #include <map>
 #include <set>
+#include <string>
 #include <string_view>
+#include <type_traits>
 
 namespace velmoext_1_4_8
 {
@@ -18,14 +22,10 @@ namespace
 {
 
 typedef std::map<std::wstring, std::wstring> string_map_t;
-
-// A message of usual size needs no second allocation.
-const std::size_t usual_size = 1024;
-
-const std::string_view declaration = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
+typedef element_names names;
 
 // As libxml2's writer escapes them: in an attribute, white space too would not survive a reader.
-std::string_view escape_in_text(char character)
+std::string_view escape_in_text(wchar_t character)
 {
     switch (character) {
     case '<':
@@ -43,7 +43,7 @@ std::string_view escape_in_text(char character)
     }
 }
 
-std::string_view escape_in_attribute(char character)
+std::string_view escape_in_attribute(wchar_t character)
 {
     switch (character) {
     case '\n':
@@ -55,18 +55,73 @@ std::string_view escape_in_attribute(char character)
     }
 }
 
+// ASCII without markup and control characters is written as it is.
 constexpr auto plain_units = [] {
     std::array<bool, 128> plain = {};
-    for (std::size_t unit = ' '; unit <= '~'; ++unit)
+    for (std::size_t unit = ' '; unit != plain.size(); ++unit)
         plain.at(unit) = unit != '"' && unit != '&' && unit != '<' && unit != '>';
     return plain;
 }();
 
-// Printable ASCII without markup is written as it is.
 bool is_plain(wchar_t unit)
 {
     const auto index = static_cast<std::uint32_t>(unit);
     return index < plain_units.size() && plain_units[index]; // NOLINT(*-constant-array-index)
+}
+
+// Units that are looked at together.
+constexpr std::size_t block_size = 8;
+
+// Returns whether the block is plain; what it is copied to is unspecified if not.
+template <typename Char>
+bool copy_plain_block(const wchar_t* from, Char* to)
+{
+    // Not by comparisons, so that compilers look at several units at once.
+    std::uint32_t bits = 0;
+    for (std::size_t i = 0; i != block_size; ++i) {
+        const auto unit = static_cast<std::uint32_t>(from[i]);
+        bits |= unit | (0x7FU - unit) | (unit - ' ') | ((unit ^ '"') - 1U) | ((unit ^ '&') - 1U) |
+                ((unit ^ '<') - 1U) | ((unit ^ '>') - 1U);
+    }
+    for (std::size_t i = 0; i != block_size; ++i)
+        to[i] = static_cast<Char>(from[i]);
+    return bits >> 31U == 0;
+}
+
+// Copies the characters up to the first one that is not plain. Returns how many.
+template <typename Char>
+std::size_t copy_plain(const std::wstring& text, Char* to)
+{
+    std::size_t count = 0;
+    while (text.size() - count >= block_size && copy_plain_block(&text[count], to + count))
+        count += block_size;
+    for (; count != text.size() && is_plain(text[count]); ++count)
+        to[count] = static_cast<Char>(text[count]);
+    return count;
+}
+
+// Returns the text as it reads in a document, before anything is escaped.
+template <typename Char>
+std::basic_string<Char> convert(const std::wstring& text)
+{
+    if constexpr (std::is_same_v<Char, char>)
+        return xml_utf8(text);
+    else
+        return utf8_to_wide(xml_utf8(text));
+}
+
+// Joins texts to a constant.
+template <typename Char, std::size_t... Sizes>
+constexpr auto join(const char (&... texts)[Sizes])
+{
+    std::array<Char, (0 + ... + (Sizes - 1))> joined = {};
+    std::size_t at = 0;
+    const auto add = [&](const char* text, std::size_t size) {
+        for (std::size_t i = 0; i != size; ++i)
+            joined.at(at++) = static_cast<Char>(text[i]);
+    };
+    (add(texts, Sizes - 1), ...);
+    return joined;
 }
 
 // libxml2 splits a name at its first two colons. If a name is between them, what follows the
@@ -86,105 +141,187 @@ bool is_writable_name(const std::wstring& key)
     return is_xml_name(key) && can_be_split(key);
 }
 
+// Composes in UTF-8, or in wide text.
+template <typename Char>
 class composer_t
 {
 public:
-    composer_t(std::size_t depth, std::string& out) : m_out(out), m_indent(depth + 1, ' ') {}
+    composer_t(std::size_t depth, text_buffer_t<Char>& out)
+        : m_depth(depth), m_out(out), m_begin(out.data()), m_size(out.size()), m_room(m_size)
+    {}
 
     void compose(const message_t& message)
     {
+        static constexpr auto begin = join<Char>("<", names::msg);
+        static constexpr auto begin_end = join<Char>(">\n");
+        static constexpr auto end = join<Char>("</", names::msg, ">\n");
+        static constexpr auto type_begin = join<Char>("<", names::type, ">");
+        static constexpr auto type_end = join<Char>("</", names::type, ">\n");
         const message_t::message_content_t& content = message_access::content(message);
-        append(outer_indent(), "<", element_names::msg);
+        prefetch(content.attributes, content.attributes.begin());
+        prefetch(content.args, content.args.begin());
+        prefetch(content.elements, content.elements.begin());
+        __builtin_prefetch(message_access::type(message).data());
+        append_indent(m_depth);
+        append(begin);
         const bool is_complete = append_attributes(content.attributes);
-        append(">\n");
+        append(begin_end);
         if (is_complete) {
             append_args(content.args);
             append_elements(content.elements);
         }
-        append_element(element_names::type, message_access::type(message));
-        const std::string_view severity = severity_text(message.get_severity());
-        if (!severity.empty())
-            append(m_indent, "<", element_names::severity, ">", severity, "</",
-                   element_names::severity, ">\n");
-        append(outer_indent(), "</", element_names::msg, ">\n");
+        append_indent(m_depth + 1);
+        append(type_begin);
+        append_text(message_access::type(message), escape_in_text);
+        append(type_end);
+        append_severity(message.get_severity());
+        append_indent(m_depth);
+        append(end);
+        m_out.resize(m_size);
     }
 
 private:
-    template <typename... Parts>
-    void append(const Parts&... parts)
+    // Returns where that many characters can be written.
+    Char* provide(std::size_t count)
     {
-        (m_out.append(parts), ...);
+        if (m_room - m_size < count)
+            grow(count);
+        return m_begin + m_size;
     }
 
-    std::string_view outer_indent() const { return std::string_view(m_indent).substr(1); }
-
-    // Returns false at an empty key, which ends the content.
-    bool append_attributes(const string_map_t& attributes)
+    [[gnu::noinline]] void grow(std::size_t count)
     {
-        for (const auto& [key, value] : attributes) {
-            if (key.empty())
+        m_out.resize(std::max(m_out.capacity(), 2 * (m_size + count)),
+                     boost::container::default_init);
+        m_begin = m_out.data();
+        m_room = m_out.size();
+    }
+
+    // Takes texts of characters that each fit into one of the document's.
+    template <typename Text>
+    void append(const Text& text)
+    {
+        std::copy(text.begin(), text.end(), provide(text.size()));
+        m_size += text.size();
+    }
+
+    void append_indent(std::size_t depth)
+    {
+        std::fill_n(provide(depth), depth, ' ');
+        m_size += depth;
+    }
+
+    // The texts of a message are apart in memory, and fetching them takes longer than the rest. So
+    // the next ones are fetched while one is appended.
+    static void prefetch(const string_map_t& texts, string_map_t::const_iterator at)
+    {
+        if (at != texts.end()) {
+            __builtin_prefetch(at->first.data());
+            __builtin_prefetch(at->second.data());
+        }
+    }
+
+    // Returns false when `append` did, which ends the walk.
+    template <typename Append>
+    static bool for_each_text(const string_map_t& texts, const Append& append)
+    {
+        for (auto at = texts.begin(); at != texts.end(); ++at) {
+            prefetch(texts, std::next(at));
+            if (!append(at->first, at->second))
                 return false;
-            if (is_writable_name(key) && is_first_of_name(key)) {
-                append(" ");
-                append_name(key);
-                append("=\"");
-                append_text(value, escape_in_attribute);
-                append("\"");
-            }
         }
         return true;
     }
 
+    // Returns false at an empty key, which ends the content.
+    bool append_attributes(const string_map_t& attributes)
+    {
+        static constexpr auto name_begin = join<Char>(" ");
+        static constexpr auto value_begin = join<Char>("=\"");
+        static constexpr auto value_end = join<Char>("\"");
+        return for_each_text(attributes, [&](const std::wstring& key, const std::wstring& value) {
+            if (is_writable_name(key) && is_first_of_name(key)) {
+                append(name_begin);
+                append_name(key);
+                append(value_begin);
+                append_text(value, escape_in_attribute);
+                append(value_end);
+            }
+            return !key.empty();
+        });
+    }
+
     void append_args(const string_map_t& args)
     {
-        for (const auto& [name, text] : args) {
-            append(m_indent, "<", element_names::arg, " ", element_names::arg_name, "=\"");
+        static constexpr auto begin = join<Char>("<", names::arg, " ", names::arg_name, "=\"");
+        static constexpr auto begin_end = join<Char>("\">");
+        static constexpr auto end = join<Char>("</", names::arg, ">\n");
+        for_each_text(args, [&](const std::wstring& name, const std::wstring& text) {
+            append_indent(m_depth + 1);
+            append(begin);
             append_text(name, escape_in_attribute);
-            append("\">");
+            append(begin_end);
             append_text(text, escape_in_text);
-            append("</", element_names::arg, ">\n");
-        }
+            append(end);
+            return true;
+        });
     }
 
+    // An empty key ends them.
     void append_elements(const string_map_t& elements)
     {
-        for (const auto& [key, text] : elements) {
-            if (key.empty())
-                return;
-            if (is_writable_name(key))
-                append_element(xml_utf8(key), text);
-        }
+        static constexpr auto begin = join<Char>("<");
+        static constexpr auto begin_end = join<Char>(">");
+        static constexpr auto end_begin = join<Char>("</");
+        static constexpr auto end = join<Char>(">\n");
+        for_each_text(elements, [&](const std::wstring& key, const std::wstring& text) {
+            if (is_writable_name(key)) {
+                append_indent(m_depth + 1);
+                append(begin);
+                append_name(key);
+                append(begin_end);
+                append_text(text, escape_in_text);
+                append(end_begin);
+                append_name(key);
+                append(end);
+            }
+            return !key.empty();
+        });
     }
 
-    void append_element(std::string_view name, const std::wstring& text)
+    void append_severity(message_t::severity_t severity)
     {
-        append(m_indent, "<", name, ">");
-        append_text(text, escape_in_text);
-        append("</", name, ">\n");
+        static constexpr auto begin = join<Char>("<", names::severity, ">");
+        static constexpr auto end = join<Char>("</", names::severity, ">\n");
+        const std::string_view text = severity_text(severity);
+        if (text.empty())
+            return;
+        append_indent(m_depth + 1);
+        append(begin);
+        append(text);
+        append(end);
     }
 
     void append_name(const std::wstring& name) { append_text(name, escape_in_text); }
 
-    // Most texts are plain, and converted while that is found out.
     template <typename Escape>
     void append_text(const std::wstring& text, const Escape& escape)
     {
-        const std::size_t start = m_out.size();
-        m_out.resize(start + text.size());
-        char* to = &m_out[start];
-        const wchar_t* at = text.data();
-        const wchar_t* const end = at + text.size();
-        while (at != end && is_plain(*at))
-            *to++ = static_cast<char>(*at++);
-        if (at == end)
-            return;
-        m_out.resize(start);
-        for (const char character : xml_utf8(text)) {
+        const std::size_t count = copy_plain(text, provide(text.size()));
+        m_size += count;
+        if (count != text.size())
+            append_escaped(convert<Char>(text.substr(count)), escape);
+    }
+
+    template <typename Escape>
+    void append_escaped(const std::basic_string<Char>& text, const Escape& escape)
+    {
+        for (const Char character : text) {
             const std::string_view escaped = escape(character);
             if (escaped.empty())
-                m_out.push_back(character);
+                append(std::basic_string_view<Char>(&character, 1));
             else
-                m_out.append(escaped);
+                append(escaped);
         }
     }
 
@@ -198,25 +335,29 @@ private:
         return !is_ambiguous || m_ambiguous_names.insert(xml_utf8(key)).second;
     }
 
-    std::string& m_out;
-    const std::string m_indent; ///< of the message's children
+    const std::size_t m_depth;
+    text_buffer_t<Char>& m_out;
+    Char* m_begin;
+    std::size_t m_size; ///< of what is composed
+    std::size_t m_room; ///< the size of m_out
     std::set<std::string> m_ambiguous_names;
 };
 
 } // namespace
 
-void append_message_element(const message_t& message, std::size_t depth, std::string& document)
+void append_message_element(const message_t& message, std::size_t depth,
+                            text_buffer_t<char>& document)
 {
-    composer_t(depth, document).compose(message);
+    composer_t<char>(depth, document).compose(message);
 }
 
-std::string compose_document(const message_t& message)
+std::wstring compose_document(const message_t& message)
 {
-    std::string document;
-    document.reserve(usual_size);
-    document.append(declaration);
-    append_message_element(message, 0, document);
-    return document;
+    static constexpr auto declaration =
+        join<wchar_t>("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n");
+    text_buffer_t<wchar_t> document(declaration.begin(), declaration.end());
+    composer_t<wchar_t>(0, document).compose(message);
+    return std::wstring(document.data(), document.size());
 }
 
 } // namespace velmoext_1_4_8

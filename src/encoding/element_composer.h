@@ -2,11 +2,17 @@
 
 #include <velmoext1/message.h>
 
+#include <boost/container/small_vector.hpp>
+
 #include <cstddef>
 #include <string>
 
 namespace velmoext_1_4_8
 {
+
+/// The characters of a text while it is composed: usual messages need no memory for it.
+template <typename Char>
+using text_buffer_t = boost::container::small_vector<Char, 1024>;
 
 /// Appends the message's "msg" element in UTF-8, byte for byte as libxml2's text writer gives it
 /// in a UTF-8 document with indentation on, where `depth` elements are open.
@@ -16,9 +22,10 @@ namespace velmoext_1_4_8
 /// - a character that XML 1.0 cannot carry becomes U+FFFD;
 /// - an attribute or element is left out if its key is not an XML name or cannot be split at its
 ///   colons, and an attribute if the element already has one of that name.
-void append_message_element(const message_t& message, std::size_t depth, std::string& document);
+void append_message_element(const message_t& message, std::size_t depth,
+                            text_buffer_t<char>& document);
 
-/// Returns the message as a document, with the XML declaration.
-std::string compose_document(const message_t& message);
+/// Returns the message as a document, with the XML declaration: what its UTF-8 is as wide text.
+std::wstring compose_document(const message_t& message);
 
 } // namespace velmoext_1_4_8

@@ -9,12 +9,12 @@ namespace velmoext_1_4_8
 /// The names in a message's XML form, shared by everything that writes or reads it.
 struct element_names
 {
-    static constexpr const char* log = "log";
-    static constexpr const char* msg = "msg";
-    static constexpr const char* arg = "arg";
-    static constexpr const char* arg_name = "name";
-    static constexpr const char* type = "type";
-    static constexpr const char* severity = "severity";
+    static constexpr char log[] = "log";
+    static constexpr char msg[] = "msg";
+    static constexpr char arg[] = "arg";
+    static constexpr char arg_name[] = "name";
+    static constexpr char type[] = "type";
+    static constexpr char severity[] = "severity";
 };
 
 /// Returns the name of an argument that has none in XML: "arg" and the message's next number. The

@@ -22,9 +22,6 @@ namespace
 
 typedef std::map<std::wstring, std::wstring> string_map_t;
 
-// A message of usual size needs no second allocation.
-const std::size_t usual_size = 1024;
-
 // Reads one element; empty once a text has exceeded a limit.
 class element_reader_t
 {
@@ -108,11 +105,10 @@ private:
 
 bool write_message_element(boost::shared_ptr<message_t> message, xmlTextWriterPtr writer)
 {
-    std::string element;
-    element.reserve(usual_size);
+    text_buffer_t<char> element;
     append_message_element(*message, 1, element);
     return element.size() <= INT_MAX &&
-           xmlTextWriterWriteRawLen(writer, to_xml(element.c_str()),
+           xmlTextWriterWriteRawLen(writer, to_xml(element.data()),
                                     static_cast<int>(element.size())) >= 0;
 }
 

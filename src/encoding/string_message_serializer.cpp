@@ -14,7 +14,7 @@ namespace velmoext_1_4_8
 std::wstring
 string_message_serializer_t::message_to_xml_string(boost::shared_ptr<message_t> message)
 {
-    return ROVA_2_18::strings::utf8_to_utf16(compose_document(*message));
+    return compose_document(*message);
 }
 
 boost::shared_ptr<message_t>
