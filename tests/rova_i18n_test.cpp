@@ -1,9 +1,15 @@
 #include <rova/i18n.h>
 
+#include <rova/strings.h>
+
 #include "run_threads.h"
 #include "usage.h"
 
 #include <gtest/gtest.h>
+
+#include <unicode/fmtable.h>
+#include <unicode/msgfmt.h>
+#include <unicode/unistr.h>
 
 #include <pthread.h>
 
@@ -27,6 +33,8 @@ using ROVA_2_18::generic::varg_list;
 using ROVA_2_18::i18n::catalog_t;
 using ROVA_2_18::i18n::message_t;
 using ROVA_2_18::strings::ustring16;
+using ROVA_2_18::strings::utf16_to_utf8;
+using ROVA_2_18::strings::utf8_to_utf16;
 using velmoext_1_4_8::usage_t;
 using namespace std::string_literals;
 
@@ -52,6 +60,25 @@ varg_list list_of(const arguments_t& arguments)
     for (const auto& one : arguments)
         list.push_back(argument(one.first, one.second));
     return list;
+}
+
+// A pattern that ICU refuses is its own text.
+std::wstring format_by_icu(const std::wstring& pattern, const arguments_t& arguments)
+{
+    std::vector<icu::UnicodeString> names;
+    std::vector<icu::Formattable> values;
+    for (const auto& [name, value] : arguments) {
+        names.push_back(icu::UnicodeString::fromUTF8(name));
+        values.emplace_back(icu::UnicodeString::fromUTF8(utf16_to_utf8(value)));
+    }
+    UErrorCode status = U_ZERO_ERROR;
+    const icu::MessageFormat format(icu::UnicodeString::fromUTF8(utf16_to_utf8(pattern)),
+                                    icu::Locale("en"), status);
+    icu::UnicodeString formatted;
+    format.format(names.data(), values.data(), static_cast<std::int32_t>(names.size()), formatted,
+                  status);
+    std::string utf8;
+    return U_FAILURE(status) ? pattern : utf8_to_utf16(formatted.toUTF8String(utf8));
 }
 
 std::wstring format(const std::wstring& pattern, const arguments_t& arguments = {},
@@ -579,6 +606,21 @@ TEST(rova_i18n_test, apostrophes_quote_braces_and_else_stand_for_themselves)
         {L"'{n}' {n} {n, number} it''s", {{"n", L"01"}}, L"{n} 01 1 it's"},
     };
     expect_rows(rows);
+}
+
+TEST(rova_i18n_test, a_pattern_of_texts_alone_reads_as_icu_formats_it)
+{
+    const std::vector<std::wstring> parts = {
+        L"{a}",  L"{ b }", L"{0}", L"{none}",   L"{a}{b}",     L"'", L"''", L"'{'", L"'{a}'",
+        L"it's", L"#",     L"|",   L"a \u00e9", L"\U0001f600", L"}", L"{",  L"",    L"'#'"};
+    const arguments_t arguments = {{"0", L"zero"}, {"a", L"{b}'"}, {"b", L"\u00e9\U0001f600"}};
+    for (const std::wstring& first : parts)
+        for (const std::wstring& second : parts)
+            for (const std::wstring& third : parts) {
+                const std::wstring pattern = first + second + third + L"x";
+                ASSERT_EQ(format(pattern, arguments), format_by_icu(pattern, arguments))
+                    << utf16_to_utf8(pattern);
+            }
 }
 
 TEST(rova_i18n_test, names_values_and_texts_are_unicode)

@@ -78,7 +78,8 @@ bool log_file_reader::parse(const file_descriptor_t& file, std::int64_t begin, s
             text = text.substr(0, text.rfind('>') + 1);
         }
         has_tag = has_tag || text.find('>') != std::string_view::npos;
-        read.erase(read.begin(), read.begin() + walker.walk(text, is_last));
+        const std::size_t walked = walker.walk(text, is_last);
+        read.erase(read.begin(), read.begin() + static_cast<std::ptrdiff_t>(walked));
         is_last = is_last || (m_reads_beginning_only && walker.reads_elements());
     }
     m_refusal = walker.refusal();

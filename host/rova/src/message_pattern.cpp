@@ -103,6 +103,15 @@ const icu::UnicodeString& checked(const icu::UnicodeString& text)
     return text;
 }
 
+/// Appends what is left of the text in ICU's.
+void append_units(std::wstring& result, const std::wstring& text)
+{
+    const bool has_same_units = std::all_of(text.begin(), text.end(), [](wchar_t unit) {
+        return static_cast<std::uint32_t>(unit) <= 0xFFFF;
+    });
+    result += has_same_units ? text : strings::from_unicode(strings::to_unicode(text));
+}
+
 std::string to_utf8(const icu::UnicodeString& text)
 {
     return strings::utf16_to_utf8(strings::from_unicode(text));
@@ -123,7 +132,10 @@ pattern_t::pattern_t(const std::wstring& pattern, const std::string& locale) : m
         return;
     m_length = pattern.size() + names.number_places() * max_number;
     add_slots(names);
-    make_format(names.renamed_pattern(), find_locale(locale, names.need_rules()));
+    if (names.number_places() == 0)
+        split(parsed);
+    else
+        make_format(names.renamed_pattern(), find_locale(locale, names.need_rules()));
 }
 
 pattern_t::~pattern_t() = default;
@@ -131,8 +143,10 @@ pattern_t::~pattern_t() = default;
 std::wstring pattern_t::format(const generic::varg_list& arguments) const
 {
     const texts_t texts = find_texts(arguments);
-    if (!m_format || !fit(texts))
+    if (!fit(texts))
         return m_text;
+    if (!m_format)
+        return m_pieces.empty() ? m_text : join(texts);
     given_arguments_t given(m_names);
     for (const slot_t& slot : m_slots)
         given.add(slot, texts[slot.argument]);
@@ -188,10 +202,27 @@ void pattern_t::make_format(const icu::UnicodeString& pattern, const icu::Locale
     if (!succeeded(status))
         return;
     m_format = std::move(format);
-    if (m_slots.empty()) {
-        m_text = this->format(generic::varg_list());
-        m_format.reset();
+}
+
+/// ICU would put such a pattern together in the same way, with several copies of each text.
+void pattern_t::split(const icu::MessagePattern& parsed)
+{
+    icu::UnicodeString before;
+    std::int32_t copied = 0;
+    for (std::int32_t i = 0; i != parsed.countParts(); ++i) {
+        const auto& part = parsed.getPart(i);
+        before.append(parsed.getPatternString(), copied, part.getIndex() - copied);
+        copied = part.getLimit();
+        if (part.getType() != UMSGPAT_PART_TYPE_ARG_START)
+            continue;
+        const icu::UnicodeString name = parsed.getSubstring(parsed.getPart(i + 1));
+        m_pieces.push_back({strings::from_unicode(before), find_argument(to_utf8(name), 0),
+                            strings::from_unicode(in_braces(name))});
+        before.remove();
+        i = parsed.getLimitPartIndex(i);
+        copied = parsed.getPart(i).getLimit();
     }
+    m_pieces.push_back({strings::from_unicode(before), m_arguments.size(), std::wstring()});
 }
 
 /// The name's place, or how many there are. Most often the names are asked for in their order, so
@@ -231,6 +262,23 @@ bool pattern_t::fit(const texts_t& texts) const
         length += text != nullptr ? slot.text_places * text->size() : 0;
     }
     return length <= max_result;
+}
+
+std::wstring pattern_t::join(const texts_t& texts) const
+{
+    std::wstring result;
+    result.reserve(m_text.size());
+    for (const piece_t& piece : m_pieces) {
+        result += piece.before;
+        if (piece.argument == m_arguments.size())
+            continue;
+        const std::wstring* const text = texts[piece.argument];
+        if (text == nullptr)
+            result += piece.stand_in;
+        else
+            append_units(result, *text);
+    }
+    return result;
 }
 
 } // namespace i18n

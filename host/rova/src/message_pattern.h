@@ -6,6 +6,7 @@
 
 #include <unicode/fmtable.h>
 #include <unicode/locid.h>
+#include <unicode/messagepattern.h>
 #include <unicode/msgfmt.h>
 #include <unicode/unistr.h>
 
@@ -37,20 +38,31 @@ public:
 private:
     typedef std::vector<const std::wstring*> texts_t;
 
+    /// What a pattern shows before an argument, and the argument.
+    struct piece_t
+    {
+        std::wstring before;
+        std::size_t argument; ///< its place in m_arguments, and behind them in the last piece
+        std::wstring stand_in;
+    };
+
     void add_slots(const argument_names_t& names);
     void add_slots(const icu::UnicodeString& name, const argument_uses_t& uses);
     void add_slot(const icu::UnicodeString& name, const slot_t& slot);
+    void split(const icu::MessagePattern& parsed);
     void make_format(const icu::UnicodeString& pattern, const icu::Locale& locale);
     std::size_t find_argument(const std::string& name, std::size_t expected) const;
     texts_t find_texts(const generic::varg_list& arguments) const;
     bool fit(const texts_t& texts) const;
+    std::wstring join(const texts_t& texts) const;
     icu::UnicodeString format(const given_arguments_t& given, UErrorCode& status) const;
 
     std::wstring m_text;                  ///< what stands where there is nothing to format
     std::vector<std::string> m_arguments; ///< the names that the pattern uses, sorted
     std::vector<slot_t> m_slots;
     std::vector<icu::UnicodeString> m_names; ///< of the slots, by which ICU asks for them
-    std::size_t m_length = 0; ///< what a result may have without the arguments' texts
+    std::size_t m_length = 0;      ///< what a result may have without the arguments' texts
+    std::vector<piece_t> m_pieces; ///< of a pattern that has texts to show, but nothing to format
     std::unique_ptr<const icu::MessageFormat> m_format; ///< none where there is nothing to format
     mutable std::mutex m_mutex; ///< guards m_format, which makes parts of itself while it formats
 };
