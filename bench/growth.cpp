@@ -2,7 +2,7 @@
 // few, and when there are many.
 //
 // bench_growth [--messages MOST] [--log-messages MOST]
-// bench_growth --log-bytes BYTES      a replay of a log of so many bytes, and a start on it
+// bench_growth --log-bytes BYTES      a replay of a log of that size, and a start on it
 //
 // A log of 10,000,000 messages takes 2.2 GB, and twice that while a recording starts on it. TMPDIR
 // must have room for both.

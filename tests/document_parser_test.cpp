@@ -182,10 +182,10 @@ TEST(document_parser_test, a_document_beyond_a_limit_is_refused_with_the_reason)
     EXPECT_EQ(refusal_of("<msg" + numbered(" a", 25001, "=''") + "/>"), refusal_t::attributes);
     EXPECT_EQ(refusal_of(in_message(numbered("<a", 250001, "/>"))), refusal_t::names);
     EXPECT_EQ(refusal_of(with_document_type("<!ATTLIST a" + numbered(" a", 2000, " CDATA ''") + ">",
-                                            in_message(repeated("<a/>", 100)))),
+                                            in_message(repeated("<a/>", 501)))),
               refusal_t::defaults);
     EXPECT_EQ(refusal_of("<msg" + numbered(" xmlns:n", 2000, "='u'") + ">" +
-                         repeated("<a/>", 100001) + "</msg>"),
+                         repeated("<a/>", 200001) + "</msg>"),
               refusal_t::namespaces);
     EXPECT_EQ(refusal_of(with_document_type(std::string(163840, ' '), in_message(""))),
               refusal_t::document_type_size);

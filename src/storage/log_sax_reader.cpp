@@ -6,6 +6,7 @@
 #include "xml/error_scope.h"
 #include "xml/handles.h"
 #include "xml/library.h"
+#include "xml/limits.h"
 #include "xml/utf8.h"
 
 #include <boost/make_shared.hpp>
@@ -26,10 +27,6 @@ namespace
 
 // No longer text is a severity, whatever the case of its letters.
 const std::size_t max_severity_bytes = 64;
-
-// Each piece of a type counts up to the next tag, and the last piece is the type. Looking for the
-// tag from each of very many pieces would be quadratic.
-const std::size_t max_look_ahead = 65536;
 
 // A piece of text counts up to the next tag, however much of it libxml2 reported.
 std::string_view text_to_next_tag(const char* text, std::size_t max_size)
@@ -180,7 +177,7 @@ void log_sax_reader::start_element(const char* name, const xmlChar** attributes)
         if (current_element == element_t::arg)
             start_arg(attributes);
         else if (current_element == element_t::type)
-            m_look_ahead_left = max_look_ahead;
+            m_look_ahead_left = limits::max_look_ahead_bytes;
         else if (current_element == element_t::other)
             m_other_name = utf8_to_wide(name);
     }

@@ -51,11 +51,11 @@ constexpr std::size_t max_ids = 150000;
 
 /// Comparisons for defaults. libxml2 compares each default of an element with the attributes and
 /// defaults before it, for each start tag.
-constexpr std::size_t max_default_checks = 200000000;
+constexpr std::size_t max_default_checks = 2000000000;
 
 /// Comparisons for namespaces. libxml2 looks for the namespace of each element and attribute among
 /// all that are in scope.
-constexpr std::size_t max_namespace_checks = 200000000;
+constexpr std::size_t max_namespace_checks = 400000000;
 
 /// Bytes of the entities that one message refers to, each reference counted. A few bytes of
 /// entities that refer to one another can stand for gigabytes of text.
@@ -63,6 +63,10 @@ constexpr std::size_t max_entity_bytes = 10000000;
 
 /// Nesting of entities and elements in the text of one element: each is a call on the stack.
 constexpr int max_text_depth = 1000;
+
+/// Bytes that are searched for the next tag behind the events of one type in a log, all together.
+/// Each event counts up to that tag, and a search from each of very many would be quadratic.
+constexpr std::size_t max_look_ahead_bytes = 65536;
 
 } // namespace limits
 
