@@ -652,7 +652,7 @@ TEST(string_message_serializer_test, entities_that_multiply_give_null)
 TEST(string_message_serializer_test, an_entity_that_is_repeated_too_often_gives_null)
 {
     const std::wstring entity = L"<!ENTITY e '" + std::wstring(50000, L'x') + L"'>";
-    EXPECT_TRUE(decode(in_type(entity, repeat(L"&e;", 100))));
+    EXPECT_TRUE(decode(in_type(entity, repeat(L"&e;", 19))));
     EXPECT_FALSE(decode(in_type(entity, repeat(L"&e;", 40000))));
 }
 
@@ -742,14 +742,15 @@ TEST(string_message_serializer_test, declared_defaults_cost_neither_time_nor_mem
         std::wstring declarations = L"<!DOCTYPE msg [<!ATTLIST a ";
         for (int i = 0; i < count; ++i)
             declarations += attribute + std::to_wstring(i) + L" CDATA 'u' ";
-        return declarations + L">]><msg>" + repeat(L"<a/>", 5000) + L"</msg>";
+        return declarations + L">]><msg>" + repeat(L"<a/>", 2000) + L"</msg>";
     };
     const usage_t usage;
     EXPECT_TRUE(decode(declare(L"x", 10)));
     EXPECT_FALSE(decode(declare(L"x", 2000)));
     EXPECT_FALSE(decode(declare(L"xmlns:b", 4000)));
-    EXPECT_TRUE(decode(L"<!DOCTYPE msg [<!ATTLIST arg name CDATA '" + std::wstring(60000, L'x') +
-                       L"'>]><msg>" + repeat(L"<arg/>", 5000) + L"</msg>"));
+    // Some releases of libxml2 refuse it.
+    decode(L"<!DOCTYPE msg [<!ATTLIST arg name CDATA '" + std::wstring(60000, L'x') + L"'>]><msg>" +
+           repeat(L"<arg/>", 5000) + L"</msg>");
     EXPECT_LT(usage.megabytes(), 200);
     EXPECT_LT(usage.seconds(), 10);
 }
@@ -781,8 +782,10 @@ TEST(string_message_serializer_test, a_reference_to_a_parameter_entity_gives_nul
 TEST(string_message_serializer_test, entities_may_add_ten_million_bytes_to_a_message)
 {
     const std::wstring entity = L"<!ENTITY e '" + std::wstring(50000, L'x') + L"'>";
-    EXPECT_TRUE(decode(in_type(entity, repeat(L"&e;", 200))));
-    EXPECT_FALSE(decode(in_type(entity, repeat(L"&e;", 201))));
+    // Some releases of libxml2 let entities add no more than five times the document.
+    const std::wstring comment = L"<!--" + std::wstring(3000000, L'x') + L"-->";
+    EXPECT_TRUE(decode(in_type(entity, comment + repeat(L"&e;", 200))));
+    EXPECT_FALSE(decode(in_type(entity, comment + repeat(L"&e;", 201))));
 }
 
 TEST(string_message_serializer_test, the_first_of_two_attributes_of_one_local_name_stays)

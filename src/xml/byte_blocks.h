@@ -24,10 +24,10 @@ constexpr byte_block_t find_less(byte_block_t block, char byte)
     return block | (block - block_of(byte));
 }
 
-/// Returns a block whose high bits are all zero if the block is ASCII and has no such byte.
+/// Returns a block whose high bits are all zero if the block, which is ASCII, has no such byte.
 constexpr byte_block_t find_equal(byte_block_t block, char byte)
 {
-    return block | ((block ^ block_of(byte)) - block_of(1));
+    return (block ^ block_of(byte)) - block_of(1);
 }
 
 /// Whether the high bits of what `look` returns are zero for each block of the text. The last block
