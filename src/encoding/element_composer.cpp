@@ -80,7 +80,7 @@ bool copy_plain_block(const wchar_t* from, Char* to)
     std::uint32_t bits = 0;
     for (std::size_t i = 0; i != block_size; ++i) {
         const auto unit = static_cast<std::uint32_t>(from[i]);
-        bits |= unit | (0x7FU - unit) | (unit - ' ') | ((unit ^ '"') - 1U) | ((unit ^ '&') - 1U) |
+        bits |= (0x7FU - unit) | (unit - ' ') | ((unit ^ '"') - 1U) | ((unit ^ '&') - 1U) |
                 ((unit ^ '<') - 1U) | ((unit ^ '>') - 1U);
     }
     for (std::size_t i = 0; i != block_size; ++i)
