@@ -6,6 +6,7 @@
 #include "random_messages.h"
 #include "repeated_text.h"
 #include "storage/log_sax_reader.h"
+#include "usage.h"
 #include "writer_oracle.h"
 
 #include <gtest/gtest.h>
@@ -272,6 +273,21 @@ TEST(log_walker_test, a_fault_is_found_in_what_is_long)
         }
 }
 
+// Whoever keeps a message sees what later events make of it.
+TEST(log_walker_test, the_text_before_a_fault_counts_up_to_the_next_tag)
+{
+    for (const char* const fault : {"&u;", "\x01", "&#0;", "]]>"})
+        for (const std::size_t size : {0U, 500U, 510U, 520U, 70000U})
+            for (const char* const beginning : {"<log>", "<!DOCTYPE log><log>"}) {
+                const std::string log = beginning + std::string("<msg><type>t</type></msg><x>a") +
+                                        fault + std::string(size, 'y') + "</x></log>";
+                const std::string expected = parsed(log);
+                for (const std::size_t end : {0U, 40U, 300U, 560U, 600U})
+                    EXPECT_EQ(walk_t(log).through({std::min(end, log.size())}).fields(), expected)
+                        << fault << size;
+            }
+}
+
 TEST(log_walker_test, a_fault_ends_the_walk_before_the_text_does)
 {
     for (const char* const fault : {"<a b=c>", "<!-- -- -->", "<!DOCTYPE a>", "&u;<e/>", "]]><e/>",
@@ -279,7 +295,9 @@ TEST(log_walker_test, a_fault_ends_the_walk_before_the_text_does)
         log_sax_reader reader;
         reader.set_callback([](const message_ptr&) {});
         log_walker_t walker(reader);
-        walker.walk("<log><msg><type>a</type></msg>" + std::string(fault), false);
+        walker.walk("<log><msg><type>a</type></msg>" + std::string(fault) + std::string(600, 'x') +
+                        "<e/>",
+                    false);
         EXPECT_TRUE(walker.is_finished()) << fault;
     }
 }
@@ -316,11 +334,32 @@ TEST(log_walker_test, a_log_in_another_encoding_is_read_whole)
                      "</msg><msg><type>b</type></msg></log>");
 }
 
+TEST(log_walker_test, a_fault_is_found_behind_characters_whose_bytes_look_like_markup)
+{
+    const std::string character = "\x1B$B<!\x1B(B";
+    for (const std::size_t size : {0U, 480U, 520U, 5000U}) {
+        const std::string log = "<?xml version='1.0' encoding='ISO-2022-JP'?><log><msg><type>" +
+                                character + "</type></msg><!--" + std::string(size, 'c') +
+                                "--><msg><type>second</type></msg>< x></log>";
+        EXPECT_EQ(walk_t(log).through({}).fields(), parsed(log)) << size;
+    }
+}
+
 TEST(log_walker_test, an_unknown_encoding_is_refused)
 {
     walk_t walk("<?xml version='1.0' encoding='x-unknown'?><log><msg><type>a</type></msg></log>");
     EXPECT_EQ(walk.through({}).fields(), "afterwards\n");
     EXPECT_EQ(walk.refusal(), refusal_t::encoding);
+}
+
+// To parse the root again for each element would take a minute.
+TEST(log_walker_test, many_attributes_of_the_root_cost_nothing_for_the_elements)
+{
+    const usage_t usage;
+    walk_t("<log" + numbered(" a", 4000, "=''") + ">" +
+           repeated("<a/><msg><type>t</type></msg>", 2000) + "</log>")
+        .through({});
+    EXPECT_LT(usage.seconds(), 10);
 }
 
 TEST(log_walker_test, an_element_beyond_a_limit_ends_the_walk)

@@ -5,7 +5,9 @@
 #include "message_fields.h"
 #include "random_documents.h"
 #include "random_messages.h"
+#include "repeated_text.h"
 #include "storage/log_sax_reader.h"
+#include "usage.h"
 
 #include <rova/strings.h>
 
@@ -121,6 +123,20 @@ typedef testing::TestWithParam<deviation_t> recognizer_document_deviation_test;
 typedef testing::TestWithParam<deviation_t> recognizer_log_deviation_test;
 
 } // namespace
+
+// Anything that is quadratic takes a minute.
+TEST(message_recognizer_test, very_many_references_take_linear_time)
+{
+    const std::string text = repeated("a&amp;", 150000);
+    const usage_t usage;
+    for (const std::string& element :
+         {"<type>" + text + "</type>", "<arg name='" + text + "'>" + text + "</arg><type>t</type>",
+          "<e>" + text + "</e><type>t</type>"}) {
+        EXPECT_NE(recognize_log_message("<msg>" + element + "</msg>").size, 0U);
+        EXPECT_TRUE(recognize_document("<msg>" + element + "</msg>"));
+    }
+    EXPECT_LT(usage.seconds(), 10);
+}
 
 TEST(message_recognizer_test, a_composed_document_is_recognized_with_and_without_declaration)
 {

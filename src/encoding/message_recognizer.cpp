@@ -93,9 +93,12 @@ struct log_rules_t
             return true;
         }
         text_events_t events(text);
-        while (events.are_known() && events.next())
-            type = events.text();
-        return events.are_known();
+        if (!events.are_known())
+            return false;
+        while (events.next()) {
+        }
+        type = events.text();
+        return true;
     }
 
     // The first event counts. A text without an event gives no element.

@@ -46,8 +46,8 @@ public:
     /// Whether truncate() or write() failed since the last open().
     bool has_failed() const { return m_has_failed; }
 
-    /// Reads that many bytes from the offset on; fewer when the file ends or the read fails. Returns
-    /// how many.
+    /// Reads that many bytes from the offset on; fewer when the file ends or the read fails.
+    /// Returns how many.
     std::size_t read(std::int64_t offset, char* bytes, std::size_t count) const;
 
 private:

@@ -28,7 +28,7 @@ void log_file_reader::set_callback(const log_sax_reader::message_callback_t& cal
     m_sax.set_callback(callback);
 }
 
-// A log whose elements are read one by one is refused by none of them at its beginning.
+// If the elements of a log are read one by one, those of the first chunk are looked at.
 refusal_t log_file_reader::find_refusal(const std::string& file_name)
 {
     log_file_reader reader(file_name);

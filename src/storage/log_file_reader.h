@@ -23,8 +23,8 @@ public:
     void set_callback(const log_sax_reader::message_callback_t& callback);
 
     /// Reads from where the last parse() stopped up to the end of the file; the text after the
-    /// last '>' is dropped. Returns true for a damaged text too: the messages before the damage have
-    /// been handed over.
+    /// last '>' is dropped. Returns true for a damaged text too: the messages before the damage
+    /// have been handed over.
     ///
     /// Returns false, with nothing handed over, when there is nothing new or no '>' in it, or when
     /// the file cannot be read or has become shorter; of these only a text without a '>' moves the
@@ -35,7 +35,8 @@ public:
     /// The limit that made the last parse() end early, if any.
     refusal_t refusal() const { return m_refusal; }
 
-    /// Returns the limit for which nothing of this log would be read, if any; hands nothing over.
+    /// Returns the limit that the log exceeds as a whole or at its beginning, if any; hands nothing
+    /// over.
     static refusal_t find_refusal(const std::string& file_name);
 
     /// The offset at which the next parse() starts, in bytes.

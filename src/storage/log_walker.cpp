@@ -27,12 +27,21 @@ const std::size_t max_collected_bytes = 65536;
 // Enough for libxml2 to see a fault.
 const std::size_t fault_bytes = 512;
 
+// Returns the size up to which a text with a fault is parsed, npos when the text ends before that.
+// The text before the fault counts up to the next tag. What follows can be quadratic in libxml2.
+std::size_t size_with_fault(std::string_view text, std::size_t fault)
+{
+    return text.find('<', fault + fault_bytes);
+}
+
 // libxml2 reads ahead by 250 bytes, and asks for more input again and again when there are fewer.
 const std::size_t read_ahead = 256;
 
-std::string make_document(const std::string& beginning, std::string_view elements)
+const std::string_view log_start = "<log>";
+
+std::string make_document(std::string_view start, std::string_view elements)
 {
-    std::string document = beginning;
+    std::string document(start);
     return document.append(elements).append("</log>").append(read_ahead, '\n');
 }
 
@@ -54,6 +63,15 @@ std::size_t size_of(const scanner_t& scanner, std::string_view text)
 bool is_unfinished(token_t token)
 {
     return token == token_t::unfinished || token == token_t::end;
+}
+
+bool has_start_tag(std::string_view text)
+{
+    scanner_t scanner(text);
+    token_t token = scanner.next();
+    while (token != token_t::start_tag && token != token_t::malformed && !is_unfinished(token))
+        token = scanner.next();
+    return token == token_t::start_tag;
 }
 
 // What the text beneath the root begins with.
@@ -102,20 +120,17 @@ item_t find_item(std::string_view text)
 std::size_t log_walker_t::walk(std::string_view text, bool is_last)
 {
     std::size_t walked = 0;
-    if (m_beginning.empty() && !m_is_whole) {
-        if (!find_beginning(text, is_last))
-            return 0;
-        walked = m_beginning.size();
-    }
-    if (!m_is_whole)
+    if (!m_reads_elements && !m_is_whole)
+        walked = find_beginning(text, is_last);
+    if (m_reads_elements)
         return walked + walk_elements(text.substr(walked), is_last);
-    if (is_last || text.size() > limits::max_document_bytes)
+    if (m_is_whole && (is_last || text.size() > limits::max_document_bytes))
         parse_whole(text);
     return 0;
 }
 
-// Returns false when the text ends before that can be told.
-bool log_walker_t::find_beginning(std::string_view text, bool is_last)
+// Returns its size if the elements after it are read one by one.
+std::size_t log_walker_t::find_beginning(std::string_view text, bool is_last)
 {
     scanner_t scanner(text);
     token_t token = scanner.next();
@@ -126,16 +141,16 @@ bool log_walker_t::find_beginning(std::string_view text, bool is_last)
     if (token == token_t::start_tag)
         token = scanner.finish_start_tag();
     if (is_unfinished(token) && !is_last)
-        return false;
-    const std::string beginning(text.substr(0, size_of(scanner, text)));
-    m_is_whole = token != token_t::start_tag || name != element_names::log ||
-                 scanner.is_empty_element() || !is_utf8(declared_encoding(beginning));
+        return 0;
+    const std::string_view beginning = text.substr(0, size_of(scanner, text));
+    m_reads_elements = token == token_t::start_tag && name == element_names::log &&
+                       !scanner.is_empty_element() && is_utf8(declared_encoding(beginning));
+    m_is_whole = !m_reads_elements;
     if (m_is_whole)
-        return true;
-    m_beginning = beginning;
+        return 0;
     m_is_finished =
         !is_within_limits(beginning) || m_reader.parse(make_document(beginning, "")) != 0;
-    return true;
+    return beginning.size();
 }
 
 std::size_t log_walker_t::walk_elements(std::string_view text, bool is_last)
@@ -166,14 +181,16 @@ std::size_t log_walker_t::walk_elements(std::string_view text, bool is_last)
         if (walked - handed_over >= max_collected_bytes)
             hand_over();
     }
-    const bool is_unfinished = item.kind == item_t::kind_t::unfinished;
+    const std::size_t rest_end = size_with_fault(text, walked + item.size);
+    if (item.kind == item_t::kind_t::malformed && rest_end == std::string_view::npos && !is_last)
+        item.kind = item_t::kind_t::unfinished;
     if (item.kind == item_t::kind_t::malformed)
-        parse_rest(text.substr(handed_over, walked + item.size + fault_bytes - handed_over));
-    else if (is_unfinished && is_last)
+        parse_rest(text.substr(0, rest_end).substr(handed_over));
+    else if (item.kind == item_t::kind_t::unfinished && is_last)
         parse_rest(text.substr(handed_over));
     else
         hand_over();
-    m_is_finished = m_is_finished || !is_unfinished || is_last;
+    m_is_finished = m_is_finished || item.kind != item_t::kind_t::unfinished || is_last;
     return walked;
 }
 
@@ -186,7 +203,7 @@ void log_walker_t::parse_elements(std::string_view elements, bool is_own)
         m_is_finished = !is_own;
         return;
     }
-    const std::string document = make_document(m_beginning, elements);
+    const std::string document = make_document(log_start, elements);
     const auto sizes = is_own ? log_sax_reader::sizes_t::any : log_sax_reader::sizes_t::usual;
     m_is_finished = m_reader.parse(document, sizes) != 0;
 }
@@ -196,7 +213,7 @@ void log_walker_t::parse_rest(std::string_view rest)
 {
     if (m_is_finished || is_blank_text(rest) || !is_within_limits(rest))
         return;
-    m_reader.parse(std::string(m_beginning).append(rest));
+    m_reader.parse(std::string(log_start).append(rest));
 }
 
 void log_walker_t::parse_whole(std::string_view text)
@@ -207,26 +224,29 @@ void log_walker_t::parse_whole(std::string_view text)
         return;
     }
     const std::string encoding = declared_encoding(text);
+    const bool needs_conversion = !is_utf8(encoding);
     std::string utf8(text);
-    if (!is_utf8(encoding) && !convert_to_utf8(text, encoding, utf8))
+    if (needs_conversion && !convert_to_utf8(text, encoding, utf8)) {
         m_refusal = refusal_t::encoding;
-    else if (is_within_limits(utf8))
-        m_reader.parse(std::string(text.substr(0, size_to_parse(text, utf8))));
-}
-
-// libxml2 can be quadratic in what follows a fault.
-std::size_t log_walker_t::size_to_parse(std::string_view text, std::string_view utf8)
-{
-    const bool is_well_formed =
-        look_through_markup(utf8, parse_t::events).well_formed_bytes == utf8.size();
-    return is_well_formed
-               ? text.size()
-               : look_through_markup(text, parse_t::events).well_formed_bytes + fault_bytes;
+        return;
+    }
+    if (!is_within_limits(utf8))
+        return;
+    const std::size_t fault = look_through_markup(utf8, parse_t::events).well_formed_bytes;
+    std::size_t size = text.size();
+    if (fault != utf8.size()) {
+        // Before the root, what follows can be a document type of any size.
+        size = has_start_tag(std::string_view(utf8).substr(0, fault)) ? size_with_fault(utf8, fault)
+                                                                      : fault + fault_bytes;
+        if (needs_conversion)
+            size = convert_to_utf8(text, encoding, utf8, size).value_or(0);
+    }
+    m_reader.parse(std::string(text.substr(0, size)));
 }
 
 bool log_walker_t::is_within_limits(std::string_view markup)
 {
-    const std::size_t size = m_beginning.size() + markup.size() + fault_bytes;
+    const std::size_t size = log_start.size() + markup.size() + fault_bytes;
     const refusal_t refusal = size > limits::max_document_bytes
                                   ? refusal_t::document_size
                                   : look_through_markup(markup, parse_t::events).refusal;

@@ -15,9 +15,9 @@ class log_sax_reader;
 /// of the whole text would. Requires memory for the largest element only.
 ///
 /// Each element directly beneath the root is read by itself: a message in the library's written
-/// form directly, anything else in a small document of its own, which has the beginning of the log
-/// and its end. The events of such documents are those of the whole text up to its first fault. A
-/// log with a document type, or in another encoding than UTF-8, is parsed whole.
+/// form directly, anything else in a small document of its own with the same root. The events of
+/// such documents are those of the whole text up to its first fault. A log with a document type, or
+/// in another encoding than UTF-8, is parsed whole.
 class log_walker_t
 {
 public:
@@ -36,23 +36,22 @@ public:
     bool is_finished() const { return m_is_finished; }
 
     /// Whether the elements of the log are read one by one, as far as its beginning was walked.
-    bool reads_elements() const { return !m_beginning.empty(); }
+    bool reads_elements() const { return m_reads_elements; }
 
     /// The limit for which something was not read, if any.
     refusal_t refusal() const { return m_refusal; }
 
 private:
-    bool find_beginning(std::string_view text, bool is_last);
+    std::size_t find_beginning(std::string_view text, bool is_last);
     std::size_t walk_elements(std::string_view text, bool is_last);
     void parse_elements(std::string_view elements, bool is_own);
     void parse_rest(std::string_view rest);
     void parse_whole(std::string_view text);
-    static std::size_t size_to_parse(std::string_view text, std::string_view utf8);
     bool is_within_limits(std::string_view markup);
 
     log_sax_reader& m_reader;
-    std::string m_beginning; ///< of the log, up to the root's start tag
-    bool m_is_whole = false; ///< whether it is parsed whole
+    bool m_reads_elements = false; ///< one by one
+    bool m_is_whole = false;       ///< whether the log is parsed whole
     bool m_is_finished = false;
     refusal_t m_refusal = refusal_t::none;
 };

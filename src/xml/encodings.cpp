@@ -11,6 +11,7 @@
 #include <cstddef>
 #include <memory>
 #include <new>
+#include <optional>
 
 namespace velmoext_1_4_8
 {
@@ -24,7 +25,7 @@ struct close_handler_t
 
 typedef std::unique_ptr<xmlCharEncodingHandler, close_handler_t> xml_converter_t;
 
-const std::size_t chunk = 65536;
+const std::size_t chunk = 512;
 
 bool is_letter(char character)
 {
@@ -60,7 +61,8 @@ std::string declared_encoding(std::string_view document)
     return std::string();
 }
 
-bool convert_to_utf8(std::string_view document, const std::string& encoding, std::string& utf8)
+std::optional<std::size_t> convert_to_utf8(std::string_view document, const std::string& encoding,
+                                           std::string& utf8, std::size_t enough)
 {
     initialize_xml_library();
     const xml_error_scope_t errors;
@@ -69,13 +71,14 @@ bool convert_to_utf8(std::string_view document, const std::string& encoding, std
     const xml_buffer_t out(xmlBufferCreate());
     bool has_memory = in && out && !errors.has_run_out_of_memory();
     if (has_memory && !converter)
-        return false;
+        return std::nullopt;
     utf8.clear();
-    while (has_memory && !document.empty()) {
-        const std::size_t size = std::min(chunk, document.size());
-        has_memory = xmlBufferAdd(in.get(), reinterpret_cast<const xmlChar*>(document.data()),
-                                  static_cast<int>(size)) == 0;
-        document.remove_prefix(size);
+    std::size_t converted = 0;
+    while (has_memory && converted != document.size() && utf8.size() < enough) {
+        const std::string_view next = document.substr(converted, chunk);
+        has_memory =
+            xmlBufferAdd(in.get(), to_xml(next.data()), static_cast<int>(next.size())) == 0;
+        converted += next.size();
         // A chunk can end within a character, which stays for the next one.
         while (has_memory && xmlCharEncInFunc(converter.get(), out.get(), in.get()) > 0) {
             utf8.append(from_xml(xmlBufferContent(out.get())),
@@ -85,7 +88,7 @@ bool convert_to_utf8(std::string_view document, const std::string& encoding, std
     }
     if (!has_memory || errors.has_run_out_of_memory())
         throw std::bad_alloc();
-    return true;
+    return converted;
 }
 
 } // namespace velmoext_1_4_8
