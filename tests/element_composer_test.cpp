@@ -118,8 +118,9 @@ TEST(element_composer_test, a_character_is_written_as_libxml2_does_wherever_it_i
 TEST(element_composer_test, keys_with_colons_are_written_as_libxml2_does)
 {
     for (const wchar_t* const key :
-         {L":", L"a:", L":a", L"::", L"a::", L"a::b", L":a:b", L":a:1", L"a:b", L"a:1", L"a:b:",
-          L"a:b:c", L"a:b:1", L"a:1:b", L"a:1:2", L"a:b:-", L"a:b:c:1", L"xml:id", L"xmlns:a"})
+         {L":",     L"a:",    L":a",      L"::",        L"a::",    L"a::b",   L":a:b",
+          L":a:1",  L"a:b",   L"a:1",     L"a:b:",      L"a:b:c",  L"a:b:1",  L"a:1:b",
+          L"a:1:2", L"a:b:-", L"a:b:c:1", L"a:b:c:d:1", L"xml:id", L"xmlns:a"})
         for (const texts_t& texts : {texts_t{{key, L"x"}}, texts_t{{key, L"x"}, {L"z", L"y"}}}) {
             SCOPED_TRACE(testing::PrintToString(std::wstring(key)));
             expect_as_written(*make_message(make_content(texts)));

@@ -78,13 +78,26 @@ bool is_simple_name(const std::string& name)
     return is_letter(name.front());
 }
 
+typedef std::unique_ptr<xmlDoc, decltype(&xmlFreeDoc)> tree_t;
+
+tree_t parse(const std::string& document)
+{
+    return tree_t(xmlReadMemory(document.data(), static_cast<int>(document.size()), nullptr,
+                                "UTF-8", XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_HUGE),
+                  xmlFreeDoc);
+}
+
+// With any colons.
+bool is_name_of_document_type(const std::string& name)
+{
+    const tree_t tree = parse("<!DOCTYPE " + name + "><a/>");
+    const xmlDtd* const type = tree ? xmlGetIntSubset(tree.get()) : nullptr;
+    return type != nullptr && from_xml(type->name) == name;
+}
+
 bool is_name_in_document(const std::string& name)
 {
-    const std::string document = "<" + name + "/>";
-    const std::unique_ptr<xmlDoc, decltype(&xmlFreeDoc)> tree(
-        xmlReadMemory(document.data(), static_cast<int>(document.size()), nullptr, "UTF-8",
-                      XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_HUGE),
-        xmlFreeDoc);
+    const tree_t tree = parse("<" + name + "/>");
     const xmlNode* const root = tree ? xmlDocGetRootElement(tree.get()) : nullptr;
     if (root == nullptr || root->properties != nullptr || root->children != nullptr)
         return false;
@@ -101,7 +114,7 @@ bool is_split_by_each_release(const std::string& name)
     if (first == 0 || second == std::string::npos || second == first + 1 ||
         second + 1 == name.size())
         return true;
-    return is_name_in_document(name.substr(second + 1)) ||
+    return is_name_of_document_type(name.substr(second + 1)) ||
            !is_name_in_document(name.substr(first + 1, second - first - 1));
 }
 
