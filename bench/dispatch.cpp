@@ -45,7 +45,8 @@ public:
         : m_ex(ex), m_handlers(handlers.begin(), handlers.end())
     {}
 
-    [[gnu::noinline]] void deliver(message_ptr message) // NOLINT(performance-unnecessary-value-param)
+    [[gnu::noinline]] void
+    deliver(message_ptr message) // NOLINT(performance-unnecessary-value-param)
     {
         const boost::mutex::scoped_lock lock(m_mutex);
         for (auto at = m_handlers.rbegin(); at != m_handlers.rend(); ++at)
