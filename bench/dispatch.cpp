@@ -36,7 +36,7 @@ std::size_t count_calls(const handlers_t& handlers)
     return calls;
 }
 
-// What a delivery cannot do without. Like the library's, it is given a message to keep, and is not
+// The least that a delivery can do. Like the library's, it is given a message to keep, and is not
 // inlined: the messages are far apart, and a processor would fetch the next ones ahead of the call.
 class bare_stack_t
 {

@@ -72,17 +72,6 @@ void write(const std::string& name, const std::string& bytes, int mode)
     close(file);
 }
 
-std::string text_of(const log_oracle_t::reading_t& reading)
-{
-    std::string text;
-    for (const message_t& message : reading.delivered)
-        text += fields_of(message);
-    text += "afterwards\n";
-    for (const message_ptr& message : reading.messages)
-        text += fields_of(message);
-    return text;
-}
-
 // Replays the log part by part.
 void require_replays(const std::string& name, const std::vector<std::string>& parts)
 {

@@ -88,17 +88,10 @@ private:
     std::size_t m_walked = 0;
 };
 
-// What one parse of the whole log gives.
+// One parse of the whole log.
 std::string parsed(const std::string& log)
 {
-    const log_oracle_t::reading_t reading = log_oracle_t().read(log);
-    std::string all;
-    for (const message_t& message : reading.delivered)
-        all += fields_of(message);
-    all += "afterwards\n";
-    for (const message_ptr& message : reading.messages)
-        all += fields_of(message);
-    return all;
+    return text_of(log_oracle_t().read(log));
 }
 
 void expect_as_parsed(const std::string& log)
@@ -273,7 +266,7 @@ TEST(log_walker_test, a_fault_is_found_in_what_is_long)
         }
 }
 
-// Whoever keeps a message sees what later events make of it.
+// Later events change a message that was delivered, which a handler can have kept.
 TEST(log_walker_test, the_text_before_a_fault_counts_up_to_the_next_tag)
 {
     for (const char* const fault : {"&u;", "\x01", "&#0;", "]]>"})

@@ -44,17 +44,6 @@ private:
     std::vector<message_ptr> m_messages;
 };
 
-std::string text_of(const log_oracle_t::reading_t& reading)
-{
-    std::string all;
-    for (const message_t& message : reading.delivered)
-        all += fields_of(message);
-    all += "afterwards\n";
-    for (const message_ptr& message : reading.messages)
-        all += fields_of(message);
-    return all;
-}
-
 class random_logs_test : public storage_test_t
 {
 protected:

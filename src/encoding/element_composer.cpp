@@ -181,7 +181,7 @@ public:
     }
 
 private:
-    // Returns where that many characters can be written.
+    // Returns room for that many characters, at the end of what is composed.
     Char* provide(std::size_t count)
     {
         if (m_room - m_size < count)

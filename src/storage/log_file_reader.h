@@ -22,9 +22,8 @@ public:
     /// Replaces the callback, see log_sax_reader::set_callback().
     void set_callback(const log_sax_reader::message_callback_t& callback);
 
-    /// Reads from where the last parse() stopped up to the end of the file; the text after the
-    /// last '>' is dropped. Returns true for a damaged text too: the messages before the damage
-    /// have been handed over.
+    /// Reads from position() up to the end of the file; the text after the last '>' is dropped.
+    /// Returns true for a damaged text too: the messages before the damage have been handed over.
     ///
     /// Returns false, with nothing handed over, when there is nothing new or no '>' in it, or when
     /// the file cannot be read or has become shorter; of these only a text without a '>' moves the

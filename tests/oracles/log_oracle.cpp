@@ -1,5 +1,6 @@
 #include "log_oracle.h"
 
+#include "message_fields.h"
 #include "severity_oracle.h"
 #include "xml_errors.h"
 #include "xml_strings.h"
@@ -216,4 +217,15 @@ void log_oracle_t::end_element(const std::string& name)
         return;
     m_reading.delivered.push_back(*m_message);
     m_reading.messages.push_back(m_message);
+}
+
+std::string text_of(const log_oracle_t::reading_t& reading)
+{
+    std::string text;
+    for (const message_t& message : reading.delivered)
+        text += fields_of(message);
+    text += "afterwards\n";
+    for (const auto& message : reading.messages)
+        text += fields_of(message);
+    return text;
 }

@@ -58,3 +58,6 @@ private:
     bool m_has_begun = false; ///< whether the text's declaration has been read
     reading_t m_reading;
 };
+
+/// Returns the fields of the messages at their delivery and in the end.
+std::string text_of(const log_oracle_t::reading_t& reading);

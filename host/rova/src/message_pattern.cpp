@@ -146,7 +146,7 @@ std::wstring pattern_t::format(const generic::varg_list& arguments) const
     if (!fit(texts))
         return m_text;
     if (!m_format)
-        return m_pieces.empty() ? m_text : join(texts);
+        return m_segments.empty() ? m_text : join(texts);
     given_arguments_t given(m_names);
     for (const slot_t& slot : m_slots)
         given.add(slot, texts[slot.argument]);
@@ -207,22 +207,22 @@ void pattern_t::make_format(const icu::UnicodeString& pattern, const icu::Locale
 /// ICU would put such a pattern together in the same way, with several copies of each text.
 void pattern_t::split(const icu::MessagePattern& parsed)
 {
-    icu::UnicodeString before;
+    icu::UnicodeString literal;
     std::int32_t copied = 0;
     for (std::int32_t i = 0; i != parsed.countParts(); ++i) {
         const auto& part = parsed.getPart(i);
-        before.append(parsed.getPatternString(), copied, part.getIndex() - copied);
+        literal.append(parsed.getPatternString(), copied, part.getIndex() - copied);
         copied = part.getLimit();
         if (part.getType() != UMSGPAT_PART_TYPE_ARG_START)
             continue;
         const icu::UnicodeString name = parsed.getSubstring(parsed.getPart(i + 1));
-        m_pieces.push_back({strings::from_unicode(before), find_argument(to_utf8(name), 0),
-                            strings::from_unicode(in_braces(name))});
-        before.remove();
+        m_segments.push_back({strings::from_unicode(literal), find_argument(to_utf8(name), 0),
+                              strings::from_unicode(in_braces(name))});
+        literal.remove();
         i = parsed.getLimitPartIndex(i);
         copied = parsed.getPart(i).getLimit();
     }
-    m_pieces.push_back({strings::from_unicode(before), m_arguments.size(), std::wstring()});
+    m_segments.push_back({strings::from_unicode(literal), m_arguments.size(), std::wstring()});
 }
 
 /// The name's place, or how many there are. Most often the names are asked for in their order, so
@@ -268,13 +268,13 @@ std::wstring pattern_t::join(const texts_t& texts) const
 {
     std::wstring result;
     result.reserve(m_text.size());
-    for (const piece_t& piece : m_pieces) {
-        result += piece.before;
-        if (piece.argument == m_arguments.size())
+    for (const segment_t& segment : m_segments) {
+        result += segment.literal;
+        if (segment.argument == m_arguments.size())
             continue;
-        const std::wstring* const text = texts[piece.argument];
+        const std::wstring* const text = texts[segment.argument];
         if (text == nullptr)
-            result += piece.stand_in;
+            result += segment.fallback_text;
         else
             append_units(result, *text);
     }

@@ -38,12 +38,12 @@ public:
 private:
     typedef std::vector<const std::wstring*> texts_t;
 
-    /// What a pattern shows before an argument, and the argument.
-    struct piece_t
+    /// A literal text of a pattern, and the argument after it.
+    struct segment_t
     {
-        std::wstring before;
-        std::size_t argument; ///< its place in m_arguments, and behind them in the last piece
-        std::wstring stand_in;
+        std::wstring literal;
+        std::size_t argument; ///< its index in m_arguments, and their count in the last segment
+        std::wstring fallback_text; ///< if the argument is missing
     };
 
     void add_slots(const argument_names_t& names);
@@ -61,8 +61,8 @@ private:
     std::vector<std::string> m_arguments; ///< the names that the pattern uses, sorted
     std::vector<slot_t> m_slots;
     std::vector<icu::UnicodeString> m_names; ///< of the slots, by which ICU asks for them
-    std::size_t m_length = 0;      ///< what a result may have without the arguments' texts
-    std::vector<piece_t> m_pieces; ///< of a pattern that has texts to show, but nothing to format
+    std::size_t m_length = 0;          ///< what a result may have without the arguments' texts
+    std::vector<segment_t> m_segments; ///< none if there is something to format
     std::unique_ptr<const icu::MessageFormat> m_format; ///< none where there is nothing to format
     mutable std::mutex m_mutex; ///< guards m_format, which makes parts of itself while it formats
 };
