@@ -193,6 +193,7 @@ bench::candidate_t velmoext1(const workload_t& workload, part_t part)
                 const configuration_t reader;
                 const ex_ptr ex = velmo_ex_t::get(known_prefix, known_prefix);
                 const auto shown = std::make_shared<std::vector<extended_message_t>>();
+                shown->reserve(all); // a copy would be elsewhere in the heap
                 for (std::size_t i = 0; i < all; ++i) {
                     shown->emplace_back(ex, workload.messages()[i]);
                     (shown->back().*part)();

@@ -1,5 +1,6 @@
 #include "storage/log_walker.h"
 
+#include "encoding/element_composer.h"
 #include "log_oracle.h"
 #include "message_fields.h"
 #include "random_documents.h"
@@ -12,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -44,18 +46,36 @@ public:
         });
     }
 
+    // Has stable lines handed over as such.
+    walk_t& with_lines()
+    {
+        m_reader.set_callback([this](const message_ptr& message) {
+            text_buffer_t<char> element;
+            append_message_element(*message, 1, element);
+            m_written.append(element.begin(), element.end());
+        });
+        m_takes_lines = true;
+        return *this;
+    }
+
     // Ends with the whole log, unless nothing after an earlier end counts.
     walk_t& through(std::vector<std::size_t> ends)
     {
+        log_walker_t::lines_callback_t take_lines;
+        if (m_takes_lines)
+            take_lines = [this](std::string_view lines) {
+                m_written += lines;
+            };
+        m_walker.emplace(m_reader, take_lines);
         ends.push_back(m_log.size());
         for (const std::size_t end : ends) {
-            if (m_walker.is_finished() || end < m_walked)
+            if (m_walker->is_finished() || end < m_walked)
                 continue;
             const std::string text = m_log.substr(m_walked, end - m_walked);
-            m_walked += m_walker.walk(text, end == m_log.size());
+            m_walked += m_walker->walk(text, end == m_log.size());
             EXPECT_LE(m_walked, end);
         }
-        EXPECT_TRUE(m_walker.is_finished());
+        EXPECT_TRUE(m_walker->is_finished());
         return *this;
     }
 
@@ -76,7 +96,14 @@ public:
         return all;
     }
 
-    refusal_t refusal() const { return m_walker.refusal(); }
+    // The log that is written from what was handed over.
+    std::string written() const
+    {
+        const std::string begin = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
+        return begin + (m_written.empty() ? "<log/>\n" : "<log>\n" + m_written + "</log>\n");
+    }
+
+    refusal_t refusal() const { return m_walker->refusal(); }
     std::size_t size() const { return m_log.size(); }
 
 private:
@@ -84,9 +111,20 @@ private:
     std::string m_fields;
     std::vector<message_ptr> m_messages;
     log_sax_reader m_reader;
-    log_walker_t m_walker{m_reader};
+    std::optional<log_walker_t> m_walker;
+    bool m_takes_lines = false;
+    std::string m_written;
     std::size_t m_walked = 0;
 };
+
+std::vector<std::size_t> random_ends(random_source_t& random, const std::string& log)
+{
+    const std::size_t size = walk_t(log).size();
+    std::vector<std::size_t> ends;
+    for (std::size_t end = 0; end < size; end += random.between(1, 1 + size / 8))
+        ends.push_back(end);
+    return ends;
+}
 
 // One parse of the whole log.
 std::string parsed(const std::string& log)
@@ -148,11 +186,30 @@ TEST(log_walker_test, random_logs_give_what_one_parse_gives_however_they_are_spl
         random_source_t random(seed);
         const std::string log = random_log(random);
         const std::string expected = parsed(log);
-        const std::size_t size = walk_t(log).size();
-        std::vector<std::size_t> ends;
-        for (std::size_t end = 0; end < size; end += random.between(1, 1 + size / 8))
-            ends.push_back(end);
-        ASSERT_EQ(walk_t(log).through(ends).fields(), expected) << "seed " << seed << "\n" << log;
+        ASSERT_EQ(walk_t(log).through(random_ends(random, log)).fields(), expected)
+            << "seed " << seed << "\n"
+            << log;
+    }
+}
+
+TEST(log_walker_test, random_logs_are_written_again_the_same_from_lines_and_messages)
+{
+    const random_seeds_t seeds(1500);
+    for (auto seed = seeds.first; seed != seeds.end(); ++seed) {
+        random_source_t random(seed);
+        std::vector<message_t> messages(random.below(6));
+        for (message_t& message : messages)
+            message = random_message(random);
+        for (const std::string& log : {random_log(random), written_log(messages)}) {
+            const std::string expected = written_log(log_oracle_t().read(log).delivered);
+            ASSERT_EQ(walk_t(log).with_lines().through({}).written(), expected)
+                << "seed " << seed << "\n"
+                << log;
+            ASSERT_EQ(walk_t(log).with_lines().through(random_ends(random, log)).written(),
+                      expected)
+                << "seed " << seed << "\n"
+                << log;
+        }
     }
 }
 

@@ -55,20 +55,6 @@ std::string_view escape_in_attribute(wchar_t character)
     }
 }
 
-// ASCII without markup and control characters is written as it is.
-constexpr auto plain_units = [] {
-    std::array<bool, 128> plain = {};
-    for (std::size_t unit = ' '; unit != plain.size(); ++unit)
-        plain.at(unit) = unit != '"' && unit != '&' && unit != '<' && unit != '>';
-    return plain;
-}();
-
-bool is_plain(wchar_t unit)
-{
-    const auto index = static_cast<std::uint32_t>(unit);
-    return index < plain_units.size() && plain_units[index]; // NOLINT(*-constant-array-index)
-}
-
 // Units that are looked at together.
 constexpr std::size_t block_size = 8;
 
@@ -158,9 +144,9 @@ public:
         static constexpr auto type_begin = join<Char>("<", names::type, ">");
         static constexpr auto type_end = join<Char>("</", names::type, ">\n");
         const message_t::message_content_t& content = message_access::content(message);
-        prefetch(content.attributes, content.attributes.begin());
-        prefetch(content.args, content.args.begin());
-        prefetch(content.elements, content.elements.begin());
+        prefetch_texts(content.attributes, content.attributes.begin());
+        prefetch_texts(content.args, content.args.begin());
+        prefetch_texts(content.elements, content.elements.begin());
         __builtin_prefetch(message_access::type(message).data());
         append_indent(m_depth);
         append(begin);
@@ -211,9 +197,9 @@ private:
         m_size += depth;
     }
 
-    // The texts of a message are apart in memory, and fetching them takes longer than the rest. So
-    // the next ones are fetched while one is appended.
-    static void prefetch(const string_map_t& texts, string_map_t::const_iterator at)
+    // The nodes of a map and their texts are apart in memory, and fetching them takes longer than
+    // the rest. So while one text is appended, the next one and the node after it are fetched.
+    static void prefetch_texts(const string_map_t& texts, string_map_t::const_iterator at)
     {
         if (at != texts.end()) {
             __builtin_prefetch(at->first.data());
@@ -221,12 +207,21 @@ private:
         }
     }
 
+    static void prefetch_node(const string_map_t& texts, string_map_t::const_iterator at)
+    {
+        if (at != texts.end())
+            __builtin_prefetch(&*at);
+    }
+
     // Returns false when `append` did, which ends the walk.
     template <typename Append>
     static bool for_each_text(const string_map_t& texts, const Append& append)
     {
-        for (auto at = texts.begin(); at != texts.end(); ++at) {
-            prefetch(texts, std::next(at));
+        auto next = texts.begin();
+        for (auto at = texts.begin(); at != texts.end(); at = next) {
+            ++next;
+            prefetch_texts(texts, next);
+            prefetch_node(texts, next == texts.end() ? next : std::next(next));
             if (!append(at->first, at->second))
                 return false;
         }
@@ -349,6 +344,14 @@ void append_message_element(const message_t& message, std::size_t depth,
                             text_buffer_t<char>& document)
 {
     composer_t<char>(depth, document).compose(message);
+}
+
+void prefetch_message(const message_t& message)
+{
+    const message_t::message_content_t& content = message_access::content(message);
+    for (const string_map_t* texts : {&content.attributes, &content.args, &content.elements})
+        if (!texts->empty())
+            __builtin_prefetch(&*texts->begin());
 }
 
 std::wstring compose_document(const message_t& message)

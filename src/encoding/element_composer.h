@@ -25,6 +25,9 @@ using text_buffer_t = boost::container::small_vector<Char, 1024>;
 void append_message_element(const message_t& message, std::size_t depth,
                             text_buffer_t<char>& document);
 
+/// Has the processor fetch the first texts' nodes while the caller does something else.
+void prefetch_message(const message_t& message);
+
 /// Returns the message as a document, with the XML declaration: what its UTF-8 is as wide text.
 std::wstring compose_document(const message_t& message);
 

@@ -107,9 +107,19 @@ bool write_message_element(boost::shared_ptr<message_t> message, xmlTextWriterPt
 {
     text_buffer_t<char> element;
     append_message_element(*message, 1, element);
-    return element.size() <= INT_MAX &&
-           xmlTextWriterWriteRawLen(writer, to_xml(element.data()),
-                                    static_cast<int>(element.size())) >= 0;
+    return write_raw(std::string_view(element.data(), element.size()), writer);
+}
+
+bool write_raw(std::string_view bytes, xmlTextWriterPtr writer)
+{
+    bool is_written = true;
+    while (is_written && !bytes.empty()) {
+        const std::string_view next = bytes.substr(0, INT_MAX);
+        is_written = xmlTextWriterWriteRawLen(writer, to_xml(next.data()),
+                                              static_cast<int>(next.size())) >= 0;
+        bytes.remove_prefix(next.size());
+    }
+    return is_written;
 }
 
 boost::shared_ptr<message_t> read_message_element(const xmlNode* node)

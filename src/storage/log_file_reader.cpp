@@ -1,7 +1,6 @@
 #include "storage/log_file_reader.h"
 
 #include "storage/file_descriptor.h"
-#include "storage/log_walker.h"
 
 #include <rova/strings.h>
 
@@ -28,11 +27,17 @@ void log_file_reader::set_callback(const log_sax_reader::message_callback_t& cal
     m_sax.set_callback(callback);
 }
 
+void log_file_reader::set_lines_callback(const log_walker_t::lines_callback_t& callback)
+{
+    m_take_lines = callback;
+}
+
 // If the elements of a log are read one by one, those of the first chunk are looked at.
 refusal_t log_file_reader::find_refusal(const std::string& file_name)
 {
     log_file_reader reader(file_name);
     reader.set_callback([](const boost::shared_ptr<message_t>&) {});
+    reader.set_lines_callback([](std::string_view) {});
     reader.m_reads_beginning_only = true;
     reader.parse();
     return reader.refusal();
@@ -55,7 +60,7 @@ bool log_file_reader::parse()
 // Returns whether there was a tag.
 bool log_file_reader::parse(const file_descriptor_t& file, std::int64_t begin, std::int64_t end)
 {
-    log_walker_t walker(m_sax);
+    log_walker_t walker(m_sax, m_take_lines);
     boost::container::vector<char> read; // but not walked
     bool has_tag = false;
     bool is_last = false;

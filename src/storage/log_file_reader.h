@@ -1,6 +1,7 @@
 #pragma once
 
 #include "storage/log_sax_reader.h"
+#include "storage/log_walker.h"
 #include "xml/limits.h"
 
 #include <cstdint>
@@ -21,6 +22,9 @@ public:
 
     /// Replaces the callback, see log_sax_reader::set_callback().
     void set_callback(const log_sax_reader::message_callback_t& callback);
+
+    /// Has the messages in stable lines handed over as these lines, see measure_stable_lines().
+    void set_lines_callback(const log_walker_t::lines_callback_t& callback);
 
     /// Reads from position() up to the end of the file; the text after the last '>' is dropped.
     /// Returns true for a damaged text too: the messages before the damage have been handed over.
@@ -47,6 +51,7 @@ private:
     std::int64_t m_position = 0;
     std::string m_file_name;
     log_sax_reader m_sax;
+    log_walker_t::lines_callback_t m_take_lines;
     refusal_t m_refusal = refusal_t::none;
     bool m_reads_beginning_only = false;
 };

@@ -2,6 +2,7 @@
 
 #include "encoding/element_names.h"
 #include "encoding/message_recognizer.h"
+#include "encoding/stable_lines.h"
 #include "storage/log_sax_reader.h"
 #include "xml/characters.h"
 #include "xml/cost.h"
@@ -165,6 +166,13 @@ std::size_t log_walker_t::walk_elements(std::string_view text, bool is_last)
     item_t item = {item_t::kind_t::complete, 0};
     while (!m_is_finished && item.kind == item_t::kind_t::complete) {
         walked += count_blanks(text.substr(walked));
+        if (const std::string_view lines = find_stable_lines(text, walked); !lines.empty()) {
+            hand_over();
+            take_lines(lines);
+            walked += lines.size() - 1;
+            handed_over = walked;
+            continue;
+        }
         const std::string_view rest = text.substr(walked);
         const recognized_t recognized = recognize_log_message(rest);
         const bool is_next_own = recognized.size != 0;
@@ -192,6 +200,21 @@ std::size_t log_walker_t::walk_elements(std::string_view text, bool is_last)
         hand_over();
     m_is_finished = m_is_finished || item.kind != item_t::kind_t::unfinished || is_last;
     return walked;
+}
+
+// Returns those that begin with the indentation of this element, if there are any.
+std::string_view log_walker_t::find_stable_lines(std::string_view text, std::size_t element) const
+{
+    if (!m_take_lines || element == 0)
+        return std::string_view();
+    const std::string_view rest = text.substr(element - 1);
+    return rest.substr(0, measure_stable_lines(rest));
+}
+
+void log_walker_t::take_lines(std::string_view lines) const
+{
+    if (!m_is_finished)
+        m_take_lines(lines);
 }
 
 // A message of the library's own that exceeds a limit costs only itself, whatever its size.

@@ -3,8 +3,10 @@
 #include "xml/limits.h"
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace velmoext_1_4_8
 {
@@ -21,8 +23,14 @@ class log_sax_reader;
 class log_walker_t
 {
 public:
-    /// The reader must outlive the walker.
-    explicit log_walker_t(log_sax_reader& reader) : m_reader(reader) {}
+    /// Receives lines of the log, see measure_stable_lines().
+    typedef std::function<void(std::string_view)> lines_callback_t;
+
+    /// The reader must outlive the walker. A callback that is not empty receives the messages in
+    /// stable lines in place of the reader.
+    explicit log_walker_t(log_sax_reader& reader, lines_callback_t take_lines = lines_callback_t())
+        : m_reader(reader), m_take_lines(std::move(take_lines))
+    {}
     log_walker_t(const log_walker_t&) = delete;
     log_walker_t& operator=(const log_walker_t&) = delete;
     ~log_walker_t() = default;
@@ -44,12 +52,15 @@ public:
 private:
     std::size_t find_beginning(std::string_view text, bool is_last);
     std::size_t walk_elements(std::string_view text, bool is_last);
+    std::string_view find_stable_lines(std::string_view text, std::size_t element) const;
+    void take_lines(std::string_view lines) const;
     void parse_elements(std::string_view elements, bool is_own);
     void parse_rest(std::string_view rest);
     void parse_whole(std::string_view text);
     bool is_within_limits(std::string_view markup);
 
     log_sax_reader& m_reader;
+    lines_callback_t m_take_lines;
     bool m_reads_elements = false; ///< one by one
     bool m_is_whole = false;       ///< whether the log is parsed whole
     bool m_is_finished = false;

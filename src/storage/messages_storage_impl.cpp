@@ -1,5 +1,6 @@
 #include "storage/messages_storage_impl.h"
 
+#include "encoding/element_composer.h"
 #include "encoding/element_names.h"
 #include "encoding/message_element.h"
 #include "xml/error_scope.h"
@@ -14,6 +15,7 @@
 
 #include <new>
 #include <string>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -85,6 +87,7 @@ bool messages_storage_impl_t::on_message(boost::shared_ptr<velmo_ex_t> /*ex*/,
                                          boost::shared_ptr<message_t> msg)
 {
     if (msg && m_writer && (msg->get_flags() & recorded_flags) != 0) {
+        prefetch_message(*msg);
         initialize_xml_library();
         const xml_error_scope_t errors;
         write(std::move(msg));
@@ -204,12 +207,17 @@ bool messages_storage_impl_t::begin_log()
 }
 
 // A raw write ends the start tag of the log, without the line break.
+bool messages_storage_impl_t::begin_line()
+{
+    const bool has_begun = m_has_messages || write_raw("\n", m_writer.get());
+    m_has_messages = true;
+    return has_begun;
+}
+
 bool messages_storage_impl_t::write(boost::shared_ptr<message_t> msg)
 {
-    const bool has_line_break =
-        m_has_messages || xmlTextWriterWriteRaw(m_writer.get(), to_xml("\n")) >= 0;
-    m_has_messages = true;
-    return write_message_element(std::move(msg), m_writer.get()) && has_line_break;
+    const bool has_begun = begin_line();
+    return write_message_element(std::move(msg), m_writer.get()) && has_begun;
 }
 
 bool messages_storage_impl_t::carry_over(const basekit2::path_t& copy, bool is_own_copy)
@@ -243,6 +251,9 @@ bool messages_storage_impl_t::write_messages_of(const basekit2::path_t& copy, st
     log_file_reader reader(utf8_name(copy));
     reader.set_callback([&](boost::shared_ptr<message_t> msg) {
         is_written = write(std::move(msg)) && is_written;
+    });
+    reader.set_lines_callback([&](std::string_view lines) {
+        is_written = begin_line() && write_raw(lines, m_writer.get()) && is_written;
     });
     reader.parse();
     is_written = xmlTextWriterFlush(m_writer.get()) >= 0 && is_written;

@@ -47,6 +47,7 @@ private:
     bool may_begin(const basekit2::path_t& copy, copy_t found, bool is_own_copy) const;
     basekit2::path_t temporary_path() const;
     bool begin_log();
+    bool begin_line();
     bool write(boost::shared_ptr<message_t> msg);
     bool carry_over(const basekit2::path_t& copy, bool is_own_copy);
     bool write_messages_of(const basekit2::path_t& copy, std::int64_t size);

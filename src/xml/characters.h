@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 namespace velmoext_1_4_8
 {
@@ -41,6 +42,21 @@ constexpr auto name_ends = [] {
 constexpr bool ends_name(char byte)
 {
     return name_ends[static_cast<unsigned char>(byte)]; // NOLINT(*-constant-array-index)
+}
+
+/// ASCII without markup and control characters, which is written as it is.
+constexpr auto plain_units = [] {
+    std::array<bool, 128> plain = {};
+    for (std::size_t unit = ' '; unit != plain.size(); ++unit)
+        plain.at(unit) = unit != '"' && unit != '&' && unit != '<' && unit != '>';
+    return plain;
+}();
+
+template <typename Char>
+constexpr bool is_plain(Char unit)
+{
+    const auto index = static_cast<std::make_unsigned_t<Char>>(unit);
+    return index < plain_units.size() && plain_units[index]; // NOLINT(*-constant-array-index)
 }
 
 /// Whether the character can be written in an XML 1.0 document.

@@ -266,8 +266,11 @@ bool pattern_t::fit(const texts_t& texts) const
 
 std::wstring pattern_t::join(const texts_t& texts) const
 {
+    std::size_t size = m_text.size();
+    for (const std::wstring* text : texts)
+        size += text != nullptr ? text->size() : 0;
     std::wstring result;
-    result.reserve(m_text.size());
+    result.reserve(size);
     for (const segment_t& segment : m_segments) {
         result += segment.literal;
         if (segment.argument == m_arguments.size())
