@@ -219,7 +219,7 @@ bench::subject_t make_subject(const std::string& name, const workload_t& workloa
              velmoext1(workload, part),
              velmoext1_first(workload, part, "velmoext1_bare_name", other_prefix)},
             least,
-            2};
+            8};
 }
 
 std::vector<bench::subject_t> make_subjects(const workload_t& workload)
