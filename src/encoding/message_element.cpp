@@ -10,7 +10,7 @@
 
 #include <boost/make_shared.hpp>
 
-#include <climits>
+#include <cstddef>
 #include <map>
 #include <string>
 #include <utility>
@@ -21,6 +21,9 @@ namespace
 {
 
 typedef std::map<std::wstring, std::wstring> string_map_t;
+
+// libxml2 counts the bytes of a write in an int.
+const std::size_t max_raw_bytes = 1073741824;
 
 // Reads one element; empty once a text has exceeded a limit.
 class element_reader_t
@@ -114,7 +117,7 @@ bool write_raw(std::string_view bytes, xmlTextWriterPtr writer)
 {
     bool is_written = true;
     while (is_written && !bytes.empty()) {
-        const std::string_view next = bytes.substr(0, INT_MAX);
+        const std::string_view next = bytes.substr(0, max_raw_bytes);
         is_written = xmlTextWriterWriteRawLen(writer, to_xml(next.data()),
                                               static_cast<int>(next.size())) >= 0;
         bytes.remove_prefix(next.size());
