@@ -243,7 +243,12 @@ TEST(log_walker_test, beginnings_of_all_kinds_are_read)
           "<log a='1' a='2'>",
           "<?xml version='1.0' encoding='UTF-16'?><log>",
           "<lo",
-          "<!-- -- --><log>"}) {
+          "<!-- -- --><log>",
+          "<?xml version='1.0' encoding='UTF-8'standalone='no'?><log>",
+          "<?xml version='1.0' encoding='ISO-8859-1'standalone='no'?><log>",
+          "<!DOCTYPE log>[<!--x--><!ENTITY u 'y'>]><log>",
+          "<!DOCTYPE log>[<!ENTITY u 'y'>]><log>"}) {
+        expect_as_parsed(beginning + std::string(600, ' ') + rest + "</log>");
         expect_as_parsed(beginning + rest + "</log>");
         expect_as_parsed(beginning + rest + "</other>");
         expect_as_parsed(beginning + rest);
@@ -458,6 +463,20 @@ TEST(log_walker_test, an_element_of_the_written_form_has_no_limit_or_costs_only_
     walk_t large(first + message(1, text + "\rother") + "<msg/>" + last);
     EXPECT_EQ(large.through({}).fields(), parsed(first + message(1, "\rother") + "<msg/>" + last));
     EXPECT_EQ(large.refusal(), refusal_t::none);
+    const std::string foreign = "<msg><!-- c --><type>foreign</type></msg>";
+    walk_t between(first + foreign + message(25001, "\rother") + foreign + last);
+    EXPECT_EQ(between.through({}).fields(), parsed(first + foreign + foreign + last));
+}
+
+TEST(log_walker_test, a_foreign_element_keeps_the_limits_of_libxml2)
+{
+    const std::string text(10100000, 'x');
+    for (const std::string& element :
+         {"<msg a='" + text + "'><!-- c --><type>b</type></msg>", "<e><!--" + text + "--></e>"}) {
+        const std::string log =
+            "<log><msg><type>a</type></msg>" + element + "<msg><type>c</type></msg></log>";
+        EXPECT_EQ(walk_t(log).through({}).fields(), parsed(log));
+    }
 }
 
 TEST(log_walker_test, a_written_log_of_any_messages_is_read)

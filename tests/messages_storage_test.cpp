@@ -136,7 +136,12 @@ TEST_F(messages_storage_test, one_storage_records_again_after_a_stop)
         record(storage, type);
         EXPECT_TRUE(storage->stop_recording());
     }
-    EXPECT_EQ(types_in(), L"a;b;c;");
+    EXPECT_EQ(log(), log_of(message_of("a") + message_of("b") + message_of("c")));
+    std::filesystem::remove(m_folder.name("log.xml"));
+    EXPECT_TRUE(storage->start_recording());
+    record(storage, L"d");
+    EXPECT_TRUE(storage->stop_recording());
+    EXPECT_EQ(log(), log_of(message_of("d")));
 }
 
 TEST_F(messages_storage_test, only_flagged_messages_are_written)
@@ -527,6 +532,20 @@ TEST_F(messages_storage_test, a_later_replay_delivers_what_was_appended)
     EXPECT_EQ(replay(storage), L"b;");
 }
 
+TEST_F(messages_storage_test, a_replay_goes_on_where_the_last_one_ended_whatever_was_recorded_since)
+{
+    const storage_ptr storage = get();
+    ASSERT_TRUE(storage->start_recording());
+    record(storage, L"a");
+    ASSERT_TRUE(storage->stop_recording());
+    EXPECT_EQ(replay(storage), L"a;");
+    ASSERT_TRUE(storage->start_recording());
+    record(storage, L"b");
+    ASSERT_TRUE(storage->stop_recording());
+    EXPECT_EQ(replay(storage), L"");
+    EXPECT_EQ(types_in(), L"a;b;");
+}
+
 TEST_F(messages_storage_test, a_log_that_became_shorter_is_not_replayed)
 {
     record_all(L"ab");
@@ -841,6 +860,48 @@ TEST_F(messages_storage_test, handlers_get_the_extension_objects_own_pointer)
         EXPECT_TRUE(storage->replay(borrowed));
         EXPECT_EQ(handler->results(), std::vector<bool>(2, true));
     }
+}
+
+TEST_F(messages_storage_test, a_replay_goes_on_when_a_handler_lets_go_of_the_extension_object)
+{
+    class letting_go_handler_t : public recording_handler_t
+    {
+    public:
+        explicit letting_go_handler_t(boost::shared_ptr<velmo_ex_t>& ex) : m_ex(ex) {}
+        bool on_message(boost::shared_ptr<velmo_ex_t> ex, message_ptr msg) override
+        {
+            m_ex.reset();
+            return recording_handler_t::on_message(ex, msg);
+        }
+
+    private:
+        boost::shared_ptr<velmo_ex_t>& m_ex;
+    };
+    record_all(L"ab");
+    auto ex = velmo_ex_t::get(velmo_ex_t::generate_id(L"messages_storage_test."), L"");
+    const auto handler = boost::make_shared<letting_go_handler_t>(ex);
+    ex->push_handler(handler);
+    const storage_ptr storage = get();
+    EXPECT_TRUE(storage->start_reading());
+    EXPECT_TRUE(storage->replay(std::move(ex)));
+    EXPECT_EQ(handler->messages().size(), 2U);
+}
+
+TEST_F(messages_storage_test, a_start_that_meets_a_limit_late_in_the_log_keeps_the_copy)
+{
+    std::string messages;
+    while (messages.size() < 600000)
+        messages += message_of("a");
+    std::string tag = "<e";
+    for (int i = 0; i < 25001; ++i)
+        tag += " a" + std::to_string(i) + "=''";
+    const std::string old = log_of(messages + tag + "/>" + message_of("b"));
+    m_folder.write("log.xml", old);
+    const storage_ptr storage = get();
+    EXPECT_FALSE(storage->start_recording());
+    EXPECT_EQ(m_folder.read("log.xml.tmp"), old);
+    storage->stop_recording();
+    EXPECT_EQ(m_folder.read("log.xml.tmp"), old);
 }
 
 TEST_F(messages_storage_test, very_many_different_names_cost_no_message)

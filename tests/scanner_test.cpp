@@ -261,7 +261,6 @@ TEST(scanner_test, a_fault_is_malformed_where_no_document_goes_on_so)
                  {"<!", "-a->"},
                  {"<?xml ", "a?>"},
                  {"<?xml version='1.0'", ">"},
-                 {"<?xml version='1.0'", "encoding='UTF-8'?>"},
                  {"<?xml version='1.0' ", "?a='b'?>"},
                  {"<a", "?b='c'>"}};
     for (const auto& [before, after] : cases) {
@@ -270,6 +269,22 @@ TEST(scanner_test, a_fault_is_malformed_where_no_document_goes_on_so)
             "malformed at " + std::to_string(document.size() - std::string(after).size());
         EXPECT_EQ(tokens_of(document).back(), fault) << document;
     }
+}
+
+TEST(scanner_test, a_declaration_may_lack_blanks_between_its_attributes)
+{
+    const std::string declaration = "<?xml version='1.0'encoding=\"UTF-8\"standalone='no'?>";
+    EXPECT_EQ(tokens_of(declaration).front(), "instruction xml(" + declaration + ")");
+}
+
+TEST(scanner_test, a_document_type_may_have_its_subset_after_its_end)
+{
+    for (const std::string type :
+         {"<!DOCTYPE a>[<!--]>--> <!ENTITY e ']>'>]>", "<!DOCTYPE a SYSTEM 's'>[]>",
+          "<!DOCTYPE a>[<!ENTITY e '>'>]  >", "<!DOCTYPE a [<!ENTITY e 'x'>]>", "<!DOCTYPE a>"})
+        EXPECT_EQ(tokens_of(type + "[<a/>").front(),
+                  type == "<!DOCTYPE a>" ? "unfinished at 17" : "type(" + type + ")");
+    EXPECT_EQ(tokens_of("<!DOCTYPE a> [").front(), "type(<!DOCTYPE a>)");
 }
 
 TEST(scanner_test, a_comment_of_one_hyphen_goes_on)

@@ -130,6 +130,7 @@ INSTANTIATE_TEST_SUITE_P(
                                                         "  <severity>INFO</severity>\n")},
         deviation_t{"a_child_after_the_type", with_children("", "  <e>x</e>\n")},
         deviation_t{"an_empty_argument", with_children("  <arg name=\"a\"></arg>\n")},
+        deviation_t{"an_argument_without_an_attribute", with_children("  <arg>x</arg>\n")},
         deviation_t{"an_argument_without_a_name", with_children("  <arg name=\"\">x</arg>\n")},
         deviation_t{"arguments_in_another_order", with_children("  <arg name=\"b\">x</arg>\n"
                                                                 "  <arg name=\"a\">x</arg>\n")},

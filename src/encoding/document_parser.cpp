@@ -70,15 +70,15 @@ private:
         return true;
     }
 
-    // The element counts as soon as it has ended, whatever follows it, unless it ended in the piece
-    // in which it began.
+    // libxml2's text reader reads an element to the end of the document, or until it has a comment
+    // or an instruction after the element, if it has not all of the element at once.
     bool feed_until_complete()
     {
         bool was_open = false;
         while (m_fed < m_end) {
             if (!feed(next_piece(), false))
                 return false;
-            if (was_open && m_is_complete)
+            if (was_open && m_is_complete && xmlDocGetRootElement(m_parser->myDoc)->next)
                 return true;
             was_open = was_open || m_parser->node;
         }

@@ -21,9 +21,9 @@ struct parsed_document_t
 /// Reads the first top-level "msg" element of a document in UTF-8 with libxml2, in linear time. The
 /// encoding that the document declares is ignored.
 ///
-/// The message is null when there is none, when the document is malformed up to the piece in which
-/// the element ends, when a limit is exceeded and when libxml2 runs out of memory. Opens no file
-/// that the document names.
+/// The message is null when there is none, when a limit is exceeded and when libxml2 runs out of
+/// memory. It is null for a malformed document too, unless the fault is far after the element and a
+/// comment or an instruction is between them. Opens no file that the document names.
 parsed_document_t parse_document(const std::string& document);
 
 } // namespace velmoext_1_4_8

@@ -16,8 +16,8 @@ typedef element_names names;
 // Elements that are no further texts of a message.
 bool is_reserved(std::string_view name)
 {
-    return name == names::arg || name == names::type || name == names::severity ||
-           name == names::msg || name == names::log;
+    return name == names::arg || name == names::severity || name == names::msg ||
+           name == names::log;
 }
 
 // Passes over the lines of an element. All functions return false at anything else than they

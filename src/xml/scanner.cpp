@@ -170,7 +170,7 @@ private:
 bool attribute_scanner_t::next(attribute_t& attribute)
 {
     const char* const name = skip_blanks(m_at, m_end);
-    const bool is_separated = name != m_at;
+    const bool is_separated = name != m_at || !m_requires_blanks;
     m_at = name;
     if (!is_separated || name == m_end || ends_name(*name))
         return false;
@@ -296,7 +296,7 @@ scanner_t::token_t scanner_t::scan_declaration()
 
 scanner_t::token_t scanner_t::scan_xml_declaration()
 {
-    attribute_scanner_t attributes(m_name.data() + m_name.size(), m_end);
+    attribute_scanner_t attributes(m_name.data() + m_name.size(), m_end, false);
     attribute_t attribute;
     while (attributes.next(attribute)) {
     }
@@ -321,14 +321,18 @@ scanner_t::token_t scanner_t::scan_comment()
     return token_t::comment;
 }
 
-// A '>' ends it unless the internal subset is open, which its bracket ends.
+// A '>' ends it unless the internal subset is open, which its bracket ends. libxml2 takes a subset
+// that begins right after the '>' too.
 scanner_t::token_t scanner_t::scan_document_type()
 {
     bool is_in_subset = false;
+    bool had_subset = false;
     const char* at = m_at + 1;
-    while (at && at != m_end && (is_in_subset || *at != '>')) {
+    while (at && at != m_end &&
+           (is_in_subset || *at != '>' || (!had_subset && begins_with(at, m_end, ">[")))) {
         if (*at == '[' || *at == ']')
             is_in_subset = *at == '[';
+        had_subset = had_subset || is_in_subset;
         at = skip_item(at, m_end);
     }
     if (!at || at == m_end)

@@ -18,8 +18,11 @@ class attribute_scanner_t
 {
 public:
     attribute_scanner_t() = default;
-    /// Starts after the tag's name.
-    attribute_scanner_t(const char* begin, const char* end) : m_at(begin), m_end(end) {}
+    /// Starts after the tag's name. Blanks before an attribute are required, unless it is one of
+    /// an XML declaration: libxml2 does without some of those.
+    attribute_scanner_t(const char* begin, const char* end, bool requires_blanks = true)
+        : m_at(begin), m_end(end), m_requires_blanks(requires_blanks)
+    {}
 
     /// Moves to the next attribute. False at the first byte that begins none, and when the text
     /// ends within one; position() is that byte or the text's end.
@@ -30,6 +33,7 @@ public:
 private:
     const char* m_at = nullptr;
     const char* m_end = nullptr;
+    bool m_requires_blanks = true;
 };
 
 /// Splits an XML document into its tokens, in linear time and without an allocation.

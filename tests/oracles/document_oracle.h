@@ -31,10 +31,7 @@ public:
         document_size,
         /// The document type holds an instruction, and what a push parser makes of that depends on
         /// the pieces in which it gets the document: null, or what a parse of the whole gives.
-        split_document_type,
-        /// Whether a fault after the end of the message is met before the message is returned
-        /// depends on the pieces, too: null, or the message.
-        fault_after_message
+        split_document_type
     };
 
     exception_t exception() const { return m_exception; }
@@ -44,7 +41,6 @@ private:
     bool is_any_right() const;
     void read();
     void read_whole();
-    boost::shared_ptr<velmoext_1_4_8::message_t> message_before_fault() const;
 
     std::string m_document;
     boost::shared_ptr<velmoext_1_4_8::message_t> m_message; ///< what the reader gives
