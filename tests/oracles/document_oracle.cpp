@@ -17,7 +17,6 @@
 namespace
 {
 
-using ROVA_2_18::strings::utf8_to_utf16;
 using velmoext_1_4_8::message_t;
 
 typedef boost::shared_ptr<message_t> message_ptr;
@@ -173,6 +172,14 @@ bool has_attribute_with_entity(const xmlNode* element)
     return false;
 }
 
+bool has_fault_after(xmlTextReader* reader)
+{
+    int result = 1;
+    while (result == 1)
+        result = xmlTextReaderNext(reader);
+    return result < 0;
+}
+
 // A document that a push parser gets in one piece.
 class whole_document_t
 {
@@ -283,6 +290,8 @@ void document_oracle_t::read()
             m_exception = exception_t::attribute_entity;
             return;
         }
+        if (has_fault_after(reader.get()))
+            m_exception = exception_t::recovered_message;
         return;
     }
 }

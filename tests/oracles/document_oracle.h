@@ -31,7 +31,9 @@ public:
         document_size,
         /// The document type holds an instruction, and what a push parser makes of that depends on
         /// the pieces in which it gets the document: null, or what a parse of the whole gives.
-        split_document_type
+        split_document_type,
+        /// The reader recovers a message from a malformed document: null, or that message.
+        recovered_message
     };
 
     exception_t exception() const { return m_exception; }
