@@ -70,8 +70,8 @@ private:
         return true;
     }
 
-    // libxml2's text reader reads an element to the end of the document, or until it has a comment
-    // or an instruction after the element, if it has not all of the element at once.
+    // As libxml2's text reader does: to the end of the document, or until a comment or an
+    // instruction follows the element, unless the element begins and ends in one piece.
     bool feed_until_complete()
     {
         bool was_open = false;
