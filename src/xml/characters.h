@@ -52,6 +52,7 @@ constexpr auto plain_units = [] {
     return plain;
 }();
 
+/// Whether the byte or wide character is plain, see plain_units.
 template <typename Char>
 constexpr bool is_plain(Char unit)
 {
