@@ -1,16 +1,13 @@
 // The message of any text is the one that libxml2's reader finds in it, or none if the text may be
 // refused. The library's own reading of its written form gives what libxml2 gives.
 #include "document_oracle.h"
+#include "encoding/document_parser.h"
+#include "encoding/message_recognizer.h"
 #include "fuzz_target.h"
 #include "message_fields.h"
 #include "quiet_xml.h"
 #include "require.h"
 #include "writer_oracle.h"
-
-#if __has_include("encoding/message_recognizer.h")
-#include "encoding/document_parser.h"
-#include "encoding/message_recognizer.h"
-#endif
 
 #include <velmoext1/string_message_serializer.h>
 
@@ -26,14 +23,10 @@ using ROVA_2_18::strings::utf16_to_utf8;
 
 void require_same_recognized(const std::wstring& text)
 {
-#if __has_include("encoding/message_recognizer.h")
     const std::string document = utf16_to_utf8(text);
     if (const message_ptr recognized = recognize_document(document))
         require_equal(fields_of(recognized), fields_of(parse_document(document).message),
                       "a document is recognized as it is parsed");
-#else
-    static_cast<void>(text);
-#endif
 }
 
 void require_written_as_by_libxml2(const message_ptr& message)

@@ -43,8 +43,7 @@ public:
     /// returns false, also for null.
     ///
     /// Output reaches the file when a buffer is full, and all of it when the recording stops. If
-    /// the file refuses a buffer, as on a full disk, the rest of this recording is dropped. A
-    /// message whose element exceeds 2 GiB is not recorded.
+    /// the file refuses a buffer, as on a full disk, the rest of this recording is dropped.
     ///
     /// On std::bad_alloc the message is not recorded. If libxml2 runs out of memory, the message is
     /// recorded in part or not at all; the rest of this recording can be lost with it.
