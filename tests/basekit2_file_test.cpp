@@ -33,6 +33,7 @@
 #include <fstream>
 #include <functional>
 #include <iterator>
+#include <map>
 #include <random>
 #include <set>
 #include <string>
@@ -156,18 +157,25 @@ private:
     const scratch_folder_t m_folder;
 };
 
-/// How a system does without unnamed files: which call fails, and with what.
+/// How a system does without unnamed files or hard links: which calls fail, and with what.
 struct way_t
 {
     std::string name;
-    std::string call;
-    int error;
+    std::map<std::string, int> errors;
 };
 
 int fault_of(const way_t& way, const std::string& call)
 {
-    return call == way.call ? way.error : 0;
+    const auto found = way.errors.find(call);
+    return found == way.errors.end() ? 0 : found->second;
 }
+
+const way_t as_it_does = {"as_the_system_does", {}};
+const way_t without_unnamed_files = {"without_unnamed_files", {{"open unnamed", EOPNOTSUPP}}};
+const way_t without_process_directory = {"without_the_process_directory", {{"linkat", ENOENT}}};
+const way_t without_links = {"without_hard_links", {{"open unnamed", EOPNOTSUPP}, {"link", EPERM}}};
+const way_t with_simple_renaming = {
+    "with_simple_renaming", {{"open unnamed", EOPNOTSUPP}, {"link", EPERM}, {"renameat2", EINVAL}}};
 
 /// What holds for every way in which a copy can be made.
 class basekit2_file_ways_test : public basekit2_file_test, public testing::WithParamInterface<way_t>
@@ -195,11 +203,24 @@ protected:
     }
 };
 
+/// Those in which the destination is made in one step.
+class basekit2_file_one_step_test : public basekit2_file_ways_test
+{};
+
+std::string name_of(const testing::TestParamInfo<way_t>& info)
+{
+    return info.param.name;
+}
+
 INSTANTIATE_TEST_SUITE_P(every_way, basekit2_file_ways_test,
-                         testing::Values(way_t{"as_the_system_does", "", 0},
-                                         way_t{"without_unnamed_files", "open unnamed", EOPNOTSUPP},
-                                         way_t{"without_the_process_directory", "linkat", ENOENT}),
-                         [](const auto& row) { return row.param.name; });
+                         testing::Values(as_it_does, without_unnamed_files,
+                                         without_process_directory, without_links,
+                                         with_simple_renaming),
+                         name_of);
+INSTANTIATE_TEST_SUITE_P(every_way, basekit2_file_one_step_test,
+                         testing::Values(as_it_does, without_unnamed_files,
+                                         without_process_directory, without_links),
+                         name_of);
 
 TEST_P(basekit2_file_ways_test, the_copy_has_all_bytes_of_the_source)
 {
@@ -295,9 +316,9 @@ TEST_P(basekit2_file_ways_test, interruptions_are_gone_on_with)
 TEST_P(basekit2_file_ways_test, an_error_of_the_system_leaves_nothing_behind)
 {
     const std::pair<std::string, int> rows[] = {
-        {"open", EACCES}, {"pread", EIO},   {"write", ENOSPC},    {"write", EDQUOT},
-        {"write", EFBIG}, {"write", EIO},   {"fchmod", EPERM},    {"close", ENOSPC},
-        {"link", EPERM},  {"link", EMLINK}, {"mkostemp", ENOSPC},
+        {"open", EACCES},  {"pread", EIO},       {"write", ENOSPC}, {"write", EDQUOT},
+        {"write", EFBIG},  {"write", EIO},       {"fchmod", EPERM}, {"close", ENOSPC},
+        {"rename", EROFS}, {"mkostemp", ENOSPC},
     };
     write_file("source", content_of(200000));
     for (const auto& row : rows) {
@@ -384,7 +405,7 @@ TEST_P(basekit2_file_ways_test, killed_at_any_instant_it_leaves_no_partial_copy)
     }
 }
 
-TEST_P(basekit2_file_ways_test, of_several_at_once_one_makes_the_copy)
+TEST_P(basekit2_file_one_step_test, of_several_at_once_one_makes_the_copy)
 {
     constexpr std::size_t count = 8;
     std::array<bool, count> made{};
@@ -503,15 +524,15 @@ TEST_F(basekit2_file_test, a_temporary_name_is_made_only_where_there_are_no_unna
 TEST_F(basekit2_file_test, a_destination_that_appears_meanwhile_stays)
 {
     write_file("source", "new");
-    for (const std::string failing : {"", "open unnamed"}) {
-        const std::string to = "copy " + failing;
+    for (const way_t& way : {as_it_does, without_unnamed_files, without_links}) {
+        const std::string to = "copy " + way.name;
         const with_faults faults([&](const std::string& call, int) {
             if (call == "link" || call == "linkat")
                 write_file(to, "old");
-            return call == failing ? EOPNOTSUPP : 0;
+            return fault_of(way, call);
         });
-        EXPECT_FALSE(copy("source", to)) << failing;
-        EXPECT_EQ(read_file(to), "old") << failing;
+        EXPECT_FALSE(copy("source", to)) << way.name;
+        EXPECT_EQ(read_file(to), "old") << way.name;
     }
 }
 

@@ -140,6 +140,21 @@ IN_PLACE_OF_THE_SYSTEMS int link(const char* from, const char* to) noexcept
     return static_cast<int>(syscall(SYS_linkat, AT_FDCWD, from, AT_FDCWD, to, 0));
 }
 
+IN_PLACE_OF_THE_SYSTEMS int renameat2(int fromfd, const char* from, int tofd, const char* to,
+                                      unsigned int flags) noexcept
+{
+    if (fails("renameat2"))
+        return -1;
+    return static_cast<int>(syscall(SYS_renameat2, fromfd, from, tofd, to, flags));
+}
+
+IN_PLACE_OF_THE_SYSTEMS int rename(const char* from, const char* to) noexcept
+{
+    if (fails("rename"))
+        return -1;
+    return static_cast<int>(syscall(SYS_renameat2, AT_FDCWD, from, AT_FDCWD, to, 0));
+}
+
 IN_PLACE_OF_THE_SYSTEMS int unlink(const char* name) noexcept
 {
     return fails("unlink") ? -1 : static_cast<int>(syscall(SYS_unlinkat, AT_FDCWD, name, 0));

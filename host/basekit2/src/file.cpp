@@ -10,6 +10,7 @@
 #include <array>
 #include <cerrno>
 #include <cstddef>
+#include <cstdio>
 #include <cstdlib>
 #include <string>
 
@@ -146,6 +147,27 @@ outcome copy_unnamed(int source, const std::string& directory, const std::string
     return errno == EEXIST ? outcome::failed : outcome::not_supported;
 }
 
+/// For file systems without hard links. Without the second call nothing can be renamed and replace
+/// nothing in one step, so another process could make the destination after it was looked for.
+bool move_to_free_name(const std::string& from, const std::string& to)
+{
+    if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0)
+        return true;
+    struct stat status = {};
+    return errno != EEXIST && lstat(to.c_str(), &status) != 0 && errno == ENOENT &&
+           rename(from.c_str(), to.c_str()) == 0;
+}
+
+/// Gives a file another name instead of its own, if nothing has that. If not, its own is removed.
+bool change_name(const std::string& from, const std::string& to)
+{
+    const bool is_linked = link(from.c_str(), to.c_str()) == 0;
+    if (!is_linked && errno != EEXIST && move_to_free_name(from, to))
+        return true;
+    unlink(from.c_str());
+    return is_linked;
+}
+
 /// The temporary name does not grow with the destination's, which may be as long as names can be.
 bool copy_named(int source, const std::string& directory, const std::string& to)
 {
@@ -156,9 +178,10 @@ bool copy_named(int source, const std::string& directory, const std::string& to)
     }));
     if (!target.is_open())
         return false;
-    const bool made = fill(source, target.number()) && link(name.c_str(), to.c_str()) == 0;
+    if (fill(source, target.number()))
+        return change_name(name, to);
     unlink(name.c_str());
-    return made;
+    return false;
 }
 
 std::string directory_of(const path_t& path)

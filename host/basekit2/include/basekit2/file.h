@@ -26,8 +26,9 @@ namespace basekit2
 /// - either path is empty or holds a zero character.
 ///
 /// Where the file system knows no unnamed files, the copy is written under a name `.copy-XXXXXX`
-/// beside the destination; a process killed meanwhile leaves that name behind. Such a file system
-/// must know hard links, otherwise the answer is false.
+/// beside the destination; a process killed meanwhile leaves that name behind. If the file system
+/// has neither hard links nor a renaming that replaces nothing, a destination that another process
+/// makes at the very end is replaced.
 BASEKIT2_API bool copy_file(const path_t& from, const path_t& to);
 
 /// Reads the whole of a regular file; a link to one is followed. False, with `bytes` unchanged,
