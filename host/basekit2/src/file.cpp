@@ -1,5 +1,6 @@
 #include <basekit2/file.h>
 
+#include "file_calls.h"
 #include "file_content.h"
 #include "native_name.h"
 
@@ -20,8 +21,7 @@ namespace basekit2
 namespace
 {
 
-constexpr mode_t owner_only = S_IRUSR | S_IWUSR;
-constexpr std::size_t piece_size = 65536;
+constexpr std::size_t part_size = 65536;
 
 enum class outcome
 {
@@ -49,71 +49,37 @@ private:
     int m_number;
 };
 
-template <typename Call>
-auto uninterrupted(const Call& call)
-{
-    auto answer = call();
-    while (answer == -1 && errno == EINTR)
-        answer = call();
-    return answer;
-}
-
-int open_file(const std::string& name, int flags)
-{
-    return uninterrupted([&] { return open(name.c_str(), flags | O_CLOEXEC, owner_only); });
-}
-
-bool is_regular(int file)
-{
-    struct stat status = {};
-    return fstat(file, &status) == 0 && S_ISREG(status.st_mode);
-}
-
 /// A FIFO without a writer would otherwise be waited for, and a terminal taken over.
 int open_source(const std::wstring& name)
 {
-    return open_file(native_name(name), O_RDONLY | O_NONBLOCK | O_NOCTTY);
+    return posix::open_file(native_name(name).c_str(), O_RDONLY | O_NONBLOCK);
 }
 
-bool write_all(int target, const char* bytes, std::size_t size)
-{
-    while (size != 0) {
-        const ssize_t written = uninterrupted([=] { return write(target, bytes, size); });
-        if (written <= 0)
-            return false;
-        bytes += written;
-        size -= static_cast<std::size_t>(written);
-    }
-    return true;
-}
-
-/// Hands over the source's bytes from its beginning, wherever a former reading has left off. False
-/// where the system cannot read or the taker takes no more.
+/// Hands over the source's bytes from its beginning, with the offset of each part. False if the
+/// system cannot read or the taker takes no more.
 template <typename Take>
-bool read_pieces(int source, const Take& take)
+bool read_parts(int source, const Take& take)
 {
-    std::array<char, piece_size> piece = {};
-    for (off_t position = 0;;) {
-        const ssize_t count =
-            uninterrupted([&] { return pread(source, piece.data(), piece.size(), position); });
-        if (count <= 0)
-            return count == 0;
-        if (!take(piece.data(), static_cast<std::size_t>(count)))
+    std::array<char, part_size> part = {};
+    std::size_t size = part.size();
+    for (off_t offset = 0; size == part.size(); offset += static_cast<off_t>(size))
+        if (!posix::read_at(source, offset, part.data(), part.size(), size) ||
+            !take(offset, part.data(), size))
             return false;
-        position += count;
-    }
+    return true;
 }
 
 bool copy_bytes(int source, int target)
 {
-    return read_pieces(source, [=](const char* bytes, std::size_t size) {
-        return write_all(target, bytes, size);
+    return read_parts(source, [=](off_t offset, const char* bytes, std::size_t size) {
+        std::size_t complete = 0;
+        return posix::write_at(target, offset, bytes, size, complete);
     });
 }
 
 bool read_bytes(int source, std::size_t at_most, std::string& read)
 {
-    return read_pieces(source, [&](const char* bytes, std::size_t size) {
+    return read_parts(source, [&](off_t /*offset*/, const char* bytes, std::size_t size) {
         const bool fits = size <= at_most - read.size();
         if (fits)
             read.append(bytes, size);
@@ -130,13 +96,14 @@ bool is_stored(int target)
 
 bool fill(int source, int target)
 {
-    return fchmod(target, owner_only) == 0 && copy_bytes(source, target) && is_stored(target);
+    return fchmod(target, posix::owner_only) == 0 && copy_bytes(source, target) &&
+           is_stored(target);
 }
 
 /// Writes a file without a name, which goes with the process, and names it when it is whole.
 outcome copy_unnamed(int source, const std::string& directory, const std::string& to)
 {
-    const descriptor_t target(open_file(directory, O_TMPFILE | O_WRONLY));
+    const descriptor_t target(posix::open_file(directory.c_str(), O_TMPFILE | O_WRONLY));
     if (!target.is_open())
         return outcome::not_supported;
     if (!fill(source, target.number()))
@@ -172,7 +139,7 @@ bool change_name(const std::string& from, const std::string& to)
 bool copy_named(int source, const std::string& directory, const std::string& to)
 {
     std::string name;
-    const descriptor_t target(uninterrupted([&] {
+    const descriptor_t target(posix::retry_interrupted([&] {
         name = directory + "/.copy-XXXXXX";
         return mkostemp(name.data(), O_CLOEXEC);
     }));
@@ -199,7 +166,7 @@ content_t read_content(const std::wstring& name, std::size_t at_most, std::strin
     if (!source.is_open())
         return is_missing && !holds_zero(name) ? content_t::missing : content_t::failed;
     std::string read;
-    if (!is_regular(source.number()) || !read_bytes(source.number(), at_most, read))
+    if (!posix::is_regular(source.number()) || !read_bytes(source.number(), at_most, read))
         return content_t::failed;
     bytes.swap(read);
     return content_t::read;
@@ -211,7 +178,7 @@ bool copy_file(const path_t& from, const path_t& to)
     if (destination.empty())
         return false;
     const descriptor_t source(open_source(from.as_string()));
-    if (!source.is_open() || !is_regular(source.number()))
+    if (!source.is_open() || !posix::is_regular(source.number()))
         return false;
     const std::string directory = directory_of(to);
     const outcome result = copy_unnamed(source.number(), directory, destination);
