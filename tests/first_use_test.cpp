@@ -61,10 +61,13 @@ enum outcome_t
     threw
 };
 
-// How the process ends in which the operation runs on a new thread without memory.
-int status_without_memory(const std::function<void()>& operation)
+// How the process ends in which the operation runs on a new thread without memory, after what is to
+// be done before.
+int status_without_memory(
+    const std::function<void()>& operation, const std::function<void()>& before = [] {})
 {
     return status_of_child([&] {
+        before();
         int outcome = went_on;
         std::thread([&] {
             has_memory = false;
@@ -79,7 +82,14 @@ int status_without_memory(const std::function<void()>& operation)
     });
 }
 
-typedef storage_test_t first_use_test;
+class first_use_test : public storage_test_t
+{
+protected:
+    storage_ptr m_storage = get();
+    std::function<void()> m_start = [this] {
+        m_storage->start_recording();
+    };
+};
 
 } // namespace
 
@@ -101,25 +111,25 @@ TEST_F(first_use_test, without_memory_no_message_is_read)
 
 TEST_F(first_use_test, without_memory_no_message_is_recorded)
 {
-    const storage_ptr storage = get();
-    ASSERT_TRUE(storage->start_recording());
     const message_ptr message = make_flagged(L"t");
-    EXPECT_TRUE(has_exited_with(status_without_memory([&] {
-                                    storage->on_message(boost::shared_ptr<velmo_ex_t>(), message);
-                                }),
-                                threw));
+    const auto record = [&] {
+        m_storage->on_message(boost::shared_ptr<velmo_ex_t>(), message);
+    };
+    EXPECT_TRUE(has_exited_with(status_without_memory(record, m_start), threw));
 }
 
 TEST_F(first_use_test, without_memory_a_recording_is_not_ended)
 {
-    const storage_ptr storage = get();
-    ASSERT_TRUE(storage->start_recording());
-    EXPECT_TRUE(has_exited_with(status_without_memory([&] { storage->stop_recording(); }), threw));
+    const auto stop = [&] {
+        m_storage->stop_recording();
+    };
+    EXPECT_TRUE(has_exited_with(status_without_memory(stop, m_start), threw));
 }
 
 TEST_F(first_use_test, without_memory_the_last_owner_lets_go_of_a_recording_all_the_same)
 {
-    storage_ptr storage = get();
-    ASSERT_TRUE(storage->start_recording());
-    EXPECT_TRUE(has_exited_with(status_without_memory([&] { storage.reset(); }), went_on));
+    const auto let_go = [&] {
+        m_storage.reset();
+    };
+    EXPECT_TRUE(has_exited_with(status_without_memory(let_go, m_start), went_on));
 }

@@ -1,5 +1,7 @@
 #include "storage/log_file_reader.h"
 
+#include "storage/file_descriptor.h"
+
 #include "repeated_text.h"
 #include "scratch_folder.h"
 #include "support.h"
@@ -202,23 +204,36 @@ TEST_F(log_file_reader_test, a_refusal_is_that_of_the_last_text_alone)
     EXPECT_EQ(m_reader.refusal(), refusal_t::none);
 }
 
-TEST_F(log_file_reader_test, a_refusal_of_a_whole_log_is_found_beforehand)
+TEST_F(log_file_reader_test, a_refusal_is_found_wherever_it_is)
 {
     const std::string rest = "<log><e" + numbered(" a", 25001, "=''") + "/></log>";
     const auto found = [&](const std::string& log) {
         write(log);
-        return log_file_reader::find_refusal(m_folder.name("log.xml"));
+        log_file_reader reader(m_folder.name("log.xml"));
+        reader.set_callback([](const boost::shared_ptr<message_t>&) {});
+        reader.parse();
+        return reader.refusal();
     };
     EXPECT_EQ(found(unknown_encoding + rest), refusal_t::encoding);
     EXPECT_EQ(found(long_type + rest), refusal_t::document_type_size);
     EXPECT_EQ(found("<!DOCTYPE log>" + rest), refusal_t::attributes);
     EXPECT_EQ(found("<log" + numbered(" a", 25001, "=''") + "></log>"), refusal_t::attributes);
-    // Elements further on are refused one by one.
-    EXPECT_EQ(found("<log>" + std::string(2 * chunk, ' ') + rest), refusal_t::none);
+    EXPECT_EQ(found("<log>" + std::string(2 * chunk, ' ') + rest), refusal_t::attributes);
     EXPECT_EQ(found("<log>" + message("a") + "<e/>" + message("&amp;") + "</log>"),
               refusal_t::none);
     EXPECT_EQ(found(""), refusal_t::none);
-    EXPECT_EQ(log_file_reader::find_refusal(m_folder.name("missing.xml")), refusal_t::none);
+}
+
+TEST_F(log_file_reader_test, a_file_that_is_open_is_read_whatever_its_name_is_by_then)
+{
+    write("<log>" + message("a"));
+    file_descriptor_t file;
+    ASSERT_TRUE(file.open(true, basekit2::path_t(m_folder.wide_name("log.xml"))));
+    std::filesystem::remove(m_folder.name("log.xml"));
+    EXPECT_FALSE(m_reader.parse());
+    EXPECT_TRUE(m_reader.parse(file));
+    EXPECT_EQ(take_types(), L"a;");
+    EXPECT_FALSE(m_reader.parse(file)) << "nothing is new";
 }
 
 TEST_F(log_file_reader_test, a_byte_that_the_encoding_does_not_have_prints_nothing)

@@ -47,7 +47,19 @@ private:
     rlimit m_former = {};
 };
 
-typedef storage_test_t storage_failure_test;
+class storage_failure_test : public storage_test_t
+{
+protected:
+    // Answers false where it throws as well.
+    static bool starts(const storage_ptr& storage)
+    {
+        try {
+            return storage->start_recording();
+        } catch (const std::bad_alloc&) {
+            return false;
+        }
+    }
+};
 
 } // namespace
 
@@ -73,30 +85,24 @@ TEST_F(storage_failure_test, a_start_without_memory_for_libxml2_answers_and_can_
     EXPECT_EQ(types_in(), L"b;");
 }
 
-TEST_F(storage_failure_test, a_start_that_fails_without_memory_leaves_the_log_as_it_was)
+TEST_F(storage_failure_test, a_start_that_fails_without_memory_loses_no_old_message)
 {
-    record_all(L"a");
-    const storage_ptr storage = get();
-    {
-        const xml_memory_limit_t limit(0);
-        EXPECT_THROW(storage->start_recording(), std::bad_alloc);
-    }
-    EXPECT_FALSE(m_folder.has("log.xml.tmp"));
-    EXPECT_EQ(types_in(), L"a;");
-}
-
-TEST_F(storage_failure_test, a_start_that_fails_without_memory_keeps_a_copy_that_was_left_behind)
-{
-    record_all(L"a");
-    std::filesystem::rename(m_folder.name("log.xml"), m_folder.name("log.xml.tmp"));
-    const storage_ptr storage = get();
-    {
-        const xml_memory_limit_t limit(0);
-        EXPECT_THROW(storage->start_recording(), std::bad_alloc);
-    }
-    storage->stop_recording();
-    record_all(L"b");
-    EXPECT_EQ(types_in(), L"a;b;");
+    for (const std::string& old : {log_of(message_of("a")), foreign_log({"a"})})
+        for (const char* const leaf : {"log.xml", "log.xml.tmp"}) {
+            bool is_started = false;
+            for (long successes = 0; !is_started; ++successes) {
+                std::filesystem::remove(m_folder.name("log.xml"));
+                m_folder.write(leaf, old);
+                const storage_ptr storage = get();
+                {
+                    const xml_memory_limit_t limit(successes);
+                    is_started = starts(storage);
+                }
+                storage->stop_recording();
+                record_all(L"b");
+                EXPECT_EQ(types_in(), L"a;b;") << leaf << successes;
+            }
+        }
 }
 
 TEST_F(storage_failure_test, what_is_carried_over_without_memory_is_whole_or_kept_in_the_copy)
@@ -111,11 +117,7 @@ TEST_F(storage_failure_test, what_is_carried_over_without_memory_is_whole_or_kep
         const storage_ptr storage = get();
         {
             const xml_memory_limit_t limit(successes);
-            try {
-                failures += storage->start_recording() ? 0 : 1;
-            } catch (const std::bad_alloc&) {
-                ++failures;
-            }
+            failures += starts(storage) ? 0 : 1;
         }
         storage->stop_recording();
         record_all(L"");
@@ -156,6 +158,27 @@ TEST_F(storage_failure_test, nothing_is_written_into_a_file_that_got_the_closed_
     EXPECT_TRUE(storage->stop_recording());
     EXPECT_EQ(lseek(precious, 0, SEEK_END), 0);
     close(precious);
+}
+
+TEST_F(storage_failure_test, without_enough_descriptors_no_old_message_is_lost)
+{
+    for (const std::string& old : {log_of(message_of("a")), foreign_log({"a"})})
+        for (const char* const leaf : {"log.xml", "log.xml.tmp"})
+            for (int free_ones = 0; free_ones < 7; ++free_ones) {
+                std::filesystem::remove(m_folder.name("log.xml"));
+                m_folder.write(leaf, old);
+                const storage_ptr storage = get();
+                bool is_started = false;
+                {
+                    const descriptor_limit_t limit(free_ones);
+                    is_started = storage->start_recording();
+                }
+                EXPECT_TRUE(is_started || m_folder.read(leaf) == old) << leaf << free_ones;
+                EXPECT_TRUE(is_started || free_ones < 6);
+                storage->stop_recording();
+                record_all(L"b");
+                EXPECT_EQ(types_in(), L"a;b;") << leaf << free_ones;
+            }
 }
 
 TEST_F(storage_failure_test, no_descriptor_is_left_open_by_what_failed)

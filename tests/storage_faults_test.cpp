@@ -23,6 +23,18 @@ namespace
 // Messages enough for several portions.
 const int old_messages = 200;
 
+// Which calls a recording makes.
+std::vector<std::string> calls_of(const std::function<void()>& action)
+{
+    std::vector<std::string> calls;
+    const with_faults listening([&](const std::string& call, int) {
+        calls.push_back(call);
+        return 0;
+    });
+    action();
+    return calls;
+}
+
 class storage_faults_test : public storage_test_t
 {
 protected:
@@ -59,48 +71,72 @@ protected:
         return is_started;
     }
 
-    // Answers whether the start said that recording is on, and whether the log was emptied with no
-    // copy beside it.
+    // Answers whether the start said that recording is on, and whether the log was cut before.
     std::pair<bool, bool> go_on_while_one_fails(std::size_t failing, int error) const
     {
         std::size_t next = 0;
-        bool is_emptied = false;
+        bool is_cut = false;
         const with_faults faults([&](const std::string& call, int) {
-            if (call == "ftruncate")
-                is_emptied = !m_folder.has("log.xml.tmp");
-            return next++ == failing ? error : 0;
+            const bool fails = next++ == failing;
+            is_cut = is_cut || (call == "ftruncate" && !fails);
+            return fails ? error : 0;
         });
         const bool is_started = go_on_recording();
-        return {is_started, is_emptied};
+        return {is_started, is_cut};
     }
 
-    // Whole and in front of all others, if they are there.
-    void expect_old_messages_unless(bool may_be_lost) const
+    // The log and what is beside it.
+    std::pair<std::string, std::string> files() const
     {
-        const std::wstring types = types_in();
-        const bool are_there = types.rfind(numbers(0, old_messages), 0) == 0;
-        EXPECT_TRUE(are_there || may_be_lost) << testing::PrintToString(types);
-        EXPECT_EQ(types.substr(types.size() - 2), L"z;");
+        return {m_folder.read("log.xml"), m_folder.read("log.xml.tmp")};
     }
+
+    void write(const std::pair<std::string, std::string>& files) const
+    {
+        for (const auto& [leaf, bytes] :
+             {std::pair("log.xml", files.first), std::pair("log.xml.tmp", files.second)}) {
+            std::filesystem::remove(m_folder.name(leaf));
+            if (!bytes.empty())
+                m_folder.write(leaf, bytes);
+        }
+    }
+
+    // Each call fails once with each error. Whatever happens, the next start finds the old
+    // messages.
+    void expect_nothing_lost_whichever_call_fails(const std::pair<std::string, std::string>& old)
+    {
+        write(old);
+        const std::vector<std::string> calls = calls_of([&] { go_on_recording(); });
+        for (const int error : {EIO, ENOSPC, EROFS, EDQUOT, ENOMEM, EMFILE})
+            for (std::size_t failing = 0; failing != calls.size(); ++failing) {
+                write(old);
+                SCOPED_TRACE(calls[failing] + " at " + std::to_string(failing) + ": " +
+                             std::strerror(error));
+                const auto [is_started, is_cut] = go_on_while_one_fails(failing, error);
+                EXPECT_TRUE(is_started || is_cut || files() == old);
+                // Without a lock nobody knows whether another process records into it already.
+                EXPECT_TRUE(is_started || is_cut || calls[failing] == "flock" ||
+                            m_folder.has("log.xml") != old.first.empty())
+                    << "a log was made";
+                record_all(L"z");
+                const std::wstring types = types_in();
+                EXPECT_EQ(types.substr(0, m_old_types.size()), m_old_types);
+                EXPECT_EQ(types.substr(types.size() - 2), L"z;");
+                EXPECT_FALSE(m_folder.has("log.xml.tmp"));
+            }
+    }
+
+    // The old messages in a form that a start writes anew.
+    static std::string foreign_old_log()
+    {
+        std::vector<std::string> types;
+        for (int i = 0; i < old_messages; ++i)
+            types.push_back(std::to_string(i));
+        return foreign_log(types);
+    }
+
+    std::wstring m_old_types = numbers(0, old_messages);
 };
-
-// Which calls a recording makes.
-std::vector<std::string> calls_of(const std::function<void()>& action)
-{
-    std::vector<std::string> calls;
-    const with_faults listening([&](const std::string& call, int) {
-        calls.push_back(call);
-        return 0;
-    });
-    action();
-    return calls;
-}
-
-// A copy that cannot be opened once the log is empty goes, and the old messages with it.
-bool opens_the_copy(const std::vector<std::string>& calls, std::size_t call)
-{
-    return call != 0 && calls[call - 1] == "ftruncate";
-}
 
 } // namespace
 
@@ -126,24 +162,20 @@ TEST_F(storage_faults_test, interruptions_are_gone_on_with)
     EXPECT_EQ(counts.size(), 5U);
 }
 
-TEST_F(storage_faults_test, whichever_call_fails_old_messages_stay_where_a_copy_of_them_was_made)
+TEST_F(storage_faults_test, no_old_message_is_lost_whichever_call_fails)
 {
     make_old_log();
-    const std::string old_log = m_folder.read("log.xml");
-    const std::vector<std::string> calls = calls_of([&] { go_on_recording(); });
-    for (const int error : {EIO, ENOSPC, EROFS, EDQUOT, ENOMEM})
-        for (std::size_t failing = 0; failing != calls.size(); ++failing) {
-            m_folder.write("log.xml", old_log);
-            SCOPED_TRACE(calls[failing] + " at " + std::to_string(failing) + ": " +
-                         std::strerror(error));
-            const auto [is_started, is_emptied] = go_on_while_one_fails(failing, error);
-            const bool costs_the_copy = opens_the_copy(calls, failing);
-            EXPECT_TRUE(is_started || costs_the_copy || m_folder.has("log.xml.tmp") ||
-                        m_folder.read("log.xml") == old_log);
-            record_all(L"z");
-            expect_old_messages_unless(costs_the_copy || (is_started && is_emptied));
-            EXPECT_FALSE(m_folder.has("log.xml.tmp"));
-        }
+    expect_nothing_lost_whichever_call_fails(files());
+}
+
+TEST_F(storage_faults_test, no_old_message_of_a_foreign_log_is_lost_whichever_call_fails)
+{
+    expect_nothing_lost_whichever_call_fails({foreign_old_log(), ""});
+}
+
+TEST_F(storage_faults_test, no_old_message_of_a_copy_is_lost_whichever_call_fails)
+{
+    expect_nothing_lost_whichever_call_fails({"", foreign_old_log()});
 }
 
 TEST_F(storage_faults_test, a_log_that_cannot_be_opened_is_not_recorded_and_stays)
@@ -235,44 +267,34 @@ TEST_F(storage_faults_test, messages_are_written_in_portions_not_one_by_one)
     EXPECT_LT(std::count(calls.begin(), calls.end(), "write"), old_messages / 10);
 }
 
-TEST_F(storage_faults_test, what_appears_in_the_place_of_the_copy_meanwhile_is_left_alone)
-{
-    make_old_log();
-    const std::string old_log = m_folder.read("log.xml");
-    {
-        const with_faults faults([&](const std::string& call, int) {
-            if (call == "fchmod")
-                m_folder.write("log.xml.tmp", "new");
-            return 0;
-        });
-        EXPECT_FALSE(get()->start_recording());
-    }
-    EXPECT_EQ(m_folder.read("log.xml.tmp"), "new");
-    EXPECT_EQ(m_folder.read("log.xml"), old_log);
-}
-
 TEST_F(storage_faults_test, where_the_copy_cannot_be_opened_it_goes_and_the_log_is_free_again)
 {
-    make_old_log();
+    const std::string old_log = foreign_old_log();
+    m_folder.write("log.xml", old_log);
     const storage_ptr storage = get();
     {
-        bool is_emptied = false;
+        bool is_copied = false;
         const with_faults faults([&](const std::string& call, int) {
-            const bool fails = is_emptied && call == "open";
-            is_emptied = is_emptied || call == "ftruncate";
+            const bool fails = is_copied && call == "open";
+            is_copied = is_copied || call == "linkat";
             return fails ? EMFILE : 0;
         });
         EXPECT_FALSE(storage->start_recording());
     }
-    EXPECT_FALSE(m_folder.has("log.xml.tmp"));
-    EXPECT_TRUE(get("./log.xml")->start_recording());
-    EXPECT_TRUE(storage->start_recording()) << "a start while recording changes nothing";
+    EXPECT_EQ(files(), std::pair(old_log, std::string()));
+    const storage_ptr other = get("./log.xml");
+    EXPECT_TRUE(other->start_recording());
+    EXPECT_TRUE(storage->start_recording()) << "it counts as recording until it is stopped";
+    record(storage, L"lost");
     EXPECT_TRUE(storage->stop_recording());
+    EXPECT_FALSE(storage->start_recording());
+    EXPECT_TRUE(other->stop_recording());
+    EXPECT_EQ(types_in(), m_old_types);
 }
 
 TEST_F(storage_faults_test, where_the_copy_cannot_be_removed_nothing_is_recorded_and_nothing_lost)
 {
-    make_old_log();
+    m_folder.write("log.xml", foreign_old_log());
     {
         const with_faults faults(
             [](const std::string& call, int) { return call == "unlink" ? EIO : 0; });
@@ -280,21 +302,7 @@ TEST_F(storage_faults_test, where_the_copy_cannot_be_removed_nothing_is_recorded
     }
     EXPECT_TRUE(m_folder.has("log.xml.tmp"));
     record_all(L"z");
-    EXPECT_EQ(types_in(), numbers(0, old_messages) + L"z;");
-}
-
-TEST_F(storage_faults_test, a_copy_of_another_user_is_left_alone)
-{
-    make_old_log();
-    std::filesystem::rename(m_folder.name("log.xml"), m_folder.name("log.xml.tmp"));
-    {
-        const with_other_user other;
-        EXPECT_FALSE(get()->start_recording());
-    }
-    EXPECT_TRUE(m_folder.has("log.xml.tmp"));
-    EXPECT_FALSE(m_folder.has("log.xml"));
-    record_all(L"a");
-    EXPECT_EQ(types_in(), numbers(0, old_messages) + L"a;");
+    EXPECT_EQ(types_in(), m_old_types + L"z;");
 }
 
 // ---- the log goes, or another one comes

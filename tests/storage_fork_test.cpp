@@ -3,14 +3,99 @@
 #include "process_support.h"
 #include "storage_support.h"
 
+#include <array>
+#include <csignal>
 #include <cstdlib>
+#include <fcntl.h>
+#include <functional>
+#include <pthread.h>
+#include <string>
+#include <sys/resource.h>
+#include <unistd.h>
 
 using namespace velmoext_1_4_8;
 
 namespace
 {
 
-typedef storage_test_t storage_fork_test;
+// One process waits until another has come so far.
+class signal_t
+{
+public:
+    signal_t() { EXPECT_EQ(pipe2(m_ends.data(), O_CLOEXEC), 0); }
+    signal_t(const signal_t&) = delete;
+    signal_t& operator=(const signal_t&) = delete;
+    ~signal_t()
+    {
+        close(m_ends[0]);
+        close(m_ends[1]);
+    }
+
+    void give() const { EXPECT_EQ(write(m_ends[1], "x", 1), 1); }
+    void wait() const
+    {
+        char byte = 0;
+        EXPECT_EQ(read(m_ends[0], &byte, 1), 1);
+    }
+
+private:
+    std::array<int, 2> m_ends = {-1, -1};
+};
+
+class storage_fork_test : public storage_test_t
+{
+protected:
+    typedef std::function<void(const storage_ptr&)> action_t;
+
+    // A process records "a" and forks. Its child does something while it lives, and records and
+    // stops when it has ended. Returns when both have.
+    void run(
+        const action_t& while_both_live, const action_t& parent, const action_t& child,
+        const std::function<void()>& before_fork = [] {}) const
+    {
+        const signal_t child_is_ready;
+        const signal_t parent_has_ended;
+        const signal_t child_has_ended;
+        status_of_child([&] {
+            const storage_ptr storage = get();
+            storage->start_recording();
+            record(storage, L"a");
+            before_fork();
+            if (fork() == 0) {
+                while_both_live(storage);
+                child_is_ready.give();
+                parent_has_ended.wait();
+                child(storage);
+                storage->stop_recording();
+                child_has_ended.give();
+                _exit(0);
+            }
+            child_is_ready.wait();
+            parent(storage);
+            return 0;
+        });
+        parent_has_ended.give();
+        child_has_ended.wait();
+    }
+
+    static void record_many(const storage_ptr& storage, const std::wstring& name, int count)
+    {
+        for (int i = 0; i < count; ++i)
+            record(storage, name + std::to_wstring(i));
+    }
+
+    static std::wstring many(const std::wstring& name, int count)
+    {
+        std::wstring types;
+        for (int i = 0; i < count; ++i)
+            types += name + std::to_wstring(i) + L";";
+        return types;
+    }
+
+    static void do_nothing(const storage_ptr& /*storage*/) {}
+    static void die(const storage_ptr& /*storage*/) { raise(SIGKILL); }
+    static void record_b(const storage_ptr& storage) { record(storage, L"b"); }
+};
 
 } // namespace
 
@@ -47,23 +132,15 @@ TEST_F(storage_fork_test, a_child_that_records_much_tears_nothing)
 {
     const storage_ptr storage = get();
     ASSERT_TRUE(storage->start_recording());
-    std::wstring expected;
-    const auto record_many = [&](const std::wstring& name) {
-        for (int i = 0; i < 1000; ++i)
-            record(storage, name + std::to_wstring(i));
-    };
-    record_many(L"before");
+    record_many(storage, L"before", 1000);
     EXPECT_TRUE(has_exited_with(status_of_child([&] {
-                                    record_many(L"child");
+                                    record_many(storage, L"child", 1000);
                                     return 0;
                                 }),
                                 0));
-    record_many(L"behind");
+    record_many(storage, L"behind", 1000);
     EXPECT_TRUE(storage->stop_recording());
-    for (const wchar_t* const name : {L"before", L"behind"})
-        for (int i = 0; i < 1000; ++i)
-            expected += name + std::to_wstring(i) + L";";
-    EXPECT_EQ(types_in(), expected);
+    EXPECT_EQ(types_in(), many(L"before", 1000) + many(L"behind", 1000));
 }
 
 TEST_F(storage_fork_test, a_child_cannot_record_until_its_parent_has_stopped)
@@ -103,6 +180,225 @@ TEST_F(storage_fork_test, a_child_that_lives_on_does_not_keep_the_log)
         return is_free ? 0 : 1;
     };
     EXPECT_TRUE(has_exited_with(status_of_child(stop_beside_a_child), 0));
+}
+
+// ---- a child that goes on when its parent has ended
+
+TEST_F(storage_fork_test, a_process_that_goes_to_the_background_loses_nothing)
+{
+    const signal_t has_ended;
+    EXPECT_TRUE(has_exited_with(status_of_child([&] {
+                                    const storage_ptr storage = get();
+                                    storage->start_recording();
+                                    record_many(storage, L"before", 100);
+                                    if (daemon(1, 1) != 0)
+                                        return 1;
+                                    record_many(storage, L"behind", 1000);
+                                    storage->stop_recording();
+                                    has_ended.give();
+                                    return 0;
+                                }),
+                                0));
+    has_ended.wait();
+    EXPECT_EQ(types_in(), many(L"before", 100) + many(L"behind", 1000));
+}
+
+TEST_F(storage_fork_test, a_child_goes_on_where_its_killed_parent_was_at_the_fork)
+{
+    run(do_nothing, die, record_b);
+    EXPECT_EQ(types_in(), L"a;b;");
+}
+
+TEST_F(storage_fork_test, a_child_goes_on_after_what_its_killed_parent_wrote)
+{
+    run(
+        do_nothing,
+        [](const storage_ptr& storage) {
+            record_many(storage, L"parent", 1000);
+            die(storage);
+        },
+        record_b);
+    const std::wstring types = types_in();
+    EXPECT_EQ(types.substr(types.size() - 2), L"b;");
+    const std::wstring before = types.substr(0, types.size() - 2);
+    EXPECT_GT(before.size(), many(L"parent", 900).size());
+    EXPECT_EQ(before, (L"a;" + many(L"parent", 1000)).substr(0, before.size()));
+}
+
+TEST_F(storage_fork_test, a_child_goes_on_after_what_its_parent_recorded_and_closed)
+{
+    run(
+        record_b,
+        [](const storage_ptr& storage) {
+            record(storage, L"parent");
+            storage->stop_recording();
+        },
+        [](const storage_ptr& storage) { record(storage, L"c"); });
+    EXPECT_EQ(types_in(), L"a;parent;b;c;");
+}
+
+TEST_F(storage_fork_test, a_child_without_messages_leaves_its_parents_log_alone)
+{
+    run(
+        do_nothing,
+        [this](const storage_ptr& storage) {
+            storage->stop_recording();
+            std::filesystem::remove(m_folder.name("log.xml"));
+        },
+        do_nothing);
+    EXPECT_FALSE(m_folder.has("log.xml"));
+}
+
+TEST_F(storage_fork_test, what_a_parent_recorded_before_the_fork_outlives_both)
+{
+    run(do_nothing, die, do_nothing);
+    EXPECT_EQ(types_in(), L"a;");
+}
+
+TEST_F(storage_fork_test, what_a_child_holds_is_recorded_once_if_it_forks_itself)
+{
+    run(record_b, die, [](const storage_ptr& storage) {
+        EXPECT_EQ(status_of_child([&] {
+                      storage->stop_recording();
+                      return 0;
+                  }),
+                  0);
+        record(storage, L"c");
+    });
+    EXPECT_EQ(types_in(), L"a;b;c;");
+}
+
+TEST_F(storage_fork_test, a_child_waits_for_the_log_that_has_taken_the_place_of_its_parents)
+{
+    run(
+        record_b,
+        [this](const storage_ptr& storage) {
+            storage->stop_recording();
+            std::filesystem::rename(m_folder.name("log.xml"), m_folder.name("log.1"));
+            storage->start_recording();
+            record(storage, L"p");
+            storage->stop_recording();
+        },
+        [](const storage_ptr& storage) { record(storage, L"c"); });
+    EXPECT_EQ(types_in("log.1"), L"a;");
+    EXPECT_EQ(types_in(), L"p;b;c;");
+}
+
+TEST_F(storage_fork_test, a_grandchild_goes_on_as_a_child_does)
+{
+    run(record_b, die, [](const storage_ptr& storage) {
+        const pid_t grandchild = fork();
+        if (grandchild != 0)
+            _exit(0);
+        record(storage, L"c");
+    });
+    EXPECT_EQ(types_in(), L"a;b;c;");
+}
+
+TEST_F(storage_fork_test, a_child_holds_back_whole_messages_and_not_without_bound)
+{
+    const std::wstring big(1048576, L'x');
+    run(
+        [&](const storage_ptr& storage) {
+            for (int i = 0; i < 40; ++i)
+                record(storage, big);
+        },
+        die, record_b);
+    const std::wstring types = types_in();
+    EXPECT_EQ(types.substr(0, 2), L"a;");
+    EXPECT_EQ(types.substr(types.size() - 3), L";b;");
+    EXPECT_GT(types.size(), 14 * big.size());
+    EXPECT_LT(types.size(), 17 * big.size());
+}
+
+TEST_F(storage_fork_test, a_child_goes_on_though_no_descriptor_was_free_at_the_fork)
+{
+    rlimit former = {};
+    getrlimit(RLIMIT_NOFILE, &former);
+    run([&](const storage_ptr& /*storage*/) { setrlimit(RLIMIT_NOFILE, &former); }, die, record_b,
+        [&] {
+            const rlimit none = {0, former.rlim_max};
+            setrlimit(RLIMIT_NOFILE, &none);
+        });
+    EXPECT_EQ(types_in(), L"a;b;");
+}
+
+TEST_F(storage_fork_test, a_process_made_without_the_handlers_of_fork_writes_nothing)
+{
+    const storage_ptr storage = get();
+    ASSERT_TRUE(storage->start_recording());
+    record_many(storage, L"parent", 300);
+    const signal_t is_closed;
+    const pid_t child = _Fork();
+    if (child == 0) {
+        is_closed.wait();
+        record_many(storage, L"child", 300);
+        storage->stop_recording();
+        _exit(0);
+    }
+    EXPECT_TRUE(storage->stop_recording());
+    is_closed.give();
+    EXPECT_EQ(waitpid(child, nullptr, 0), child);
+    EXPECT_EQ(types_in(), many(L"parent", 300));
+}
+
+TEST_F(storage_fork_test, a_handler_of_fork_may_use_a_storage)
+{
+    static storage_ptr storage;
+    EXPECT_TRUE(has_exited_with(status_of_child([&] {
+                                    storage = get();
+                                    pthread_atfork([] { storage->stop_recording(); },
+                                                   [] { storage->start_recording(); }, nullptr);
+                                    storage->start_recording();
+                                    record(storage, L"a");
+                                    if (fork() == 0)
+                                        _exit(0);
+                                    record(storage, L"b");
+                                    storage->stop_recording();
+                                    return 0;
+                                }),
+                                0));
+    EXPECT_EQ(types_in(), L"a;b;");
+}
+
+TEST_F(storage_fork_test, a_handler_that_a_replay_reaches_may_fork)
+{
+    struct forking_handler_t : base_handler_t
+    {
+        using base_handler_t::on_message;
+        bool on_message(boost::shared_ptr<velmo_ex_t> /*ex*/, message_ptr /*msg*/) override
+        {
+            EXPECT_TRUE(has_exited_with(status_of_child([] { return 0; }), 0));
+            return true;
+        }
+    };
+    record_all(L"ab");
+    const auto ex = velmo_ex_t::get(velmo_ex_t::generate_id(L"storage_fork_test."), L"");
+    ex->push_handler(boost::make_shared<forking_handler_t>());
+    const storage_ptr storage = get();
+    EXPECT_TRUE(storage->start_reading());
+    EXPECT_TRUE(storage->replay(ex));
+}
+
+TEST_F(storage_fork_test, a_child_that_lives_on_does_not_keep_the_log_of_its_killed_parent)
+{
+    const storage_ptr storage = get();
+    bool is_free = false;
+    const signal_t is_forked;
+    const signal_t may_end;
+    EXPECT_TRUE(was_killed(status_of_child([&] {
+        storage->start_recording();
+        if (fork() == 0) {
+            is_forked.give();
+            may_end.wait();
+            _exit(0);
+        }
+        is_forked.wait();
+        return raise(SIGKILL);
+    })));
+    is_free = storage->start_recording();
+    may_end.give();
+    EXPECT_TRUE(is_free);
 }
 
 TEST_F(storage_fork_test, a_child_reads_and_delivers_as_its_parent_does)

@@ -93,17 +93,29 @@ TEST_F(storage_full_disk_test, what_one_start_could_not_carry_over_another_stora
     EXPECT_EQ(types_in(), numbers(old_messages) + L"n;");
 }
 
-TEST_F(storage_full_disk_test, a_copy_that_cannot_be_made_leaves_an_empty_log)
+TEST_F(storage_full_disk_test, a_log_without_room_for_its_copy_is_left_alone)
 {
     const std::size_t size = make_dense_log();
-    const storage_ptr storage = get();
+    const std::string before = m_folder.read("log.xml");
     {
         const size_limit_t limit(size - 1);
-        EXPECT_TRUE(storage->start_recording());
+        EXPECT_FALSE(get()->start_recording());
     }
-    storage->stop_recording();
-    EXPECT_EQ(m_folder.read("log.xml"), empty_log);
+    EXPECT_EQ(m_folder.read("log.xml"), before);
     EXPECT_FALSE(m_folder.has("log.xml.tmp"));
+}
+
+TEST_F(storage_full_disk_test, a_log_in_the_written_form_needs_no_room_for_its_old_messages)
+{
+    make_dense_log();
+    record_all(L"");
+    {
+        const size_limit_t limit(0);
+        const storage_ptr storage = get();
+        EXPECT_TRUE(storage->start_recording());
+        EXPECT_TRUE(storage->stop_recording());
+    }
+    EXPECT_EQ(types_in(), numbers(old_messages));
 }
 
 TEST_F(storage_full_disk_test, a_recording_that_the_disk_ends_keeps_all_before_it)

@@ -1,18 +1,25 @@
 // A recording process dies at any instant; what was recorded and closed before must outlive it.
 
+#include "random_source.h"
 #include "storage_support.h"
 #include "system_faults.h"
 
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
 #include <fcntl.h>
 #include <functional>
+#include <map>
 #include <set>
+#include <sstream>
+#include <string>
 #include <sys/ptrace.h>
 #include <sys/syscall.h>
+#include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <vector>
 
 using namespace velmoext_1_4_8;
 
@@ -71,29 +78,36 @@ class storage_kill_test : public storage_test_t
 protected:
     static constexpr int old_messages = 60;
 
-    void make_old_log() const
+    // In a form that a start writes anew, with its copy.
+    void make_foreign_log(const std::string& leaf = "log.xml") const
     {
+        std::vector<std::string> types;
+        for (int i = 0; i < old_messages; ++i)
+            types.push_back(std::to_string(i));
         std::filesystem::remove(m_folder.name("log.xml.tmp"));
         std::filesystem::remove(m_folder.name("log.xml"));
-        const storage_ptr storage = get();
-        storage->start_recording();
-        for (int i = 0; i < old_messages; ++i)
-            record(storage, std::to_wstring(i));
-        storage->stop_recording();
+        m_folder.write(leaf, foreign_log(types));
     }
 
-    void record_more() const
+    // In the written form.
+    void make_old_log() const
     {
-        const storage_ptr storage = get();
+        make_foreign_log();
+        record_all(L"");
+    }
+
+    void record_more(const std::string& leaf = "log.xml") const
+    {
+        const storage_ptr storage = get(leaf);
         storage->start_recording();
         record(storage, L"new");
         storage->stop_recording();
     }
 
     // A later start and stop must make a whole log of what the processes left.
-    void expect_nothing_lost(const std::string& when) const
+    void expect_nothing_lost(const std::string& when, const std::string& leaf = "log.xml") const
     {
-        const storage_ptr storage = get();
+        const storage_ptr storage = get(leaf);
         ASSERT_TRUE(storage->start_recording()) << when;
         ASSERT_TRUE(storage->stop_recording()) << when;
         const std::wstring types = types_in();
@@ -101,19 +115,20 @@ protected:
         for (int i = 0; i < old_messages; ++i)
             expected += std::to_wstring(i) + L";";
         EXPECT_EQ(types.substr(0, expected.size()), expected) << when;
-        EXPECT_FALSE(m_folder.has("log.xml.tmp")) << when;
+        EXPECT_FALSE(m_folder.has(leaf + ".tmp")) << when;
         const std::string log = m_folder.read("log.xml");
         EXPECT_EQ(log.substr(log.size() - 7), "</log>\n") << when;
     }
 
-    // Answers how many they were.
-    int kill_at_each_change() const
+    // Answers how many they were. The log is made anew for each.
+    int kill_at_each_change(const std::function<void()>& make_log,
+                            const std::string& leaf = "log.xml") const
     {
         for (int number = 0;; ++number) {
-            make_old_log();
-            if (!kill_at_change(number, [this] { record_more(); }))
+            make_log();
+            if (!kill_at_change(number, [&] { record_more(leaf); }))
                 return number;
-            expect_nothing_lost("killed at " + std::to_string(number));
+            expect_nothing_lost("killed at " + std::to_string(number), leaf);
         }
     }
 };
@@ -122,21 +137,52 @@ protected:
 
 TEST_F(storage_kill_test, no_older_message_is_lost_whichever_change_of_the_disk_is_the_last)
 {
-    EXPECT_GT(kill_at_each_change(), 12)
+    EXPECT_GE(kill_at_each_change([this] { make_old_log(); }), 4)
+        << "cut off the end and write, before and after each";
+}
+
+TEST_F(storage_kill_test, no_older_message_of_a_foreign_log_is_lost_whichever_change_is_the_last)
+{
+    EXPECT_GT(kill_at_each_change([this] { make_foreign_log(); }), 12)
         << "copy, link, truncate, write and unlink, before and after each";
 }
 
 TEST_F(storage_kill_test, no_older_message_is_lost_wherever_a_write_is_cut_short)
 {
     const with_short_pieces pieces(SIZE_MAX, 200);
-    EXPECT_GT(kill_at_each_change(), 60) << "several pieces of the copy and of the new log each";
+    EXPECT_GT(kill_at_each_change([this] { make_foreign_log(); }), 50)
+        << "several pieces of the copy and of the new log each";
+}
+
+TEST_F(storage_kill_test, no_older_message_is_lost_through_a_link)
+{
+    std::filesystem::create_directory(m_folder.name("elsewhere"));
+    std::filesystem::create_symlink("../log.xml", m_folder.name("elsewhere/link.xml"));
+    for (const bool is_foreign : {false, true})
+        EXPECT_GE(kill_at_each_change([&] { is_foreign ? make_foreign_log() : make_old_log(); },
+                                      "elsewhere/link.xml"),
+                  4);
+}
+
+TEST_F(storage_kill_test, no_older_message_is_lost_without_hard_links)
+{
+    const with_faults no_links([](const std::string& call, int) {
+        return call == "open unnamed" ? EOPNOTSUPP : call == "linkat" || call == "link" ? EPERM : 0;
+    });
+    EXPECT_GT(kill_at_each_change([this] { make_foreign_log(); }), 12);
+}
+
+TEST_F(storage_kill_test, no_older_message_of_a_copy_that_was_left_is_lost)
+{
+    EXPECT_GT(kill_at_each_change([this] { make_foreign_log("log.xml.tmp"); }), 6)
+        << "truncate, write and unlink, before and after each";
 }
 
 TEST_F(storage_kill_test, no_older_message_is_lost_when_the_next_process_is_killed_too)
 {
     for (int first = 0;; ++first) {
         for (int second = 0;; ++second) {
-            make_old_log();
+            make_foreign_log();
             if (!kill_at_change(first, [this] { record_more(); }))
                 return;
             if (!kill_at_change(second, [this] { record_more(); }))
@@ -185,4 +231,79 @@ TEST_F(storage_kill_test, two_processes_record_in_turn_and_lose_nothing)
             ASSERT_NE(position, std::wstring::npos) << name << round;
         }
     }
+}
+
+namespace
+{
+
+// Each process records through a spelling of its own until a timer ends it, and notes in a file
+// what was closed.
+class storage_random_kill_test : public storage_kill_test
+{
+protected:
+    storage_random_kill_test()
+    {
+        std::filesystem::create_directory(m_folder.name("elsewhere"));
+        std::filesystem::create_symlink("../log.xml", m_folder.name("elsewhere/link.xml"));
+    }
+
+    pid_t start_process(std::size_t spelling, int number, std::size_t microseconds) const
+    {
+        const pid_t child = fork();
+        if (child != 0)
+            return child;
+        const std::array<const char*, 3> spellings = {"log.xml", "./log.xml", "elsewhere/link.xml"};
+        const int notes = open(m_folder.name("notes").c_str(), O_WRONLY | O_APPEND | O_CREAT, 0600);
+        itimerval timer = {};
+        timer.it_value.tv_usec = static_cast<suseconds_t>(microseconds);
+        setitimer(ITIMER_REAL, &timer, nullptr);
+        const storage_ptr storage = get(spellings.at(spelling));
+        for (int count = 0;;) {
+            if (!storage->start_recording())
+                continue;
+            const std::string type = std::to_string(number) + "." + std::to_string(count++);
+            record(storage, std::wstring(type.begin(), type.end()));
+            storage->stop_recording();
+            const std::string note = type + ";";
+            if (write(notes, note.data(), note.size()) == -1)
+                _exit(1);
+        }
+    }
+
+    static std::vector<std::string> split(const std::string& types)
+    {
+        std::vector<std::string> parts;
+        std::istringstream text(types);
+        for (std::string part; std::getline(text, part, ';');)
+            parts.push_back(part);
+        return parts;
+    }
+};
+
+} // namespace
+
+TEST_F(storage_random_kill_test, what_was_closed_is_there_once_whenever_processes_are_killed)
+{
+    const random_seeds_t seeds(60);
+    random_source_t random(seeds.first);
+    std::map<pid_t, std::size_t> spellings;
+    const int kills = static_cast<int>(seeds.count);
+    for (int number = 0; number < kills + 3; ++number) {
+        int status = 0;
+        std::size_t spelling = spellings.size();
+        if (spelling == 3) {
+            const pid_t killed = wait(&status);
+            EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGALRM);
+            spelling = spellings.at(killed);
+            spellings.erase(killed);
+        }
+        if (number < kills)
+            spellings[start_process(spelling, number, random.between(100, 8000))] = spelling;
+    }
+    std::map<std::string, int> counts;
+    const std::wstring types = types_in();
+    for (const std::string& type : split(std::string(types.begin(), types.end())))
+        EXPECT_EQ(++counts[type], 1) << type;
+    for (const std::string& type : split(m_folder.read("notes")))
+        EXPECT_EQ(counts[type], 1) << type;
 }

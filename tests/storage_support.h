@@ -7,6 +7,9 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+#include <vector>
+
 namespace velmoext_1_4_8
 {
 
@@ -14,6 +17,26 @@ typedef boost::shared_ptr<messages_storage_t> storage_ptr;
 
 /// The declaration and the root of an empty log, as they are written.
 inline const std::string empty_log = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<log/>\n";
+
+/// The log of these elements, and the element of a message, as they are written.
+inline std::string log_of(const std::string& messages)
+{
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<log>\n" + messages + "</log>\n";
+}
+
+inline std::string message_of(const std::string& type)
+{
+    return " <msg>\n  <type>" + type + "</type>\n  <severity>INFO</severity>\n </msg>\n";
+}
+
+/// A log that a start has to write anew, because the library would write it in another form.
+inline std::string foreign_log(const std::vector<std::string>& types)
+{
+    std::string log = "<log>";
+    for (const std::string& type : types)
+        log += "<msg><type>" + type + "</type></msg>";
+    return log + "</log>";
+}
 
 inline message_ptr make_flagged(const std::wstring& type, int flags = 1)
 {

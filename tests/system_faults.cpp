@@ -109,6 +109,13 @@ IN_PLACE_OF_THE_SYSTEMS ssize_t write(int fd, const void* buf, std::size_t n)
     return syscall(SYS_write, fd, buf, std::min(n, most_written.load()));
 }
 
+IN_PLACE_OF_THE_SYSTEMS ssize_t pwrite(int fd, const void* buf, std::size_t n, off_t offset)
+{
+    if (fails("write", fd))
+        return -1;
+    return syscall(SYS_pwrite64, fd, buf, std::min(n, most_written.load()), offset);
+}
+
 IN_PLACE_OF_THE_SYSTEMS int fchmod(int fd, mode_t mode) noexcept
 {
     return fails("fchmod", fd) ? -1 : static_cast<int>(syscall(SYS_fchmod, fd, mode));

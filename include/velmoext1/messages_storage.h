@@ -14,6 +14,7 @@
 namespace velmoext_1_4_8
 {
 
+class fork_handlers_t;
 class messages_storage_impl_t;
 
 /// A handler that records the messages passing it into an XML log file, and later replays that file
@@ -22,7 +23,8 @@ class messages_storage_impl_t;
 ///
 /// The process has at most one storage per path; callers and handler stacks share it, and it lives
 /// as long as one of them holds it. A recording that is on then is closed as by stop_recording().
-/// A recording belongs to the process that started it: what a forked child records is dropped.
+/// A child of fork() holds what it records, 16 MiB at most, while its parent records; then it
+/// continues as after a start. docs/log_format.md has the details.
 /// Any thread may call any operation: they take turns, also while a recording starts on a long log
 /// or a replay runs. So no handler that a replay reaches may call the storage that is replaying,
 /// and the storage must not sit on the stack that it replays into: such a call never returns.
@@ -49,32 +51,32 @@ public:
     /// recorded in part or not at all; the rest of this recording can be lost with it.
     bool on_message(boost::shared_ptr<velmo_ex_t> ex, boost::shared_ptr<message_t> msg) override;
 
-    /// Begins a log, and carries over into it the messages of the log that is there. Meanwhile a
-    /// copy of the old log is beside it, under its name followed by ".tmp". If a previous process
-    /// was killed and left a copy, the copy is carried over instead.
+    /// Begins a log, and carries over into it the messages of the log that is there. If these are
+    /// in the form in which they would be written, they stay where they are. Otherwise a copy of
+    /// the log is beside it meanwhile, under its name followed by ".tmp" or, if that is too long,
+    /// under a shorter one. If a previous process was killed and left a copy, that is carried over,
+    /// provided that the log holds nothing else. docs/log_format.md has the details.
     ///
     /// Returns true if recording is on, also if it was on before. Returns false, with the storage
     /// idle and log and copy unchanged, if
-    /// - the path is not a regular file that can be written, or another recorder has it locked;
-    /// - nothing of the old log can be read, because its encoding is not known or because it
-    ///   exceeds a limit at its beginning or as a whole (SECURITY.md has the limits);
-    /// - the file in the place of the copy is not a regular file of this process's user, or is the
-    ///   log itself.
+    /// - the path is not a regular file that can be read and written, or another recorder has it
+    ///   locked;
+    /// - something in the log exceeds a limit (SECURITY.md), or its encoding is not known;
+    /// - the file in the place of the copy is not a regular file of this process's user, is the log
+    ///   itself or a log that is being recorded, or the log holds what a left copy does not give;
+    /// - the log has to be written anew and no copy of it can be made;
+    /// - a descriptor, or memory for libxml2, is lacking. The storage may then count as recording,
+    ///   with every message dropped, until stop_recording() makes it idle.
     /// Returns false, with the storage idle and the copy left for a later start, if
-    /// - not all old messages could be written, as on a full disk or without memory, or an element
-    ///   of the old log exceeds a limit;
+    /// - not all old messages could be written, as on a full disk or without memory;
     /// - the copy cannot be removed.
     /// A file that is not a log is replaced by one. On std::bad_alloc the storage is idle, and the
     /// old messages are in the log or in the copy.
-    ///
-    /// The old messages are lost in three cases. If no copy of the log can be made, as in a folder
-    /// that refuses it or on a full disk, recording starts with an empty log and true is returned.
-    /// If libxml2 runs out of memory for a writer, or if the copy that was just made cannot be
-    /// opened, as without a free descriptor, false is returned. The storage may then count as
-    /// recording, with every message dropped, until stop_recording() makes it idle.
     virtual bool start_recording();
 
     /// Closes the log. Always true, also where no recording is on or the file refused a part of it.
+    /// In a child of fork() that has something to write, waits up to a second for its parent to
+    /// end.
     virtual bool stop_recording();
 
     /// Allows replay(). False, with replay not allowed, where the path is no regular file that can
@@ -108,6 +110,8 @@ protected:
     explicit messages_storage_t(const basekit2::path_t& path);
 
 private:
+    friend class fork_handlers_t;
+
     boost::shared_ptr<messages_storage_impl_t> m_impl; ///< what it points to is guarded by m_mutex
     boost::mutex m_mutex;
 };

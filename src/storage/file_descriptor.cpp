@@ -1,8 +1,13 @@
 #include "storage/file_descriptor.h"
 
+#include "file_calls.h"
+
 #include <rova/strings.h>
 
+#include <array>
 #include <cerrno>
+#include <climits>
+#include <cstdio>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -12,24 +17,6 @@ namespace velmoext_1_4_8
 {
 namespace
 {
-
-const int common_flags = O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
-const mode_t owner_only = S_IRUSR | S_IWUSR;
-
-template <typename Call>
-auto retry_interrupted(const Call& call)
-{
-    auto answer = call();
-    while (answer == -1 && errno == EINTR)
-        answer = call();
-    return answer;
-}
-
-bool is_regular(int descriptor)
-{
-    struct stat status = {};
-    return fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
-}
 
 // Opening a device can do something by itself, so it is not even tried.
 bool is_something_else(const std::string& name)
@@ -46,18 +33,29 @@ bool leads_to(const std::string& name, int descriptor)
            named.st_dev == opened.st_dev && named.st_ino == opened.st_ino;
 }
 
-// The lock belongs to this opening of the file, not to the process: a reader in this process that
-// closes the file leaves it alone.
-bool lock(const std::string& name, int descriptor)
+bool has_no_locks(int error)
 {
-    return retry_interrupted([&] { return flock(descriptor, LOCK_EX | LOCK_NB); }) == 0 &&
-           leads_to(name, descriptor);
+    return error == ENOSYS || error == EOPNOTSUPP || error == ENOLCK;
 }
 
-int open_file(const std::string& name, int flags)
+// Refused with O_NONBLOCK for a file with a lease. Only a regular file has one, and only such a
+// file is waited for, whatever its name leads to by now.
+int open_leased(const std::string& name, int flags)
 {
-    return retry_interrupted(
-        [&] { return ::open(name.c_str(), flags | common_flags, owner_only); });
+    const int found = posix::open_file(name.c_str(), O_PATH);
+    if (found == -1)
+        return -1;
+    const std::string again = "/proc/self/fd/" + std::to_string(found);
+    const int opened =
+        posix::is_regular(found) ? posix::open_file(again.c_str(), flags & ~O_CREAT) : -1;
+    close(found);
+    return opened;
+}
+
+int open_at_once(const std::string& name, int flags)
+{
+    const int opened = posix::open_file(name.c_str(), flags | O_NONBLOCK);
+    return opened == -1 && errno == EWOULDBLOCK ? open_leased(name, flags) : opened;
 }
 
 } // namespace
@@ -70,33 +68,72 @@ file_descriptor_t::~file_descriptor_t()
 bool file_descriptor_t::open(bool is_reading, const basekit2::path_t& path)
 {
     close();
+    m_process = getpid();
+    m_is_made = false;
+    m_is_locked = false;
     m_has_failed = false;
+    m_offset = 0;
     const std::string name = ROVA_2_18::strings::utf16_to_utf8(path.as_string(false));
     if (name.find('\0') != std::string::npos || is_something_else(name))
         return false;
-    m_descriptor = open_file(name, is_reading ? O_RDONLY : O_WRONLY | O_CREAT);
+    m_descriptor = open_at_once(name, is_reading ? O_RDONLY : O_WRONLY);
+    if (m_descriptor == -1 && errno == ENOENT && !is_reading) {
+        m_descriptor = open_at_once(name, O_WRONLY | O_CREAT);
+        m_is_made = true;
+    }
     if (m_descriptor == -1)
         return false;
-    m_process = getpid();
-    if (!is_regular(m_descriptor) || (!is_reading && !lock(name, m_descriptor)))
+    if (!posix::is_regular(m_descriptor) || (!is_reading && !lock(LOCK_EX, path))) {
+        keep();
         close();
+    }
     return m_descriptor >= 0;
 }
 
 void file_descriptor_t::close()
 {
-    // A child that was forked meanwhile shares the lock: it must not take it away, nor keep it
-    // where it has not come to its exec yet.
-    if (m_descriptor != -1 && is_of_this_process())
+    if (m_descriptor == -1)
+        return;
+    // A child that was forked meanwhile shares the lock: it must not take it away, nor keep it if
+    // it has not come to its exec yet.
+    if (is_of_this_process()) {
+        remove_if_made();
         flock(m_descriptor, LOCK_UN);
-    if (m_descriptor != -1)
-        ::close(m_descriptor);
+    }
+    ::close(m_descriptor);
     m_descriptor = -1;
+}
+
+// By the name that the system knows: that of the path may be a link. Without memory, because a
+// destructor calls it.
+void file_descriptor_t::remove_if_made() const
+{
+    std::array<char, 32> link = {};
+    std::array<char, PATH_MAX> name = {};
+    if (!m_is_made || size() != 0)
+        return;
+    std::snprintf(link.data(), link.size(), "/proc/self/fd/%d", m_descriptor);
+    if (readlink(link.data(), name.data(), name.size() - 1) != -1)
+        unlink(name.data());
 }
 
 bool file_descriptor_t::is_of_this_process() const
 {
     return m_process == getpid();
+}
+
+// The lock belongs to this opening of the file, not to the process: a reader in this process that
+// closes the file leaves it alone.
+bool file_descriptor_t::lock(int operation, const basekit2::path_t& path)
+{
+    m_is_locked =
+        posix::retry_interrupted([&] { return flock(m_descriptor, operation | LOCK_NB); }) == 0;
+    return (m_is_locked || has_no_locks(errno)) && is_named(path);
+}
+
+bool file_descriptor_t::share(const basekit2::path_t& path)
+{
+    return lock(LOCK_SH, path);
 }
 
 bool file_descriptor_t::is_named(const basekit2::path_t& path) const
@@ -110,38 +147,28 @@ std::int64_t file_descriptor_t::size() const
     return fstat(m_descriptor, &status) == 0 ? status.st_size : -1;
 }
 
-bool file_descriptor_t::truncate()
+bool file_descriptor_t::truncate(std::int64_t size)
 {
-    m_has_failed = retry_interrupted([&] { return ftruncate(m_descriptor, 0); }) != 0;
+    m_has_failed = posix::retry_interrupted([&] { return ftruncate(m_descriptor, size); }) != 0;
+    m_offset = size;
     return !m_has_failed;
 }
 
 void file_descriptor_t::write(const char* bytes, std::size_t count)
 {
-    m_has_failed = m_has_failed || !is_of_this_process();
-    while (count > 0 && !m_has_failed) {
-        const ssize_t written =
-            retry_interrupted([&] { return ::write(m_descriptor, bytes, count); });
-        m_has_failed = written <= 0;
-        if (m_has_failed)
-            return;
-        bytes += written;
-        count -= static_cast<std::size_t>(written);
+    if (m_has_failed || !is_of_this_process()) {
+        m_has_failed = true;
+        return;
     }
+    std::size_t complete = 0;
+    m_has_failed = !posix::write_at(m_descriptor, m_offset, bytes, count, complete);
+    m_offset += static_cast<std::int64_t>(complete);
 }
 
 std::size_t file_descriptor_t::read(std::int64_t offset, char* bytes, std::size_t count) const
 {
     std::size_t complete = 0;
-    while (complete < count) {
-        const ssize_t added = retry_interrupted([&] {
-            return pread(m_descriptor, bytes + complete, count - complete,
-                         offset + static_cast<std::int64_t>(complete));
-        });
-        if (added <= 0)
-            break;
-        complete += static_cast<std::size_t>(added);
-    }
+    posix::read_at(m_descriptor, offset, bytes, count, complete);
     return complete;
 }
 

@@ -32,33 +32,28 @@ void log_file_reader::set_lines_callback(const log_walker_t::lines_callback_t& c
     m_take_lines = callback;
 }
 
-// If the elements of a log are read one by one, those of the first chunk are looked at.
-refusal_t log_file_reader::find_refusal(const std::string& file_name)
-{
-    log_file_reader reader(file_name);
-    reader.set_callback([](const boost::shared_ptr<message_t>&) {});
-    reader.set_lines_callback([](std::string_view) {});
-    reader.m_reads_beginning_only = true;
-    reader.parse();
-    return reader.refusal();
-}
-
 bool log_file_reader::parse()
 {
     m_refusal = refusal_t::none;
     file_descriptor_t file;
-    if (!file.open(true, basekit2::path_t(ROVA_2_18::strings::utf8_to_utf16(m_file_name))))
-        return false;
+    return file.open(true, basekit2::path_t(ROVA_2_18::strings::utf8_to_utf16(m_file_name))) &&
+           parse(file);
+}
+
+bool log_file_reader::parse(const file_descriptor_t& file)
+{
+    m_refusal = refusal_t::none;
     const std::int64_t begin = m_position;
     const std::int64_t end = file.size();
     if (end <= begin)
         return false;
     m_position = end;
-    return parse(file, begin, end);
+    return parse_between(file, begin, end);
 }
 
 // Returns whether there was a tag.
-bool log_file_reader::parse(const file_descriptor_t& file, std::int64_t begin, std::int64_t end)
+bool log_file_reader::parse_between(const file_descriptor_t& file, std::int64_t begin,
+                                    std::int64_t end)
 {
     log_walker_t walker(m_sax, m_take_lines);
     boost::container::vector<char> read; // but not walked
@@ -85,7 +80,6 @@ bool log_file_reader::parse(const file_descriptor_t& file, std::int64_t begin, s
         has_tag = has_tag || text.find('>') != std::string_view::npos;
         const std::size_t walked = walker.walk(text, is_last);
         read.erase(read.begin(), read.begin() + static_cast<std::ptrdiff_t>(walked));
-        is_last = is_last || (m_reads_beginning_only && walker.reads_elements());
     }
     m_refusal = walker.refusal();
     return has_tag;

@@ -34,26 +34,23 @@ public:
     /// position. What the callback throws passes out, and std::bad_alloc when libxml2 runs out of
     /// memory; the position is then past the text.
     bool parse();
+    /// The same of a file that is open to read.
+    bool parse(const file_descriptor_t& file);
 
     /// The limit that made the last parse() end early, if any.
     refusal_t refusal() const { return m_refusal; }
-
-    /// Returns the limit that the log exceeds as a whole or at its beginning, if any; hands nothing
-    /// over.
-    static refusal_t find_refusal(const std::string& file_name);
 
     /// The offset at which the next parse() starts, in bytes.
     std::int64_t position() const { return m_position; }
 
 private:
-    bool parse(const file_descriptor_t& file, std::int64_t begin, std::int64_t end);
+    bool parse_between(const file_descriptor_t& file, std::int64_t begin, std::int64_t end);
 
     std::int64_t m_position = 0;
     std::string m_file_name;
     log_sax_reader m_sax;
     log_walker_t::lines_callback_t m_take_lines;
     refusal_t m_refusal = refusal_t::none;
-    bool m_reads_beginning_only = false;
 };
 
 } // namespace velmoext_1_4_8

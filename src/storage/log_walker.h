@@ -43,9 +43,6 @@ public:
     /// Whether nothing that follows counts: the root has ended, or there was a fault.
     bool is_finished() const { return m_is_finished; }
 
-    /// Whether the elements of the log are read one by one, as far as its beginning was walked.
-    bool reads_elements() const { return m_reads_elements; }
-
     /// The limit for which something was not read, if any.
     refusal_t refusal() const { return m_refusal; }
 

@@ -1,5 +1,6 @@
 #include <velmoext1/messages_storage.h>
 
+#include "storage/fork_handlers.h"
 #include "storage/messages_storage_impl.h"
 
 #include <boost/make_shared.hpp>
@@ -29,9 +30,14 @@ boost::shared_ptr<messages_storage_t> messages_storage_t::get(const basekit2::pa
 
 messages_storage_t::messages_storage_t(const basekit2::path_t& path)
     : m_impl(boost::make_shared<messages_storage_impl_t>(path))
-{}
+{
+    fork_handlers_t::add(*this);
+}
 
-messages_storage_t::~messages_storage_t() = default;
+messages_storage_t::~messages_storage_t()
+{
+    fork_handlers_t::remove(*this);
+}
 
 bool messages_storage_t::on_message(boost::shared_ptr<velmo_ex_t> ex,
                                     boost::shared_ptr<message_t> msg)

@@ -9,14 +9,11 @@
 #include <basekit2/file.h>
 #include <rova/strings.h>
 
-#include <filesystem>
-#include <sys/stat.h>
-#include <unistd.h>
-
+#include <chrono>
 #include <new>
 #include <string>
 #include <string_view>
-#include <system_error>
+#include <thread>
 #include <utility>
 
 namespace velmoext_1_4_8
@@ -29,49 +26,39 @@ using ROVA_2_18::strings::utf16_to_utf8;
 // The flags of a message that is worth recording.
 const int recorded_flags = 3;
 
+constexpr std::chrono::milliseconds child_wait(1000);
+constexpr std::chrono::milliseconds child_pause(1);
+
+// A child whose parent records for long must not fill the memory.
+const std::size_t max_held = 16777216;
+
 std::string utf8_name(const basekit2::path_t& path)
 {
     return utf16_to_utf8(path.as_string(false));
 }
 
 // libxml2 prints the failure of a write, so it hears of none; the descriptor remembers it.
-int write_to_file(void* file, const char* bytes, int count)
+int write_to_output(void* output, const char* bytes, int count)
 {
-    static_cast<file_descriptor_t*>(file)->write(bytes, static_cast<std::size_t>(count));
+    static_cast<log_output_t*>(output)->write(bytes, static_cast<std::size_t>(count));
     return count;
 }
 
-// The writer knows the descriptor's owner, never its number: that can belong to another file once
-// this one is closed.
-xml_writer_t create_writer(file_descriptor_t& file)
+// The writer never knows the descriptor's number: that can belong to another file once this one is
+// closed.
+xml_writer_t create_writer(log_output_t& output)
 {
-    xmlOutputBufferPtr buffer = xmlOutputBufferCreateIO(write_to_file, nullptr, &file, nullptr);
+    xmlOutputBufferPtr buffer = xmlOutputBufferCreateIO(write_to_output, nullptr, &output, nullptr);
     xml_writer_t writer(buffer ? xmlNewTextWriter(buffer) : nullptr);
     if (buffer && !writer)
         xmlOutputBufferClose(buffer);
     return writer;
 }
 
-// The path without links: whichever of them a log is recorded through, its copy has one place.
-basekit2::path_t resolve(const basekit2::path_t& path)
-{
-    std::error_code error;
-    const std::string resolved = std::filesystem::canonical(utf8_name(path), error).string();
-    const basekit2::path_t wide(ROVA_2_18::strings::utf8_to_utf16(resolved));
-    const bool is_text = utf8_name(wide) == resolved;
-    return error || !is_text ? path : wide;
-}
-
-void remove_own(const basekit2::path_t& copy, bool is_own_copy)
-{
-    if (is_own_copy)
-        basekit2::remove_file(copy);
-}
-
 } // namespace
 
 messages_storage_impl_t::messages_storage_impl_t(const basekit2::path_t& path)
-    : m_path(path), m_replay_reader(utf8_name(path))
+    : m_path(path), m_output(m_write_file), m_replay_reader(utf8_name(path))
 {}
 
 messages_storage_impl_t::~messages_storage_impl_t()
@@ -86,29 +73,32 @@ messages_storage_impl_t::~messages_storage_impl_t()
 bool messages_storage_impl_t::on_message(boost::shared_ptr<velmo_ex_t> /*ex*/,
                                          boost::shared_ptr<message_t> msg)
 {
-    if (msg && m_writer && (msg->get_flags() & recorded_flags) != 0) {
+    if (!msg || (msg->get_flags() & recorded_flags) == 0)
+        return false;
+    if (m_writer) {
         prefetch_message(*msg);
         initialize_xml_library();
         const xml_error_scope_t errors;
         write(std::move(msg));
+    } else if (m_is_held) {
+        hold(*msg);
+        try_to_write_held();
     }
     return false;
 }
 
 bool messages_storage_impl_t::start_recording()
 {
-    if (m_writer)
-        return true;
-    try {
-        return begin_recording();
-    } catch (...) {
-        abandon_log();
-        throw;
-    }
+    return m_writer || m_is_held || start();
 }
 
 bool messages_storage_impl_t::stop_recording()
 {
+    if (m_is_held) {
+        wait_to_write_held();
+        m_is_held = false;
+        m_held.clear();
+    }
     if (!m_writer)
         return true;
     initialize_xml_library();
@@ -127,7 +117,7 @@ bool messages_storage_impl_t::start_reading()
 
 bool messages_storage_impl_t::replay(boost::shared_ptr<velmo_ex_t> ex)
 {
-    if (m_writer || m_read_file.get() == -1)
+    if (m_writer || m_is_held || m_read_file.get() == -1)
         return false;
     m_replay_reader.set_callback(
         [&ex](const boost::shared_ptr<message_t>& msg) { ex->dispatch_message(msg); });
@@ -139,55 +129,38 @@ void messages_storage_impl_t::stop_reading()
     m_read_file.close();
 }
 
-messages_storage_impl_t::copy_t messages_storage_impl_t::look_at_copy(const basekit2::path_t& copy)
+bool messages_storage_impl_t::start()
 {
-    struct stat status = {};
-    if (lstat(utf8_name(copy).c_str(), &status) != 0)
-        return copy_t::missing;
-    const bool is_usable = S_ISREG(status.st_mode) && status.st_uid == geteuid();
-    return is_usable ? copy_t::left_behind : copy_t::unusable;
+    try {
+        return begin_recording();
+    } catch (...) {
+        abandon_log();
+        throw;
+    }
 }
 
 bool messages_storage_impl_t::begin_recording()
 {
-    const basekit2::path_t copy = temporary_path();
-    // Asked before the log is opened, which could make one, and again when nobody else can record.
-    if (look_at_copy(copy) == copy_t::unusable || !m_write_file.open(false, m_path))
+    log_copy_t copy(m_path);
+    // Looked at before the log is opened, which could make one, and again when nobody else can
+    // record.
+    if (copy.state() == log_copy_t::state_t::not_ours || !m_write_file.open(false, m_path))
         return false;
-    const copy_t found = look_at_copy(copy);
-    const basekit2::path_t& old_log = found == copy_t::left_behind ? copy : m_path;
-    if (log_file_reader::find_refusal(utf8_name(old_log)) != refusal_t::none) {
+    const log_copy_t::state_t state = copy.state();
+    if (state == log_copy_t::state_t::not_ours || m_write_file.is_named(copy.path())) {
         m_write_file.close();
         return false;
     }
-    const bool is_own_copy = found == copy_t::missing && basekit2::copy_file(m_path, copy);
-    if (!may_begin(copy, found, is_own_copy)) {
+    const bool is_new = state == log_copy_t::state_t::missing && m_write_file.size() == 0;
+    if (!begin_log())
+        return false;
+    if (state == log_copy_t::state_t::left && !copy.open()) {
         m_write_file.close();
         return false;
     }
-    if (!m_write_file.truncate() || !begin_log()) {
-        remove_own(copy, is_own_copy);
-        m_write_file.close();
-        return false;
-    }
-    return (found == copy_t::missing && !is_own_copy) || carry_over(copy, is_own_copy);
-}
-
-// The log may be emptied if a copy is in the copy's place, not the log itself under another name,
-// nor anything that appeared there just now.
-bool messages_storage_impl_t::may_begin(const basekit2::path_t& copy, copy_t found,
-                                        bool is_own_copy) const
-{
-    return found != copy_t::unusable && !m_write_file.is_named(copy) &&
-           (found == copy_t::left_behind || is_own_copy || look_at_copy(copy) == copy_t::missing);
-}
-
-basekit2::path_t messages_storage_impl_t::temporary_path() const
-{
-    const basekit2::path_t log = resolve(m_path);
-    basekit2::path_t path(log.get_branch());
-    path.append(basekit2::path_t(log.get_leaf() + L".tmp"));
-    return path;
+    const bool is_on = is_new || carry_over(copy);
+    m_write_file.keep();
+    return is_on;
 }
 
 // Where the element cannot be begun the writer stays: the storage then counts as recording, and
@@ -197,13 +170,19 @@ bool messages_storage_impl_t::begin_log()
     initialize_xml_library();
     const xml_error_scope_t errors;
     m_has_messages = false;
-    m_writer = create_writer(m_write_file);
-    if (!m_writer)
-        return false;
-    xmlTextWriterSetIndent(m_writer.get(), 1);
-    xmlTextWriterStartDocument(m_writer.get(), nullptr, "UTF-8", nullptr);
-    return xmlTextWriterStartElement(m_writer.get(), to_xml(element_names::log)) >= 0 &&
-           !errors.has_run_out_of_memory();
+    m_writer.reset();
+    m_output.end_comparison();
+    m_writer = create_writer(m_output);
+    bool has_begun = false;
+    if (m_writer) {
+        xmlTextWriterSetIndent(m_writer.get(), 1);
+        xmlTextWriterStartDocument(m_writer.get(), nullptr, "UTF-8", nullptr);
+        has_begun = xmlTextWriterStartElement(m_writer.get(), to_xml(element_names::log)) >= 0 &&
+                    !errors.has_run_out_of_memory();
+    }
+    if (!has_begun)
+        m_write_file.close();
+    return has_begun;
 }
 
 // A raw write ends the start tag of the log, without the line break.
@@ -220,45 +199,81 @@ bool messages_storage_impl_t::write(boost::shared_ptr<message_t> msg)
     return write_message_element(std::move(msg), m_writer.get()) && has_begun;
 }
 
-bool messages_storage_impl_t::carry_over(const basekit2::path_t& copy, bool is_own_copy)
+// As a rule the old messages, written again, give the bytes that are in the log. Then they stay,
+// and only what follows them goes.
+bool messages_storage_impl_t::carry_over(log_copy_t& copy)
 {
-    file_descriptor_t readable;
-    if (!readable.open(true, copy)) {
-        remove_own(copy, is_own_copy);
+    const bool is_copy_left = copy.is_open();
+    const bool is_readable = m_output.begin_comparison(m_path) &&
+                             write_messages_of(is_copy_left ? copy.file() : m_output.log());
+    bool is_carried_over = false;
+    if (is_readable && !is_copy_left && m_output.is_in_log())
+        is_carried_over = m_output.continue_in_log();
+    else if (is_readable && (!is_copy_left || is_superseded_by(copy)))
+        return write_anew(copy);
+    if (!is_carried_over)
+        abandon_log();
+    return is_carried_over;
+}
+
+// A copy that was left behind is the old log if nothing was recorded without it: then the log is
+// empty, the same, or a part of what is written from the copy.
+bool messages_storage_impl_t::is_superseded_by(const log_copy_t& copy) const
+{
+    return m_output.has_whole_log() || have_same_bytes(copy.file(), m_output.log());
+}
+
+// If the copy cannot be opened the writer stays, as in begin_log().
+bool messages_storage_impl_t::make_copy(log_copy_t& copy)
+{
+    const bool is_made = copy.make();
+    if (is_made && !copy.open()) {
+        m_output.end_comparison();
         m_write_file.close();
         return false;
     }
-    if (!write_messages_of(copy, readable.size())) {
+    // Another file can have taken the log's name while the log was read.
+    const bool is_copy_of_log = is_made && have_same_bytes(copy.file(), m_output.log());
+    if (!is_copy_of_log)
         abandon_log();
+    return is_copy_of_log;
+}
+
+// Nothing of the old log is changed before all that can fail is done.
+bool messages_storage_impl_t::write_anew(log_copy_t& copy)
+{
+    if (!(copy.is_open() || make_copy(copy)) || !begin_log())
         return false;
+    bool is_carried_over = m_write_file.truncate(0);
+    if (is_carried_over) {
+        copy.keep();
+        // A copy that stays would be taken for the old log by the next start.
+        is_carried_over = write_messages_of(copy.file()) && copy.remove();
     }
-    readable.close();
-    // A copy that stays would be taken for the whole log by the next start.
-    if (!basekit2::remove_file(copy)) {
+    if (!is_carried_over)
         abandon_log();
-        return false;
-    }
-    return true;
+    return is_carried_over;
 }
 
 // Only what has left the writer's buffer survives the end of the process, and only then may the
 // copy go.
-bool messages_storage_impl_t::write_messages_of(const basekit2::path_t& copy, std::int64_t size)
+bool messages_storage_impl_t::write_messages_of(const file_descriptor_t& old_log)
 {
     bool is_written = true;
     initialize_xml_library();
     const xml_error_scope_t errors;
-    log_file_reader reader(utf8_name(copy));
+    log_file_reader reader(utf8_name(m_path));
     reader.set_callback([&](boost::shared_ptr<message_t> msg) {
         is_written = write(std::move(msg)) && is_written;
     });
     reader.set_lines_callback([&](std::string_view lines) {
         is_written = begin_line() && write_raw(lines, m_writer.get()) && is_written;
     });
-    reader.parse();
+    reader.parse(old_log);
     is_written = xmlTextWriterFlush(m_writer.get()) >= 0 && is_written;
-    return is_written && reader.position() == size && reader.refusal() == refusal_t::none &&
-           !errors.has_run_out_of_memory() && !m_write_file.has_failed();
+    return is_written && reader.position() == old_log.size() &&
+           reader.refusal() == refusal_t::none && !errors.has_run_out_of_memory() &&
+           !m_write_file.has_failed();
 }
 
 // The file is closed first, so that nothing of the writer's buffer reaches it.
@@ -266,6 +281,65 @@ void messages_storage_impl_t::abandon_log()
 {
     m_write_file.close();
     m_writer.reset();
+    m_output.end_comparison();
+}
+
+void messages_storage_impl_t::before_fork()
+{
+    if (m_is_held)
+        wait_to_write_held();
+    if (!m_writer)
+        return;
+    initialize_xml_library();
+    const xml_error_scope_t errors;
+    xmlTextWriterFlush(m_writer.get());
+}
+
+// The child's descriptor would keep the lock when the parent is gone. The writer has nothing left
+// to write.
+void messages_storage_impl_t::after_fork_in_child()
+{
+    // Without a lock the end of the parent's recording cannot be seen.
+    m_is_held = m_is_held || (m_write_file.get() != -1 && m_write_file.is_locked());
+    m_write_file.close();
+    m_writer.reset();
+    m_held.clear(); // the parent's own
+}
+
+void messages_storage_impl_t::hold(const message_t& msg)
+{
+    text_buffer_t<char> element;
+    append_message_element(msg, 1, element);
+    if (element.size() <= max_held - m_held.size())
+        m_held.append(element.data(), element.size());
+}
+
+// Begins to record as any start does; that fails as long as the parent records. A storage that
+// cannot begin stays as it was.
+bool messages_storage_impl_t::try_to_write_held()
+{
+    if (!start()) {
+        abandon_log();
+        return false;
+    }
+    m_is_held = false;
+    initialize_xml_library();
+    const xml_error_scope_t errors;
+    if (!m_held.empty()) {
+        begin_line();
+        write_raw(m_held, m_writer.get());
+    }
+    m_held.clear();
+    return true;
+}
+
+// A parent that forks to go to the background may end only after its child has recorded and
+// stopped.
+void messages_storage_impl_t::wait_to_write_held()
+{
+    const auto end = std::chrono::steady_clock::now() + child_wait;
+    while (!m_held.empty() && !try_to_write_held() && std::chrono::steady_clock::now() < end)
+        std::this_thread::sleep_for(child_pause);
 }
 
 } // namespace velmoext_1_4_8

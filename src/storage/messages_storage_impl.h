@@ -1,7 +1,9 @@
 #pragma once
 
 #include "storage/file_descriptor.h"
+#include "storage/log_copy.h"
 #include "storage/log_file_reader.h"
+#include "storage/log_output.h"
 #include "xml/handles.h"
 
 #include <velmoext1/message.h>
@@ -12,6 +14,7 @@
 #include <boost/shared_ptr.hpp>
 
 #include <cstdint>
+#include <string>
 
 namespace velmoext_1_4_8
 {
@@ -32,32 +35,39 @@ public:
     bool replay(boost::shared_ptr<velmo_ex_t> ex);
     void stop_reading();
 
+    /// Called before a fork() of the process: hands all that was recorded to the system.
+    void before_fork();
+    /// Called in the child of a fork(): what is recorded there is held until the parent's recording
+    /// has ended.
+    void after_fork_in_child();
+    /// The same if a thread of the parent was using this at that instant, so that nobody ever uses
+    /// it in the child.
+    void let_go_of_log() { m_write_file.close(); }
+
 private:
-    /// What stands in the place of the copy that a start makes.
-    enum class copy_t
-    {
-        missing,
-        left_behind, ///< by a process of this user that was killed; the whole old log
-        unusable     ///< another user's, or not a file
-    };
-
-    static copy_t look_at_copy(const basekit2::path_t& copy);
-
+    bool start();
     bool begin_recording();
-    bool may_begin(const basekit2::path_t& copy, copy_t found, bool is_own_copy) const;
-    basekit2::path_t temporary_path() const;
     bool begin_log();
     bool begin_line();
     bool write(boost::shared_ptr<message_t> msg);
-    bool carry_over(const basekit2::path_t& copy, bool is_own_copy);
-    bool write_messages_of(const basekit2::path_t& copy, std::int64_t size);
+    bool carry_over(log_copy_t& copy);
+    bool is_superseded_by(const log_copy_t& copy) const;
+    bool make_copy(log_copy_t& copy);
+    bool write_anew(log_copy_t& copy);
+    bool write_messages_of(const file_descriptor_t& old_log);
     void abandon_log();
+    void hold(const message_t& msg);
+    bool try_to_write_held();
+    void wait_to_write_held();
 
     basekit2::path_t m_path;
     file_descriptor_t m_write_file;
     file_descriptor_t m_read_file; ///< only tells that reading was started
-    xml_writer_t m_writer;         ///< writes into m_write_file; set while recording is on
+    log_output_t m_output;         ///< into m_write_file
+    xml_writer_t m_writer;         ///< writes into m_output; set while recording is on
     bool m_has_messages = false;   ///< whether one was written since recording was started
+    bool m_is_held = false;        ///< whether this is a child, and recording is on in its parent
+    std::string m_held;            ///< elements that the child has recorded
     log_file_reader m_replay_reader;
 };
 

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "storage/file_descriptor.h"
+
+#include <basekit2/path.h>
+
+namespace velmoext_1_4_8
+{
+
+/// The copy of an old log. A start that has to write the log anew makes it before, and removes it
+/// when all its messages are in the log again. A killed process leaves it: the only whole one.
+class log_copy_t
+{
+public:
+    /// What is in the place of the copy.
+    enum class state_t
+    {
+        missing,
+        left,    ///< by a killed process of this user
+        not_ours ///< another user's, not a regular file, or a log that is being recorded
+    };
+
+    /// The copy is beside the log: its name is the log's, followed by ".tmp". If the file system
+    /// does not take so long a name, it is the beginning of the log's name and a checksum of it.
+    explicit log_copy_t(const basekit2::path_t& log);
+    log_copy_t(const log_copy_t&) = delete;
+    log_copy_t& operator=(const log_copy_t&) = delete;
+    /// Removes the copy if make() made it and neither keep() nor remove() was called.
+    ~log_copy_t();
+
+    const basekit2::path_t& path() const { return m_path; }
+    state_t state() const;
+
+    /// Copies the log, for its owner only. The copy appears whole or not at all and replaces
+    /// nothing. Returns false if it cannot be made.
+    bool make();
+    /// Opens the copy to read, and keeps others from recording into it. Returns false if it cannot.
+    bool open();
+    bool is_open() const { return m_file.get() != -1; }
+    /// The copy that open() opened.
+    const file_descriptor_t& file() const { return m_file; }
+
+    /// Leaves the copy to a later start, unless remove() is called.
+    void keep() { m_is_temporary = false; }
+    /// Returns false if the copy is still there.
+    bool remove();
+
+private:
+    basekit2::path_t m_log;
+    basekit2::path_t m_path;
+    file_descriptor_t m_file;
+    bool m_is_temporary = false;
+};
+
+} // namespace velmoext_1_4_8
