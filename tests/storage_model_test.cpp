@@ -1,0 +1,284 @@
+// Random sequences of what can happen to a log, beside a model of the messages that must be in it.
+
+#include "storage_model_support.h"
+
+#include <sys/prctl.h>
+#include <sys/wait.h>
+
+#include <cstdlib>
+
+using namespace velmoext_1_4_8;
+
+namespace
+{
+
+// Scratch folders in memory, unless the environment names a place: a disk is slow.
+[[maybe_unused]] const bool is_in_memory =
+    setenv("TMPDIR", "/dev/shm", 0) == 0; // NOLINT(concurrency-mt-unsafe)
+
+class storage_model_test : public storage_model_test_t
+{
+protected:
+    // The children of children become this process's, which waits for their end.
+    storage_model_test() { prctl(PR_SET_CHILD_SUBREAPER, 1); }
+
+    void run(std::uint64_t seed)
+    {
+        m_random = random_source_t(seed);
+        m_number = m_random.below(1000);
+        make_empty_folder();
+        for (std::size_t left = m_random.between(2, 12); left > 0 && !HasFailure(); --left) {
+            step();
+            expect_model();
+        }
+    }
+
+private:
+    typedef void (storage_model_test::*step_t)();
+
+    void step()
+    {
+        typedef storage_model_test self;
+        static const std::array<step_t, 17> steps = {
+            &self::record_here,       &self::record_here,       &self::record_here,
+            &self::record_in_process, &self::record_in_process, &self::record_in_process,
+            &self::record_in_process, &self::record_in_daemon,  &self::record_in_daemon,
+            &self::rename_log,        &self::remove_log,        &self::restore_log,
+            &self::write_foreign_log, &self::leave_copy,        &self::remove_copy,
+            &self::record_into_copy,  &self::replay_log};
+        (this->*m_random.pick(steps))();
+    }
+
+    void record_here()
+    {
+        const start_t start = look();
+        tell("record through " + start.spelling);
+        storage_ptr storage = get(start.spelling);
+        if (!storage->start_recording())
+            return expect_refused(start);
+        EXPECT_FALSE(m_folder.has(start.copy_name));
+        const types_t types = new_types();
+        record_types(storage, types);
+        tell(text_of(types));
+        if (m_random.one_in(3))
+            disturb(start.spelling, storage);
+        const bool is_renamed = m_random.one_in(5);
+        if (is_renamed)
+            rename("log.xml", "renamed.xml");
+        end_recording(storage);
+        if (is_renamed)
+            rename("renamed.xml", "log.xml");
+        expect_recorded(start, types, types.size());
+    }
+
+    // Stops it, or lets go of it; some storages are kept for later recordings.
+    void end_recording(storage_ptr& storage)
+    {
+        if (m_random.one_in(3))
+            m_kept.push_back(storage);
+        else if (m_random.one_in(3))
+            m_kept.clear();
+        if (m_random.one_in(2) || storage.use_count() != 1)
+            storage->stop_recording();
+        storage.reset();
+    }
+
+    // While this process records, others must not.
+    void disturb(const std::string& spelling, const storage_ptr& storage)
+    {
+        const std::string other = m_random.pick(spellings);
+        tell("disturbed through " + other);
+        EXPECT_EQ(get(other)->start_recording(), other == spelling);
+        const bool is_stopped = m_random.one_in(2);
+        const int status = status_of_child([&] {
+            if (is_stopped)
+                storage->stop_recording();
+            else
+                record_types(storage, {"0"});
+            return get(other)->start_recording() ? 1 : 0;
+        });
+        EXPECT_TRUE(has_exited_with(status, other == spelling && !is_stopped ? 1 : 0));
+    }
+
+    void record_in_process()
+    {
+        const start_t start = look();
+        recorder_t recorder = {new_types(), new_types()};
+        recorder.is_stopped = m_random.one_in(2);
+        recorder.has_links = !m_random.one_in(4);
+        recorder.max_written = m_random.one_in(2) ? SIZE_MAX : m_random.between(20, 2000);
+        if (!m_random.one_in(3))
+            recorder.last_call = static_cast<int>(m_random.below(40));
+        m_certain.set(0);
+        const int status =
+            status_of_child([&] { return recorder.run(get(start.spelling), m_certain); });
+        tell("process through " + start.spelling + ", last call " +
+             std::to_string(recorder.last_call) + ", status " + std::to_string(status) + "\n" +
+             text_of(recorder.first) + " " + text_of(recorder.second));
+        if (has_exited_with(status, is_refused))
+            return expect_refused(start);
+        EXPECT_TRUE(was_killed(status) || has_exited_with(status, 0));
+        expect_recorded(start, recorder.all(), m_certain.get());
+    }
+
+    void record_in_daemon()
+    {
+        const start_t start = look();
+        m_kept.clear();
+        daemon_t daemon = {new_types(), new_types(), new_types(), new_types(), new_types()};
+        daemon.forks_twice = m_random.one_in(2);
+        daemon.is_stopped = m_random.one_in(2);
+        if (m_random.one_in(2))
+            daemon.last_call = static_cast<int>(m_random.below(6));
+        daemon_gates_t gates;
+        const int status = status_of_child([&] { return daemon.run(get(start.spelling), gates); });
+        tell("daemon through " + start.spelling + ", last call " +
+             std::to_string(daemon.last_call) + ", status " + std::to_string(status) + "\n" +
+             text_of(daemon.before_fork) + " " + text_of(daemon.after_fork) + " " +
+             text_of(daemon.of_children()));
+        if (has_exited_with(status, is_refused))
+            return expect_refused(start);
+        EXPECT_TRUE(start.can_succeed);
+        m_copies.erase(start.copy_name);
+        expect_continued(start, daemon, was_killed(status), gates);
+    }
+
+    // Before the child goes on, others record or the log is renamed.
+    void expect_continued(const start_t& start, const daemon_t& daemon, bool is_killed,
+                          daemon_gates_t& gates)
+    {
+        const bool is_renamed = m_random.one_in(3);
+        const types_t others = m_random.one_in(2) ? new_types() : types_t();
+        tell((is_renamed ? "renamed, others " : "others ") + text_of(others));
+        if (is_renamed)
+            rename("log.xml", "archive.xml");
+        run_child_beside(others, start.spelling, gates);
+        m_log = types_in_file("log.xml");
+        if (is_renamed)
+            m_archive = types_in_file("archive.xml");
+        const bool is_disturbed = !is_renamed && !others.empty();
+        std::size_t certain = is_killed || is_disturbed ? 0 : daemon.before_fork.size();
+        if (daemon.is_stopped && !is_killed)
+            certain = daemon.of_parent().size();
+        // The child goes on in the renamed log if its parent did not end that.
+        const bool is_child_first = is_renamed && m_log == others;
+        const types_t last = is_child_first ? join(daemon.of_children(), others)
+                                            : join(others, daemon.of_children());
+        expect_parts(is_renamed ? join(*m_archive, m_log) : m_log, start.old, daemon.of_parent(),
+                     certain, last);
+    }
+
+    void run_child_beside(const types_t& others, const std::string& spelling, daemon_gates_t& gates)
+    {
+        const storage_ptr storage = get(spelling);
+        EXPECT_TRUE(others.empty() || storage->start_recording());
+        record_types(storage, others);
+        gates.end_of_parent.open();
+        gates.has_tried.wait();
+        storage->stop_recording();
+        gates.end_of_others.open();
+        while (wait(nullptr) != -1) {
+        }
+    }
+
+    // Of those in the middle the last can be missing.
+    static void expect_parts(const types_t& found, const types_t& first, types_t middle,
+                             std::size_t certain, const types_t& last)
+    {
+        const std::size_t size = found.size() - first.size() - last.size();
+        EXPECT_TRUE(size >= certain && size <= middle.size()) << text_of(found);
+        middle.resize(std::min(middle.size(), size));
+        EXPECT_EQ(text_of(found), text_of(join(join(first, middle), last)));
+    }
+
+    void rename_log()
+    {
+        if (!m_folder.has("log.xml"))
+            return;
+        tell("rename the log");
+        rename("log.xml", "archive.xml");
+        m_archive = std::exchange(m_log, {});
+    }
+
+    void remove_log()
+    {
+        tell("remove the log");
+        std::filesystem::remove(m_folder.name("log.xml"));
+        m_log.clear();
+    }
+
+    void restore_log()
+    {
+        if (!m_archive)
+            return;
+        tell("restore the log");
+        m_folder.write("log.xml", m_folder.read("archive.xml"));
+        m_log = *m_archive;
+    }
+
+    void write_foreign_log()
+    {
+        if (m_random.one_in(3))
+            m_log = new_types();
+        const std::size_t form = m_random.below(foreign_forms);
+        tell("foreign log " + std::to_string(form) + "\n" + text_of(m_log));
+        m_folder.write("log.xml", foreign_log(m_log, form));
+    }
+
+    // As a killed start leaves it, or together with a log that is cut anywhere.
+    void leave_copy()
+    {
+        const std::string copy = m_random.pick(copies);
+        const std::string log = m_folder.read("log.xml");
+        const std::size_t size = m_random.one_in(3) ? 0 : m_random.below(log.size() + 1);
+        tell("leave a copy at " + copy + ", log of size " + std::to_string(size));
+        m_folder.write(copy, log);
+        m_copies[copy] = m_log;
+        m_interrupted.erase(copy);
+        m_folder.write("log.xml", log.substr(0, size));
+        m_log = types_in_file("log.xml");
+    }
+
+    void remove_copy()
+    {
+        const std::string copy = m_random.pick(copies);
+        tell("remove " + copy);
+        std::filesystem::remove(m_folder.name(copy));
+        m_copies.erase(copy);
+    }
+
+    // A log with the name of a copy: nobody may take it for one while it is recorded.
+    void record_into_copy()
+    {
+        const start_t start = look();
+        tell("record " + start.copy_name);
+        const storage_ptr storage = get(start.copy_name);
+        EXPECT_TRUE(storage->start_recording());
+        const types_t types = new_types();
+        record_types(storage, types);
+        EXPECT_FALSE(get(start.spelling)->start_recording());
+        EXPECT_EQ(bytes_of("log.xml"), start.log);
+        storage->stop_recording();
+        m_copies[start.copy_name] = join(m_copies[start.copy_name], types);
+        m_interrupted.erase(start.copy_name);
+    }
+
+    void replay_log()
+    {
+        tell("replay");
+        m_kept.clear();
+        const std::wstring types = replay(get(m_random.pick(spellings)));
+        EXPECT_EQ(std::string(types.begin(), types.end()), text_of(m_log));
+    }
+};
+
+} // namespace
+
+TEST_F(storage_model_test, a_log_has_the_messages_that_must_be_in_it)
+{
+    const random_seeds_t seeds(100);
+    for (auto seed = seeds.first; seed != seeds.end(); ++seed) {
+        run(seed);
+        ASSERT_FALSE(HasFailure()) << "seed " << seed << "\n" << m_history;
+    }
+}
