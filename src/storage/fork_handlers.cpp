@@ -25,7 +25,7 @@ std::mutex entries_mutex;
 // Guarded by entries_mutex. Not destroyed at exit, as a storage may live longer.
 std::list<entry_t>& entries()
 {
-    static auto* const all = new std::list<entry_t>;
+    static auto* const all = new std::list<entry_t>; // NOLINT(cppcoreguidelines-owning-memory)
     return *all;
 }
 

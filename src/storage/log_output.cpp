@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 
 namespace velmoext_1_4_8
 {
@@ -12,18 +13,25 @@ const std::size_t chunk = 16384;
 
 typedef std::array<char, chunk> buffer_t;
 
-// The number of bytes that are in the file too, from the offset up to the first difference.
+// The number of bytes that both have from their beginning on. As a rule it is all of them, and
+// whole blocks are compared faster than bytes.
+std::size_t count_equal(const char* one, const char* other, std::size_t size)
+{
+    const bool is_equal = std::memcmp(one, other, size) == 0;
+    return is_equal ? size
+                    : static_cast<std::size_t>(std::mismatch(one, one + size, other).first - one);
+}
+
+// The same of the bytes and those that are in the file from the offset on.
 std::size_t count_equal(const file_descriptor_t& file, std::int64_t offset, const char* bytes,
                         std::size_t count)
 {
     buffer_t read; // NOLINT(cppcoreguidelines-pro-type-member-init): what is looked at was read
     for (std::size_t equal = 0; equal < count;) {
-        const char* const begin = bytes + equal;
         const std::size_t wanted = std::min(chunk, count - equal);
         const std::size_t size =
             file.read(offset + static_cast<std::int64_t>(equal), read.data(), wanted);
-        const auto same =
-            static_cast<std::size_t>(std::mismatch(begin, begin + size, read.data()).first - begin);
+        const std::size_t same = count_equal(bytes + equal, read.data(), size);
         equal += same;
         if (same < wanted)
             return equal;
@@ -44,15 +52,22 @@ void log_output_t::write(const char* bytes, std::size_t count)
 
 bool log_output_t::begin_comparison(const basekit2::path_t& log)
 {
+    end_comparison();
+    return m_log.open(true, log) && m_file.is_named(log);
+}
+
+void log_output_t::end_comparison()
+{
+    m_log.close();
     m_size = 0;
     m_equal_size = 0;
-    return m_log.open(true, log) && m_file.is_named(log);
 }
 
 bool log_output_t::continue_in_log()
 {
+    const std::int64_t size = m_equal_size;
     end_comparison();
-    return m_file.truncate(m_equal_size);
+    return m_file.truncate(size);
 }
 
 bool have_same_bytes(const file_descriptor_t& one, const file_descriptor_t& other)

@@ -32,12 +32,12 @@ public:
     bool begin_comparison(const basekit2::path_t& log);
     /// The log in a comparison.
     const file_descriptor_t& log() const { return m_log; }
-    /// Whether everything that was written is the beginning of the log.
+    /// Whether everything that was written is the beginning of the log; true without a comparison.
     bool is_in_log() const { return m_equal_size == m_size; }
     /// Whether the log is the beginning of what was written.
     bool has_whole_log() const { return m_equal_size >= m_log.size(); }
     /// Writes into the file again.
-    void end_comparison() { m_log.close(); }
+    void end_comparison();
 
     /// Ends the comparison, and cuts off what follows the equal bytes. Returns false if the file
     /// refuses that.

@@ -263,11 +263,14 @@ bool messages_storage_impl_t::write_messages_of(const file_descriptor_t& old_log
     initialize_xml_library();
     const xml_error_scope_t errors;
     log_file_reader reader(utf8_name(m_path));
+    // Once a comparison has found a difference, only what cannot be read is looked for.
     reader.set_callback([&](boost::shared_ptr<message_t> msg) {
-        is_written = write(std::move(msg)) && is_written;
+        if (m_output.is_in_log())
+            is_written = write(std::move(msg)) && is_written;
     });
     reader.set_lines_callback([&](std::string_view lines) {
-        is_written = begin_line() && write_raw(lines, m_writer.get()) && is_written;
+        if (m_output.is_in_log())
+            is_written = begin_line() && write_raw(lines, m_writer.get()) && is_written;
     });
     reader.parse(old_log);
     is_written = xmlTextWriterFlush(m_writer.get()) >= 0 && is_written;
