@@ -156,16 +156,10 @@ private:
         m_log = types_in_file("log.xml");
         if (is_renamed)
             m_archive = types_in_file("archive.xml");
-        const bool is_disturbed = !is_renamed && !others.empty();
-        std::size_t certain = is_killed || is_disturbed ? 0 : daemon.before_fork.size();
-        if (daemon.is_stopped && !is_killed)
-            certain = daemon.of_parent().size();
-        // The child goes on in the renamed log if its parent did not end that.
-        const bool is_child_first = is_renamed && m_log == others;
-        const types_t last = is_child_first ? join(daemon.of_children(), others)
-                                            : join(others, daemon.of_children());
+        const bool is_closed = daemon.is_stopped && !is_killed;
         expect_parts(is_renamed ? join(*m_archive, m_log) : m_log, start.old, daemon.of_parent(),
-                     certain, last);
+                     is_closed ? daemon.of_parent().size() : daemon.before_fork.size(),
+                     join(others, daemon.of_children()));
     }
 
     void run_child_beside(const types_t& others, const std::string& spelling, daemon_gates_t& gates)

@@ -163,8 +163,8 @@ bool messages_storage_impl_t::begin_recording()
     return is_on;
 }
 
-// Where the element cannot be begun the writer stays: the storage then counts as recording, and
-// what is recorded goes nowhere, until it is stopped.
+// If the element cannot be begun the writer stays: the storage then counts as recording, and
+// messages are dropped, until it is stopped.
 bool messages_storage_impl_t::begin_log()
 {
     initialize_xml_library();
@@ -204,20 +204,18 @@ bool messages_storage_impl_t::write(boost::shared_ptr<message_t> msg)
 bool messages_storage_impl_t::carry_over(log_copy_t& copy)
 {
     const bool is_copy_left = copy.is_open();
-    const bool is_readable = m_output.begin_comparison(m_path) &&
-                             write_messages_of(is_copy_left ? copy.file() : m_output.log());
-    bool is_carried_over = false;
-    if (is_readable && !is_copy_left && m_output.is_in_log())
-        is_carried_over = m_output.continue_in_log();
-    else if (is_readable && (!is_copy_left || is_superseded_by(copy)))
-        return write_anew(copy);
-    if (!is_carried_over)
-        abandon_log();
-    return is_carried_over;
+    if (!m_output.begin_comparison(m_path) ||
+        !write_messages_of(is_copy_left ? copy.file() : m_output.log()))
+        return abandon_log();
+    if (is_copy_left)
+        return is_superseded_by(copy) ? write_anew(copy) : abandon_log();
+    if (!m_output.is_in_log())
+        return make_copy(copy) && write_anew(copy);
+    return m_output.continue_in_log() || abandon_log();
 }
 
-// A copy that was left behind is the old log if nothing was recorded without it: then the log is
-// empty, the same, or a part of what is written from the copy.
+// A copy that was left is the old log if nothing was recorded without it: then the log is empty,
+// the same, or the beginning of what is written from the copy.
 bool messages_storage_impl_t::is_superseded_by(const log_copy_t& copy) const
 {
     return m_output.has_whole_log() || have_same_bytes(copy.file(), m_output.log());
@@ -226,33 +224,27 @@ bool messages_storage_impl_t::is_superseded_by(const log_copy_t& copy) const
 // If the copy cannot be opened the writer stays, as in begin_log().
 bool messages_storage_impl_t::make_copy(log_copy_t& copy)
 {
-    const bool is_made = copy.make();
-    if (is_made && !copy.open()) {
+    if (!copy.make())
+        return abandon_log();
+    if (!copy.open()) {
         m_output.end_comparison();
         m_write_file.close();
         return false;
     }
     // Another file can have taken the log's name while the log was read.
-    const bool is_copy_of_log = is_made && have_same_bytes(copy.file(), m_output.log());
-    if (!is_copy_of_log)
-        abandon_log();
-    return is_copy_of_log;
+    return have_same_bytes(copy.file(), m_output.log()) || abandon_log();
 }
 
-// Nothing of the old log is changed before all that can fail is done.
+// The first to change the old log, when all else that can fail is done.
 bool messages_storage_impl_t::write_anew(log_copy_t& copy)
 {
-    if (!(copy.is_open() || make_copy(copy)) || !begin_log())
+    if (!begin_log())
         return false;
-    bool is_carried_over = m_write_file.truncate(0);
-    if (is_carried_over) {
-        copy.keep();
-        // A copy that stays would be taken for the old log by the next start.
-        is_carried_over = write_messages_of(copy.file()) && copy.remove();
-    }
-    if (!is_carried_over)
-        abandon_log();
-    return is_carried_over;
+    if (!m_write_file.truncate(0))
+        return abandon_log();
+    copy.keep();
+    // A copy that stays would be taken for the old log by the next start.
+    return (write_messages_of(copy.file()) && copy.remove()) || abandon_log();
 }
 
 // Only what has left the writer's buffer survives the end of the process, and only then may the
@@ -279,12 +271,14 @@ bool messages_storage_impl_t::write_messages_of(const file_descriptor_t& old_log
            !m_write_file.has_failed();
 }
 
-// The file is closed first, so that nothing of the writer's buffer reaches it.
-void messages_storage_impl_t::abandon_log()
+// Always false, as what failed. The file is closed first, so that nothing of the writer's buffer
+// reaches it.
+bool messages_storage_impl_t::abandon_log()
 {
     m_write_file.close();
     m_writer.reset();
     m_output.end_comparison();
+    return false;
 }
 
 void messages_storage_impl_t::before_fork()
@@ -321,10 +315,8 @@ void messages_storage_impl_t::hold(const message_t& msg)
 // cannot begin stays as it was.
 bool messages_storage_impl_t::try_to_write_held()
 {
-    if (!start()) {
-        abandon_log();
-        return false;
-    }
+    if (!start())
+        return abandon_log();
     m_is_held = false;
     initialize_xml_library();
     const xml_error_scope_t errors;

@@ -55,7 +55,7 @@ private:
     bool make_copy(log_copy_t& copy);
     bool write_anew(log_copy_t& copy);
     bool write_messages_of(const file_descriptor_t& old_log);
-    void abandon_log();
+    bool abandon_log();
     void hold(const message_t& msg);
     bool try_to_write_held();
     void wait_to_write_held();
