@@ -206,7 +206,7 @@ TEST_F(storage_fork_test, a_process_that_goes_to_the_background_loses_nothing)
 TEST_F(storage_fork_test, a_child_goes_on_where_its_killed_parent_was_at_the_fork)
 {
     run(do_nothing, die, record_b);
-    EXPECT_EQ(types_in(), L"a;b;");
+    EXPECT_EQ(m_folder.read("log.xml"), log_of(message_of("a") + message_of("b")));
 }
 
 TEST_F(storage_fork_test, a_child_goes_on_after_what_its_killed_parent_wrote)

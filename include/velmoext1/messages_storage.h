@@ -44,8 +44,9 @@ public:
     /// Writes the message to the log if recording is on and bit 0 or 1 of its flags is set. Always
     /// returns false, also for null.
     ///
-    /// Output reaches the file when a buffer is full, and all of it when the recording stops. If
-    /// the file refuses a buffer, as on a full disk, the rest of this recording is dropped.
+    /// Output reaches the file when a buffer is full, and all of it when the recording stops or the
+    /// process forks. If the file refuses a buffer, as on a full disk, the rest of this recording
+    /// is dropped.
     ///
     /// On std::bad_alloc the message is not recorded. If libxml2 runs out of memory, the message is
     /// recorded in part or not at all; the rest of this recording can be lost with it.
