@@ -288,18 +288,20 @@ TEST_F(storage_random_kill_test, what_was_closed_is_there_once_whenever_processe
     random_source_t random(seeds.first);
     std::map<pid_t, std::size_t> spellings;
     const int kills = static_cast<int>(seeds.count);
-    for (int number = 0; number < kills + 3; ++number) {
+    const auto wait_for_one = [&] {
         int status = 0;
-        std::size_t spelling = spellings.size();
-        if (spelling == 3) {
-            const pid_t killed = wait(&status);
-            EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGALRM);
-            spelling = spellings.at(killed);
-            spellings.erase(killed);
-        }
-        if (number < kills)
-            spellings[start_process(spelling, number, random.between(100, 8000))] = spelling;
+        const pid_t killed = wait(&status);
+        EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGALRM);
+        const std::size_t spelling = spellings.at(killed);
+        spellings.erase(killed);
+        return spelling;
+    };
+    for (int number = 0; number < kills; ++number) {
+        const std::size_t spelling = spellings.size() < 3 ? spellings.size() : wait_for_one();
+        spellings[start_process(spelling, number, random.between(100, 8000))] = spelling;
     }
+    while (!spellings.empty())
+        wait_for_one();
     std::map<std::string, int> counts;
     const std::wstring types = types_in();
     for (const std::string& type : split(std::string(types.begin(), types.end())))
