@@ -1,6 +1,6 @@
 # What keeps the time low that it takes to compile the tests, which is most of all.
 function(velmoext1_test_program target)
-  # What is tested may be optimised; the test itself runs for less time than that takes.
+  # The library may be optimised; a test runs for less time than optimising it takes.
   target_compile_options(${target} PRIVATE -O0)
   # Nor does anyone count which of a test's own lines run.
   target_compile_options(${target} PRIVATE -fno-profile-arcs -fno-test-coverage)

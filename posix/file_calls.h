@@ -7,8 +7,8 @@
 #include <cerrno>
 #include <cstddef>
 
-/// The system's calls on files, the way that the library and its host's basekit2 make them. Not
-/// installed: compiled into both.
+/// The system's calls on files that the library and the host's basekit2 share. Not installed:
+/// compiled into both.
 namespace posix
 {
 
@@ -25,8 +25,9 @@ auto retry_interrupted(const Call& call)
     return answer;
 }
 
-/// Returns a descriptor that does not outlive an exec, or -1 with errno set. A terminal does not
-/// become that of the process; a file that is made is its owner's only.
+/// Opens a file. Returns a descriptor that does not outlive an exec, or -1 with errno set. A
+/// terminal does not become that of the process. A file that is created can be read by its owner
+/// only.
 inline int open_file(const char* name, int flags)
 {
     return retry_interrupted([&] { return open(name, flags | O_CLOEXEC | O_NOCTTY, owner_only); });
@@ -39,8 +40,8 @@ inline bool is_regular(int descriptor)
     return fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
 }
 
-/// Reads so many bytes from the offset, and fewer at the end of the file. Returns false if the
-/// system cannot read; complete is how many were read in either case.
+/// Reads count bytes from the offset, and fewer at the end of the file. Returns false on a read
+/// error. Sets complete to the number of bytes that were read, in either case.
 inline bool read_at(int descriptor, off_t offset, char* bytes, std::size_t count,
                     std::size_t& complete)
 {
@@ -56,8 +57,8 @@ inline bool read_at(int descriptor, off_t offset, char* bytes, std::size_t count
     return true;
 }
 
-/// Writes the bytes at the offset. Returns false if the system refuses a part of them; complete is
-/// how many were written in either case.
+/// Writes the bytes at the offset. Returns false on a write error. Sets complete to the number of
+/// bytes that were written, in either case.
 inline bool write_at(int descriptor, off_t offset, const char* bytes, std::size_t count,
                      std::size_t& complete)
 {

@@ -1,10 +1,12 @@
 // What becomes of an old log at a start, and of the copy that is made of it.
 
+#include "process_support.h"
 #include "storage_support.h"
 #include "system_faults.h"
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <functional>
 #include <string>
 #include <sys/file.h>
@@ -274,6 +276,27 @@ TEST_F(storage_copy_test, a_copy_beside_a_link_is_found_when_the_link_leads_nowh
     record_all(L"c");
     EXPECT_EQ(types_in("target.xml"), L"a;b;c;");
     EXPECT_FALSE(has_copy());
+}
+
+TEST_F(storage_copy_test, a_killed_start_through_a_link_loses_nothing_when_its_target_is_rotated)
+{
+    std::filesystem::create_directory(m_folder.name("elsewhere"));
+    m_folder.write("elsewhere/real.xml", foreign_log({"a"}));
+    link("elsewhere/real.xml", "log.xml");
+    EXPECT_TRUE(was_killed(status_of_child([this] {
+        bool is_emptied = false;
+        const with_faults faults([&](const std::string& call, int) {
+            if (is_emptied)
+                raise(SIGKILL);
+            is_emptied = call == "ftruncate";
+            return 0;
+        });
+        return get()->start_recording() ? 0 : 1;
+    })));
+    std::filesystem::rename(m_folder.name("elsewhere/real.xml"), m_folder.name("elsewhere/real.1"));
+    record_all(L"b");
+    record_all(L"c");
+    EXPECT_EQ(types_in(), L"a;b;c;");
 }
 
 TEST_F(storage_copy_test, a_log_whose_own_name_is_no_text_is_carried_over_through_a_link)

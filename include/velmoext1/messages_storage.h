@@ -23,7 +23,7 @@ class messages_storage_impl_t;
 ///
 /// The process has at most one storage per path; callers and handler stacks share it, and it lives
 /// as long as one of them holds it. A recording that is on then is closed as by stop_recording().
-/// A child of fork() holds what it records, 16 MiB at most, while its parent records; then it
+/// A child of fork() buffers its messages, 16 MiB at most, while its parent records; then it
 /// continues as after a start. docs/log_format.md has the details.
 /// Any thread may call any operation: they take turns, also while a recording starts on a long log
 /// or a replay runs. So no handler that a replay reaches may call the storage that is replaying,
@@ -56,17 +56,19 @@ public:
     /// in the form in which they would be written, they stay where they are. Otherwise a copy of
     /// the log is beside it meanwhile, under its name followed by ".tmp" or, if that is too long,
     /// under a shorter one. If a previous process was killed and left a copy, that is carried over,
-    /// provided that the log holds nothing else. docs/log_format.md has the details.
+    /// provided that the log has no other messages. docs/log_format.md has the details.
     ///
     /// Returns true if recording is on, also if it was on before. Returns false, with the storage
     /// idle and log and copy unchanged, if
     /// - the path is not a regular file that can be read and written, or another recorder has it
     ///   locked;
     /// - something in the log exceeds a limit (SECURITY.md), or its encoding is not known;
-    /// - the file in the place of the copy is not a regular file of this process's user, is the log
-    ///   itself or a log that is being recorded, or the log holds what a left copy does not give;
-    /// - the log has to be written anew and no copy of it can be made;
-    /// - a descriptor, or memory for libxml2, is lacking. The storage may then count as recording,
+    /// - the file at the copy's path is not a regular file of this process's user, is the log
+    /// itself
+    ///   or a log that is being recorded, or the log has messages that a left copy lacks;
+    /// - the log has to be rewritten and no copy of it can be created;
+    /// - no descriptor is free, or libxml2 runs out of memory. The storage may then count as
+    /// recording,
     ///   with every message dropped, until stop_recording() makes it idle.
     /// Returns false, with the storage idle and the copy left for a later start, if
     /// - not all old messages could be written, as on a full disk or without memory;

@@ -38,8 +38,8 @@ bool has_no_locks(int error)
     return error == ENOSYS || error == EOPNOTSUPP || error == ENOLCK;
 }
 
-// Refused with O_NONBLOCK for a file with a lease. Only a regular file has one, and only such a
-// file is waited for, whatever its name leads to by now.
+// O_NONBLOCK fails on a file with a lease. Only regular files have one, and only those are waited
+// for, whatever the name leads to by now.
 int open_leased(const std::string& name, int flags)
 {
     const int found = posix::open_file(name.c_str(), O_PATH);
@@ -69,7 +69,7 @@ bool file_descriptor_t::open(bool is_reading, const basekit2::path_t& path)
 {
     close();
     m_process = getpid();
-    m_is_made = false;
+    m_is_created = false;
     m_is_locked = false;
     m_has_failed = false;
     m_offset = 0;
@@ -79,7 +79,7 @@ bool file_descriptor_t::open(bool is_reading, const basekit2::path_t& path)
     m_descriptor = open_at_once(name, is_reading ? O_RDONLY : O_WRONLY);
     if (m_descriptor == -1 && errno == ENOENT && !is_reading) {
         m_descriptor = open_at_once(name, O_WRONLY | O_CREAT);
-        m_is_made = true;
+        m_is_created = true;
     }
     if (m_descriptor == -1)
         return false;
@@ -97,7 +97,7 @@ void file_descriptor_t::close()
     // A child that was forked meanwhile shares the lock: it must not take it away, nor keep it if
     // it has not come to its exec yet.
     if (is_of_this_process()) {
-        remove_if_made();
+        remove_if_created();
         flock(m_descriptor, LOCK_UN);
     }
     ::close(m_descriptor);
@@ -106,11 +106,11 @@ void file_descriptor_t::close()
 
 // By the name that the system knows: that of the path may be a link. Without memory, because a
 // destructor calls it.
-void file_descriptor_t::remove_if_made() const
+void file_descriptor_t::remove_if_created() const
 {
     std::array<char, 32> link = {};
     std::array<char, PATH_MAX> name = {};
-    if (!m_is_made || size() != 0)
+    if (!m_is_created || size() != 0)
         return;
     std::snprintf(link.data(), link.size(), "/proc/self/fd/%d", m_descriptor);
     if (readlink(link.data(), name.data(), name.size() - 1) != -1)

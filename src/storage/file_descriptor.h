@@ -21,20 +21,20 @@ public:
 
     /// Closes what is open and opens the path, to read or to write. Answers whether it is open.
     ///
-    /// A file that is opened to write is locked against others who do so, in this process and
-    /// others, until it is closed or the process ends; readers are not kept out. On a file system
-    /// without locks it is opened without one. A missing file is made, for its owner only. What
-    /// stands in it stays until truncate(), so that it can be saved first. If another program holds
-    /// a lease on the file, this waits until that program gives it up, as any open() does.
+    /// A file that is opened to write is locked until it is closed or the process ends: no other
+    /// process or storage can open it to write. Readers are not kept out. On a file system without
+    /// locks it is opened without one. A missing file is created, for its owner only. Its content
+    /// is unchanged until truncate(). If another program has a lease on the file, this waits for
+    /// its end, as any open() does.
     bool open(bool is_reading, const basekit2::path_t& path);
     /// Harmless when nothing is open.
     void close();
     /// The system's descriptor, -1 when nothing is open.
     int get() const { return m_descriptor; }
 
-    /// Keeps others from locking the file that is open to read, as who opens it to write does,
-    /// until it is closed or the process ends. Returns false if somebody has it open to write so,
-    /// or if the path does not lead to it any more.
+    /// Locks a file that is open to read, so that it cannot be opened to write until it is closed
+    /// or the process ends. Returns false if it is open to write, or if the path no longer leads to
+    /// it.
     bool share(const basekit2::path_t& path);
     /// Whether the file system has locks, so that the file is this process's alone or shared.
     bool is_locked() const { return m_is_locked; }
@@ -42,8 +42,8 @@ public:
     /// Whether the path, too, leads to the file that is open.
     bool is_named(const basekit2::path_t& path) const;
 
-    /// Leaves a file that open() made where it is. Otherwise close() removes it if it is empty.
-    void keep() { m_is_made = false; }
+    /// Keeps a file that open() created. Otherwise close() removes it if it is empty.
+    void keep() { m_is_created = false; }
 
     /// In bytes; -1 when nothing is open.
     std::int64_t size() const;
@@ -53,9 +53,8 @@ public:
     bool truncate(std::int64_t size);
 
     /// Writes all of it after what was written before. After the first failure nothing more is
-    /// written until the next open(): what stands in the file then ends where it broke off. Writing
-    /// to nothing open fails, and so it does in a child of the process that opened the file: two
-    /// that write would tear each other's text.
+    /// written until the next open(). Fails if nothing is open, and in a child of the process that
+    /// opened the file: two writers would overwrite each other's text.
     void write(const char* bytes, std::size_t count);
     /// Whether truncate() or write() failed since the last open().
     bool has_failed() const { return m_has_failed; }
@@ -67,11 +66,11 @@ public:
 private:
     bool lock(int operation, const basekit2::path_t& path);
     bool is_of_this_process() const;
-    void remove_if_made() const;
+    void remove_if_created() const;
 
     int m_descriptor = -1;
-    pid_t m_process = -1;   ///< which opened it
-    bool m_is_made = false; ///< by open()
+    pid_t m_process = -1;      ///< which opened it
+    bool m_is_created = false; ///< by open()
     bool m_is_locked = false;
     bool m_has_failed = false;
     std::int64_t m_offset = 0; ///< of the next write()

@@ -34,12 +34,12 @@ void write_all(messages_storage_impl_t& storage)
     try {
         storage.before_fork();
     } catch (const std::bad_alloc&) {
-        // What the storage could not write stays with the parent.
+        // The parent still has the messages, and writes them later.
     }
 }
 
-// When the library is loaded: the handlers of those who use it run first, so that their locks are
-// taken before its own, as everywhere.
+// Registered on loading: handlers that a program registers later run first before a fork, so that
+// its locks are taken before those of the library, as everywhere.
 [[maybe_unused]] const int is_registered =
     pthread_atfork(fork_handlers_t::prepare, fork_handlers_t::in_parent, fork_handlers_t::in_child);
 
@@ -57,7 +57,7 @@ void fork_handlers_t::remove(const messages_storage_t& storage)
     entries().remove_if([&](const entry_t& entry) { return entry.storage == &storage; });
 }
 
-// Not waited for: a handler that a replay has reached may fork.
+// A lock that is taken is not waited for: a handler that a replay calls may fork.
 void fork_handlers_t::prepare()
 {
     entries_mutex.lock();
@@ -82,7 +82,7 @@ void fork_handlers_t::in_child()
         if (entry.is_locked)
             entry.storage->m_impl->after_fork_in_child();
         else
-            entry.storage->m_impl->let_go_of_log();
+            entry.storage->m_impl->close_log();
     in_parent();
 }
 

@@ -5,11 +5,11 @@ namespace velmoext_1_4_8
 
 class messages_storage_t;
 
-/// What the process's storages do when it forks. The parent has handed all that was recorded to the
-/// system before; a child holds what it records until its parent's recording has ended.
+/// The handlers of fork() for all storages of the process. Before the fork, each storage writes all
+/// that was recorded. In the child, it buffers messages until the parent's recording has ended.
 ///
-/// A storage that another thread uses at that instant is left as it is: its lock stays locked in
-/// the child.
+/// A storage that another thread uses at that instant is skipped: its mutex stays locked in the
+/// child.
 class fork_handlers_t
 {
 public:

@@ -12,8 +12,8 @@ namespace velmoext_1_4_8
 
 /// Receives the bytes of a log from libxml2's writer and writes them into the log's file.
 ///
-/// A start writes the old messages once more. As long as that gives the bytes that are in the log,
-/// they need not be written but only compared.
+/// A start writes the old messages again. Bytes that equal those of the log need not be written, so
+/// they are compared first.
 class log_output_t
 {
 public:
@@ -39,8 +39,7 @@ public:
     /// Writes into the file again.
     void end_comparison();
 
-    /// Ends the comparison, and cuts off what follows the equal bytes. Returns false if the file
-    /// refuses that.
+    /// Ends the comparison and truncates the log after the equal bytes. Returns false on failure.
     bool continue_in_log();
 
 private:

@@ -142,8 +142,7 @@ bool messages_storage_impl_t::start()
 bool messages_storage_impl_t::begin_recording()
 {
     log_copy_t copy(m_path);
-    // Looked at before the log is opened, which could make one, and again when nobody else can
-    // record.
+    // Checked before the log is opened, which can create it, and again under the log's lock.
     if (copy.state() == log_copy_t::state_t::not_ours || !m_write_file.open(false, m_path))
         return false;
     const log_copy_t::state_t state = copy.state();
@@ -200,7 +199,7 @@ bool messages_storage_impl_t::write(boost::shared_ptr<message_t> msg)
 }
 
 // As a rule the old messages, written again, give the bytes that are in the log. Then they stay,
-// and only what follows them goes.
+// and only the text after them is removed.
 bool messages_storage_impl_t::carry_over(log_copy_t& copy)
 {
     const bool is_copy_left = copy.is_open();
@@ -208,9 +207,9 @@ bool messages_storage_impl_t::carry_over(log_copy_t& copy)
         !write_messages_of(is_copy_left ? copy.file() : m_output.log()))
         return abandon_log();
     if (is_copy_left)
-        return is_superseded_by(copy) ? write_anew(copy) : abandon_log();
+        return is_superseded_by(copy) ? rewrite_log(copy) : abandon_log();
     if (!m_output.is_in_log())
-        return make_copy(copy) && write_anew(copy);
+        return make_copy(copy) && rewrite_log(copy);
     return m_output.continue_in_log() || abandon_log();
 }
 
@@ -236,7 +235,7 @@ bool messages_storage_impl_t::make_copy(log_copy_t& copy)
 }
 
 // The first to change the old log, when all else that can fail is done.
-bool messages_storage_impl_t::write_anew(log_copy_t& copy)
+bool messages_storage_impl_t::rewrite_log(log_copy_t& copy)
 {
     if (!begin_log())
         return false;
@@ -255,7 +254,7 @@ bool messages_storage_impl_t::write_messages_of(const file_descriptor_t& old_log
     initialize_xml_library();
     const xml_error_scope_t errors;
     log_file_reader reader(utf8_name(m_path));
-    // Once a comparison has found a difference, only what cannot be read is looked for.
+    // After the first difference of a comparison, the rest is only checked for limits and errors.
     reader.set_callback([&](boost::shared_ptr<message_t> msg) {
         if (m_output.is_in_log())
             is_written = write(std::move(msg)) && is_written;
@@ -271,8 +270,8 @@ bool messages_storage_impl_t::write_messages_of(const file_descriptor_t& old_log
            !m_write_file.has_failed();
 }
 
-// Always false, as what failed. The file is closed first, so that nothing of the writer's buffer
-// reaches it.
+// Returns false, for the caller to return. The file is closed first, so that nothing of the
+// writer's buffer reaches it.
 bool messages_storage_impl_t::abandon_log()
 {
     m_write_file.close();
@@ -292,11 +291,10 @@ void messages_storage_impl_t::before_fork()
     xmlTextWriterFlush(m_writer.get());
 }
 
-// The child's descriptor would keep the lock when the parent is gone. The writer has nothing left
-// to write.
+// The child's descriptor would keep the lock after the parent's end. The writer's buffer is empty.
 void messages_storage_impl_t::after_fork_in_child()
 {
-    // Without a lock the end of the parent's recording cannot be seen.
+    // Without a lock the end of the parent's recording cannot be detected.
     m_is_held = m_is_held || (m_write_file.get() != -1 && m_write_file.is_locked());
     m_write_file.close();
     m_writer.reset();

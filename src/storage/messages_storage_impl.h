@@ -35,14 +35,13 @@ public:
     bool replay(boost::shared_ptr<velmo_ex_t> ex);
     void stop_reading();
 
-    /// Called before a fork() of the process: hands all that was recorded to the system.
+    /// Writes all that was recorded. Called before a fork() of the process.
     void before_fork();
-    /// Called in the child of a fork(): what is recorded there is held until the parent's recording
-    /// has ended.
+    /// Buffers messages from now on, until the parent's recording has ended. Called in the child of
+    /// a fork().
     void after_fork_in_child();
-    /// The same if a thread of the parent was using this at that instant, so that nobody ever uses
-    /// it in the child.
-    void let_go_of_log() { m_write_file.close(); }
+    /// Closes the log in a child if a thread of the parent was in a call of this at the fork.
+    void close_log() { m_write_file.close(); }
 
 private:
     bool start();
@@ -53,7 +52,7 @@ private:
     bool carry_over(log_copy_t& copy);
     bool is_superseded_by(const log_copy_t& copy) const;
     bool make_copy(log_copy_t& copy);
-    bool write_anew(log_copy_t& copy);
+    bool rewrite_log(log_copy_t& copy);
     bool write_messages_of(const file_descriptor_t& old_log);
     bool abandon_log();
     void hold(const message_t& msg);

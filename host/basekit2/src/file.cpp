@@ -55,8 +55,8 @@ int open_source(const std::wstring& name)
     return posix::open_file(native_name(name).c_str(), O_RDONLY | O_NONBLOCK);
 }
 
-/// Hands over the source's bytes from its beginning, with the offset of each part. False if the
-/// system cannot read or the taker takes no more.
+/// Passes the source's bytes to the callback, with the offset of each part. Returns false on a read
+/// error, or when the callback returns false.
 template <typename Take>
 bool read_parts(int source, const Take& take)
 {
@@ -114,8 +114,8 @@ outcome copy_unnamed(int source, const std::string& directory, const std::string
     return errno == EEXIST ? outcome::failed : outcome::not_supported;
 }
 
-/// For file systems without hard links. Without the second call nothing can be renamed and replace
-/// nothing in one step, so another process could make the destination after it was looked for.
+/// Renames a file on a file system without hard links. If renameat2() fails, the destination is
+/// checked first: another process can create it after that.
 bool move_to_free_name(const std::string& from, const std::string& to)
 {
     if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0)
@@ -125,7 +125,7 @@ bool move_to_free_name(const std::string& from, const std::string& to)
            rename(from.c_str(), to.c_str()) == 0;
 }
 
-/// Gives a file another name instead of its own, if nothing has that. If not, its own is removed.
+/// Renames a file, unless the destination exists. Removes the file on failure.
 bool change_name(const std::string& from, const std::string& to)
 {
     const bool is_linked = link(from.c_str(), to.c_str()) == 0;

@@ -28,7 +28,7 @@ namespace basekit2
 /// Where the file system knows no unnamed files, the copy is written under a name `.copy-XXXXXX`
 /// beside the destination; a process killed meanwhile leaves that name behind. If the file system
 /// has neither hard links nor a renaming that replaces nothing, a destination that another process
-/// makes at the very end is replaced.
+/// creates at the very end is replaced.
 BASEKIT2_API bool copy_file(const path_t& from, const path_t& to);
 
 /// Reads the whole of a regular file; a link to one is followed. False, with `bytes` unchanged,
