@@ -180,8 +180,9 @@ TEST_F(storage_kill_test, no_older_message_of_a_copy_that_was_left_is_lost)
 
 TEST_F(storage_kill_test, no_older_message_is_lost_when_the_next_process_is_killed_too)
 {
-    for (int first = 0;; ++first) {
-        for (int second = 0;; ++second) {
+    // Even numbers are before a change, which is the same for the disk as after the previous one.
+    for (int first = 0;; first += 2) {
+        for (int second = 0;; second += 2) {
             make_foreign_log();
             if (!kill_at_change(first, [this] { record_more(); }))
                 return;
