@@ -1,8 +1,12 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <filesystem>
@@ -26,6 +30,30 @@ public:
 
 private:
     std::filesystem::path m_former;
+};
+
+/// Lets a process wait until another one has come so far.
+class signal_t
+{
+public:
+    signal_t() { EXPECT_EQ(pipe2(m_ends.data(), O_CLOEXEC), 0); }
+    signal_t(const signal_t&) = delete;
+    signal_t& operator=(const signal_t&) = delete;
+    ~signal_t()
+    {
+        close(m_ends[0]);
+        close(m_ends[1]);
+    }
+
+    void give() const { EXPECT_EQ(write(m_ends[1], "x", 1), 1); }
+    void wait() const
+    {
+        char byte = 0;
+        EXPECT_EQ(read(m_ends[0], &byte, 1), 1);
+    }
+
+private:
+    std::array<int, 2> m_ends = {-1, -1};
 };
 
 /// Answers how the child ended, in which the action ran and gave the exit code.

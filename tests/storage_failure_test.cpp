@@ -1,6 +1,8 @@
 // Starts that fail half-way: no memory for libxml2, no descriptor left.
 
 #include "failing_allocations.h"
+#include "process_support.h"
+#include "storage/file_descriptor.h"
 #include "storage_support.h"
 
 #include <fcntl.h>
@@ -124,6 +126,52 @@ TEST_F(storage_failure_test, what_is_carried_over_without_memory_is_whole_or_kep
         EXPECT_EQ(types_in().size(), 2 * types.size()) << successes;
     }
     EXPECT_GT(failures, 10);
+}
+
+TEST_F(storage_failure_test, a_refused_start_removes_no_file_but_its_own)
+{
+    const std::string others = m_folder.name("log.xml (deleted)");
+    file_descriptor_t file;
+    ASSERT_TRUE(file.open(false, basekit2::path_t(m_folder.wide_name("log.xml"))));
+    std::filesystem::remove(m_folder.name("log.xml"));
+    m_folder.write("log.xml (deleted)", "");
+    file.close();
+    EXPECT_TRUE(std::filesystem::exists(others));
+}
+
+TEST_F(storage_failure_test, a_child_that_begins_to_record_without_memory_keeps_its_message)
+{
+    const int failed = 1;
+    const int thrown = 2;
+    int outcome = failed;
+    for (long successes = 0; (outcome & failed) != 0; ++successes) {
+        std::filesystem::remove(m_folder.name("log.xml"));
+        const storage_ptr storage = get();
+        ASSERT_TRUE(storage->start_recording());
+        const signal_t has_stopped;
+        const pid_t child = fork();
+        if (child == 0) {
+            has_stopped.wait();
+            const message_ptr message = make_flagged(L"b");
+            try {
+                const failing_allocations_t failing(memory_t::cxx, extent_t::one, successes);
+                outcome = 0;
+                storage->on_message(nullptr, message);
+            } catch (const std::bad_alloc&) {
+                outcome = thrown;
+            }
+            outcome |= failing_allocations_t::has_failed() ? failed : 0;
+            record(storage, L"c");
+            storage->stop_recording();
+            _exit(outcome);
+        }
+        storage->stop_recording();
+        has_stopped.give();
+        int status = 0;
+        ASSERT_EQ(waitpid(child, &status, 0), child);
+        outcome = WEXITSTATUS(status);
+        EXPECT_EQ(types_in(), (outcome & thrown) != 0 ? L"c;" : L"b;c;") << successes;
+    }
 }
 
 TEST_F(storage_failure_test, a_copy_that_cannot_be_opened_leaves_the_storage_as_if_recording)

@@ -2,45 +2,26 @@
 
 #include "process_support.h"
 #include "storage_support.h"
+#include "system_faults.h"
 
-#include <array>
+#include <atomic>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
 #include <functional>
 #include <pthread.h>
+#include <sched.h>
 #include <string>
 #include <sys/resource.h>
+#include <thread>
 #include <unistd.h>
+#include <vector>
 
 using namespace velmoext_1_4_8;
 
 namespace
 {
-
-// One process waits until another has come so far.
-class signal_t
-{
-public:
-    signal_t() { EXPECT_EQ(pipe2(m_ends.data(), O_CLOEXEC), 0); }
-    signal_t(const signal_t&) = delete;
-    signal_t& operator=(const signal_t&) = delete;
-    ~signal_t()
-    {
-        close(m_ends[0]);
-        close(m_ends[1]);
-    }
-
-    void give() const { EXPECT_EQ(write(m_ends[1], "x", 1), 1); }
-    void wait() const
-    {
-        char byte = 0;
-        EXPECT_EQ(read(m_ends[0], &byte, 1), 1);
-    }
-
-private:
-    std::array<int, 2> m_ends = {-1, -1};
-};
 
 class storage_fork_test : public storage_test_t
 {
@@ -92,6 +73,33 @@ protected:
         return types;
     }
 
+    // From the next child on. A user who may not do that sees what happens without it.
+    static void begin_pid_namespace()
+    {
+        if (unshare(CLONE_NEWPID) != 0)
+            unshare(CLONE_NEWUSER | CLONE_NEWPID);
+    }
+
+    // Returns 0 if the log is still locked after a child of its recorder has ended.
+    int fork_and_lock() const
+    {
+        const storage_ptr storage = get();
+        storage->start_recording();
+        begin_pid_namespace();
+        status_of_child([] { return 0; });
+        return get("./log.xml")->start_recording() ? 1 : 0;
+    }
+
+    // Runs an action in another thread again and again.
+    template <typename Action>
+    static std::thread repeat_until(const std::atomic<bool>& is_over, const Action& action)
+    {
+        return std::thread([&is_over, action] {
+            while (!is_over)
+                action();
+        });
+    }
+
     static void do_nothing(const storage_ptr& /*storage*/) {}
     static void die(const storage_ptr& /*storage*/) { raise(SIGKILL); }
     static void record_b(const storage_ptr& storage) { record(storage, L"b"); }
@@ -113,6 +121,16 @@ TEST_F(storage_fork_test, a_child_that_lets_go_of_the_storage_leaves_the_recordi
     record(storage, L"b");
     EXPECT_TRUE(storage->stop_recording());
     EXPECT_EQ(types_in(), L"a;b;");
+}
+
+// Both are the first process of a namespace.
+TEST_F(storage_fork_test, a_child_with_the_process_id_of_its_parent_does_not_release_the_lock)
+{
+    const auto fork_in_namespace = [this] {
+        begin_pid_namespace();
+        return WEXITSTATUS(status_of_child([this] { return fork_and_lock(); }));
+    };
+    EXPECT_TRUE(has_exited_with(status_of_child(fork_in_namespace), 0));
 }
 
 TEST_F(storage_fork_test, a_child_that_stops_the_recording_stops_only_its_own_part)
@@ -201,6 +219,29 @@ TEST_F(storage_fork_test, a_process_that_goes_to_the_background_loses_nothing)
                                 0));
     has_ended.wait();
     EXPECT_EQ(types_in(), many(L"before", 100) + many(L"behind", 1000));
+}
+
+TEST_F(storage_fork_test, a_child_in_another_directory_records_at_the_relative_path_of_its_parent)
+{
+    std::filesystem::create_directory(m_folder.name("elsewhere"));
+    const with_current_directory directory(m_folder.name("."));
+    const signal_t has_ended;
+    status_of_child([&] {
+        const storage_ptr storage = messages_storage_t::get(basekit2::path_t(L"log.xml"));
+        storage->start_recording();
+        record(storage, L"a");
+        if (fork() == 0) {
+            EXPECT_EQ(chdir("elsewhere"), 0);
+            record(storage, L"b");
+            storage->stop_recording();
+            has_ended.give();
+            _exit(0);
+        }
+        return 0;
+    });
+    has_ended.wait();
+    EXPECT_EQ(types_in(), L"a;b;");
+    EXPECT_FALSE(m_folder.has("elsewhere/log.xml"));
 }
 
 TEST_F(storage_fork_test, a_child_goes_on_where_its_killed_parent_was_at_the_fork)
@@ -408,4 +449,127 @@ TEST_F(storage_fork_test, a_child_reads_and_delivers_as_its_parent_does)
     EXPECT_TRUE(
         has_exited_with(status_of_child([&] { return replay(storage) == L"a;b;" ? 0 : 1; }), 0));
     EXPECT_EQ(replay(storage), L"a;b;");
+}
+
+TEST_F(storage_fork_test, a_child_whose_start_is_refused_does_not_try_with_each_message)
+{
+    const storage_ptr storage = get();
+    ASSERT_TRUE(storage->start_recording());
+    const signal_t is_refused;
+    const pid_t child = fork();
+    if (child == 0) {
+        is_refused.wait();
+        int calls = 0;
+        const with_faults count([&](const std::string& /*call*/, int /*descriptor*/) {
+            ++calls;
+            return 0;
+        });
+        record_many(storage, L"b", 1000);
+        _exit(calls > 0 && calls < 1000 ? 0 : 1);
+    }
+    storage->stop_recording();
+    record_all(L"c");
+    m_folder.write("log.xml.tmp", foreign_log({"d"}));
+    is_refused.give();
+    int status = -1;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_TRUE(has_exited_with(status, 0));
+}
+
+// ---- a process that forks while other threads use storages
+
+TEST_F(storage_fork_test, all_that_was_recorded_is_written_though_another_thread_uses_the_storage)
+{
+    const storage_ptr storage = get();
+    ASSERT_TRUE(storage->start_recording());
+    std::atomic<bool> is_over{false};
+    const message_ptr unflagged = make_flagged(L"dropped", 0);
+    std::thread other = repeat_until(is_over, [&] { storage->on_message(nullptr, unflagged); });
+    for (int i = 0; i < 200; ++i) {
+        record(storage, std::to_wstring(i));
+        const std::string last = "<type>" + std::to_string(i) + "<";
+        EXPECT_TRUE(has_exited_with(
+            status_of_child(
+                [&] { return m_folder.read("log.xml").find(last) != std::string::npos ? 0 : 1; }),
+            0));
+    }
+    is_over = true;
+    other.join();
+}
+
+TEST_F(storage_fork_test, a_child_records_though_another_thread_recorded_at_the_fork)
+{
+    const storage_ptr storage = get();
+    ASSERT_TRUE(storage->start_recording());
+    std::atomic<bool> is_over{false};
+    std::thread other = repeat_until(is_over, [&] { record(storage, L"parent"); });
+    for (int i = 0; i < 50; ++i)
+        EXPECT_TRUE(has_exited_with(status_of_child([&] {
+                                        alarm(60);
+                                        record(storage, L"child");
+                                        get("other.xml");
+                                        return 0;
+                                    }),
+                                    0));
+    is_over = true;
+    other.join();
+}
+
+TEST_F(storage_fork_test, a_child_gets_a_storage_though_another_thread_got_one_at_the_fork)
+{
+    std::atomic<bool> is_over{false};
+    std::thread other = repeat_until(is_over, [&] { get("other.xml"); });
+    for (int i = 0; i < 200; ++i)
+        EXPECT_TRUE(has_exited_with(status_of_child([&] {
+                                        alarm(60);
+                                        return get() ? 0 : 1;
+                                    }),
+                                    0));
+    is_over = true;
+    other.join();
+}
+
+TEST_F(storage_fork_test,
+       children_do_not_keep_a_log_that_another_thread_started_or_closed_at_the_fork)
+{
+    std::atomic<bool> is_over{false};
+    std::thread other = repeat_until(is_over, [&] { get()->start_recording(); });
+    std::vector<pid_t> children;
+    for (int i = 0; i < 200; ++i) {
+        children.push_back(fork());
+        if (children.back() == 0) {
+            alarm(60);
+            pause();
+        }
+    }
+    is_over = true;
+    other.join();
+    // The last child can still be about to close the log.
+    bool is_free = false;
+    for (int i = 0; i < 100 && !is_free; ++i) {
+        is_free = get()->start_recording();
+        std::this_thread::sleep_for(std::chrono::milliseconds(is_free ? 0 : 10));
+    }
+    EXPECT_TRUE(is_free);
+    for (const pid_t child : children) {
+        kill(child, SIGKILL);
+        waitpid(child, nullptr, 0);
+    }
+}
+
+TEST_F(storage_fork_test, a_fork_of_a_child_waits_a_second_for_all_its_storages_together)
+{
+    std::vector<storage_ptr> storages;
+    for (const char* const leaf : {"1.xml", "2.xml", "3.xml"}) {
+        storages.push_back(get(leaf));
+        ASSERT_TRUE(storages.back()->start_recording());
+    }
+    const auto fork_with_messages = [&] {
+        for (const storage_ptr& storage : storages)
+            record(storage, L"b");
+        const auto begin = std::chrono::steady_clock::now();
+        status_of_child([] { return 0; });
+        return std::chrono::steady_clock::now() - begin < std::chrono::seconds(2) ? 0 : 1;
+    };
+    EXPECT_TRUE(has_exited_with(status_of_child(fork_with_messages), 0));
 }

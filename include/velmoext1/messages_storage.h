@@ -14,8 +14,8 @@
 namespace velmoext_1_4_8
 {
 
-class fork_handlers_t;
 class messages_storage_impl_t;
+class storage_registry_t;
 
 /// A handler that records the messages passing it into an XML log file, and later replays that file
 /// into an extension object. It never consumes a message, and lets progress messages pass
@@ -24,7 +24,8 @@ class messages_storage_impl_t;
 /// The process has at most one storage per path; callers and handler stacks share it, and it lives
 /// as long as one of them holds it. A recording that is on then is closed as by stop_recording().
 /// A child of fork() buffers its messages, 16 MiB at most, while its parent records; then it
-/// continues as after a start. docs/log_format.md has the details.
+/// continues as after a start. A child of vfork(), and a child of a process that replays in another
+/// thread, must not use the storage. docs/log_format.md has the details.
 /// Any thread may call any operation: they take turns, also while a recording starts on a long log
 /// or a replay runs. So no handler that a replay reaches may call the storage that is replaying,
 /// and the storage must not sit on the stack that it replays into: such a call never returns.
@@ -60,16 +61,15 @@ public:
     ///
     /// Returns true if recording is on, also if it was on before. Returns false, with the storage
     /// idle and log and copy unchanged, if
-    /// - the path is not a regular file that can be read and written, or another recorder has it
-    ///   locked;
+    /// - the path is not a regular file that can be read and written;
+    /// - another recorder or program has the log locked;
     /// - something in the log exceeds a limit (SECURITY.md), or its encoding is not known;
-    /// - the file at the copy's path is not a regular file of this process's user, is the log
-    /// itself
-    ///   or a log that is being recorded, or the log has messages that a left copy lacks;
+    /// - the file at the copy's path is not a regular file of this process's user;
+    /// - that file is the log itself, or a log that is being recorded;
+    /// - the log has messages that a left copy lacks;
     /// - the log has to be rewritten and no copy of it can be created;
     /// - no descriptor is free, or libxml2 runs out of memory. The storage may then count as
-    /// recording,
-    ///   with every message dropped, until stop_recording() makes it idle.
+    ///   recording, and drop every message, until stop_recording().
     /// Returns false, with the storage idle and the copy left for a later start, if
     /// - not all old messages could be written, as on a full disk or without memory;
     /// - the copy cannot be removed.
@@ -78,8 +78,8 @@ public:
     virtual bool start_recording();
 
     /// Closes the log. Always true, also where no recording is on or the file refused a part of it.
-    /// In a child of fork() that has something to write, waits up to a second for its parent to
-    /// end.
+    /// In a child of fork() that has something to write, waits a second at most for its parent to
+    /// stop or end, and drops its messages then.
     virtual bool stop_recording();
 
     /// Allows replay(). False, with replay not allowed, where the path is no regular file that can
@@ -113,7 +113,7 @@ protected:
     explicit messages_storage_t(const basekit2::path_t& path);
 
 private:
-    friend class fork_handlers_t;
+    friend class storage_registry_t;
 
     boost::shared_ptr<messages_storage_impl_t> m_impl; ///< what it points to is guarded by m_mutex
     boost::mutex m_mutex;

@@ -12,6 +12,7 @@
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace velmoext_1_4_8
 {
@@ -25,11 +26,11 @@ bool is_something_else(const std::string& name)
     return stat(name.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
 }
 
-bool leads_to(const std::string& name, int descriptor)
+bool leads_to(const char* name, int descriptor)
 {
     struct stat named = {};
     struct stat opened = {};
-    return stat(name.c_str(), &named) == 0 && fstat(descriptor, &opened) == 0 &&
+    return stat(name, &named) == 0 && fstat(descriptor, &opened) == 0 &&
            named.st_dev == opened.st_dev && named.st_ino == opened.st_ino;
 }
 
@@ -94,18 +95,24 @@ void file_descriptor_t::close()
 {
     if (m_descriptor == -1)
         return;
-    // A child that was forked meanwhile shares the lock: it must not take it away, nor keep it if
-    // it has not come to its exec yet.
+    // A child that was created meanwhile shares the lock: it must not release it, and it must not
+    // keep it until its exec either.
     if (is_of_this_process()) {
         remove_if_created();
         flock(m_descriptor, LOCK_UN);
     }
-    ::close(m_descriptor);
-    m_descriptor = -1;
+    close_in_child();
 }
 
-// By the name that the system knows: that of the path may be a link. Without memory, because a
-// destructor calls it.
+void file_descriptor_t::close_in_child()
+{
+    const int descriptor = std::exchange(m_descriptor, -1);
+    if (descriptor != -1)
+        ::close(descriptor);
+}
+
+// By the name that the system knows: that of the path may be a link. By now another file can have
+// that name. Allocates nothing, because a destructor calls it.
 void file_descriptor_t::remove_if_created() const
 {
     std::array<char, 32> link = {};
@@ -113,7 +120,8 @@ void file_descriptor_t::remove_if_created() const
     if (!m_is_created || size() != 0)
         return;
     std::snprintf(link.data(), link.size(), "/proc/self/fd/%d", m_descriptor);
-    if (readlink(link.data(), name.data(), name.size() - 1) != -1)
+    if (readlink(link.data(), name.data(), name.size() - 1) != -1 &&
+        leads_to(name.data(), m_descriptor))
         unlink(name.data());
 }
 
@@ -138,7 +146,7 @@ bool file_descriptor_t::share(const basekit2::path_t& path)
 
 bool file_descriptor_t::is_named(const basekit2::path_t& path) const
 {
-    return leads_to(ROVA_2_18::strings::utf16_to_utf8(path.as_string(false)), m_descriptor);
+    return leads_to(ROVA_2_18::strings::utf16_to_utf8(path.as_string(false)).c_str(), m_descriptor);
 }
 
 std::int64_t file_descriptor_t::size() const

@@ -29,6 +29,9 @@ public:
     bool open(bool is_reading, const basekit2::path_t& path);
     /// Harmless when nothing is open.
     void close();
+    /// The same in a child of fork(), which shares the lock with its parent: keeps the lock and an
+    /// empty file.
+    void close_in_child();
     /// The system's descriptor, -1 when nothing is open.
     int get() const { return m_descriptor; }
 

@@ -1,42 +1,27 @@
 #include <velmoext1/messages_storage.h>
 
-#include "storage/fork_handlers.h"
 #include "storage/messages_storage_impl.h"
+#include "storage/storage_registry.h"
 
 #include <boost/make_shared.hpp>
-#include <boost/weak_ptr.hpp>
-
-#include <map>
 
 namespace velmoext_1_4_8
 {
 
 boost::shared_ptr<messages_storage_t> messages_storage_t::get(const basekit2::path_t& path)
 {
-    static boost::mutex storages_mutex;
-    static std::map<basekit2::path_t, boost::weak_ptr<messages_storage_t>> active_storages;
-
-    const boost::mutex::scoped_lock lock(storages_mutex);
-    const auto found = active_storages.find(path);
-    if (found != active_storages.end()) {
-        if (auto storage = found->second.lock())
-            return storage;
-        active_storages.erase(found);
-    }
-    boost::shared_ptr<messages_storage_t> storage(new messages_storage_t(path));
-    active_storages.emplace(path, storage);
-    return storage;
+    return storage_registry_t::get(path);
 }
 
 messages_storage_t::messages_storage_t(const basekit2::path_t& path)
     : m_impl(boost::make_shared<messages_storage_impl_t>(path))
 {
-    fork_handlers_t::add(*this);
+    storage_registry_t::add(*this);
 }
 
 messages_storage_t::~messages_storage_t()
 {
-    fork_handlers_t::remove(*this);
+    storage_registry_t::close(*this);
 }
 
 bool messages_storage_t::on_message(boost::shared_ptr<velmo_ex_t> ex,

@@ -9,11 +9,13 @@
 #include <basekit2/file.h>
 #include <rova/strings.h>
 
-#include <chrono>
+#include <cstdlib>
+#include <memory>
 #include <new>
 #include <string>
 #include <string_view>
 #include <thread>
+#include <unistd.h>
 #include <utility>
 
 namespace velmoext_1_4_8
@@ -22,12 +24,17 @@ namespace
 {
 
 using ROVA_2_18::strings::utf16_to_utf8;
+using ROVA_2_18::strings::utf8_to_utf16;
+using std::chrono::steady_clock;
 
 // The flags of a message that is worth recording.
 const int recorded_flags = 3;
 
-constexpr std::chrono::milliseconds child_wait(1000);
-constexpr std::chrono::milliseconds child_pause(1);
+constexpr std::chrono::seconds max_stop_delay(1);
+constexpr std::chrono::milliseconds retry_pause(1);
+// The pause between two tries of a child to begin, as a multiple of the time of a try: one that
+// fails late has read the whole log.
+const int pause_factor = 9;
 
 // A child whose parent records for long must not fill the memory.
 const std::size_t max_held = 16777216;
@@ -37,7 +44,32 @@ std::string utf8_name(const basekit2::path_t& path)
     return utf16_to_utf8(path.as_string(false));
 }
 
-// libxml2 prints the failure of a write, so it hears of none; the descriptor remembers it.
+/// Sets a flag while in scope.
+class flag_scope_t
+{
+public:
+    explicit flag_scope_t(std::atomic<bool>& flag) : m_flag(flag) { m_flag = true; }
+    flag_scope_t(const flag_scope_t&) = delete;
+    flag_scope_t& operator=(const flag_scope_t&) = delete;
+    ~flag_scope_t() { m_flag = false; }
+
+private:
+    std::atomic<bool>& m_flag;
+};
+
+// Empty if the directory was removed.
+std::string current_directory()
+{
+    const std::unique_ptr<char, decltype(&std::free)> name(getcwd(nullptr, 0), &std::free);
+    return name ? name.get() : std::string();
+}
+
+bool is_absolute(const basekit2::path_t& path)
+{
+    return path.as_string(true).compare(0, 1, L"/") == 0;
+}
+
+// libxml2 prints a failed write, so none is reported to it: the descriptor remembers the failure.
 int write_to_output(void* output, const char* bytes, int count)
 {
     static_cast<log_output_t*>(output)->write(bytes, static_cast<std::size_t>(count));
@@ -82,7 +114,7 @@ bool messages_storage_impl_t::on_message(boost::shared_ptr<velmo_ex_t> /*ex*/,
         write(std::move(msg));
     } else if (m_is_held) {
         hold(*msg);
-        try_to_write_held();
+        try_to_write_held_at_intervals();
     }
     return false;
 }
@@ -95,7 +127,7 @@ bool messages_storage_impl_t::start_recording()
 bool messages_storage_impl_t::stop_recording()
 {
     if (m_is_held) {
-        wait_to_write_held();
+        wait_to_write_held(steady_clock::now() + max_stop_delay);
         m_is_held = false;
         m_held.clear();
     }
@@ -121,6 +153,7 @@ bool messages_storage_impl_t::replay(boost::shared_ptr<velmo_ex_t> ex)
         return false;
     m_replay_reader.set_callback(
         [&ex](const boost::shared_ptr<message_t>& msg) { ex->dispatch_message(msg); });
+    const flag_scope_t scope(m_is_replaying);
     return m_replay_reader.parse();
 }
 
@@ -132,6 +165,10 @@ void messages_storage_impl_t::stop_reading()
 bool messages_storage_impl_t::start()
 {
     try {
+        if (!m_is_held) {
+            m_log_path = m_path;
+            m_directory = current_directory();
+        }
         return begin_recording();
     } catch (...) {
         abandon_log();
@@ -141,9 +178,9 @@ bool messages_storage_impl_t::start()
 
 bool messages_storage_impl_t::begin_recording()
 {
-    log_copy_t copy(m_path);
+    log_copy_t copy(m_log_path);
     // Checked before the log is opened, which can create it, and again under the log's lock.
-    if (copy.state() == log_copy_t::state_t::not_ours || !m_write_file.open(false, m_path))
+    if (copy.state() == log_copy_t::state_t::not_ours || !m_write_file.open(false, m_log_path))
         return false;
     const log_copy_t::state_t state = copy.state();
     if (state == log_copy_t::state_t::not_ours || m_write_file.is_named(copy.path())) {
@@ -203,7 +240,7 @@ bool messages_storage_impl_t::write(boost::shared_ptr<message_t> msg)
 bool messages_storage_impl_t::carry_over(log_copy_t& copy)
 {
     const bool is_copy_left = copy.is_open();
-    if (!m_output.begin_comparison(m_path) ||
+    if (!m_output.begin_comparison(m_log_path) ||
         !write_messages_of(is_copy_left ? copy.file() : m_output.log()))
         return abandon_log();
     if (is_copy_left)
@@ -253,7 +290,7 @@ bool messages_storage_impl_t::write_messages_of(const file_descriptor_t& old_log
     bool is_written = true;
     initialize_xml_library();
     const xml_error_scope_t errors;
-    log_file_reader reader(utf8_name(m_path));
+    log_file_reader reader(utf8_name(m_log_path));
     // After the first difference of a comparison, the rest is only checked for limits and errors.
     reader.set_callback([&](boost::shared_ptr<message_t> msg) {
         if (m_output.is_in_log())
@@ -280,10 +317,10 @@ bool messages_storage_impl_t::abandon_log()
     return false;
 }
 
-void messages_storage_impl_t::before_fork()
+void messages_storage_impl_t::before_fork(steady_clock::time_point end)
 {
     if (m_is_held)
-        wait_to_write_held();
+        wait_to_write_held(end);
     if (!m_writer)
         return;
     initialize_xml_library();
@@ -296,9 +333,25 @@ void messages_storage_impl_t::after_fork_in_child()
 {
     // Without a lock the end of the parent's recording cannot be detected.
     m_is_held = m_is_held || (m_write_file.get() != -1 && m_write_file.is_locked());
-    m_write_file.close();
+    m_write_file.close_in_child();
     m_writer.reset();
     m_held.clear(); // the parent's own
+    m_next_try = steady_clock::time_point();
+    if (m_is_held && !is_absolute(m_log_path) && !m_directory.empty())
+        make_log_path_absolute();
+}
+
+// A child that goes to the background changes its directory. Without memory, the path stays
+// relative.
+void messages_storage_impl_t::make_log_path_absolute() noexcept
+{
+    try {
+        basekit2::path_t path(utf8_to_utf16(m_directory));
+        path.append(m_log_path);
+        m_log_path.assign(path);
+    } catch (const std::bad_alloc&) {
+        return;
+    }
 }
 
 void messages_storage_impl_t::hold(const message_t& msg)
@@ -326,13 +379,26 @@ bool messages_storage_impl_t::try_to_write_held()
     return true;
 }
 
+void messages_storage_impl_t::try_to_write_held_at_intervals()
+{
+    const steady_clock::time_point begin = steady_clock::now();
+    if (begin < m_next_try)
+        return;
+    try {
+        try_to_write_held();
+    } catch (const std::bad_alloc&) {
+        // The message is buffered, as after any try that fails.
+    }
+    const steady_clock::time_point end = steady_clock::now();
+    m_next_try = end + pause_factor * (end - begin);
+}
+
 // A parent that forks to go to the background may end only after its child has recorded and
 // stopped.
-void messages_storage_impl_t::wait_to_write_held()
+void messages_storage_impl_t::wait_to_write_held(steady_clock::time_point end)
 {
-    const auto end = std::chrono::steady_clock::now() + child_wait;
-    while (!m_held.empty() && !try_to_write_held() && std::chrono::steady_clock::now() < end)
-        std::this_thread::sleep_for(child_pause);
+    while (!m_held.empty() && !try_to_write_held() && steady_clock::now() < end)
+        std::this_thread::sleep_for(retry_pause);
 }
 
 } // namespace velmoext_1_4_8

@@ -13,6 +13,8 @@
 
 #include <boost/shared_ptr.hpp>
 
+#include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <string>
 
@@ -35,13 +37,17 @@ public:
     bool replay(boost::shared_ptr<velmo_ex_t> ex);
     void stop_reading();
 
-    /// Writes all that was recorded. Called before a fork() of the process.
-    void before_fork();
+    /// Whether a replay is delivering. Any thread may call this at any time.
+    bool is_replaying() const { return m_is_replaying; }
+
+    /// Writes all that was recorded. Called before a fork() of the process. A child that has
+    /// buffered messages waits for its parent until then.
+    void before_fork(std::chrono::steady_clock::time_point end);
     /// Buffers messages from now on, until the parent's recording has ended. Called in the child of
     /// a fork().
     void after_fork_in_child();
     /// Closes the log in a child if a thread of the parent was in a call of this at the fork.
-    void close_log() { m_write_file.close(); }
+    void close_in_child() { m_write_file.close_in_child(); }
 
 private:
     bool start();
@@ -57,9 +63,13 @@ private:
     bool abandon_log();
     void hold(const message_t& msg);
     bool try_to_write_held();
-    void wait_to_write_held();
+    void try_to_write_held_at_intervals();
+    void wait_to_write_held(std::chrono::steady_clock::time_point end);
+    void make_log_path_absolute() noexcept;
 
     basekit2::path_t m_path;
+    basekit2::path_t m_log_path; ///< of the recording: m_path, absolute in a child
+    std::string m_directory;     ///< the current one when the recording was started
     file_descriptor_t m_write_file;
     file_descriptor_t m_read_file; ///< only tells that reading was started
     log_output_t m_output;         ///< into m_write_file
@@ -67,6 +77,8 @@ private:
     bool m_has_messages = false;   ///< whether one was written since recording was started
     bool m_is_held = false;        ///< whether this is a child, and recording is on in its parent
     std::string m_held;            ///< elements that the child has recorded
+    std::chrono::steady_clock::time_point m_next_try; ///< of the child to begin to record
+    std::atomic<bool> m_is_replaying{false};
     log_file_reader m_replay_reader;
 };
 
