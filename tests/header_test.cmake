@@ -5,10 +5,14 @@ set(headers
   velmoext1/config_reader.h
   velmoext1/export.h
   velmoext1/extended_message.h
+  velmoext1/handlers.h
   velmoext1/message.h
+  velmoext1/message_builder.h
   velmoext1/messages_storage.h
   velmoext1/progress_message.h
+  velmoext1/readable_text.h
   velmoext1/string_message_serializer.h
+  velmoext1/testing.h
   velmoext1/velmo_adapter.h
   velmoext1/velmo_ex.h
   velmoext1/velmoext1.h
@@ -53,4 +57,4 @@ foreach(header ${headers})
 endforeach()
 add_library(header_test OBJECT ${sources})
 velmoext1_target_defaults(header_test)
-target_link_libraries(header_test PRIVATE velmoext1::velmoext1 velmoext1::setbook2)
+target_link_libraries(header_test PRIVATE velmoext1::velmoext1 velmoext1::setbook2 GTest::gmock)
