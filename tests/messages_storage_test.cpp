@@ -27,6 +27,18 @@ protected:
     std::string log() const { return m_folder.read("log.xml"); }
     bool has_copy() const { return m_folder.has("log.xml.tmp"); }
 
+    // The descriptors of this process that are open on the log.
+    std::vector<int> descriptors_of_log() const
+    {
+        std::vector<int> descriptors;
+        for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+            std::error_code is_gone;
+            if (std::filesystem::read_symlink(entry.path(), is_gone) == m_folder.name("log.xml"))
+                descriptors.push_back(std::stoi(entry.path().filename()));
+        }
+        return descriptors;
+    }
+
     std::vector<message_ptr> replay_all() const
     {
         m_folder.write("copy to read", log());
@@ -282,16 +294,9 @@ TEST_F(messages_storage_test, a_recorder_cannot_read_through_its_descriptor)
     record_all(L"a");
     const storage_ptr storage = get();
     ASSERT_TRUE(storage->start_recording());
-    int found = 0;
-    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
-        std::error_code is_gone;
-        if (std::filesystem::read_symlink(entry.path(), is_gone) != m_folder.name("log.xml"))
-            continue;
-        ++found;
-        const int descriptor = std::stoi(entry.path().filename());
-        EXPECT_EQ(fcntl(descriptor, F_GETFL) & O_ACCMODE, O_WRONLY);
-    }
-    EXPECT_EQ(found, 1);
+    const std::vector<int> descriptors = descriptors_of_log();
+    ASSERT_EQ(descriptors.size(), 1U);
+    EXPECT_EQ(fcntl(descriptors.front(), F_GETFL) & O_ACCMODE, O_WRONLY);
 }
 
 TEST_F(messages_storage_test, a_reader_that_closes_the_log_leaves_the_lock_in_place)
@@ -380,6 +385,7 @@ TEST_F(messages_storage_test, a_log_with_a_lease_is_waited_for)
     EXPECT_EQ(waitpid(holder, &status, 0), holder);
     close(has_lease[0]);
     close(has_lease[1]);
+    EXPECT_TRUE(descriptors_of_log().empty());
     EXPECT_EQ(types_in(), L"a;b;");
 }
 
