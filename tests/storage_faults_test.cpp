@@ -9,9 +9,12 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
+#include <fcntl.h>
 #include <functional>
 #include <map>
 #include <string>
+#include <sys/stat.h>
+#include <unistd.h>
 #include <utility>
 #include <vector>
 
@@ -352,6 +355,52 @@ TEST_F(storage_faults_test, a_log_that_is_replaced_while_it_is_locked_is_left_al
         EXPECT_FALSE(get()->start_recording());
     }
     EXPECT_EQ(m_folder.read("log.xml"), "other");
+}
+
+// In a child, so that a call that waits for the other end of the fifo is ended. EWOULDBLOCK is the
+// error of a log with a lease.
+TEST_F(storage_faults_test, a_log_that_becomes_a_fifo_as_it_is_opened_is_refused_at_once)
+{
+    const std::string fifo = m_folder.name("fifo");
+    const auto starts = [&](bool is_reading, int error) {
+        alarm(10);
+        const with_faults faults([&](const std::string& call, int) {
+            if (call != "open" || !m_folder.has("fifo"))
+                return 0;
+            std::filesystem::rename(fifo, m_folder.name("log.xml"));
+            return error;
+        });
+        return is_reading ? get()->start_reading() : get()->start_recording();
+    };
+    for (const bool is_reading : {true, false})
+        for (const bool has_reader : {true, false})
+            for (const int error : {0, EWOULDBLOCK}) {
+                std::filesystem::remove(m_folder.name("log.xml"));
+                m_folder.write("log.xml", empty_log);
+                ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+                const int reader =
+                    has_reader ? open(fifo.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC) : -1;
+                const int status = status_of_child([&] { return starts(is_reading, error); });
+                EXPECT_TRUE(has_exited_with(status, 0)) << is_reading << has_reader << error;
+                EXPECT_FALSE(m_folder.has("fifo"));
+                close(reader);
+            }
+}
+
+TEST_F(storage_faults_test, a_log_that_vanishes_while_it_has_a_lease_is_created_again)
+{
+    make_old_log();
+    {
+        const with_faults faults([&](const std::string& call, int) {
+            return call == "open" && std::filesystem::remove(m_folder.name("log.xml")) ? EWOULDBLOCK
+                                                                                       : 0;
+        });
+        const storage_ptr storage = get();
+        EXPECT_TRUE(storage->start_recording());
+        record(storage, L"a");
+        EXPECT_TRUE(storage->stop_recording());
+    }
+    EXPECT_EQ(types_in(), L"a;");
 }
 
 TEST_F(storage_faults_test, a_log_that_is_replaced_by_a_folder_cannot_be_recorded_again)
