@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <fcntl.h>
 #include <functional>
 #include <string>
 #include <sys/file.h>
@@ -325,6 +326,17 @@ TEST_F(storage_copy_test, a_copy_that_cannot_be_read_in_full_is_left_alone_and_n
     EXPECT_TRUE(m_folder.has("target.xml")) << "an empty log that was there stays";
 }
 
+TEST_F(storage_copy_test, an_empty_log_that_appears_after_a_refused_start_stays)
+{
+    const storage_ptr storage = get("folder/log.xml");
+    EXPECT_FALSE(storage->start_recording()) << "no log can be created without the folder";
+    std::filesystem::create_directory(m_folder.name("folder"));
+    write_all({{"folder/log.xml", ""},
+               {"folder/log.xml.tmp", "<?xml version='1.0' encoding='none'?><log/>"}});
+    EXPECT_FALSE(storage->start_recording());
+    EXPECT_TRUE(m_folder.has("folder/log.xml"));
+}
+
 // ---- what is in the place of the copy
 
 TEST_F(storage_copy_test, a_log_that_somebody_records_is_no_copy)
@@ -357,6 +369,18 @@ TEST_F(storage_copy_test, nobody_records_into_a_copy_while_it_is_carried_over)
     }
     EXPECT_EQ(refused, 1);
     EXPECT_EQ(types_in(), L"a;b;");
+}
+
+// Two starts can look at a copy at once: neither may take the other for a recorder.
+TEST_F(storage_copy_test, a_copy_that_others_have_locked_to_read_is_carried_over)
+{
+    m_folder.write("log.xml.tmp", foreign_log({"a"}));
+    const int reader = open(m_folder.name("log.xml.tmp").c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(flock(reader, LOCK_SH), 0);
+    record_all(L"b");
+    close(reader);
+    EXPECT_EQ(types_in(), L"a;b;");
+    EXPECT_FALSE(has_copy());
 }
 
 TEST_F(storage_copy_test, the_log_itself_in_the_place_of_the_copy_is_left_alone)
