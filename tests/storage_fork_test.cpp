@@ -5,6 +5,7 @@
 #include "system_faults.h"
 
 #include <atomic>
+#include <array>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
@@ -112,12 +113,14 @@ TEST_F(storage_fork_test, a_child_that_lets_go_of_the_storage_leaves_the_recordi
     storage_ptr storage = get();
     ASSERT_TRUE(storage->start_recording());
     record(storage, L"a");
+    const auto begin = std::chrono::steady_clock::now();
     const int status = status_of_child([&] {
         record(storage, L"of the child");
         storage.reset();
         return 0;
     });
     EXPECT_TRUE(has_exited_with(status, 0));
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));
     record(storage, L"b");
     EXPECT_TRUE(storage->stop_recording());
     EXPECT_EQ(types_in(), L"a;b;");
@@ -276,6 +279,42 @@ TEST_F(storage_fork_test, a_child_goes_on_after_what_its_parent_recorded_and_clo
         },
         [](const storage_ptr& storage) { record(storage, L"c"); });
     EXPECT_EQ(types_in(), L"a;parent;b;c;");
+}
+
+TEST_F(storage_fork_test, a_child_writes_before_its_stop_when_its_parent_has_ended)
+{
+    run(record_b, die, [this](const storage_ptr& storage) {
+        record_many(storage, L"child", 1000);
+        std::filesystem::copy_file(m_folder.name("log.xml"), m_folder.name("before the stop"));
+    });
+    const std::wstring types = types_in("before the stop");
+    EXPECT_GT(types.size(), many(L"child", 900).size());
+    EXPECT_EQ(types, (L"a;b;" + many(L"child", 1000)).substr(0, types.size()));
+}
+
+TEST_F(storage_fork_test, a_child_that_stops_waits_for_the_end_of_its_parent)
+{
+    const signal_t child_stops;
+    const signal_t child_has_ended;
+    const auto begin = std::chrono::steady_clock::now();
+    status_of_child([&] {
+        const storage_ptr storage = get();
+        storage->start_recording();
+        record(storage, L"a");
+        if (fork() == 0) {
+            record(storage, L"b");
+            child_stops.give();
+            storage->stop_recording();
+            child_has_ended.give();
+            _exit(0);
+        }
+        child_stops.wait();
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        return raise(SIGKILL);
+    });
+    child_has_ended.wait();
+    EXPECT_EQ(types_in(), L"a;b;");
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
 }
 
 TEST_F(storage_fork_test, a_child_without_messages_leaves_its_parents_log_alone)
