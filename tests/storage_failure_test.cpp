@@ -1,4 +1,5 @@
-// Starts that fail half-way: no memory for libxml2, no descriptor left.
+// Starts that fail half-way: no memory for libxml2, no descriptor left. And the end of a recording
+// on a thread without memory.
 
 #include "failing_allocations.h"
 #include "process_support.h"
@@ -6,7 +7,9 @@
 #include "storage_support.h"
 
 #include <fcntl.h>
+#include <functional>
 #include <sys/resource.h>
+#include <thread>
 #include <unistd.h>
 
 using namespace velmoext_1_4_8;
@@ -48,6 +51,15 @@ public:
 private:
     rlimit m_former = {};
 };
+
+// The first use of libxml2 on a thread needs memory.
+void run_on_thread_without_memory(const std::function<void()>& action)
+{
+    std::thread([&] {
+        const failing_allocations_t none(memory_t::cxx, extent_t::rest, 0);
+        action();
+    }).join();
+}
 
 class storage_failure_test : public storage_test_t
 {
@@ -254,4 +266,46 @@ TEST_F(storage_failure_test, a_storage_that_is_read_over_and_over_leaves_no_desc
     EXPECT_NE(lowest_free_descriptor(), before);
     storage.reset();
     EXPECT_EQ(lowest_free_descriptor(), before);
+}
+
+TEST_F(storage_failure_test, a_stop_that_ran_out_of_memory_can_be_repeated)
+{
+    const storage_ptr storage = get();
+    ASSERT_TRUE(storage->start_recording());
+    record(storage, L"a");
+    bool has_thrown = false;
+    run_on_thread_without_memory([&] {
+        try {
+            storage->stop_recording();
+        } catch (const std::bad_alloc&) {
+            has_thrown = true;
+        }
+    });
+    EXPECT_TRUE(has_thrown);
+    EXPECT_TRUE(storage->stop_recording());
+    EXPECT_EQ(types_in(), L"a;");
+}
+
+TEST_F(storage_failure_test, a_last_owner_without_memory_releases_the_log)
+{
+    storage_ptr storage = get();
+    ASSERT_TRUE(storage->start_recording());
+    record(storage, L"a");
+    run_on_thread_without_memory([&] { storage.reset(); });
+    record_all(L"b");
+    const std::wstring types = types_in();
+    EXPECT_EQ(types.substr(types.size() - 2), L"b;");
+}
+
+TEST_F(storage_failure_test, a_fork_on_a_thread_without_memory_loses_nothing)
+{
+    const storage_ptr storage = get();
+    ASSERT_TRUE(storage->start_recording());
+    record(storage, L"a");
+    int status = -1;
+    run_on_thread_without_memory([&] { status = status_of_child([] { return 0; }); });
+    EXPECT_TRUE(has_exited_with(status, 0));
+    record(storage, L"b");
+    EXPECT_TRUE(storage->stop_recording());
+    EXPECT_EQ(types_in(), L"a;b;");
 }
