@@ -1,5 +1,6 @@
 #include <velmoext1/messages_storage.h>
 
+#include "process_support.h"
 #include "storage_support.h"
 #include "usage.h"
 
@@ -174,6 +175,32 @@ TEST_F(messages_storage_test, no_message_is_consumed)
     EXPECT_FALSE(storage->on_message(ex, make_flagged(L"a")));
     EXPECT_FALSE(storage->on_message(ex, message_ptr()));
     EXPECT_FALSE(storage->on_message(ex, boost::make_shared<progress_message_t>()));
+}
+
+// In a child, so that a call that never returns is ended.
+TEST_F(messages_storage_test, an_argument_that_nobody_else_owns_may_call_the_storage_as_it_ends)
+{
+    record_all(L"a");
+    EXPECT_TRUE(
+        has_exited_with(status_of_child([&] {
+                            alarm(10);
+                            const storage_ptr storage = get();
+                            const message_ptr message = make_flagged(L"b");
+                            int calls = 0;
+                            const auto call = [&](auto*) {
+                                storage->stop_reading();
+                                ++calls;
+                            };
+                            storage->start_recording();
+                            storage->on_message(boost::shared_ptr<velmo_ex_t>(m_ex.get(), call),
+                                                message_ptr(message.get(), call));
+                            storage->stop_recording();
+                            storage->start_reading();
+                            storage->replay(boost::shared_ptr<velmo_ex_t>(m_ex.get(), call));
+                            return calls == 3 ? 0 : 1;
+                        }),
+                        0));
+    EXPECT_EQ(types_in(), L"a;b;");
 }
 
 TEST_F(messages_storage_test, messages_without_a_recording_are_not_kept)
