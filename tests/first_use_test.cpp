@@ -133,3 +133,11 @@ TEST_F(first_use_test, without_memory_the_last_owner_lets_go_of_a_recording_all_
     };
     EXPECT_TRUE(has_exited_with(status_without_memory(let_go, m_start), went_on));
 }
+
+TEST_F(first_use_test, without_memory_a_process_that_records_forks_all_the_same)
+{
+    const auto fork_once = [] {
+        EXPECT_TRUE(has_exited_with(status_of_child([] { return 0; }), 0));
+    };
+    EXPECT_TRUE(has_exited_with(status_without_memory(fork_once, m_start), went_on));
+}
