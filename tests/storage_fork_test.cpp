@@ -612,3 +612,16 @@ TEST_F(storage_fork_test, a_fork_of_a_child_waits_a_second_for_all_its_storages_
     };
     EXPECT_TRUE(has_exited_with(status_of_child(fork_with_messages), 0));
 }
+TEST_F(storage_fork_test, a_child_does_not_replay_while_its_parent_records)
+{
+    const auto ex = velmo_ex_t::get(velmo_ex_t::generate_id(L"storage_fork_test."), L"");
+    const storage_ptr storage = get();
+    record_all(L"a");
+    ASSERT_TRUE(storage->start_recording());
+    const int status = status_of_child([&] {
+        const bool is_refused = storage->start_reading() && !storage->replay(ex);
+        storage->stop_recording();
+        return is_refused && storage->replay(ex) ? 0 : 1;
+    });
+    EXPECT_TRUE(has_exited_with(status, 0));
+}
