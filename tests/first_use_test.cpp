@@ -109,6 +109,11 @@ TEST_F(first_use_test, without_memory_no_message_is_read)
         threw));
 }
 
+TEST_F(first_use_test, without_memory_no_recording_is_started)
+{
+    EXPECT_TRUE(has_exited_with(status_without_memory(m_start), threw));
+}
+
 TEST_F(first_use_test, without_memory_no_message_is_recorded)
 {
     const message_ptr message = make_flagged(L"t");
