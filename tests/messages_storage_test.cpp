@@ -28,18 +28,6 @@ protected:
     std::string log() const { return m_folder.read("log.xml"); }
     bool has_copy() const { return m_folder.has("log.xml.tmp"); }
 
-    // The descriptors of this process that are open on the log.
-    std::vector<int> descriptors_of_log() const
-    {
-        std::vector<int> descriptors;
-        for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
-            std::error_code is_gone;
-            if (std::filesystem::read_symlink(entry.path(), is_gone) == m_folder.name("log.xml"))
-                descriptors.push_back(std::stoi(entry.path().filename()));
-        }
-        return descriptors;
-    }
-
     std::vector<message_ptr> replay_all() const
     {
         m_folder.write("copy to read", log());

@@ -45,6 +45,8 @@ protected:
     {
         const storage_ptr storage = get(leaf);
         EXPECT_FALSE(storage->start_recording());
+        EXPECT_FALSE(storage->start_recording()) << "the storage counts as recording";
+        EXPECT_TRUE(descriptors_of_log().empty());
         EXPECT_TRUE(storage->stop_recording());
         for (const auto& [name, bytes] : files)
             EXPECT_EQ(m_folder.read(name), bytes) << name;

@@ -285,6 +285,7 @@ TEST_F(storage_faults_test, where_the_copy_cannot_be_opened_it_goes_and_the_log_
         EXPECT_FALSE(storage->start_recording());
     }
     EXPECT_EQ(files(), std::pair(old_log, std::string()));
+    EXPECT_TRUE(descriptors_of_log().empty());
     const storage_ptr other = get("./log.xml");
     EXPECT_TRUE(other->start_recording());
     EXPECT_TRUE(storage->start_recording()) << "it counts as recording until it is stopped";
@@ -293,6 +294,23 @@ TEST_F(storage_faults_test, where_the_copy_cannot_be_opened_it_goes_and_the_log_
     EXPECT_FALSE(storage->start_recording());
     EXPECT_TRUE(other->stop_recording());
     EXPECT_EQ(types_in(), m_old_types);
+}
+
+TEST_F(storage_faults_test, a_start_that_cannot_truncate_the_log_leaves_the_storage_idle)
+{
+    make_old_log();
+    for (const std::string& old_log : {m_folder.read("log.xml"), foreign_old_log()}) {
+        m_folder.write("log.xml", old_log);
+        const storage_ptr storage = get();
+        {
+            const with_faults faults(
+                [](const std::string& call, int) { return call == "ftruncate" ? EIO : 0; });
+            EXPECT_FALSE(storage->start_recording());
+            EXPECT_FALSE(storage->start_recording()) << "the storage counts as recording";
+        }
+        EXPECT_EQ(files(), std::pair(old_log, std::string()));
+        EXPECT_TRUE(descriptors_of_log().empty());
+    }
 }
 
 TEST_F(storage_faults_test, where_the_copy_cannot_be_removed_nothing_is_recorded_and_nothing_lost)

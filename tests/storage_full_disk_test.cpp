@@ -118,6 +118,19 @@ TEST_F(storage_full_disk_test, a_log_in_the_written_form_needs_no_room_for_its_o
     EXPECT_EQ(types_in(), numbers(old_messages));
 }
 
+TEST_F(storage_full_disk_test, a_new_log_stays_though_nothing_can_be_written_into_it)
+{
+    {
+        const size_limit_t limit(0);
+        const storage_ptr storage = get();
+        EXPECT_TRUE(storage->start_recording());
+        EXPECT_TRUE(storage->stop_recording());
+    }
+    EXPECT_TRUE(m_folder.has("log.xml"));
+    record_all(L"a");
+    EXPECT_EQ(types_in(), L"a;");
+}
+
 TEST_F(storage_full_disk_test, a_recording_that_the_disk_ends_keeps_all_before_it)
 {
     make_dense_log();

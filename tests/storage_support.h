@@ -7,7 +7,9 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
+#include <system_error>
 #include <vector>
 
 namespace velmoext_1_4_8
@@ -68,6 +70,18 @@ protected:
         for (const wchar_t type : types)
             record(storage, std::wstring(1, type));
         ASSERT_TRUE(storage->stop_recording());
+    }
+
+    /// The descriptors of this process that are open on the log.
+    std::vector<int> descriptors_of_log() const
+    {
+        std::vector<int> descriptors;
+        for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+            std::error_code is_gone;
+            if (std::filesystem::read_symlink(entry.path(), is_gone) == m_folder.name("log.xml"))
+                descriptors.push_back(std::stoi(entry.path().filename()));
+        }
+        return descriptors;
     }
 
     /// The types of the messages that a replay delivers, each followed by a semicolon.
