@@ -512,6 +512,28 @@ TEST_F(storage_copy_test, a_log_that_is_replaced_while_it_is_read_is_not_lost)
     }
 }
 
+TEST_F(storage_copy_test, a_start_whose_log_is_replaced_leaves_the_storage_idle)
+{
+    write_all({{"log.xml", foreign_log({"a"})}, {"new.xml", foreign_log({"b"})}});
+    const storage_ptr storage = get();
+    {
+        const with_faults faults([&](const std::string& call, int) {
+            if (call == "pread" && m_folder.has("new.xml")) {
+                std::filesystem::rename(m_folder.name("log.xml"), m_folder.name("log.1"));
+                std::filesystem::rename(m_folder.name("new.xml"), m_folder.name("log.xml"));
+            }
+            return 0;
+        });
+        EXPECT_FALSE(storage->start_recording());
+    }
+    EXPECT_FALSE(has_copy());
+    EXPECT_TRUE(storage->start_recording());
+    record(storage, L"c");
+    EXPECT_TRUE(storage->stop_recording());
+    EXPECT_EQ(types_in("log.1"), L"a;");
+    EXPECT_EQ(types_in(), L"b;c;");
+}
+
 // ---- locks
 
 TEST_F(storage_copy_test, a_file_system_without_locks_is_recorded_on_without_them)
