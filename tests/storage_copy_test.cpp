@@ -546,3 +546,20 @@ TEST_F(storage_copy_test, a_file_system_without_locks_is_recorded_on_without_the
         EXPECT_EQ(types_in(), L"a;b;") << error;
     }
 }
+
+TEST_F(storage_copy_test, without_locks_a_child_leaves_the_log_to_its_parent)
+{
+    const with_faults faults(
+        [](const std::string& call, int) { return call == "flock" ? ENOLCK : 0; });
+    const storage_ptr storage = get();
+    ASSERT_TRUE(storage->start_recording());
+    record(storage, L"a");
+    const int status = status_of_child([&] {
+        record(storage, L"of the child");
+        return storage->stop_recording() ? 0 : 1;
+    });
+    EXPECT_TRUE(has_exited_with(status, 0));
+    record(storage, L"c");
+    EXPECT_TRUE(storage->stop_recording());
+    EXPECT_EQ(log(), log_of(message_of("a") + message_of("c")));
+}

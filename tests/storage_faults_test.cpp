@@ -296,6 +296,24 @@ TEST_F(storage_faults_test, where_the_copy_cannot_be_opened_it_goes_and_the_log_
     EXPECT_EQ(types_in(), m_old_types);
 }
 
+// In a child, so that a start that never returns is ended.
+TEST_F(storage_faults_test, where_the_copy_cannot_be_read_it_goes_and_the_log_stays)
+{
+    const std::string old_log = foreign_old_log();
+    m_folder.write("log.xml", old_log);
+    const int status = status_of_child([&] {
+        alarm(10);
+        bool is_copied = false;
+        const with_faults faults([&](const std::string& call, int) {
+            is_copied = is_copied || call == "linkat";
+            return is_copied && call == "pread" ? EIO : 0;
+        });
+        return get()->start_recording() ? 1 : 0;
+    });
+    EXPECT_TRUE(has_exited_with(status, 0));
+    EXPECT_EQ(files(), std::pair(old_log, std::string()));
+}
+
 TEST_F(storage_faults_test, a_start_that_cannot_truncate_the_log_leaves_the_storage_idle)
 {
     make_old_log();

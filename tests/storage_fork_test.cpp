@@ -375,6 +375,31 @@ TEST_F(storage_fork_test, a_grandchild_goes_on_as_a_child_does)
     EXPECT_EQ(types_in(), L"a;b;c;");
 }
 
+TEST_F(storage_fork_test, a_grandchild_that_is_forked_while_all_live_goes_on_too)
+{
+    run(
+        [](const storage_ptr& /*storage*/) {
+            if (fork() != 0)
+                _exit(0);
+        },
+        die, record_b);
+    EXPECT_EQ(types_in(), L"a;b;");
+}
+
+TEST_F(storage_fork_test, a_child_of_a_process_that_has_stopped_records_nothing)
+{
+    const storage_ptr storage = get();
+    ASSERT_TRUE(storage->start_recording());
+    record(storage, L"a");
+    ASSERT_TRUE(storage->stop_recording());
+    const int status = status_of_child([&] {
+        record(storage, L"b");
+        return storage->stop_recording() ? 0 : 1;
+    });
+    EXPECT_TRUE(has_exited_with(status, 0));
+    EXPECT_EQ(types_in(), L"a;");
+}
+
 TEST_F(storage_fork_test, a_child_holds_back_whole_messages_and_not_without_bound)
 {
     const std::wstring big(1048576, L'x');
