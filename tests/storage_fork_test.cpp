@@ -317,6 +317,18 @@ TEST_F(storage_fork_test, a_child_that_stops_waits_for_the_end_of_its_parent)
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
 }
 
+TEST_F(storage_fork_test, a_child_begins_a_log_if_that_of_its_killed_parent_was_removed)
+{
+    run(
+        record_b,
+        [this](const storage_ptr& storage) {
+            std::filesystem::remove(m_folder.name("log.xml"));
+            die(storage);
+        },
+        do_nothing);
+    EXPECT_EQ(m_folder.read("log.xml"), log_of(message_of("b")));
+}
+
 TEST_F(storage_fork_test, a_child_without_messages_leaves_its_parents_log_alone)
 {
     run(
@@ -426,6 +438,23 @@ TEST_F(storage_fork_test, a_child_goes_on_though_no_descriptor_was_free_at_the_f
             setrlimit(RLIMIT_NOFILE, &none);
         });
     EXPECT_EQ(types_in(), L"a;b;");
+}
+
+TEST_F(storage_fork_test, a_child_goes_on_after_a_start_that_lacked_a_descriptor)
+{
+    run(record_b, die, [this](const storage_ptr& storage) {
+        std::filesystem::rename(m_folder.name("log.xml"), m_folder.name("log.xml.tmp"));
+        rlimit former = {};
+        getrlimit(RLIMIT_NOFILE, &former);
+        const int next = dup(STDERR_FILENO);
+        close(next);
+        const rlimit one = {static_cast<rlim_t>(next) + 1, former.rlim_max};
+        setrlimit(RLIMIT_NOFILE, &one);
+        record(storage, L"c"); // opens the log, but not the copy
+        setrlimit(RLIMIT_NOFILE, &former);
+        record(storage, L"d");
+    });
+    EXPECT_EQ(types_in(), L"a;b;c;d;");
 }
 
 TEST_F(storage_fork_test, a_process_made_without_the_handlers_of_fork_writes_nothing)
