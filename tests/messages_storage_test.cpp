@@ -411,6 +411,8 @@ TEST_F(messages_storage_test, a_path_with_a_zero_inside_is_refused)
     EXPECT_FALSE(storage->start_recording());
     EXPECT_FALSE(storage->start_reading());
     EXPECT_FALSE(m_folder.has("log.xml"));
+    record_all(L"a");
+    EXPECT_FALSE(storage->start_reading());
 }
 
 TEST_F(messages_storage_test, an_empty_path_and_a_missing_folder_are_refused)

@@ -344,6 +344,20 @@ TEST_F(storage_copy_test, a_copy_that_cannot_be_read_in_full_is_left_alone_and_n
     EXPECT_TRUE(m_folder.has("target.xml")) << "an empty log that was there stays";
 }
 
+TEST_F(storage_copy_test, text_that_another_program_writes_into_a_created_log_stays)
+{
+    m_folder.write("log.xml.tmp", "<?xml version='1.0' encoding='none'?><log/>");
+    {
+        const with_faults faults([&](const std::string& call, int) {
+            if (call == "pread")
+                m_folder.write("log.xml", "text");
+            return 0;
+        });
+        EXPECT_FALSE(get()->start_recording());
+    }
+    EXPECT_EQ(log(), "text");
+}
+
 TEST_F(storage_copy_test, an_empty_log_that_appears_after_a_refused_start_stays)
 {
     const storage_ptr storage = get("folder/log.xml");

@@ -378,6 +378,24 @@ TEST_F(storage_faults_test, a_log_that_is_replaced_meanwhile_is_left_alone_until
     EXPECT_EQ(types_in(), L"x;y;c;");
 }
 
+TEST_F(storage_faults_test, a_created_log_that_another_recorder_locks_first_stays)
+{
+    const storage_ptr other = get("./log.xml");
+    {
+        bool is_created = false;
+        const with_faults faults([&](const std::string& call, int) {
+            if (call == "flock" && !std::exchange(is_created, true)) {
+                EXPECT_TRUE(other->start_recording());
+            }
+            return 0;
+        });
+        EXPECT_FALSE(get()->start_recording());
+    }
+    record(other, L"a");
+    EXPECT_TRUE(other->stop_recording());
+    EXPECT_EQ(types_in(), L"a;");
+}
+
 TEST_F(storage_faults_test, a_log_that_is_replaced_while_it_is_locked_is_left_alone)
 {
     make_old_log();
