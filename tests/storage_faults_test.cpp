@@ -399,16 +399,19 @@ TEST_F(storage_faults_test, a_created_log_that_another_recorder_locks_first_stay
 TEST_F(storage_faults_test, a_log_that_is_replaced_while_it_is_locked_is_left_alone)
 {
     make_old_log();
-    m_folder.write("other.xml", "other");
-    {
-        const with_faults faults([&](const std::string& call, int) {
-            if (call == "flock" && m_folder.has("other.xml"))
-                std::filesystem::rename(m_folder.name("other.xml"), m_folder.name("log.xml"));
-            return 0;
-        });
-        EXPECT_FALSE(get()->start_recording());
+    for (const std::string& old_log : {m_folder.read("log.xml"), std::string()}) {
+        m_folder.write("log.xml", old_log);
+        m_folder.write("other.xml", "other");
+        {
+            const with_faults faults([&](const std::string& call, int) {
+                if (call == "flock" && m_folder.has("other.xml"))
+                    std::filesystem::rename(m_folder.name("other.xml"), m_folder.name("log.xml"));
+                return 0;
+            });
+            EXPECT_FALSE(get()->start_recording());
+        }
+        EXPECT_EQ(m_folder.read("log.xml"), "other");
     }
-    EXPECT_EQ(m_folder.read("log.xml"), "other");
 }
 
 // In a child, so that a call that waits for the other end of the fifo is ended. EWOULDBLOCK is the
