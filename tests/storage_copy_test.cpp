@@ -386,6 +386,21 @@ TEST_F(storage_copy_test, a_log_that_somebody_records_is_no_copy)
     EXPECT_NE(types_in("log.xml.tmp").find(L";199;"), std::wstring::npos);
 }
 
+TEST_F(storage_copy_test, a_start_is_refused_if_somebody_begins_to_record_at_the_place_of_the_copy)
+{
+    record_all(L"a");
+    const storage_ptr other = get("log.xml.tmp");
+    bool is_recorded = false;
+    const with_faults faults([&](const std::string& call, int) {
+        if (call == "flock" && !std::exchange(is_recorded, true)) {
+            EXPECT_TRUE(other->start_recording());
+        }
+        return 0;
+    });
+    EXPECT_FALSE(get()->start_recording());
+    EXPECT_EQ(log(), log_of(message_of("a")));
+}
+
 TEST_F(storage_copy_test, nobody_records_into_a_copy_while_it_is_carried_over)
 {
     m_folder.write("log.xml", foreign_log({"a"}));
