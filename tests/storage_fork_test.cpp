@@ -5,7 +5,6 @@
 #include "system_faults.h"
 
 #include <atomic>
-#include <array>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
@@ -648,6 +647,35 @@ TEST_F(storage_fork_test,
         kill(child, SIGKILL);
         waitpid(child, nullptr, 0);
     }
+}
+
+TEST_F(storage_fork_test, a_fork_does_not_wait_for_a_long_start_and_its_child_does_not_keep_the_log)
+{
+    record_all(L"a");
+    const signal_t may_end;
+    EXPECT_TRUE(was_killed(status_of_child([&] {
+        std::atomic<bool> is_starting{false};
+        const with_faults slow([&](const std::string& call, int) {
+            if (call == "pread") {
+                is_starting = true;
+                std::this_thread::sleep_for(std::chrono::seconds(60));
+            }
+            return 0;
+        });
+        std::thread([this] { get()->start_recording(); }).detach();
+        while (!is_starting)
+            std::this_thread::yield();
+        const signal_t is_forked;
+        if (fork() == 0) {
+            is_forked.give();
+            may_end.wait();
+            _exit(0);
+        }
+        is_forked.wait();
+        return raise(SIGKILL);
+    })));
+    EXPECT_TRUE(get()->start_recording());
+    may_end.give();
 }
 
 TEST_F(storage_fork_test, a_fork_of_a_child_waits_a_second_for_all_its_storages_together)

@@ -13,16 +13,9 @@ const std::size_t chunk = 16384;
 
 typedef std::array<char, chunk> buffer_t;
 
-// The number of bytes that both have from their beginning on. As a rule it is all of them, and
-// whole blocks are compared faster than bytes.
-std::size_t count_equal(const char* one, const char* other, std::size_t size)
-{
-    const bool is_equal = std::memcmp(one, other, size) == 0;
-    return is_equal ? size
-                    : static_cast<std::size_t>(std::mismatch(one, one + size, other).first - one);
-}
-
-// The same of the bytes and those that are in the file from the offset on.
+// The number of bytes that are in the file from the offset on. Stops at the first chunk that
+// differs: only a caller whose bytes are all there, or that reaches the end of the file, needs the
+// exact number.
 std::size_t count_equal(const file_descriptor_t& file, std::int64_t offset, const char* bytes,
                         std::size_t count)
 {
@@ -31,9 +24,10 @@ std::size_t count_equal(const file_descriptor_t& file, std::int64_t offset, cons
         const std::size_t wanted = std::min(chunk, count - equal);
         const std::size_t size =
             file.read(offset + static_cast<std::int64_t>(equal), read.data(), wanted);
-        const std::size_t same = count_equal(bytes + equal, read.data(), size);
-        equal += same;
-        if (same < wanted)
+        if (std::memcmp(bytes + equal, read.data(), size) != 0)
+            return equal;
+        equal += size;
+        if (size < wanted)
             return equal;
     }
     return count;

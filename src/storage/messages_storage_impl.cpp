@@ -337,7 +337,7 @@ void messages_storage_impl_t::after_fork_in_child()
     m_writer.reset();
     m_held.clear(); // the parent's own
     m_next_try = steady_clock::time_point();
-    if (m_is_held && !is_absolute(m_log_path) && !m_directory.empty())
+    if (m_is_held)
         make_log_path_absolute();
 }
 
@@ -346,6 +346,8 @@ void messages_storage_impl_t::after_fork_in_child()
 void messages_storage_impl_t::make_log_path_absolute() noexcept
 {
     try {
+        if (m_directory.empty() || is_absolute(m_log_path))
+            return;
         basekit2::path_t path(utf8_to_utf16(m_directory));
         path.append(m_log_path);
         m_log_path.assign(path);
