@@ -12,12 +12,12 @@ namespace velmoext_1_4_8
 
 class velmo_ex_t;
 
-/// What a component puts onto an extension object to see the messages that pass there.
+/// Receives the messages of an extension object. Derive from it, or see make_handler().
 ///
-/// A handler runs on the thread that delivers, while the extension object's lock is held: messages
-/// of one object arrive one at a time, those of two objects perhaps at once. So it must not push,
-/// pop or deliver on the object that is calling it: such a call never returns. What it throws
-/// passes out to the one who delivered, and the handlers beneath do not see that message.
+/// A handler is called on the delivering thread, while the extension object is locked. Calls from
+/// one object are serialized; a handler on two objects can be called twice at once. It must not
+/// push, pop or deliver on the calling object: such a call never returns. Its exceptions propagate
+/// to the deliverer, and lower handlers do not receive that message.
 class VELMOEXT1_API base_handler_t
 {
 public:
@@ -26,17 +26,16 @@ public:
     base_handler_t& operator=(const base_handler_t&) = default;
     virtual ~base_handler_t();
 
-    /// Sees the progress of an operation. No delivery calls it: the one who reports progress does,
-    /// on a handler that it knows. True when consumed; by default false.
+    /// Receives the progress of an operation. Is not called by a delivery, but by the component
+    /// that reports progress, on a handler that it knows. Returns whether the message is consumed;
+    /// the default implementation returns false.
     virtual bool on_message(boost::shared_ptr<velmo_ex_t> ex,
                             boost::shared_ptr<progress_message_t> msg);
 
-    /// Sees a message that is delivered through `ex`. Returns true to consume it, false to pass it
-    /// on to the next handler; by default false.
+    /// Receives a message that is delivered to `ex`. Returns true to consume it, or false to pass
+    /// it to the next handler; the default implementation returns false.
     ///
-    /// `ex` is the extension object's own shared pointer: it owns the object, even if the delivery
-    /// was started through a pointer that does not. `msg` is null if the text that arrived is not a
-    /// message.
+    /// `ex` owns the extension object. `msg` is null if the text that arrived is not a message.
     virtual bool on_message(boost::shared_ptr<velmo_ex_t> ex, boost::shared_ptr<message_t> msg);
 };
 

@@ -19,10 +19,9 @@ namespace velmoext_1_4_8
 
 class config_file_t;
 
-/// Finds what is configured for messages: named properties by message type and extension prefix.
+/// Reads configured properties of messages, by message type and prefix.
 ///
-/// The configuration of the messages of one source is the XML file SOURCE.xml of the configuration
-/// directory:
+/// The messages of a source are configured in SOURCE.xml, in the configuration directory:
 ///
 ///     <bag>
 ///       <message_type id="file_large" title_msgid="title.size"/>
@@ -30,46 +29,53 @@ class config_file_t;
 ///       <message_type id="link_loop"><title_msgid>title.link</title_msgid></message_type>
 ///     </bag>
 ///
-/// A property is an attribute of the entry or, where it has none of that name, a child element.
+/// A property is an attribute of the entry. If there is none with its name, it is a child element.
 ///
-/// The process has one reader, as long as somebody holds it; its files and its directory go with
-/// it. So a host holds one while it shows messages: else each title would read its file anew. A
-/// file that was read once is not read again by that reader, whatever becomes of the file.
+/// The process has one reader, which its callers own. It keeps the directory and each file that was
+/// read; both are lost with its last owner. So a host that shows messages keeps a reader: without
+/// it, each title reads its file again, and a directory from set_cfg_dir() is not used. A file that
+/// was read once is not read again by that reader, even if it changes.
+///
+/// Thread safety: any thread may call get() and read_property() at any time. See set_cfg_dir() for
+/// the directory.
 class VELMOEXT1_API config_reader_t
 {
 public:
-    /// The process's reader, a new one where nobody holds one: no file is read yet and no directory
-    /// is set. Any thread may call at any time.
+    /// Returns the reader of the process. Creates one without files and directory if it has no
+    /// owner.
     static boost::shared_ptr<config_reader_t> get();
 
-    /// The copy shares the files that were read so far.
+    /// Creates a reader with the same directory. Shares the files that were read so far.
     config_reader_t(const config_reader_t& other);
     config_reader_t& operator=(const config_reader_t& other);
     virtual ~config_reader_t();
 
-    /// Takes the files of this directory from now on; an empty path stands for the directory that
-    /// the host's `setbook2::IProductLocations` names. It stays set as long as this reader lives.
-    /// Nobody may set it while another thread uses the reader, or copy the reader while another
-    /// thread reads a property.
+    /// Sets the configuration directory. An empty path means that of the host's
+    /// `setbook2::IProductLocations`. The directory is set until the reader is destroyed.
+    ///
+    /// Not synchronized: no other thread may use the reader meanwhile, nor copy it while a property
+    /// is read.
     void set_cfg_dir(const basekit2::path_t& dir);
-    /// What was set; empty where nothing was. See set_cfg_dir() for threads.
+    /// Returns the directory that was set, or an empty path. See set_cfg_dir() for threads.
     basekit2::path_t get_cfg_dir() const;
 
-    /// The property of that name for a message that is sent through an extension object: of the
-    /// first entry in the file's order that has the message's type for its "id", the object's
-    /// prefix for its "prefix" and a value for the property; where none has, or the object's prefix
-    /// is empty, of the first with the message's type and a value, whatever its prefix. All are
-    /// compared exactly. Neither object may be null.
+    /// Returns the property of that name, for a message of an extension object. Neither pointer may
+    /// be null.
     ///
-    /// Empty where nothing is configured: no such entry, an empty type, no directory, no file, or
-    /// none that can be read as XML. A file that could not be read is tried again at the next call.
-    /// The source is joined to the directory as it is spelled: where sources come from strangers it
-    /// is the host's business that "../x" leads nowhere it should not, and that not every spelling
-    /// of one file ("./x", "././x") is read and kept again.
+    /// Uses the first entry in the file whose "id" is the message's type, whose "prefix" is the
+    /// object's prefix, and which has the property. If there is none, or the object's prefix is
+    /// empty, uses the first entry with that "id" and the property. Texts are compared exactly.
     ///
-    /// Any thread may call at any time; one reads at a time in the process, whatever the reader.
-    /// What is called meanwhile, the host's locations and its assertion handler, must not read
-    /// another property: that call would never return.
+    /// Returns an empty text if there is no such entry, the type is empty, or the directory or the
+    /// file is missing or cannot be read. A file that could not be read is tried again by the next
+    /// call. Throws std::bad_alloc also if libxml2 runs out of memory.
+    ///
+    /// The source is appended to the directory unchanged, so "../x" leads out of it, and "./x" is
+    /// read and kept like another file. A host that gets messages from untrusted senders must check
+    /// their sources.
+    ///
+    /// Calls are serialized in the process. The host's `IProductLocations` and assertion handler,
+    /// which are called meanwhile, must not read a property: that call never returns.
     std::wstring read_property(boost::shared_ptr<velmo_ex_t> velmo_ex,
                                boost::shared_ptr<message_t> message, const std::wstring& name);
 
@@ -85,7 +91,7 @@ private:
 
     files_t m_files;             ///< by their paths; guarded by m_lookup_mutex
     basekit2::path_t m_cfg_dir;  ///< not guarded, see set_cfg_dir()
-    basekit2::path_t m_host_dir; ///< as the host told last; guarded by m_lookup_mutex
+    basekit2::path_t m_host_dir; ///< from the host, last time; guarded by m_lookup_mutex
     files_t m_last_files;        ///< of the directory in use, by sources; guarded by m_lookup_mutex
 
     VELMOEXT1_LOCAL static boost::mutex m_creation_mutex;

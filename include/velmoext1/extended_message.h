@@ -15,49 +15,51 @@
 namespace velmoext_1_4_8
 {
 
-/// A message as the user reads it: with a title and a text in the language of the host's message
-/// catalogs, `setbook2::getMessageCatalog`.
+/// A message with a title and a text in the user's language, from the host's message catalogs
+/// (`setbook2::getMessageCatalog`).
 ///
-/// The text is the catalog's message with the message's type as its id, the title the one whose id
-/// is configured for that type as "title_msgid" (see config_reader_t). The message's arguments fill
-/// the placeholders of their names. The catalog is "PREFIX.SOURCE", of the extension object's
-/// prefix and the message's source; where that gives an empty text it is "SOURCE", and stays so for
-/// this object.
+/// The text has the message's type as its id in the catalog. The id of the title is configured as
+/// the property "title_msgid" of that type, see config_reader_t. The arguments of the message fill
+/// the placeholders with their names.
 ///
-/// Shares the message and the extension object. What is asked for is looked up at the first call:
-/// type, prefix, source, configuration and arguments count as they are then, for the title and the
-/// text each; the source is asked anew for "SOURCE". A copy takes along what was looked up.
-/// Different objects may be used by different threads, one object by one thread at a time.
+/// The catalog is "PREFIX.SOURCE": the prefix of the extension object and the source of the
+/// message. If it gives an empty text, "SOURCE" is used instead, from then on.
+///
+/// Shares the message and the extension object. The first get_title() and the first get_text() read
+/// type, prefix, source, configuration and arguments; later changes have no effect. Only the
+/// catalog "SOURCE" is named after the source at the time of its use.
+///
+/// Thread safety: not synchronized; an object is used by one thread at a time.
 class VELMOEXT1_API extended_message_t
 {
 public:
-    /// Looks nothing up. Neither may be null.
+    /// Stores both pointers, which must not be null.
     extended_message_t(boost::shared_ptr<velmo_ex_t> velmo_ex,
                        boost::shared_ptr<message_t> message);
     extended_message_t(const extended_message_t& other);
     extended_message_t& operator=(const extended_message_t& other);
     ~extended_message_t();
 
-    /// The title, composed anew at each call. Empty where neither catalog has one. Where no
-    /// "title_msgid" is configured it is what the catalogs give for an empty id.
+    /// Returns the title. Returns an empty text if neither catalog has one. If no "title_msgid" is
+    /// configured, uses an empty id.
     std::wstring get_title();
-    /// The text, composed anew at each call. Empty where neither catalog has one.
+    /// Returns the text. Returns an empty text if neither catalog has one; see readable_text().
     std::wstring get_text();
 
-    /// The property configured for the message, as config_reader_t::read_property() gives it.
+    /// Returns a property of the message, as config_reader_t::read_property() does.
     std::wstring get_cfg_prop(const std::wstring& name) const;
-    /// Always empty: nothing gives a property several values.
+    /// Returns an empty vector: no property has several values.
     std::vector<std::wstring> get_cfg_props(const std::wstring& name) const;
 
     boost::shared_ptr<message_t> get_message() const;
 
 protected:
-    /// Look up the title's and the text's catalog, id and arguments, as the first call of
-    /// get_title() or get_text() does. A second call adds the arguments once more.
+    /// Reads the catalog's name, the id and the arguments for the title or the text. A second call
+    /// adds the arguments again.
     void update_title();
     void update_text();
 
-    /// The name of the message's catalog, despite its own: "PREFIX.SOURCE" or "SOURCE".
+    /// Returns the name of the catalog, "PREFIX.SOURCE" or "SOURCE".
     std::wstring generate_filename(bool with_prefix) const;
 
 private:
@@ -66,7 +68,7 @@ private:
         std::wstring catalog;
         std::wstring msgid;
         ROVA_2_18::generic::varg_list arguments;
-        bool is_filled = false; ///< both names can be empty then, too
+        bool is_filled = false; ///< even with both names empty
     };
 
     VELMOEXT1_LOCAL static void append_arguments(catalog_ref_t& ref,

@@ -12,72 +12,78 @@
 namespace velmoext_1_4_8
 {
 
-/// One report of a component: what happened (the type), how grave it is, with which named
-/// arguments, from which source.
+/// One report of a component: a type, a severity, a source and named arguments.
 ///
-/// A plain value: it owns all its texts, and a copy is deep. Messages travel as
-/// `boost::shared_ptr<message_t>`. Nothing is locked: several threads may read one message, but
-/// nobody may read or write it while another thread writes. No text is trimmed, folded or checked.
+/// A value class: it owns its texts, and copies are independent. No text is trimmed, folded or
+/// checked. Messages are passed as `boost::shared_ptr<message_t>`.
+///
+/// Thread safety: not synchronized. Any number of threads may read a message if none modifies it.
 class VELMOEXT1_API message_t
 {
 public:
-    /// How grave a message is; the numbers rise with gravity. Any other 32-bit number is kept as
-    /// it is, but has no form in XML.
+    /// The severity; larger numbers are more severe. Any other 32-bit number is kept unchanged, but
+    /// is not written to XML.
     enum severity_t : std::int32_t
     {
-        none = 0, ///< unset
+        none = 0, ///< not set
         info = 1,
         warning = 2,
         error = 3,
         critical = 4
     };
 
-    /// What a message says beyond its type and severity. Every map is walked in the order of its
-    /// keys' code units, also when it is written as XML.
+    /// The texts of a message besides its type. Maps are ordered by the code units of their keys,
+    /// and written to XML in that order.
     struct message_content_t
     {
         std::map<std::wstring, std::wstring> args;       ///< the named arguments
-        std::map<std::wstring, std::wstring> attributes; ///< facts about the message: its source
-        std::map<std::wstring, std::wstring> elements;   ///< further named texts
-        /// The number that the next argument without a name gets when a message is read from XML;
-        /// counted up at each use, and behind the largest one from the smallest on.
+        std::map<std::wstring, std::wstring> attributes; ///< metadata, such as the source
+        std::map<std::wstring, std::wstring> elements;   ///< additional named texts
+        /// The number of the next argument without a name when a message is read from XML.
+        /// Incremented on each use; wraps to the minimum.
         std::int32_t next_arg_number = 1;
     };
 
-    /// An empty() message.
+    /// Creates an empty() message.
     message_t();
     message_t(const message_t& other);
-    /// Copies all fields. On std::bad_alloc the message is unchanged.
+    /// Copies all fields. If std::bad_alloc is thrown, the message is unchanged.
     message_t& operator=(const message_t& other);
     virtual ~message_t();
 
     void set_type(const std::wstring& type);
     std::wstring get_type() const;
 
-    /// Takes any value, also one that no enumerator names.
+    /// Sets the severity. Accepts any value, including one without an enumerator.
     void set_severity(severity_t severity);
     severity_t get_severity() const;
 
-    /// A word of bits for the handlers; a storage records a message only when bit 0 or 1 is set.
-    /// It has no form in XML: who receives a message sets it anew.
+    /// Sets bits for handlers. A storage records a message only if bit 0 or 1 is set. Flags are not
+    /// written to XML: a received message has none until a handler sets them.
     void set_flags(int flags);
     int get_flags() const;
 
-    /// Replaces all four parts of the content. On std::bad_alloc the message is unchanged.
+    /// Replaces the whole content. If std::bad_alloc is thrown, the message is unchanged.
+    ///
+    /// The channel carries any argument. A log does not: after a replay, an argument with markup or
+    /// beyond ASCII, such as the file name "Tom & Jerry", is only a part of what it was. See
+    /// docs/roads.md.
     void set_content(const message_content_t& content);
-    /// A copy of the content: changing it leaves the message as it is.
+    /// Returns a copy of the content. To change one part, change the copy and set it again.
     message_content_t get_content() const;
 
-    /// Names the component that reports, as the attribute "tool". Without effect where the message
-    /// has that attribute: the first recorded origin stays. set_content() can still replace it.
+    /// Sets the attribute "tool", which names the reporting component. Does nothing if the message
+    /// has that attribute already.
     void set_source(const std::wstring& source);
-    /// The attribute "source" where there is one, else the attribute "tool", else an empty text.
+    /// Returns the attribute "source". If there is none, returns the attribute "tool", or an empty
+    /// text.
     std::wstring get_source() const;
 
-    /// Whether both messages have the same type and severity; all else may differ. False for null.
+    /// Returns whether both messages have the same type and severity. Ignores all other parts.
+    /// Returns false for null.
     bool equal_to(boost::shared_ptr<message_t> other) const;
 
-    /// Whether the message has neither a type nor a severity, whatever its content and flags.
+    /// Returns whether the message has neither a type nor a severity. Ignores content and flags.
     bool empty() const;
 
 private:

@@ -11,30 +11,32 @@
 namespace velmoext_1_4_8
 {
 
-/// Tells a handler that an operation is going on: a message that describes it, the host's progress
-/// object, and whether the user may cancel it.
+/// Describes a running operation: a message, the host's progress object, and whether the user may
+/// cancel it.
 ///
-/// Copies share the message and the progress object. Nothing is locked: one object belongs to one
-/// thread at a time. It has no XML form and is never delivered down a handler stack; a caller hands
-/// it to base_handler_t::on_message() of a handler that it knows.
+/// It has no XML form and is not delivered to an extension object. The reporting component passes
+/// it to base_handler_t::on_message() of a handler that it knows. Copies share the message and the
+/// progress object.
+///
+/// Thread safety: not synchronized; an object is used by one thread at a time.
 class VELMOEXT1_API progress_message_t
 {
 public:
-    /// No message, no progress object, cancelable.
+    /// Creates a cancelable one without message and progress object.
     progress_message_t();
     progress_message_t(const progress_message_t& other);
     progress_message_t& operator=(const progress_message_t& other);
     virtual ~progress_message_t();
 
-    /// The message, null where none was set.
+    /// Returns the message, or null if none was set.
     boost::shared_ptr<message_t> get_message();
-    /// Null is accepted.
+    /// Sets the message, or null for none.
     void set_message(boost::shared_ptr<message_t> message);
 
-    /// The progress object. Asking where none was set is a fault of the caller: it is reported
-    /// through the host's assertion, and the answer is null where that returns.
+    /// Returns the progress object. If none was set, reports an assertion to the host and, if that
+    /// returns, returns null.
     boost::shared_ptr<velmo2::IProgress> get_progress();
-    /// Null is accepted.
+    /// Sets the progress object, or null for none.
     void set_progress(boost::shared_ptr<velmo2::IProgress> progress);
 
     void set_cancelable(bool cancelable);

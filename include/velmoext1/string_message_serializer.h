@@ -11,35 +11,37 @@
 namespace velmoext_1_4_8
 {
 
-/// Turns a message into a text that fits a narrow channel, and back.
+/// Converts a message to an XML text and back.
 ///
-/// The text is a whole XML document with one "msg" element. It carries type, severity, arguments,
-/// attributes and elements; the flags stay behind. Any thread may call at any time; two threads
-/// need two messages only where one of them writes.
+/// The text is a document with one "msg" element. It has the type, the severity, the arguments, the
+/// attributes and the elements of the message, but not its flags.
+///
+/// Thread safety: any thread may call any operation at any time. No thread may modify the message
+/// meanwhile.
 class VELMOEXT1_API string_message_serializer_t
 {
 public:
-    /// Returns the message as an XML document. Requires a message that is not null.
+    /// Returns the message, which must not be null, as an XML document.
     ///
-    /// Anything that a reader would reject is replaced or left out individually:
+    /// Anything that the decoder would reject is replaced or dropped individually:
     /// - a character that XML 1.0 cannot carry becomes U+FFFD;
-    /// - an attribute or element is left out if its key is not an XML name;
+    /// - an attribute or element is dropped if its key is not an XML name;
     /// - so is one whose key libxml2 cannot split at its colons, as `a:b:1`: a name is between the
     ///   first two colons, and the second one is followed by text that is not a name;
-    /// - an attribute is left out if an earlier one has the same name in UTF-8.
+    /// - an attribute is dropped if an earlier one has the same name in UTF-8.
     ///
     /// Keys and texts may have any length, and a message any number of them. An attribute or
     /// element with an empty key ends attributes, arguments and elements; type and severity follow.
     /// An argument with an empty name is written, and read back as `arg1`.
     static std::wstring message_to_xml_string(boost::shared_ptr<message_t> message);
 
-    /// Returns the message that the document holds: its root element, if that is a "msg". Ignores
-    /// the encoding that the document declares. Opens no file that the text names.
+    /// Returns the message in the root element of the document, if that is a "msg". Ignores the
+    /// declared encoding. Opens no file.
     ///
     /// A severity is INFO, WARNING, ERROR or CRITICAL in any case, or 2 for info, 1 for warning, 0
     /// for critical; another text is none. An "arg" without a name becomes `arg1`, the next one
-    /// `arg2`. Of two texts with the same name the first counts, of two types or severities the
-    /// last. A text is the whole text of its element, not trimmed.
+    /// `arg2`. Uses the first of two texts with the same name, and the last of two types or
+    /// severities. A text is the whole text of its element, not trimmed.
     ///
     /// Returns null if
     /// - there is no such element, or the text is not well-formed XML up to its end;
@@ -49,10 +51,10 @@ public:
     /// - libxml2 runs out of memory.
     /// A fault shortly after the element can also give null.
     ///
-    /// A document that message_to_xml_string() returned is in the written form, with two
-    /// exceptions: an attribute declares a namespace, as `xmlns`, or a name has the prefix `xml`;
-    /// an element is named `type`, `severity` or `arg`. Limits, as 10,000,000 bytes for a text,
-    /// apply to these too. SECURITY.md has all limits.
+    /// A document from message_to_xml_string() is in the written form, with two exceptions: an
+    /// attribute declares a namespace, as `xmlns`, or a name has the prefix `xml`; an element is
+    /// named `type`, `severity` or `arg`. Limits, such as 10,000,000 bytes for a text, apply to
+    /// these. SECURITY.md has all limits.
     static boost::shared_ptr<message_t> xml_string_to_message(const std::wstring& text);
 
 private:

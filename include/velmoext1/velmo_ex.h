@@ -18,43 +18,44 @@
 namespace velmoext_1_4_8
 {
 
-/// An extension object: the place in the process where all components that know an id meet. It
-/// holds a stack of handlers, which every message delivered to it passes from the top down until
-/// one consumes it, and a prefix that tells presentation code whose texts to prefer. What nobody
-/// consumes is dropped.
+/// Extension object: process-wide message hub, one per id. Has a stack of handlers and a prefix.
 ///
-/// The process has at most one object per id. Callers share it; it lives as long as one of them
-/// holds it, and it holds its handlers until they are popped or it dies. Every operation may be
-/// called from any thread, but for the prefix (see there).
+/// A message is offered to the handler that was pushed last, then to the one below, until one
+/// consumes it. A message that no handler consumes is dropped. The prefix selects the preferred
+/// texts, see extended_message_t.
+///
+/// Callers share the object, which is destroyed with its last owner. It owns its handlers until
+/// they are popped or it is destroyed.
+///
+/// Thread safety: any thread may call any operation at any time, except set_prefix().
 class VELMOEXT1_API velmo_ex_t : public boost::enable_shared_from_this<velmo_ex_t>
 {
 public:
-    /// The object of this id, made with this prefix where there is none; an object that is there
-    /// keeps its own prefix. Any text is an id, also the empty one; ids are compared exactly.
+    /// Returns the object with this id. Creates it with the prefix if there is none; an existing
+    /// object keeps its prefix. Ids are compared exactly; any text is an id.
     ///
-    /// Null while the id's former object, which nobody owns any more, is still letting go of its
-    /// handlers. Another thread may ask again; a handler that dies with it gets null each time.
+    /// Returns null while the previous object with this id is being destroyed. Another thread may
+    /// try again; the destructor of one of its handlers may not.
     static boost::shared_ptr<velmo_ex_t> get(const std::wstring& id, const std::wstring& prefix);
 
-    /// `base` and a decimal number behind it, such that the process has no object of that id. All
-    /// bases share one count, from 0 on, which goes on with the smallest number behind the largest.
-    /// The id is not reserved: pass it to get().
+    /// Returns `base` followed by a decimal number, such that no object with that id exists. All
+    /// bases share one counter, which starts at 0 and wraps to the minimum. The id is not reserved:
+    /// pass it to get().
     static std::wstring generate_id(const std::wstring& base);
 
     velmo_ex_t(const velmo_ex_t&) = delete;
     velmo_ex_t& operator=(const velmo_ex_t&) = delete;
     virtual ~velmo_ex_t();
 
-    /// The prefix is not locked: nobody may set it while another thread sets or gets it.
+    /// Sets the prefix. Not synchronized: no other thread may set or get it meanwhile.
     void set_prefix(const std::wstring& prefix);
-    /// A copy of the prefix; see set_prefix() for threads.
+    /// Returns the prefix. See set_prefix() for threads.
     std::wstring get_prefix();
 
-    /// Puts a handler on top of the stack, to be asked before all others. A handler that is pushed
-    /// twice is asked twice. It must not be null.
+    /// Pushes a handler, which must not be null. A handler that is pushed twice is called twice.
     void push_handler(boost::shared_ptr<base_handler_t> handler);
 
-    /// Takes the topmost handler off the stack and answers it, null where the stack is empty.
+    /// Pops the topmost handler and returns it. Returns null if the stack is empty.
     boost::shared_ptr<base_handler_t> pop_handler();
 
 private:
@@ -67,10 +68,9 @@ private:
 
     VELMOEXT1_LOCAL velmo_ex_t();
 
-    /// Offers the message to the handlers, from the top of the stack, until one returns true. Drops
-    /// a message that no handler consumes; null is offered like any other. What a handler throws
-    /// passes out, with the stack unchanged; so does boost::bad_weak_ptr if there is a handler but
-    /// no owner of this object. A caller must keep this object alive meanwhile.
+    /// Offers the message, which may be null, to the handlers. Propagates their exceptions. Throws
+    /// boost::bad_weak_ptr if there is a handler but no owner of this object. The caller must keep
+    /// this object alive meanwhile.
     VELMOEXT1_LOCAL void dispatch_message(boost::shared_ptr<message_t> msg);
 
     VELMOEXT1_LOCAL void retire() noexcept;
@@ -80,7 +80,7 @@ private:
     boost::mutex m_mutex;
     std::list<boost::shared_ptr<base_handler_t>> m_handlers; ///< guarded by m_mutex
     std::wstring m_prefix;                                   ///< not guarded, see set_prefix()
-    entries_t m_entry; ///< its place in the registry; only get() and the destructor touch it
+    entries_t m_entry; ///< its entry in the registry; used by get() and the destructor only
 
     VELMOEXT1_LOCAL static boost::mutex m_global_mutex;
     VELMOEXT1_LOCAL static registry_t m_active_velmo_exs; ///< guarded by m_global_mutex
