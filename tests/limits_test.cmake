@@ -1,4 +1,4 @@
-# Run by ctest: SECURITY.md documents each limit of src/xml/limits.h, with its value, and no other.
+# Run by ctest: docs/limits.md documents each limit of src/xml/limits.h, with its value, and no other.
 # Requires HEADER and DOCUMENT.
 set(limit_line "constexpr [A-Za-z:_]+ (max_[a-z_]+) = ([A-Z0-9_]+);")
 set(limit_row "^\\| `(max_[a-z_]+)` \\| ([0-9,]+) \\|")

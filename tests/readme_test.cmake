@@ -12,4 +12,4 @@ target_link_libraries(readme_program PRIVATE velmoext1::velmoext1)
 add_test(NAME readme COMMAND readme_program)
 set_tests_properties(readme PROPERTIES
   TIMEOUT 60
-  PASS_REGULAR_EXPRESSION "^file_large: /var/log/syslog\n$")
+  PASS_REGULAR_EXPRESSION "^file_large path=/var/log/syslog\n$")

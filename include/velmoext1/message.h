@@ -67,7 +67,7 @@ public:
     ///
     /// The channel carries any argument. A log does not: after a replay, an argument with markup or
     /// beyond ASCII, such as the file name "Tom & Jerry", is only a part of what it was. See
-    /// docs/roads.md.
+    /// docs/fidelity.md.
     void set_content(const message_content_t& content);
     /// Returns a copy of the content. To change one part, change the copy and set it again.
     message_content_t get_content() const;

@@ -52,7 +52,7 @@ public:
 
     /// Sets a named argument. The channel carries any text, a log does not: after a replay a text
     /// with markup or beyond ASCII, such as the file name "Tom & Jerry", is only a part of what it
-    /// was. docs/roads.md has the details.
+    /// was. docs/fidelity.md has the details.
     message_builder_t& arg(const std::wstring& name, const std::wstring& value)
     {
         m_content.args[name] = value;

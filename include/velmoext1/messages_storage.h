@@ -63,7 +63,7 @@ public:
     /// idle and log and copy unchanged, if
     /// - the path is not a regular file that can be read and written;
     /// - another recorder or program has the log locked;
-    /// - something in the log exceeds a limit (SECURITY.md), or its encoding is not known;
+    /// - something in the log exceeds a limit (docs/limits.md), or its encoding is not known;
     /// - the file at the copy's path is not a regular file of this process's user;
     /// - that file is the log itself, or a log that is being recorded;
     /// - the log has messages that a left copy lacks;

@@ -54,7 +54,7 @@ public:
     /// A document from message_to_xml_string() is in the written form, with two exceptions: an
     /// attribute declares a namespace, as `xmlns`, or a name has the prefix `xml`; an element is
     /// named `type`, `severity` or `arg`. Limits, such as 10,000,000 bytes for a text, apply to
-    /// these. SECURITY.md has all limits.
+    /// these. docs/limits.md has all limits.
     static boost::shared_ptr<message_t> xml_string_to_message(const std::wstring& text);
 
 private:

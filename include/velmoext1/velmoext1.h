@@ -1,9 +1,9 @@
 /// @file
 /// All public headers but testing.h.
 ///
-/// Where memory is lacking, every operation throws std::bad_alloc and leaves what it works on as it
-/// was, unless it tells otherwise; where it is libxml2 that lacks it, the operation tells what it
-/// answers. Otherwise only what handlers and the host throw passes out.
+/// Every operation that runs out of memory throws std::bad_alloc, and leaves its objects unchanged
+/// unless documented otherwise. Exceptions of handlers and of the host propagate. docs/errors.md
+/// has the details.
 #pragma once
 
 #include <velmoext1/base_handler.h>

@@ -87,7 +87,7 @@ private:
 
 boost::shared_ptr<writing_handler_t> replay_whole(const storage_ptr& storage)
 {
-    const auto ex = velmo_ex_t::get(velmo_ex_t::generate_id(L"log_road_test."), L"");
+    const auto ex = velmo_ex_t::get(velmo_ex_t::generate_id(L"log_fidelity_test."), L"");
     const auto handler = boost::make_shared<writing_handler_t>();
     ex->push_handler(handler);
     EXPECT_TRUE(storage->start_reading());
@@ -103,10 +103,10 @@ std::string joined(const std::vector<std::string>& texts)
     return all;
 }
 
-class log_road_test : public storage_test_t
+class log_fidelity_test : public storage_test_t
 {};
 
-class log_road_file_test : public storage_test_t, public testing::WithParamInterface<std::string>
+class log_fidelity_file_test : public storage_test_t, public testing::WithParamInterface<std::string>
 {
 protected:
     void copy(const std::string& name) const { m_folder.write("log.xml", read(name + ".xml")); }
@@ -114,13 +114,13 @@ protected:
 
 } // namespace
 
-TEST_P(log_road_file_test, is_replayed_as_expected)
+TEST_P(log_fidelity_file_test, is_replayed_as_expected)
 {
     copy(GetParam());
     EXPECT_EQ(joined(replay_whole(get())->texts()), read_messages(GetParam() + ".expected"));
 }
 
-TEST_P(log_road_file_test, is_replayed_as_expected_after_it_was_carried_over)
+TEST_P(log_fidelity_file_test, is_replayed_as_expected_after_it_was_carried_over)
 {
     copy(GetParam());
     record_all(L"");
@@ -129,10 +129,10 @@ TEST_P(log_road_file_test, is_replayed_as_expected_after_it_was_carried_over)
               read_messages(GetParam() + (differs ? ".carried" : ".expected")));
 }
 
-INSTANTIATE_TEST_SUITE_P(log, log_road_file_test, testing::ValuesIn(names_of(".xml")),
+INSTANTIATE_TEST_SUITE_P(log, log_fidelity_file_test, testing::ValuesIn(names_of(".xml")),
                          [](const auto& name) { return name.param; });
 
-TEST_F(log_road_test, each_file_has_its_partner)
+TEST_F(log_fidelity_test, each_file_has_its_partner)
 {
     const std::vector<std::string> logs = names_of(".xml");
     EXPECT_FALSE(logs.empty());
@@ -141,13 +141,13 @@ TEST_F(log_road_test, each_file_has_its_partner)
         EXPECT_TRUE(has(name + ".xml")) << name;
 }
 
-TEST_F(log_road_test, what_is_carried_over_is_written_down_only_where_it_differs)
+TEST_F(log_fidelity_test, what_is_carried_over_is_written_down_only_where_it_differs)
 {
     for (const std::string& name : names_of(".carried"))
         EXPECT_NE(read_messages(name + ".carried"), read_messages(name + ".expected")) << name;
 }
 
-TEST_F(log_road_test, a_log_that_is_cut_anywhere_delivers_the_first_of_its_messages)
+TEST_F(log_fidelity_test, a_log_that_is_cut_anywhere_delivers_the_first_of_its_messages)
 {
     const std::string log = read("a_bit_of_everything.xml");
     m_folder.write("log.xml", log);
@@ -166,7 +166,7 @@ TEST_F(log_road_test, a_log_that_is_cut_anywhere_delivers_the_first_of_its_messa
     EXPECT_EQ(delivered, all.size());
 }
 
-TEST_F(log_road_test, of_what_was_appended_since_a_replay_the_first_message_is_delivered)
+TEST_F(log_fidelity_test, of_what_was_appended_since_a_replay_the_first_message_is_delivered)
 {
     const std::string log = "<log>\n <msg><type>a</type></msg>\n";
     m_folder.write("log.xml", log);
@@ -176,7 +176,7 @@ TEST_F(log_road_test, of_what_was_appended_since_a_replay_the_first_message_is_d
     EXPECT_EQ(replay(storage), L"b;") << "it is parsed as a document of its own";
 }
 
-TEST_F(log_road_test, a_storage_that_has_replayed_a_log_misses_what_is_recorded_later)
+TEST_F(log_fidelity_test, a_storage_that_has_replayed_a_log_misses_what_is_recorded_later)
 {
     storage_ptr storage = get();
     record_all(L"a");
@@ -187,7 +187,7 @@ TEST_F(log_road_test, a_storage_that_has_replayed_a_log_misses_what_is_recorded_
     EXPECT_EQ(replay(get()), L"a;b;c;");
 }
 
-TEST_F(log_road_test, a_replay_of_a_log_that_is_being_recorded_skips_what_is_torn)
+TEST_F(log_fidelity_test, a_replay_of_a_log_that_is_being_recorded_skips_what_is_torn)
 {
     const std::string log = "<log>\n <msg><type>a</type></msg>\n <msg><ty";
     m_folder.write("log.xml", log);

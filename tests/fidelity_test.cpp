@@ -1,4 +1,4 @@
-// What of a message survives which road; docs/roads.md says the same in prose.
+// What survives of a message over the channel and through a log, as docs/fidelity.md documents it.
 
 #include "message_text.h"
 #include "storage_support.h"
@@ -24,11 +24,11 @@ message_ptr string_and_back(const message_ptr& message)
         string_message_serializer_t::message_to_xml_string(message));
 }
 
-// Sends messages over the roads that have a log.
-class log_roads_t
+// Sends messages through a log.
+class log_transport_t
 {
 public:
-    explicit log_roads_t(const std::wstring& file) : m_path(file) {}
+    explicit log_transport_t(const std::wstring& file) : m_path(file) {}
 
     std::vector<message_ptr> log_and_replay(const message_ptr& message) const
     {
@@ -58,7 +58,7 @@ private:
 
     std::vector<message_ptr> replay() const
     {
-        const auto ex = velmo_ex_t::get(velmo_ex_t::generate_id(L"roads_test."), L"");
+        const auto ex = velmo_ex_t::get(velmo_ex_t::generate_id(L"fidelity_test."), L"");
         const auto handler = boost::make_shared<recording_handler_t>();
         ex->push_handler(handler);
         const storage_ptr storage = messages_storage_t::get(m_path);
@@ -109,7 +109,7 @@ bool have_same_content(const message_ptr& one, const message_ptr& other)
            content.elements == others.elements;
 }
 
-class roads_test : public storage_test_t
+class fidelity_test : public storage_test_t
 {
 protected:
     // Does not print the content, which can be long.
@@ -123,10 +123,10 @@ protected:
             << "carry-over";
     }
 
-    log_roads_t m_log{m_folder.wide_name("log.xml")};
+    log_transport_t m_log{m_folder.wide_name("log.xml")};
 };
 
-class roads_table_test : public roads_test, public testing::WithParamInterface<row_t>
+class fidelity_table_test : public fidelity_test, public testing::WithParamInterface<row_t>
 {
 protected:
     static std::string expectation(const std::string& text)
@@ -386,17 +386,17 @@ const row_t prefixed_names[] = {
 
 } // namespace
 
-TEST_P(roads_table_test, string_and_back)
+TEST_P(fidelity_table_test, string_and_back)
 {
     EXPECT_EQ(text_of(*string_and_back(GetParam().message)), expectation(GetParam().string));
 }
 
-TEST_P(roads_table_test, log_and_replay)
+TEST_P(fidelity_table_test, log_and_replay)
 {
     EXPECT_EQ(text_of(m_log.log_and_replay(GetParam().message)), expectation(GetParam().log));
 }
 
-TEST_P(roads_table_test, log_carry_over_and_replay)
+TEST_P(fidelity_table_test, log_carry_over_and_replay)
 {
     EXPECT_EQ(text_of(m_log.log_carry_over_and_replay(GetParam().message)),
               expectation(GetParam().carried));
@@ -405,18 +405,18 @@ TEST_P(roads_table_test, log_carry_over_and_replay)
 const auto name_of_row = [](const auto& row) {
     return row.param.name;
 };
-INSTANTIATE_TEST_SUITE_P(types_and_severities, roads_table_test,
+INSTANTIATE_TEST_SUITE_P(types_and_severities, fidelity_table_test,
                          testing::ValuesIn(types_and_severities), name_of_row);
-INSTANTIATE_TEST_SUITE_P(arguments, roads_table_test, testing::ValuesIn(arguments), name_of_row);
-INSTANTIATE_TEST_SUITE_P(texts, roads_table_test, testing::ValuesIn(texts), name_of_row);
-INSTANTIATE_TEST_SUITE_P(attributes, roads_table_test, testing::ValuesIn(attributes), name_of_row);
-INSTANTIATE_TEST_SUITE_P(elements, roads_table_test, testing::ValuesIn(elements), name_of_row);
-INSTANTIATE_TEST_SUITE_P(prefixed_names, roads_table_test, testing::ValuesIn(prefixed_names),
+INSTANTIATE_TEST_SUITE_P(arguments, fidelity_table_test, testing::ValuesIn(arguments), name_of_row);
+INSTANTIATE_TEST_SUITE_P(texts, fidelity_table_test, testing::ValuesIn(texts), name_of_row);
+INSTANTIATE_TEST_SUITE_P(attributes, fidelity_table_test, testing::ValuesIn(attributes), name_of_row);
+INSTANTIATE_TEST_SUITE_P(elements, fidelity_table_test, testing::ValuesIn(elements), name_of_row);
+INSTANTIATE_TEST_SUITE_P(prefixed_names, fidelity_table_test, testing::ValuesIn(prefixed_names),
                          name_of_row);
 
 // ---- what the table does not show
 
-TEST_F(roads_test, flags_survive_no_road)
+TEST_F(fidelity_test, flags_never_survive)
 {
     const message_ptr message = make_flagged(L"t", 7);
     EXPECT_EQ(string_and_back(message)->get_flags(), 0);
@@ -424,7 +424,7 @@ TEST_F(roads_test, flags_survive_no_road)
     EXPECT_EQ(m_log.log_carry_over_and_replay(message).at(0)->get_flags(), 0);
 }
 
-TEST_F(roads_test, a_message_without_the_flags_of_recording_is_not_logged)
+TEST_F(fidelity_test, a_message_without_the_flags_of_recording_is_not_logged)
 {
     record_all(L"");
     const storage_ptr storage = get();
@@ -434,7 +434,7 @@ TEST_F(roads_test, a_message_without_the_flags_of_recording_is_not_logged)
     EXPECT_EQ(m_folder.read("log.xml"), empty_log);
 }
 
-TEST_F(roads_test, the_number_of_the_next_argument_survives_no_road)
+TEST_F(fidelity_test, the_number_of_the_next_argument_never_survives)
 {
     message_t::message_content_t content;
     content.next_arg_number = 7;
@@ -445,7 +445,7 @@ TEST_F(roads_test, the_number_of_the_next_argument_survives_no_road)
     EXPECT_EQ(m_log.log_carry_over_and_replay(message).at(0)->get_content().next_arg_number, 1);
 }
 
-TEST_F(roads_test, the_next_argument_is_counted_anew_on_every_road)
+TEST_F(fidelity_test, the_next_argument_is_counted_again_after_every_transport)
 {
     const message_ptr message = with({}, {{L"", L"x"}});
     EXPECT_EQ(string_and_back(message)->get_content().next_arg_number, 2);
@@ -454,19 +454,19 @@ TEST_F(roads_test, the_next_argument_is_counted_anew_on_every_road)
         << "it has a name now";
 }
 
-TEST_F(roads_test, each_carrying_over_escapes_a_text_once_more)
+TEST_F(fidelity_test, each_carrying_over_escapes_a_text_once_more)
 {
     EXPECT_EQ(text_of(m_log.log_carry_over_and_replay(with_arg(L"a & b"), 3)),
               t(R"(arg "" = "&"; arg "arg1" = "&"; arg "n" = "a &amp;amp;amp;amp; b"; )"));
 }
 
-TEST_F(roads_test, each_carrying_over_lengthens_an_attribute_with_an_ampersand)
+TEST_F(fidelity_test, each_carrying_over_lengthens_an_attribute_with_an_ampersand)
 {
     EXPECT_EQ(text_of(m_log.log_carry_over_and_replay(with_attribute(L"&"), 3)),
               t(R"(attribute "a" = "&#38;#38;#38;#38;"; )"));
 }
 
-TEST_F(roads_test, names_of_any_length_survive)
+TEST_F(fidelity_test, names_of_any_length_survive)
 {
     const std::wstring name(50001, L'x');
     const message_ptr sent = with({{name, L"1"}}, {{L"n", L"3"}}, {{name, L"4"}});
@@ -477,7 +477,7 @@ TEST_F(roads_test, names_of_any_length_survive)
     EXPECT_TRUE(text_of(m_log.log_carry_over_and_replay(sent)) == expected);
 }
 
-TEST_F(roads_test, any_number_of_names_survives)
+TEST_F(fidelity_test, any_number_of_names_survives)
 {
     texts_t names;
     for (int i = 100; i < 180; ++i) {
@@ -488,7 +488,7 @@ TEST_F(roads_test, any_number_of_names_survives)
     expect_content_survives(with({}, {}, names));
 }
 
-TEST_F(roads_test, more_than_a_thousand_attributes_survive)
+TEST_F(fidelity_test, more_than_a_thousand_attributes_survive)
 {
     texts_t many;
     for (int i = 0; i < 1200; ++i)
@@ -500,17 +500,17 @@ TEST_F(roads_test, more_than_a_thousand_attributes_survive)
     EXPECT_EQ(text_of(m_log.log_carry_over_and_replay(sent)), text_of(*sent));
 }
 
-TEST_F(roads_test, an_argument_name_of_any_length_survives)
+TEST_F(fidelity_test, an_argument_name_of_any_length_survives)
 {
     expect_content_survives(with({}, {{std::wstring(10000001, L'x'), L"1"}, {L"y", L"3"}}));
 }
 
-TEST_F(roads_test, a_text_of_any_length_survives)
+TEST_F(fidelity_test, a_text_of_any_length_survives)
 {
     expect_content_survives(with_arg(std::wstring(10000001, L'x')));
 }
 
-TEST_F(roads_test, a_longer_text_beside_a_namespace_survives_in_a_log_alone)
+TEST_F(fidelity_test, a_longer_text_beside_a_namespace_survives_in_a_log_alone)
 {
     const message_ptr sent = with({{L"xmlns", L"u"}}, {{L"n", std::wstring(10000001, L'x')}});
     const texts_t expected = sent->get_content().args;
@@ -520,12 +520,12 @@ TEST_F(roads_test, a_longer_text_beside_a_namespace_survives_in_a_log_alone)
     EXPECT_TRUE(m_log.log_carry_over_and_replay(sent).at(0)->get_content().args == expected);
 }
 
-TEST_F(roads_test, attributes_of_any_length_survive)
+TEST_F(fidelity_test, attributes_of_any_length_survive)
 {
     expect_content_survives(with({{L"a", std::wstring(10000001, L'x')}, {L"b", L"1"}}, {}));
 }
 
-TEST_F(roads_test, a_message_that_is_dropped_leaves_the_others_alone)
+TEST_F(fidelity_test, a_message_that_is_dropped_leaves_the_others_alone)
 {
     const storage_ptr storage = get();
     ASSERT_TRUE(storage->start_recording());

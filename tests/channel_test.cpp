@@ -1,4 +1,4 @@
-// A message on its whole road: over the host's channel into the handlers of an extension object.
+// A message from end to end: over the host's channel into the handlers of an extension object.
 
 #include "support.h"
 
@@ -100,9 +100,9 @@ private:
 
 } // namespace
 
-TEST(road_test, random_messages_arrive_as_they_were_sent)
+TEST(channel_test, random_messages_arrive_as_they_were_sent)
 {
-    const auto ex = velmo_ex_t::get(velmo_ex_t::generate_id(L"road_test."), L"");
+    const auto ex = velmo_ex_t::get(velmo_ex_t::generate_id(L"channel_test."), L"");
     const auto handler = boost::make_shared<recording_handler_t>();
     ex->push_handler(handler);
     velmo_adapter_t receiver;
