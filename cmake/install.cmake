@@ -53,6 +53,7 @@ write_basic_package_version_file(velmoext1-config-version.cmake COMPATIBILITY Ex
 install(FILES
   ${PROJECT_BINARY_DIR}/velmoext1-config.cmake
   ${PROJECT_BINARY_DIR}/velmoext1-config-version.cmake
+  cmake/velmoext1-catalogs.cmake
   DESTINATION ${package_directory}
   COMPONENT development)
 

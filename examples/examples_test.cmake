@@ -1,0 +1,36 @@
+# Each program prints what its source says.
+function(velmoext1_example_test name expected)
+  add_test(NAME example.${name} COMMAND ${ARGN})
+  set_tests_properties(example.${name} PROPERTIES
+    TIMEOUT 60
+    PASS_REGULAR_EXPRESSION "^${expected}\n$")
+endfunction()
+
+velmoext1_example_test(report "file_large path=/var/log/syslog" example_report)
+
+velmoext1_example_test(record "file_large size=4096"
+  example_record_and_replay ${CMAKE_CURRENT_BINARY_DIR}/record_and_replay.xml)
+add_test(NAME example.remove_log
+  COMMAND ${CMAKE_COMMAND} -E rm -f ${CMAKE_CURRENT_BINARY_DIR}/record_and_replay.xml)
+velmoext1_example_test(record_again "file_large size=4096\nfile_large size=4096"
+  example_record_and_replay ${CMAKE_CURRENT_BINARY_DIR}/record_and_replay.xml)
+set_tests_properties(example.remove_log PROPERTIES FIXTURES_SETUP no_log)
+set_tests_properties(example.record PROPERTIES FIXTURES_REQUIRED no_log FIXTURES_SETUP log)
+set_tests_properties(example.record_again PROPERTIES FIXTURES_REQUIRED log)
+
+set(share $<TARGET_FILE_DIR:audit>/share)
+foreach(case
+    "de;Inhalt: /var/log/syslog hat 1.048.576 Bytes."
+    "en;Content: /var/log/syslog has 1,048,576 bytes."
+    "xx;Content: /var/log/syslog has 1,048,576 bytes.")
+  list(POP_FRONT case locale)
+  velmoext1_example_test(localized_text_${locale} "${case}"
+    example_localized_text ${share}/locale ${share}/config ${locale})
+endforeach()
+velmoext1_example_test(localized_text_without_catalogs
+  "no catalogs in /nowhere\nfile_large path=/var/log/syslog size=1048576"
+  example_localized_text /nowhere /nowhere de)
+
+velmoext1_example_test(progress
+  "copied files=0 \\[          \\] 0 %\n.*copied files=100 \\[##########\\] 100 %\n.*copied files=50 \\[#####     \\] 50 %"
+  example_progress)
