@@ -409,7 +409,8 @@ INSTANTIATE_TEST_SUITE_P(types_and_severities, fidelity_table_test,
                          testing::ValuesIn(types_and_severities), name_of_row);
 INSTANTIATE_TEST_SUITE_P(arguments, fidelity_table_test, testing::ValuesIn(arguments), name_of_row);
 INSTANTIATE_TEST_SUITE_P(texts, fidelity_table_test, testing::ValuesIn(texts), name_of_row);
-INSTANTIATE_TEST_SUITE_P(attributes, fidelity_table_test, testing::ValuesIn(attributes), name_of_row);
+INSTANTIATE_TEST_SUITE_P(attributes, fidelity_table_test, testing::ValuesIn(attributes),
+                         name_of_row);
 INSTANTIATE_TEST_SUITE_P(elements, fidelity_table_test, testing::ValuesIn(elements), name_of_row);
 INSTANTIATE_TEST_SUITE_P(prefixed_names, fidelity_table_test, testing::ValuesIn(prefixed_names),
                          name_of_row);

@@ -106,7 +106,8 @@ std::string joined(const std::vector<std::string>& texts)
 class log_fidelity_test : public storage_test_t
 {};
 
-class log_fidelity_file_test : public storage_test_t, public testing::WithParamInterface<std::string>
+class log_fidelity_file_test : public storage_test_t,
+                               public testing::WithParamInterface<std::string>
 {
 protected:
     void copy(const std::string& name) const { m_folder.write("log.xml", read(name + ".xml")); }

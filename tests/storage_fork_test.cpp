@@ -5,6 +5,7 @@
 #include "system_faults.h"
 
 #include <atomic>
+#include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
@@ -589,22 +590,24 @@ TEST_F(storage_fork_test, all_that_was_recorded_is_written_though_another_thread
     other.join();
 }
 
-TEST_F(storage_fork_test, a_child_records_though_another_thread_recorded_at_the_fork)
+TEST_F(storage_fork_test, a_child_records_though_other_threads_recorded_at_the_fork)
 {
     const storage_ptr storage = get();
     ASSERT_TRUE(storage->start_recording());
     std::atomic<bool> is_over{false};
-    std::thread other = repeat_until(is_over, [&] { record(storage, L"parent"); });
+    std::vector<std::thread> others;
+    for (int i = 0; i < 4; ++i)
+        others.push_back(repeat_until(is_over, [&] { record(storage, L"parent"); }));
     for (int i = 0; i < 50; ++i)
         EXPECT_TRUE(has_exited_with(status_of_child([&] {
                                         alarm(60);
                                         record(storage, L"child");
-                                        get("other.xml");
                                         return 0;
                                     }),
                                     0));
     is_over = true;
-    other.join();
+    for (std::thread& other : others)
+        other.join();
 }
 
 TEST_F(storage_fork_test, a_child_gets_a_storage_though_another_thread_got_one_at_the_fork)
@@ -649,7 +652,7 @@ TEST_F(storage_fork_test,
     }
 }
 
-TEST_F(storage_fork_test, a_fork_does_not_wait_for_a_long_start_and_its_child_does_not_keep_the_log)
+TEST_F(storage_fork_test, a_fork_does_not_wait_for_a_long_start_and_its_child_keeps_neither_lock)
 {
     record_all(L"a");
     const signal_t may_end;
@@ -665,17 +668,39 @@ TEST_F(storage_fork_test, a_fork_does_not_wait_for_a_long_start_and_its_child_do
         std::thread([this] { get()->start_recording(); }).detach();
         while (!is_starting)
             std::this_thread::yield();
-        const signal_t is_forked;
+        const signal_t is_usable;
         if (fork() == 0) {
-            is_forked.give();
+            record(get(), L"child");
+            get()->stop_recording();
+            is_usable.give();
             may_end.wait();
             _exit(0);
         }
-        is_forked.wait();
+        is_usable.wait();
         return raise(SIGKILL);
     })));
     EXPECT_TRUE(get()->start_recording());
     may_end.give();
+}
+
+TEST_F(storage_fork_test, a_fork_leaves_errno_alone)
+{
+    const storage_ptr storage = get();
+    ASSERT_TRUE(storage->start_recording());
+    record(storage, L"a");
+    const auto fork_with_messages = [&] {
+        record(storage, L"b");
+        errno = EDOM;
+        const pid_t child = fork();
+        if (child == 0)
+            _exit(errno == EDOM ? 0 : 1);
+        if (errno != EDOM)
+            return 1;
+        int status = -1;
+        waitpid(child, &status, 0);
+        return WEXITSTATUS(status);
+    };
+    EXPECT_TRUE(has_exited_with(status_of_child(fork_with_messages), 0));
 }
 
 TEST_F(storage_fork_test, a_fork_of_a_child_waits_a_second_for_all_its_storages_together)

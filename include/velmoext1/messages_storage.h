@@ -24,8 +24,8 @@ class storage_registry_t;
 /// The process has at most one storage per path; callers and handler stacks share it, and it lives
 /// as long as one of them holds it. A recording that is on then is closed as by stop_recording().
 /// A child of fork() buffers its messages, 16 MiB at most, while its parent records; then it
-/// continues as after a start. A child of vfork(), and a child of a process that replays in another
-/// thread, must not use the storage. docs/log_format.md has the details.
+/// continues as after a start. A child of vfork() must not use a storage. docs/log_format.md has
+/// the details.
 /// Any thread may call any operation: they take turns, also while a recording starts on a long log
 /// or a replay runs. So no handler that a replay reaches may call the storage that is replaying,
 /// and the storage must not sit on the stack that it replays into: such a call never returns.

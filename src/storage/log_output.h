@@ -38,6 +38,8 @@ public:
     bool has_whole_log() const { return m_equal_size >= m_log.size(); }
     /// Writes into the file again.
     void end_comparison();
+    /// Closes the log in a comparison, in a child of fork().
+    void close_in_child() { m_log.close_in_child(); }
 
     /// Ends the comparison and truncates the log after the equal bytes. Returns false on failure.
     bool continue_in_log();

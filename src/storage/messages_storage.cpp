@@ -21,7 +21,11 @@ messages_storage_t::messages_storage_t(const basekit2::path_t& path)
 
 messages_storage_t::~messages_storage_t()
 {
-    storage_registry_t::close(*this);
+    {
+        const boost::mutex::scoped_lock lock(m_mutex);
+        m_impl->end();
+    }
+    storage_registry_t::remove(*this);
 }
 
 bool messages_storage_t::on_message(boost::shared_ptr<velmo_ex_t> ex,

@@ -9,13 +9,11 @@
 #include <basekit2/file.h>
 #include <rova/strings.h>
 
-#include <cstdlib>
-#include <memory>
+#include <algorithm>
 #include <new>
 #include <string>
 #include <string_view>
 #include <thread>
-#include <unistd.h>
 #include <utility>
 
 namespace velmoext_1_4_8
@@ -24,7 +22,6 @@ namespace
 {
 
 using ROVA_2_18::strings::utf16_to_utf8;
-using ROVA_2_18::strings::utf8_to_utf16;
 using std::chrono::steady_clock;
 
 // The flags of a message that is worth recording.
@@ -35,6 +32,7 @@ constexpr std::chrono::milliseconds retry_pause(1);
 // The pause between two tries of a child to begin, as a multiple of the time of a try: one that
 // fails late has read the whole log.
 const int pause_factor = 9;
+constexpr std::chrono::seconds max_pause(1);
 
 // A child whose parent records for long must not fill the memory.
 const std::size_t max_held = 16777216;
@@ -44,30 +42,21 @@ std::string utf8_name(const basekit2::path_t& path)
     return utf16_to_utf8(path.as_string(false));
 }
 
-/// Sets a flag while in scope.
-class flag_scope_t
+/// Names the thread that replays while in scope.
+class replay_scope_t
 {
 public:
-    explicit flag_scope_t(std::atomic<bool>& flag) : m_flag(flag) { m_flag = true; }
-    flag_scope_t(const flag_scope_t&) = delete;
-    flag_scope_t& operator=(const flag_scope_t&) = delete;
-    ~flag_scope_t() { m_flag = false; }
+    explicit replay_scope_t(std::atomic<std::thread::id>& thread) : m_thread(thread)
+    {
+        m_thread = std::this_thread::get_id();
+    }
+    replay_scope_t(const replay_scope_t&) = delete;
+    replay_scope_t& operator=(const replay_scope_t&) = delete;
+    ~replay_scope_t() { m_thread = std::thread::id(); }
 
 private:
-    std::atomic<bool>& m_flag;
+    std::atomic<std::thread::id>& m_thread;
 };
-
-// Empty if the directory was removed.
-std::string current_directory()
-{
-    const std::unique_ptr<char, decltype(&std::free)> name(getcwd(nullptr, 0), &std::free);
-    return name ? name.get() : std::string();
-}
-
-bool is_absolute(const basekit2::path_t& path)
-{
-    return path.as_string(true).compare(0, 1, L"/") == 0;
-}
 
 // libxml2 prints a failed write, so none is reported to it: the descriptor remembers the failure.
 int write_to_output(void* output, const char* bytes, int count)
@@ -93,7 +82,7 @@ messages_storage_impl_t::messages_storage_impl_t(const basekit2::path_t& path)
     : m_path(path), m_output(m_write_file), m_replay_reader(utf8_name(path))
 {}
 
-messages_storage_impl_t::~messages_storage_impl_t()
+void messages_storage_impl_t::end() noexcept
 {
     try {
         stop_recording();
@@ -153,7 +142,7 @@ bool messages_storage_impl_t::replay(boost::shared_ptr<velmo_ex_t> ex)
         return false;
     m_replay_reader.set_callback(
         [&ex](const boost::shared_ptr<message_t>& msg) { ex->dispatch_message(msg); });
-    const flag_scope_t scope(m_is_replaying);
+    const replay_scope_t scope(m_replaying_thread);
     return m_replay_reader.parse();
 }
 
@@ -165,10 +154,10 @@ void messages_storage_impl_t::stop_reading()
 bool messages_storage_impl_t::start()
 {
     try {
-        if (!m_is_held) {
-            m_log_path = m_path;
-            m_directory = current_directory();
-        }
+        // A child that goes to the background changes its directory.
+        if (!m_is_held)
+            m_directory = directory_t::current();
+        m_log_path = m_directory.resolve(m_path);
         return begin_recording();
     } catch (...) {
         abandon_log();
@@ -337,23 +326,12 @@ void messages_storage_impl_t::after_fork_in_child()
     m_writer.reset();
     m_held.clear(); // the parent's own
     m_next_try = steady_clock::time_point();
-    if (m_is_held)
-        make_log_path_absolute();
 }
 
-// A child that goes to the background changes its directory. Without memory, the path stays
-// relative.
-void messages_storage_impl_t::make_log_path_absolute() noexcept
+void messages_storage_impl_t::close_in_child()
 {
-    try {
-        if (m_directory.empty() || is_absolute(m_log_path))
-            return;
-        basekit2::path_t path(utf8_to_utf16(m_directory));
-        path.append(m_log_path);
-        m_log_path.assign(path);
-    } catch (const std::bad_alloc&) {
-        return;
-    }
+    m_write_file.close_in_child();
+    m_output.close_in_child();
 }
 
 void messages_storage_impl_t::hold(const message_t& msg)
@@ -392,7 +370,7 @@ void messages_storage_impl_t::try_to_write_held_at_intervals()
         // The message is buffered, as after any try that fails.
     }
     const steady_clock::time_point end = steady_clock::now();
-    m_next_try = end + pause_factor * (end - begin);
+    m_next_try = end + std::min<steady_clock::duration>(pause_factor * (end - begin), max_pause);
 }
 
 // A parent that forks to go to the background may end only after its child has recorded and

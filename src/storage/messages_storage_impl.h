@@ -1,5 +1,6 @@
 #pragma once
 
+#include "storage/directory.h"
 #include "storage/file_descriptor.h"
 #include "storage/log_copy.h"
 #include "storage/log_file_reader.h"
@@ -17,6 +18,7 @@
 #include <chrono>
 #include <cstdint>
 #include <string>
+#include <thread>
 
 namespace velmoext_1_4_8
 {
@@ -28,7 +30,7 @@ public:
     explicit messages_storage_impl_t(const basekit2::path_t& path);
     messages_storage_impl_t(const messages_storage_impl_t&) = delete;
     messages_storage_impl_t& operator=(const messages_storage_impl_t&) = delete;
-    virtual ~messages_storage_impl_t();
+    virtual ~messages_storage_impl_t() = default;
 
     bool on_message(boost::shared_ptr<velmo_ex_t> ex, boost::shared_ptr<message_t> msg);
     bool start_recording();
@@ -36,9 +38,13 @@ public:
     bool start_reading();
     bool replay(boost::shared_ptr<velmo_ex_t> ex);
     void stop_reading();
+    /// The last call: ends the recording, even without memory.
+    void end() noexcept;
 
-    /// Whether a replay is delivering. Any thread may call this at any time.
-    bool is_replaying() const { return m_is_replaying; }
+    const basekit2::path_t& path() const { return m_path; }
+    /// Whether a thread, or this one, is in a replay. Any thread may call these at any time.
+    bool is_replaying() const { return m_replaying_thread.load() != std::thread::id(); }
+    bool is_replaying_here() const { return m_replaying_thread == std::this_thread::get_id(); }
 
     /// Writes all that was recorded. Called before a fork() of the process. A child that has
     /// buffered messages waits for its parent until then.
@@ -47,7 +53,7 @@ public:
     /// a fork().
     void after_fork_in_child();
     /// Closes the log in a child if a thread of the parent was in a call of this at the fork.
-    void close_in_child() { m_write_file.close_in_child(); }
+    void close_in_child();
 
 private:
     bool start();
@@ -65,11 +71,10 @@ private:
     bool try_to_write_held();
     void try_to_write_held_at_intervals();
     void wait_to_write_held(std::chrono::steady_clock::time_point end);
-    void make_log_path_absolute() noexcept;
 
     basekit2::path_t m_path;
-    basekit2::path_t m_log_path; ///< of the recording: m_path, absolute in a child
-    std::string m_directory;     ///< the current one when the recording was started
+    basekit2::path_t m_log_path; ///< of the recording: m_path, or absolute in a child
+    directory_t m_directory;     ///< the current one when the recording was started
     file_descriptor_t m_write_file;
     file_descriptor_t m_read_file; ///< only tells that reading was started
     log_output_t m_output;         ///< into m_write_file
@@ -78,7 +83,7 @@ private:
     bool m_is_held = false;        ///< whether this is a child, and recording is on in its parent
     std::string m_held;            ///< elements that the child has recorded
     std::chrono::steady_clock::time_point m_next_try; ///< of the child to begin to record
-    std::atomic<bool> m_is_replaying{false};
+    std::atomic<std::thread::id> m_replaying_thread{std::thread::id()};
     log_file_reader m_replay_reader;
 };
 

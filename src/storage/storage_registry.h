@@ -13,22 +13,23 @@ class messages_storage_t;
 /// writes all that was recorded. In the child, it buffers messages until the parent's recording has
 /// ended.
 ///
-/// A storage that replays at that instant is skipped, as is one that another thread uses for
-/// longer than a second: its mutex stays locked in the child.
+/// A storage that replays at that instant is not waited for, nor one that another thread uses for
+/// longer than a second. In the child, it is replaced by one that does not record.
 class storage_registry_t
 {
 public:
     /// Any thread may call these.
     static boost::shared_ptr<messages_storage_t> get(const basekit2::path_t& path);
     static void add(messages_storage_t& storage);
-    /// Removes the storage and ends its recording. No fork() happens meanwhile: a child would
-    /// inherit the log without knowing of it.
-    static void close(messages_storage_t& storage);
+    static void remove(const messages_storage_t& storage);
 
     /// The handlers of fork().
     static void prepare();
     static void in_parent();
     static void in_child();
+
+private:
+    static void replace(messages_storage_t& storage);
 };
 
 } // namespace velmoext_1_4_8
