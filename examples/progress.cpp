@@ -6,9 +6,6 @@
 
 using namespace velmoext1;
 
-namespace
-{
-
 class bar_t : public velmo2::IProgress
 {
 public:
@@ -17,11 +14,11 @@ public:
     void set_percent(int percent) override
     {
         m_percent = percent;
-        const int filled = percent / 10;
+        const auto filled = static_cast<std::size_t>(percent / 10);
         std::wcout << L'[' << std::wstring(filled, L'#') << std::wstring(10 - filled, L' ') << L"] "
                    << percent << L" %\n";
     }
-    // A user interface returns true after the user has asked to cancel.
+    // Here the operation ends itself; usually a button ends it.
     bool is_canceled() const override { return m_percent >= m_last_percent; }
 
 private:
@@ -42,7 +39,7 @@ public:
 };
 
 // Progress is not delivered to an extension object: the operation is given the handler.
-void copy_files(base_handler_t& handler, const boost::shared_ptr<velmo2::IProgress>& bar)
+static void copy_files(base_handler_t& handler, const boost::shared_ptr<velmo2::IProgress>& bar)
 {
     const auto progress = boost::make_shared<progress_message_t>();
     progress->set_progress(bar);
@@ -52,8 +49,6 @@ void copy_files(base_handler_t& handler, const boost::shared_ptr<velmo2::IProgre
         progress->get_progress()->set_percent(done);
     }
 }
-
-} // namespace
 
 int main()
 {

@@ -20,7 +20,7 @@ inline std::wstring plain_text(const message_t& message)
     if (text.empty())
         text = L"message";
     for (const auto& [name, value] : message.get_content().args)
-        text += L' ' + name + L'=' + value;
+        text.append(L" ").append(name).append(L"=").append(value);
     return text;
 }
 

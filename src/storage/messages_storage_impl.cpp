@@ -48,7 +48,7 @@ class replay_scope_t
 public:
     explicit replay_scope_t(std::atomic<std::thread::id>& thread) : m_thread(thread)
     {
-        m_thread = std::this_thread::get_id();
+        thread = std::this_thread::get_id();
     }
     replay_scope_t(const replay_scope_t&) = delete;
     replay_scope_t& operator=(const replay_scope_t&) = delete;

@@ -42,7 +42,8 @@ struct registry_t
     std::mutex paths_mutex;
     std::map<basekit2::path_t, boost::weak_ptr<messages_storage_t>> paths; // guarded by paths_mutex
     std::mutex entries_mutex;
-    std::list<entry_t> entries; // guarded by entries_mutex
+    std::list<entry_t> entries;                                     // guarded by entries_mutex
+    std::list<boost::shared_ptr<messages_storage_impl_t>> replaced; // guarded by entries_mutex
 };
 
 // Not destroyed at exit: a static object that is destroyed late can still use a storage.
@@ -71,11 +72,11 @@ bool lock_for_moment(boost::mutex& mutex)
 {
     const long second = 1000000000;
     timespec end = {};
-    clock_gettime(CLOCK_MONOTONIC, &end);
+    clock_gettime(CLOCK_REALTIME, &end);
     end.tv_nsec += moment;
     end.tv_sec += end.tv_nsec / second;
     end.tv_nsec %= second;
-    return pthread_mutex_clocklock(mutex.native_handle(), CLOCK_MONOTONIC, &end) == 0;
+    return pthread_mutex_timedlock(mutex.native_handle(), &end) == 0;
 }
 
 void write_all(messages_storage_impl_t& storage, steady_clock::time_point end)
@@ -173,8 +174,7 @@ void storage_registry_t::replace(messages_storage_t& storage)
     storage.m_impl->close_in_child();
     try {
         auto replacement = boost::make_shared<messages_storage_impl_t>(storage.m_impl->path());
-        auto* const lost = new boost::shared_ptr<messages_storage_impl_t>;
-        lost->swap(storage.m_impl);
+        registry().replaced.push_back(storage.m_impl);
         storage.m_impl.swap(replacement);
         new (&storage.m_mutex) boost::mutex;
     } catch (const std::bad_alloc&) {
