@@ -146,6 +146,13 @@ install(DIRECTORY docs
 install(FILES README.md CONTRIBUTING.md SECURITY.md
   DESTINATION ${doc_directory}
   COMPONENT documentation)
+install(FILES
+  examples/report.cpp
+  examples/record_and_replay.cpp
+  examples/localized_text.cpp
+  examples/progress.cpp
+  DESTINATION ${doc_directory}/examples
+  COMPONENT documentation)
 file(CONFIGURE OUTPUT package/doc-base/libvelmoext1-doc CONTENT
 "Document: velmoext1
 Title: velmoext1
