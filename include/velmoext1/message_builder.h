@@ -104,7 +104,7 @@ private:
         } else if constexpr (std::is_integral_v<Number>) {
             return std::to_wstring(value);
         } else {
-            // A sign, the point, all digits before it, and a smallest number's zeros and digits.
+            // Minus, point, the digits of the largest number, the zeros and digits of the smallest.
             std::array<char, std::numeric_limits<Number>::max_digits10 + 2 +
                                  std::numeric_limits<Number>::max_exponent10 -
                                  std::numeric_limits<Number>::min_exponent10>

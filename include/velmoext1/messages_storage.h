@@ -17,23 +17,24 @@ namespace velmoext_1_4_8
 class messages_storage_impl_t;
 class storage_registry_t;
 
-/// A handler that records the messages passing it into an XML log file, and later replays that file
-/// into an extension object. It never consumes a message, and lets progress messages pass
-/// unrecorded.
+/// Handler that records messages in an XML log file, and replays that file into an extension
+/// object. It never consumes a message, and does not record progress messages.
 ///
-/// The process has at most one storage per path; callers and handler stacks share it, and it lives
-/// as long as one of them holds it. A recording that is on then is closed as by stop_recording().
+/// The process has at most one storage per path. Callers and handler stacks share it; with its last
+/// owner it is destroyed, and its recording is stopped.
+///
 /// A child of fork() buffers its messages, 16 MiB at most, while its parent records; then it
 /// continues as after a start. A child of vfork() must not use a storage. docs/log_format.md has
 /// the details.
-/// Any thread may call any operation: they take turns, also while a recording starts on a long log
-/// or a replay runs. So no handler that a replay reaches may call the storage that is replaying,
-/// and the storage must not sit on the stack that it replays into: such a call never returns.
+///
+/// Thread safety: any thread may call any operation at any time. Calls on one storage are
+/// serialized, even if a replay or a start on a long log takes long. A handler that a replay calls
+/// must not call the storage that replays, nor be that storage: such a call never returns.
 class VELMOEXT1_API messages_storage_t : public base_handler_t
 {
 public:
-    /// The storage of this path, made where there is none; never null. Touches no file. Two
-    /// spellings of a path give two storages, of which only one at a time can record.
+    /// Returns the storage with this path. Creates it if there is none; never returns null. Opens
+    /// no file. Two spellings of a path have two storages, of which only one at a time can record.
     static boost::shared_ptr<messages_storage_t> get(const basekit2::path_t& path);
 
     messages_storage_t(const messages_storage_t&) = delete;
@@ -54,7 +55,7 @@ public:
     bool on_message(boost::shared_ptr<velmo_ex_t> ex, boost::shared_ptr<message_t> msg) override;
 
     /// Begins a log, and carries over into it the messages of the log that is there. If these are
-    /// in the form in which they would be written, they stay where they are. Otherwise a copy of
+    /// in the form in which they would be written, they stay in the file. Otherwise a copy of
     /// the log is beside it meanwhile, under its name followed by ".tmp" or, if that is too long,
     /// under a shorter one. If a previous process was killed and left a copy, that is carried over,
     /// provided that the log has no other messages. docs/log_format.md has the details.
@@ -77,13 +78,14 @@ public:
     /// old messages are in the log or in the copy.
     virtual bool start_recording();
 
-    /// Closes the log. Always true, also where no recording is on or the file refused a part of it.
+    /// Stops recording and closes the log. Returns true, even if no recording is on or the file has
+    /// refused a part of it.
     /// In a child of fork() that has something to write, waits a second at most for its parent to
     /// stop or end, and drops its messages then.
     virtual bool stop_recording();
 
-    /// Allows replay(). False, with replay not allowed, where the path is no regular file that can
-    /// be read.
+    /// Allows replay(). Returns false, with replay() not allowed, if the path is not a regular file
+    /// that can be read.
     virtual bool start_reading();
 
     /// Delivers the messages of the file to the extension object, in the order of the file, as if
@@ -106,7 +108,7 @@ public:
     /// document type, another encoding than UTF-8 or another root is kept whole.
     virtual bool replay(boost::shared_ptr<velmo_ex_t> ex);
 
-    /// Takes back what start_reading() allowed. What has been replayed stays so.
+    /// Ends the permission from start_reading(). The read offset stays.
     virtual void stop_reading();
 
 protected:

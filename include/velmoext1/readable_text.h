@@ -12,8 +12,8 @@
 namespace velmoext_1_4_8
 {
 
-/// Returns the type of the message and its arguments, "file_large path=/a size=4096", for users who
-/// have no catalog with a text for it. Returns "message" instead of an empty type.
+/// Returns the type of the message and its arguments, such as "file_large path=/a size=4096".
+/// Returns "message" instead of an empty type.
 inline std::wstring plain_text(const message_t& message)
 {
     std::wstring text = message.get_type();

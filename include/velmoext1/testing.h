@@ -1,6 +1,6 @@
 /// @file
-/// What tests of components and handlers need: a handler that keeps messages, a channel that leads
-/// back into the process, and how GoogleTest prints and compares messages.
+/// Helpers for tests of components and handlers: a handler that keeps messages, a channel within
+/// the process, and GoogleTest's printers and matchers for messages.
 ///
 /// Requires GoogleTest and GoogleMock. Not included by velmoext1.h.
 #pragma once

@@ -9,7 +9,7 @@ namespace velmoext_1_4_8
 namespace
 {
 
-// The place as the host's tools know it: it does not follow the lines of this file.
+// The location that the host's tools expect. It does not depend on the lines of this file.
 const char* const assertion_file = "velmoext1/src/progress_message";
 const int assertion_line = 37;
 const char* const assertion_function = "velmoext_1_4_8::progress_message_t::get_progress";

@@ -21,15 +21,15 @@ namespace
 const char encoding[] = "UTF-8";
 const int options = XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_IGNORE_ENC;
 
-// libxml2's text reader feeds its parser so: first what the encoding is detected by, then pieces.
-// The ends of the pieces decide what libxml2 reads of a malformed document.
-const std::size_t first_piece = 4;
-const std::size_t piece = 512;
+// libxml2's text reader feeds its parser in the same chunks: first the bytes that determine the
+// encoding. Chunk boundaries determine how much of a malformed document libxml2 reads.
+const std::size_t first_chunk = 4;
+const std::size_t small_chunk = 512;
 
-// After that much, pieces end between two tokens, or within long text: libxml2 looks through any
-// other unfinished token again with each piece.
-const std::size_t max_bytes_in_pieces = 65536;
-const std::size_t max_text_piece = 65536;
+// After so many bytes, chunks end between two tokens, or within long text: libxml2 scans any other
+// unfinished token again with each chunk.
+const std::size_t max_bytes_in_small_chunks = 65536;
+const std::size_t max_text_chunk = 65536;
 
 class push_parser_t
 {
@@ -46,7 +46,7 @@ public:
         if (parsed.refusal != refusal_t::none || !open())
             return parsed;
         // libxml2 can be quadratic in what follows a fault.
-        m_end = std::min(markup.well_formed_bytes + piece, m_document.size());
+        m_end = std::min(markup.well_formed_bytes + small_chunk, m_document.size());
         if (feed_until_complete()) {
             parsed.message = read_message_element(xmlDocGetRootElement(m_parser->myDoc));
             parsed.refusal = parsed.message ? refusal_t::none : refusal_t::entity_text;
@@ -57,7 +57,7 @@ public:
 private:
     bool open()
     {
-        m_fed = std::min(first_piece, m_document.size());
+        m_fed = std::min(first_chunk, m_document.size());
         m_parser.reset(xmlCreatePushParserCtxt(nullptr, nullptr, nullptr, 0, nullptr));
         if (!m_parser || xmlCtxtResetPush(m_parser.get(), m_document.data(),
                                           static_cast<int>(m_fed), nullptr, encoding) != 0)
@@ -71,7 +71,7 @@ private:
     }
 
     // As libxml2's text reader does: to the end of the document, or until a comment or an
-    // instruction follows the element, unless the element begins and ends in one piece.
+    // instruction follows the element, unless the element begins and ends in one chunk.
     bool feed_until_complete()
     {
         bool was_open = false;
@@ -88,17 +88,17 @@ private:
     std::size_t next_piece()
     {
         const std::size_t left = m_end - m_fed;
-        if (m_fed < max_bytes_in_pieces)
-            return std::min(piece, left);
+        if (m_fed < max_bytes_in_small_chunks)
+            return std::min(small_chunk, left);
         bool is_over = false;
-        while (!is_over && scanned() < m_fed + piece) {
+        while (!is_over && scanned() < m_fed + small_chunk) {
             const auto token = m_scanner.next();
             m_scanner.finish_start_tag();
             m_is_in_text = token == scanner_t::token_t::text;
             is_over = token == scanner_t::token_t::end;
         }
         const std::size_t size = is_over ? left : scanned() - m_fed;
-        return std::min({size, left, m_is_in_text ? max_text_piece : left});
+        return std::min({size, left, m_is_in_text ? max_text_chunk : left});
     }
 
     std::size_t scanned() const

@@ -11,7 +11,7 @@
 namespace velmoext_1_4_8
 {
 
-/// What parse_document() made of a document.
+/// The result of parse_document().
 struct parsed_document_t
 {
     boost::shared_ptr<message_t> message; ///< null when there is none

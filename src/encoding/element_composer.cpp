@@ -55,14 +55,14 @@ std::string_view escape_in_attribute(wchar_t character)
     }
 }
 
-// Units that are looked at together.
+// Units that are checked together.
 constexpr std::size_t block_size = 8;
 
 // Returns whether the block is plain; what it is copied to is unspecified if not.
 template <typename Char>
 bool copy_plain_block(const wchar_t* from, Char* to)
 {
-    // Not by comparisons, so that compilers look at several units at once.
+    // Without comparisons, so that compilers vectorize the loop.
     std::uint32_t bits = 0;
     for (std::size_t i = 0; i != block_size; ++i) {
         const auto unit = static_cast<std::uint32_t>(from[i]);

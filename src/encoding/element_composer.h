@@ -10,15 +10,15 @@
 namespace velmoext_1_4_8
 {
 
-/// The characters of a text while it is composed: usual messages need no memory for it.
+/// The characters of a text while it is composed. Usual messages need no allocation.
 template <typename Char>
 using text_buffer_t = boost::container::small_vector<Char, 1024>;
 
 /// Appends the message's "msg" element in UTF-8, byte for byte as libxml2's text writer gives it
-/// in a UTF-8 document with indentation on, where `depth` elements are open.
+/// in a UTF-8 document with indentation on and `depth` open elements.
 ///
 /// An attribute or element with an empty key ends attributes, arguments and elements; type and
-/// severity follow. Whatever would make the document malformed costs only itself:
+/// severity follow. Anything that would make the document malformed is replaced or dropped:
 /// - a character that XML 1.0 cannot carry becomes U+FFFD;
 /// - an attribute or element is left out if its key is not an XML name or cannot be split at its
 ///   colons, and an attribute if the element already has one of that name.

@@ -12,7 +12,7 @@
 namespace velmoext_1_4_8
 {
 
-/// Writes the message as one "msg" element beneath the "log" that is open in the writer, by
+/// Writes the message as one "msg" element below the "log" that is open in the writer, by
 /// write_raw(); see append_message_element(). Returns false when the writer refuses it.
 ///
 /// Requires indentation to be on. The writer ends the start tag of "log" without a line break: the
@@ -23,8 +23,8 @@ bool write_message_element(boost::shared_ptr<message_t> message, xmlTextWriterPt
 /// the writer refuses them.
 bool write_raw(std::string_view bytes, xmlTextWriterPtr writer);
 
-/// Returns the message that the element holds. Null for a null node, and when the element's
-/// entities exceed a limit.
+/// Returns the message in the element. Returns null for a null node, and if the element's entities
+/// exceed a limit.
 boost::shared_ptr<message_t> read_message_element(const xmlNode* node);
 
 } // namespace velmoext_1_4_8

@@ -15,7 +15,7 @@ namespace velmoext_1_4_8
 /// parse_document() reads.
 boost::shared_ptr<message_t> recognize_document(std::string_view document);
 
-/// What recognize_log_message() found at the beginning of a text.
+/// The result of recognize_log_message().
 struct recognized_t
 {
     boost::shared_ptr<message_t> message; ///< null unless it could be read

@@ -15,8 +15,8 @@ namespace velmoext_1_4_8
 class node_text_t
 {
 public:
-    /// Appends the text of the node, its followers and everything beneath them to `text`, in UTF-8.
-    /// Returns false, with some of it appended, when a limit is exceeded.
+    /// Appends the text of the node, its following siblings and all descendants to `text`, in
+    /// UTF-8. Returns false, with some of it appended, when a limit is exceeded.
     bool append(const xmlNode* first, std::string& text);
 
 private:

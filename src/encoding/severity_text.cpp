@@ -16,7 +16,7 @@ struct form_t
 {
     message_t::severity_t severity;
     std::string_view word;
-    std::string_view number; ///< accepted in place of the word, never written
+    std::string_view number; ///< read like the word, never written
 };
 
 // The first row that fits counts, so that "0" always means critical, and no number means error.

@@ -13,7 +13,7 @@ namespace
 
 typedef element_names names;
 
-// Elements that are no further texts of a message.
+// Elements that are not additional texts of a message.
 bool is_reserved(std::string_view name)
 {
     return name == names::arg || name == names::severity || name == names::msg ||
@@ -66,7 +66,7 @@ private:
         return take_until([](char character) { return !is_plain(character); });
     }
 
-    // A reader makes nothing of an empty text.
+    // A log does not carry an empty text.
     bool skip_text() { return !take_plain_text().empty(); }
 
     // Takes a name that a message has after the one before.

@@ -20,7 +20,7 @@ string_message_serializer_t::message_to_xml_string(boost::shared_ptr<message_t> 
 boost::shared_ptr<message_t>
 string_message_serializer_t::xml_string_to_message(const std::wstring& text)
 {
-    // No XML has a zero character, but libxml2 would take it for a sign of another encoding.
+    // Zero is not an XML character, but libxml2 would infer another encoding from it.
     if (text.find(L'\0') != std::wstring::npos)
         return boost::shared_ptr<message_t>();
     const std::string document = ROVA_2_18::strings::utf16_to_utf8(text);

@@ -10,8 +10,8 @@ namespace velmoext_1_4_8
 namespace
 {
 
-// libxml2 hands out text in pieces of 300 bytes once it has met a character beyond ASCII.
-const std::size_t max_piece_bytes = 290;
+// libxml2 reports text in chunks of 300 bytes after the first character beyond ASCII.
+const std::size_t max_chunk_bytes = 290;
 
 bool is_ascii_byte(char byte)
 {
@@ -33,7 +33,7 @@ bool has_long_piece(std::string_view text)
 {
     while (!text.empty()) {
         const std::size_t size = size_of_event(text);
-        if (size > max_piece_bytes && !is_ascii_byte(text.front()))
+        if (size > max_chunk_bytes && !is_ascii_byte(text.front()))
             return true;
         text.remove_prefix(size);
     }

@@ -55,7 +55,7 @@ config_file_t::config_file_t(variant_bag_t bag) : m_bag(std::move(bag))
         m_entries[read_attribute(properties, id)].push_back(
             {&properties, read_attribute(properties, prefix_name)});
     }
-    // What has no id configures nothing, not even messages without a type.
+    // An entry without an id is not used, not even for messages without a type.
     m_entries.erase(std::wstring());
 }
 

@@ -11,11 +11,11 @@
 namespace velmoext_1_4_8
 {
 
-/// One configuration file as it was read. Never changes, so any thread may ask it.
+/// A loaded configuration file. Immutable, so any thread may use it.
 class config_file_t
 {
 public:
-    /// Null where the file cannot be loaded.
+    /// Returns null if the file cannot be loaded.
     static boost::shared_ptr<const config_file_t> load(const std::wstring& file);
 
     explicit config_file_t(basekit2::variant_bag_t bag);
@@ -23,8 +23,8 @@ public:
     config_file_t& operator=(const config_file_t&) = delete;
     ~config_file_t() = default;
 
-    /// The property in the first entry of that type and prefix that has a value for it, empty where
-    /// none has. With an empty prefix the entries' own prefixes do not count.
+    /// Returns the property from the first entry with this type and prefix that has it, or an empty
+    /// text. An empty prefix matches every entry.
     std::wstring find_property(const std::wstring& name, const std::wstring& type,
                                const std::wstring& prefix) const;
 

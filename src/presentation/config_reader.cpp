@@ -82,7 +82,7 @@ const config_file_t* config_reader_t::find_file(const basekit2::path_t& dir,
     const auto file = get_file(path.append(source + L".xml").as_string(false));
     if (file)
         m_last_files.emplace(source, file);
-    return file.get(); // the maps hold it
+    return file.get(); // owned by the maps
 }
 
 // Only what was loaded is kept: a file that is not there yet may come.

@@ -24,7 +24,7 @@ using ROVA_2_18::strings::utf16_to_utf8;
 using ROVA_2_18::strings::utf8_to_utf16;
 
 const std::wstring ending = L".tmp";
-// Leaves room for a checksum and the ending where a name has at most 143 bytes.
+// Leaves room for a checksum and the ending on file systems with names of at most 143 bytes.
 const std::size_t max_beginning = 100;
 
 std::string utf8_name(const basekit2::path_t& path)

@@ -26,7 +26,7 @@ public:
     explicit log_copy_t(const basekit2::path_t& log);
     log_copy_t(const log_copy_t&) = delete;
     log_copy_t& operator=(const log_copy_t&) = delete;
-    /// Removes the copy if make() created it and neither keep() nor remove() was called.
+    /// Removes the copy if make() created it, unless keep() or remove() was called.
     ~log_copy_t();
 
     const basekit2::path_t& path() const { return m_path; }

@@ -60,7 +60,7 @@ bool log_file_reader::parse_between(const file_descriptor_t& file, std::int64_t 
     bool has_tag = false;
     bool is_last = false;
     while (!is_last && !walker.is_finished()) {
-        // As much again as was not enough: so an element of any size is looked through a few times.
+        // Doubles what was not enough, so that an element of any size is scanned a few times only.
         const auto left = static_cast<std::size_t>(end - begin);
         const std::size_t wanted = std::min(std::max(chunk, read.size()), left);
         const std::size_t kept = read.size();

@@ -31,13 +31,13 @@ public:
     ///
     /// Returns false, with nothing handed over, when there is nothing new or no '>' in it, or when
     /// the file cannot be read or has become shorter; of these only a text without a '>' moves the
-    /// position. What the callback throws passes out, and std::bad_alloc when libxml2 runs out of
-    /// memory; the position is then past the text.
+    /// position. Propagates the callback's exceptions. Throws std::bad_alloc if libxml2 runs out of
+    /// memory. In both cases the position is past the text.
     bool parse();
     /// The same of a file that is open to read.
     bool parse(const file_descriptor_t& file);
 
-    /// The limit that made the last parse() end early, if any.
+    /// The limit that ended the last parse() early, if any.
     refusal_t refusal() const { return m_refusal; }
 
     /// The offset at which the next parse() starts, in bytes.

@@ -28,7 +28,7 @@ namespace
 // No longer text is a severity, whatever the case of its letters.
 const std::size_t max_severity_bytes = 64;
 
-// A piece of text counts up to the next tag, however much of it libxml2 reported.
+// The text of an event extends to the next tag, however much of it libxml2 reported.
 std::string_view text_to_next_tag(const char* text, std::size_t max_size)
 {
     const std::size_t size = strnlen(text, max_size);
@@ -42,7 +42,7 @@ std::string_view text_to_next_tag(const char* text)
     return std::string_view(text, tag ? static_cast<std::size_t>(tag - text) : std::strlen(text));
 }
 
-// The first character tells most names apart.
+// The first character distinguishes most names.
 bool is_same(const char* name, const char* other)
 {
     return *name == *other && std::strcmp(name, other) == 0;
@@ -78,8 +78,8 @@ int log_sax_reader::parse(const std::string& document, sizes_t sizes)
     return answer;
 }
 
-// Not xmlCtxtReadMemory(): some releases of libxml2 read the document in pieces there, at whose
-// ends text is cut.
+// Not xmlCtxtReadMemory(): with some releases of libxml2 it reads the document in chunks, and
+// splits text at their ends.
 int log_sax_reader::parse(xmlParserCtxt& parser, sizes_t sizes)
 {
     *parser.sax = make_table();
@@ -275,7 +275,7 @@ void log_sax_reader::add_element(const char* text)
     current_element = element_t::msg;
 }
 
-// The first text of a key stays, so that of a known key is not even looked at.
+// The first text of a key stays, so the text of a known key is not converted.
 void log_sax_reader::add_text(string_map_t& texts, std::wstring&& key, const char* text)
 {
     const auto place = texts.lower_bound(key);

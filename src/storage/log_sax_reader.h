@@ -18,7 +18,7 @@ namespace velmoext_1_4_8
 class xml_error_scope_t;
 
 /// Builds messages from the events of a log's parse, and hands each over as soon as its element has
-/// ended. Works on the events as libxml2 gives them: text that arrives in several pieces is not
+/// ended. Works on the events as libxml2 reports them: text in several events is not
 /// joined, and nothing is decoded twice.
 ///
 /// Its state stays from one parse to the next. Callers must serialize access.
@@ -38,11 +38,10 @@ public:
         any
     };
 
-    /// Reads a document up to its first fault. Returns libxml2's answer: 0 when the document is
-    /// well-formed, a positive number when it is not, a negative one when no parse could begin, as
-    /// for an empty text. What the callback throws passes out, and no message after it is handed
-    /// over; so does std::bad_alloc when libxml2 runs out of memory. The size must not exceed an
-    /// int.
+    /// Reads a document up to its first fault. Returns libxml2's result: 0 if the document is
+    /// well-formed, a positive number if it is not, a negative one if no parse could begin, as for
+    /// an empty text. Propagates the callback's exceptions, and hands over no later message. Throws
+    /// std::bad_alloc if libxml2 runs out of memory. The size must not exceed an int.
     int parse(const std::string& document, sizes_t sizes = sizes_t::usual);
 
     /// Hands over a message that was read without a parse, as if parse() had just built it.

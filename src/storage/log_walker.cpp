@@ -29,7 +29,7 @@ const std::size_t max_collected_bytes = 65536;
 const std::size_t fault_bytes = 512;
 
 // Returns the size up to which a text with a fault is parsed, npos when the text ends before that.
-// The text before the fault counts up to the next tag. What follows can be quadratic in libxml2.
+// The event before the fault extends to the next tag. Parsing more can be quadratic in libxml2.
 std::size_t size_with_fault(std::string_view text, std::size_t fault)
 {
     return text.find('<', fault + fault_bytes);
@@ -75,12 +75,12 @@ bool has_start_tag(std::string_view text)
     return token == token_t::start_tag;
 }
 
-// What the text beneath the root begins with.
+// The item at the beginning of the text below the root.
 struct item_t
 {
     enum class kind_t
     {
-        complete, ///< an element, or anything else that the root can hold
+        complete, ///< an element, or any other content of the root
         unfinished,
         root_end,
         malformed

@@ -16,7 +16,7 @@ class log_sax_reader;
 /// Walks through the text of one log and hands the messages in it to a log_sax_reader, as one parse
 /// of the whole text would. Requires memory for the largest element only.
 ///
-/// Each element directly beneath the root is read by itself: a message in the library's written
+/// Each element directly below the root is read by itself: a message in the library's written
 /// form directly, anything else in a small document of its own with the same root. The events of
 /// such documents are those of the whole text up to its first fault. A log with a document type, or
 /// in another encoding than UTF-8, is parsed whole.
@@ -27,7 +27,7 @@ public:
     typedef std::function<void(std::string_view)> lines_callback_t;
 
     /// The reader must outlive the walker. A callback that is not empty receives the messages in
-    /// stable lines in place of the reader.
+    /// stable lines instead of the reader.
     explicit log_walker_t(log_sax_reader& reader, lines_callback_t take_lines = lines_callback_t())
         : m_reader(reader), m_take_lines(std::move(take_lines))
     {}
@@ -37,7 +37,7 @@ public:
 
     /// Continues with the text that follows what was walked before. Returns how many of its bytes
     /// were walked: the next call passes the others again, and more after them unless this was the
-    /// last part. What a message's callback throws passes out.
+    /// last part. Propagates the exceptions of a message's callback.
     std::size_t walk(std::string_view text, bool is_last);
 
     /// Whether nothing that follows counts: the root has ended, or there was a fault.

@@ -32,7 +32,7 @@ bool messages_storage_t::on_message(boost::shared_ptr<velmo_ex_t> ex,
                                     boost::shared_ptr<message_t> msg)
 {
     const boost::mutex::scoped_lock lock(m_mutex);
-    // Copies: what the caller let go of dies with the parameters, after the lock.
+    // Copies: the last owners of both are the parameters, which are destroyed after the lock.
     return m_impl->on_message(ex, msg);
 }
 

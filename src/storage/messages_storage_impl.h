@@ -76,7 +76,7 @@ private:
     basekit2::path_t m_log_path; ///< of the recording: m_path, or absolute in a child
     directory_t m_directory;     ///< the current one when the recording was started
     file_descriptor_t m_write_file;
-    file_descriptor_t m_read_file; ///< only tells that reading was started
+    file_descriptor_t m_read_file; ///< open if reading was started
     log_output_t m_output;         ///< into m_write_file
     xml_writer_t m_writer;         ///< writes into m_output; set while recording is on
     bool m_has_messages = false;   ///< whether one was written since recording was started

@@ -8,7 +8,7 @@
 namespace velmoext_1_4_8
 {
 
-/// Eight bytes of a text, which are looked at together.
+/// Eight bytes of a text, which are checked together.
 typedef std::uint64_t byte_block_t;
 
 /// A block of eight times the same byte.

@@ -8,7 +8,7 @@
 namespace velmoext_1_4_8
 {
 
-/// What is known of a document before libxml2 parses it.
+/// The result of look_through_markup().
 struct markup_t
 {
     /// The limit that the document exceeds, if any: refusal_t::none when libxml2's work is linear

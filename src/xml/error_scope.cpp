@@ -77,8 +77,8 @@ void xml_error_scope_t::enter()
         std::swap(m_last_error, *m_last_error_place);
 }
 
-// Moves the thread's last error, since a copy could run out of memory. It is written to where
-// libxml2 has it: no function does so, and newer releases give that place as const.
+// Moves the thread's last error, since a copy could run out of memory. No function of libxml2 sets
+// it, and newer releases return its address as const.
 void xml_error_scope_t::leave()
 {
     if (xmlGetLastError())

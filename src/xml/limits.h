@@ -39,14 +39,14 @@ constexpr std::size_t max_document_type_bytes = 163840;
 /// Comparisons for declared ids: libxml2 looks for another id among all attributes of the element.
 constexpr std::size_t max_id_checks = 3000000;
 
-/// Comparisons of attributes in all start tags together, half the square of their numbers added up:
-/// libxml2 compares each attribute with all before it. As many as of one tag with 25,000.
+/// Comparisons of attributes in all start tags: libxml2 compares each attribute with all before it.
+/// As many as in one tag with 25,000 attributes.
 constexpr std::size_t max_attribute_checks = 312500000;
 
-/// Different names. libxml2 looks for each among all of them in 16,384 places.
+/// Different names. libxml2 looks them up in a hash table with 16,384 buckets.
 constexpr std::size_t max_names = 250000;
 
-/// Ids, that is attributes "xml:id". libxml2 looks for each like for a name, in more time.
+/// Attributes "xml:id". libxml2 looks them up like names, in more time.
 constexpr std::size_t max_ids = 150000;
 
 /// Comparisons for defaults. libxml2 compares each default of an element with the attributes and
@@ -58,7 +58,7 @@ constexpr std::size_t max_default_checks = 2000000000;
 constexpr std::size_t max_namespace_checks = 400000000;
 
 /// Bytes of the entities that one message refers to, each reference counted. A few bytes of
-/// entities that refer to one another can stand for gigabytes of text.
+/// entities that refer to one another can expand to gigabytes of text.
 constexpr std::size_t max_entity_bytes = 10000000;
 
 /// Nesting of entities and elements in the text of one element: each is a call on the stack.

@@ -20,7 +20,7 @@ std::size_t find_fault(std::string_view text);
 enum class place_t
 {
     element,
-    attribute ///< where line ends and tabs would become blanks, unless they are references
+    attribute ///< a reader converts line ends and tabs to blanks, unless they are references
 };
 
 /// Decodes the references of a text as a reader of XML does, into `wide`. `ampersand` replaces a

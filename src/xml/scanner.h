@@ -38,8 +38,8 @@ private:
 
 /// Splits an XML document into its tokens, in linear time and without an allocation.
 ///
-/// Knows where each construct of XML ends, quotes and nesting included, but checks neither names
-/// nor characters nor that tags match. A document that is well-formed is split as XML says.
+/// Finds the end of each construct of XML, quotes and nesting included. Checks neither names nor
+/// characters nor that tags match. A document that is well-formed is split as XML says.
 class scanner_t
 {
 public:
@@ -65,8 +65,8 @@ public:
     /// Moves to the next token. Of a start tag, attributes that were not asked for are passed over.
     token_t next();
 
-    /// Moves to the next attribute of the start tag that next() returned. False when there is no
-    /// further one.
+    /// Moves to the next attribute of the start tag that next() returned. Returns false after the
+    /// last one.
     bool next_attribute(attribute_t& attribute);
 
     /// Passes over the attributes that are left; the start tag is complete then. Returns start_tag,
@@ -107,7 +107,7 @@ private:
     bool m_is_empty_element = false;
 };
 
-/// What libxml2 would do for a document type.
+/// The figures of a document type that determine the cost of its parse.
 struct document_type_facts_t
 {
     std::size_t defaults = 0;            ///< of attributes

@@ -8,53 +8,50 @@
 namespace basekit2
 {
 
-/// The name of a file or directory: a wide text in UTF-16 code units, kept as it was given. The
-/// system sees it in UTF-8, whatever the process's locale is. The separator is `/`.
+/// The path of a file or directory: a wide text in UTF-16 code units, which is not normalized. It
+/// is passed to the system in UTF-8, in every locale. The separator is `/`.
 ///
-/// A text may hold a zero character; no file has such a name, so every operation on files fails
-/// with it. Nothing here throws but for lack of memory. Different objects may be used by different
-/// threads, one object by one thread at a time unless all of them only read.
+/// A path with a zero character is valid, but every operation on files fails with it. Operations
+/// throw std::bad_alloc only.
+///
+/// Thread safety: not synchronized. Any number of threads may read a path if none modifies it.
 class BASEKIT2_API path_t
 {
 public:
-    /// An empty path.
+    /// Creates an empty path.
     path_t() = default;
-    /// A null pointer gives an empty path. Not explicit: a text is a path wherever one is asked
-    /// for.
+    /// Null is an empty path. Not explicit: a text converts to a path.
     path_t(const wchar_t* text); // NOLINT(google-explicit-constructor)
-    /// Not explicit, for the same reason.
+    /// Not explicit: a text converts to a path.
     path_t(const std::wstring& text); // NOLINT(google-explicit-constructor)
 
     path_t& assign(const path_t& other);
 
-    /// Joins both texts with exactly one separator in place of all that stand where they meet; an
-    /// absolute right side goes below the left one too. Where one side is empty the other is the
-    /// result, as it is.
+    /// Appends a path, even an absolute one, with exactly one separator between both. If one side
+    /// is empty, the result is the other one, unchanged.
     path_t& append(const path_t& right);
 
-    /// What stands before the last component, without the separators between: empty for a bare
-    /// name, `/` for `/x`. A text that ends with a separator has an empty last component, so `a/b/`
-    /// gives `a/b`.
+    /// Returns the text before the last component, without trailing separators: empty for `x`, `/`
+    /// for `/x`. The last component of `a/b/` is empty, so its branch is `a/b`.
     std::wstring get_branch() const;
-    /// The last component: what follows the last separator.
+    /// Returns the last component: the text after the last separator.
     std::wstring get_leaf() const;
-    /// Both forms are the same where `/` is the system's own separator.
+    /// Returns the text. Both forms are the same if `/` is the system's separator.
     std::wstring as_string(bool generic = false) const;
 
     bool is_empty() const { return m_text.empty(); }
 
-    /// Whether something of that name is there; a link is followed, so one that leads nowhere does
-    /// not exist. False too for a text that names nothing, and where the system does not let the
-    /// process look.
+    /// Returns whether something exists at the path. Follows links, so a dangling link does not
+    /// exist. Returns false also for an invalid path, and if a permission is missing.
     static bool exists(const std::wstring& text);
 
-    /// The texts are compared, not the files they name.
+    /// Compares the texts, not the files.
     friend bool operator==(const path_t& left, const path_t& right)
     {
         return left.m_text == right.m_text;
     }
 
-    /// The order of the texts' code units.
+    /// Compares the code units of the texts.
     friend bool operator<(const path_t& left, const path_t& right)
     {
         return left.m_text < right.m_text;

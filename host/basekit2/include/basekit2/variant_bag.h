@@ -1,5 +1,5 @@
 /// @file
-/// Trees of named values, and how they are loaded from XML.
+/// Trees of named values, and a loader from XML.
 #pragma once
 
 #include <basekit2/export.h>
@@ -14,18 +14,17 @@
 namespace basekit2
 {
 
-/// One value: nothing, a wide text, a truth, a whole number or a real one.
+/// A value: none, a wide text, a boolean, an integer or a floating-point number. The types T of
+/// can_get() and get() are `const wchar_t*`, `std::wstring`, `bool`, `std::int64_t` and `double`.
 ///
-/// The types T to ask for are `const wchar_t*`, `std::wstring`, `bool`, `std::int64_t` and
-/// `double`. Different objects may be used by different threads, one object by several threads that
-/// only read.
+/// Thread safety: not synchronized. Any number of threads may read an object if none modifies it.
 class BASEKIT2_API variant_t
 {
 public:
-    /// Holds nothing.
+    /// Creates an object without a value.
     variant_t() = default;
-    // Not explicit: each of these is a value wherever one is asked for.
-    /// A null pointer gives an empty text.
+    // Not explicit: each of these types converts to a value.
+    /// Null is an empty text.
     variant_t(const wchar_t* text);      // NOLINT(google-explicit-constructor)
     variant_t(const std::wstring& text); // NOLINT(google-explicit-constructor)
     variant_t(bool truth);               // NOLINT(google-explicit-constructor)
@@ -37,14 +36,14 @@ public:
     variant_t& operator=(variant_t&& other) noexcept;
     ~variant_t();
 
-    /// Whether get() has that to give. No kind is taken for another, but a text is there in both
-    /// forms.
+    /// Returns whether the value has this type. There are no conversions, except between the two
+    /// types of texts.
     template <typename T>
     bool can_get() const;
 
-    /// The value. Where it is of another kind that is the caller's fault: it is reported to the
-    /// host's assertion with the text "can_get<T>()", and the answer is an empty text, false or
-    /// zero. A pointer stays valid as long as this object lives unchanged.
+    /// Returns the value. If it has another type, reports the assertion "can_get<T>()" and returns
+    /// an empty text, false or zero. A returned pointer is valid until the object is modified or
+    /// destroyed.
     template <typename T>
     T get() const;
 
@@ -52,11 +51,12 @@ private:
     std::variant<std::monostate, std::wstring, bool, std::int64_t, double> m_value;
 };
 
-/// A tree: named values and named bags below, each in its order; a name may stand there more than
-/// once. The one value without a name is the bag's text. Copies are deep.
+/// A tree: an ordered list of named values and one of named child bags. Names can repeat. The value
+/// without a name is the text of the bag. Copies are independent.
 ///
-/// Several threads may read one bag, but nobody may read or write it while another thread writes.
-/// Walking iterators, and what they refer to, stay valid as long as the bag lives unchanged.
+/// Iterators, and references from them, are valid until the bag is modified or destroyed.
+///
+/// Thread safety: not synchronized. Any number of threads may read a bag if none modifies it.
 class BASEKIT2_API variant_bag_t
 {
 public:
@@ -70,23 +70,24 @@ public:
     variant_bag_t& operator=(variant_bag_t&& other) noexcept;
     ~variant_bag_t();
 
-    /// Puts a value behind the others; an empty name makes it the bag's text.
+    /// Appends a value. A value with an empty name is the text of the bag.
     void add_value(const std::wstring& name, const variant_t& value);
-    /// Puts an empty bag behind the others. The reference stays valid until the next bag is added
-    /// to this one.
+    /// Appends an empty child bag and returns it. The reference is valid until the next bag is
+    /// appended to this one.
     variant_bag_t& add_bag(const std::wstring& name);
 
-    /// Whether there is a value of that name.
+    /// Returns whether there is a value with this name.
     bool has(const std::wstring& name) const;
-    /// The first value of that name, valid as long as the bag lives unchanged. Where there is none,
-    /// the default itself: one that is made for the call is gone with the expression of the call.
+    /// Returns the first value with this name, valid until the bag is modified or destroyed. If
+    /// there is none, returns `default_value` itself: a temporary is destroyed with the full
+    /// expression of the call.
     const variant_t& get_variant(const std::wstring& name, const variant_t& default_value) const;
 
-    /// Walks over the values.
+    /// Returns an iterator over the values.
     value_iterator begin_values() const;
-    /// Walks over all bags directly below.
+    /// Returns an iterator over the child bags.
     const_iterator begin_bags() const;
-    /// Walks over the bags of that name directly below.
+    /// Returns an iterator over the child bags with this name.
     const_iterator begin_by_name(const std::wstring& name) const;
 
 private:
@@ -97,7 +98,7 @@ private:
     std::vector<named_bag_t> m_bags;
 };
 
-/// A walk over a bag's values, in their order. Past the end, only at_end() may be asked.
+/// Iterator over the values of a bag, in their order. At the end, only at_end() may be called.
 class BASEKIT2_API variant_bag_t::value_iterator
 {
 public:
@@ -114,8 +115,7 @@ private:
     std::size_t m_at = 0;
 };
 
-/// A walk over the bags directly below a bag, in their order. Past the end, only at_end() may be
-/// asked.
+/// Iterator over the child bags of a bag, in their order. At the end, only at_end() may be called.
 class BASEKIT2_API variant_bag_t::const_iterator
 {
 public:
@@ -131,32 +131,31 @@ private:
     void skip_others();
 
     const variant_bag_t* m_bag;
-    std::optional<std::wstring> m_name; ///< of the bags to stop at; nothing for all
+    std::optional<std::wstring> m_name; ///< of the bags; all if it is not set
     std::size_t m_at = 0;
 };
 
-/// The bit of load_variant_bag2()'s status that is set when nothing was loaded.
+/// The bit in the status of load_variant_bag2() that reports a failure.
 constexpr std::uint32_t load_failed = std::uint32_t{1} << 30U;
 
-/// Loads a tree from an XML file. An element is a bag named after its tag, an attribute a named
-/// value, an element's own text its value without a name, behind the attributes; all values are
-/// wide texts. The root element is `bag` itself. The pieces of a text between child elements,
-/// CDATA sections and character references included, are joined; text that is white space only is
-/// left out, any other stays as it is. Comments and processing instructions are left out; names
-/// with a colon and `xmlns` attributes are names like any other.
+/// Loads a tree from an XML file. The root element is `bag` itself, a child element is a bag named
+/// after its tag, an attribute is a named value. The text of an element is its value without a
+/// name, after the attributes: all text between child elements, joined. White space alone is
+/// dropped. Comments and processing instructions are ignored. Names with a colon and `xmlns`
+/// attributes are ordinary names. All values are wide texts.
 ///
-/// Answers 0 where that was done. Otherwise the bit load_failed is set and `bag` is unchanged:
-/// - the file is missing, may not be read, is no regular file or has more than 16 MiB;
-/// - it is no well-formed XML, or is beyond libxml2's limits: elements deeper than 256, a value or
-///   a stretch without elements of more than 10,000,000 bytes;
-/// - an element has more than 256 attributes, or the file's names take more than about 64 KiB
-///   together, each different name counted once: libxml2 needs the square of them;
+/// Returns 0 on success. Otherwise returns a status with the bit load_failed, and `bag` is
+/// unchanged:
+/// - the file is missing, cannot be read, is not a regular file or has more than 16 MiB;
+/// - it is not well-formed XML, or exceeds a limit of libxml2: elements deeper than 256, a value or
+///   text between elements of more than 10,000,000 bytes;
+/// - an element has more than 256 attributes, or the different names in the file have more than
+///   about 64 KiB together, in which libxml2 is quadratic;
 /// - it has a document type declaration;
-/// - its root has another name than `root`; null stands for any name.
+/// - its root element is not named `root`; null accepts any name.
 ///
-/// With `allow_missing`, a file that is not there is an empty bag: `bag` is emptied and the answer
-/// is 0. Nothing is fetched, nothing printed, and nothing thrown but for lack of memory. Any thread
-/// may call at any time, for different bags.
+/// If `allow_missing` is true and the file does not exist, clears `bag` and returns 0. Opens no
+/// other file. Throws std::bad_alloc only. Any thread may call it at any time, for different bags.
 BASEKIT2_API std::uint32_t load_variant_bag2(variant_bag_t& bag, const std::wstring& file,
                                              const wchar_t* root, bool allow_missing);
 

@@ -1,5 +1,5 @@
 /// @file
-/// How a library of the host reports that a caller broke its rules.
+/// Reports of violated requirements.
 #pragma once
 
 #include <rova/export.h>
@@ -9,20 +9,19 @@ namespace ROVA_2_18
 namespace debug
 {
 
-/// Takes the broken condition's text and the place where it stands. May return: the one who
-/// reported then goes on.
+/// Receives the text and the source location of a violated condition. If it returns, the reporting
+/// operation continues.
 typedef void (*assert_handler_t)(const char* expression, const char* file, int line,
                                  const char* function);
 
-/// Puts a handler in place for the whole process, null for none, and answers the former one. Any
-/// thread may call at any time.
+/// Sets the handler of the process, or null for none. Returns the previous one. Any thread may call
+/// it at any time.
 ROVA_API assert_handler_t set_assert_handler(assert_handler_t handler);
 
 namespace _private
 {
 
-/// Reports to the handler in place. Where there is none, the report goes to standard error as one
-/// line. Returns when the handler returns.
+/// Calls the handler. If none is set, writes the report to standard error, as one line.
 ROVA_API void ____________________ASSERT____________________(const char* expression,
                                                              const char* file, int line,
                                                              const char* function);

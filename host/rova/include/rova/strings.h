@@ -1,9 +1,9 @@
 /// @file
 /// Wide text and its conversions.
 ///
-/// A wide string holds UTF-16 code units, also where `wchar_t` has 32 bits. Where text is written,
-/// a single element beyond the BMP, as a native wide literal gives it, counts as its character.
-/// Nothing here throws but for lack of memory, and any thread may call at any time.
+/// A wide string contains UTF-16 code units, also if `wchar_t` has 32 bits. Conversions also accept
+/// a single element beyond the BMP, as in a native wide literal. They throw std::bad_alloc only.
+/// Any thread may call them at any time.
 #pragma once
 
 #include <rova/export.h>
@@ -17,15 +17,15 @@ namespace strings
 
 typedef std::wstring ustring16;
 
-/// An unpaired surrogate, or an element past U+10FFFF, becomes U+FFFD.
+/// Converts to UTF-8. Replaces an unpaired surrogate, or an element beyond U+10FFFF, by U+FFFD.
 ROVA_API std::string utf16_to_utf8(const std::wstring& text);
 
-/// A byte sequence that is no UTF-8 becomes U+FFFD, once for each longest part that could have
-/// begun a character.
+/// Converts from UTF-8. Replaces malformed UTF-8 by U+FFFD, once for each maximal prefix of a
+/// character.
 ROVA_API std::wstring utf8_to_utf16(const std::string& text);
 
-/// The full upper case of the root locale, whatever the process's locale is: the text may grow. An
-/// unpaired surrogate, or an element past U+10FFFF, stays as it is.
+/// Converts to upper case, by the full mapping of the root locale: the text can become longer.
+/// Keeps an unpaired surrogate, or an element beyond U+10FFFF, unchanged.
 ROVA_API std::wstring to_upper(const std::wstring& text);
 
 } // namespace strings

@@ -27,9 +27,9 @@ private:
     types::variant m_value;
 };
 
-/// Named arguments in the order in which they were added; a name may stand there more than once.
-/// Different objects may be used by different threads, one object by several threads that only
-/// read.
+/// An ordered list of named arguments. Names can repeat.
+///
+/// Thread safety: not synchronized. Any number of threads may read a list if none modifies it.
 class ROVA_API varg_list
 {
 public:

@@ -15,21 +15,22 @@ class pattern_t;
 namespace types
 {
 
-/// A value that is handed to the host's text operations: a wide text. Different objects may be used
-/// by different threads, one object by several threads that only read.
+/// A value for the host's text operations: a wide text.
+///
+/// Thread safety: not synchronized. Any number of threads may read an object if none modifies it.
 class ROVA_API variant
 {
 public:
-    /// An empty text.
+    /// Creates an empty text.
     variant() = default;
-    /// Not explicit: a text is a value wherever one is asked for.
+    /// Not explicit: a text converts to a value.
     variant(const std::wstring& text); // NOLINT(google-explicit-constructor)
 
-    /// The value in UTF-8, as strings::utf16_to_utf8() gives it.
+    /// Returns the value in UTF-8, see strings::utf16_to_utf8().
     std::string as_string() const;
 
 private:
-    /// Spared the way over UTF-8 and back.
+    /// Uses the wide text, without a conversion to UTF-8 and back.
     friend class i18n::pattern_t;
 
     std::wstring m_text;

@@ -1,10 +1,9 @@
 /// @file
-/// The product's message catalogs by their names: those that the application registered, and
-/// gettext's `.mo` files in a directory.
+/// The product's message catalogs, by name: catalogs that the application registers, and gettext's
+/// `.mo` files in a directory. Operations throw std::bad_alloc only.
 ///
-/// Any thread may ask for a catalog at any time. Catalogs are registered, taken back and bound to a
-/// directory while nobody uses one: a pointer that was handed out does not own what it points to.
-/// Nothing here throws but for lack of memory, and nothing is printed.
+/// Thread safety: any thread may call getMessageCatalog() at any time. No thread may use a catalog
+/// while one is registered or a directory is bound: the returned pointer does not own it.
 #pragma once
 
 #include <setbook2/export.h>
@@ -18,35 +17,32 @@
 namespace setbook2
 {
 
-/// The catalog of that name: the registered one, else the file `NAME.mo` of the bound directory.
-/// Null where there is neither; the next call looks again.
+/// Returns the registered catalog with this name, or the one in the file `NAME.mo` of the bound
+/// directory. Returns null if there is none; the next call tries again.
 ///
-/// The file is `DIRECTORY/LOCALE/LC_MESSAGES/NAME.mo`, for the bound locale or, where that has
-/// none, the next of its fall-backs: for "de_AT@euro" these are "de@euro", "de_AT" and "de". It is
-/// read once. Its message ids are looked up exactly; a translation is an ICU MessageFormat pattern
-/// in the locale that the file was found for. An empty id, and one without a translation, is an
-/// empty message.
+/// The file is `DIRECTORY/LOCALE/LC_MESSAGES/NAME.mo`, for the bound locale or its first fall-back
+/// with such a file: for "de_AT@euro" these are "de@euro", "de_AT" and "de". It is read once.
+/// Message ids are compared exactly. A translation is a pattern of ICU's MessageFormat, in the
+/// locale of the file. An empty id, and one without a translation, gives an empty text.
 ///
-/// A file is passed over, as if it were not there, where it is no regular file, has more than
-/// 16 MiB, is damaged, or is not as `msgfmt` writes it from a UTF-8 file: with a hash table and
-/// without strings that depend on the system. A name that holds a `/` or a zero character has no
-/// file.
+/// Ignores a file that is not a regular file, has more than 16 MiB, is damaged, or is not as
+/// `msgfmt` writes it from a UTF-8 file: with a hash table and without system-dependent strings. A
+/// name with a `/` or a zero character has no file.
 SETBOOK2_API const ROVA_2_18::i18n::catalog_t* getMessageCatalog(const std::wstring& name);
 
-/// Puts a catalog under that name, in place of any other; an empty pointer takes it back. The
-/// former one is let go when that is done, and may call these functions from its destructor.
+/// Registers a catalog with this name, or removes it if the pointer is null. The previous catalog
+/// is released afterwards; its destructor may call these functions.
 SETBOOK2_API void
 registerMessageCatalog(const std::wstring& name,
                        boost::shared_ptr<const ROVA_2_18::i18n::catalog_t> catalog);
 
-/// Looks for files in this directory and locale from now on, and forgets the files that were read.
-/// The locale is `language[_COUNTRY][.encoding][@variant]`, as the environment has it; its encoding
-/// does not count, nor does what is none of these. True where that was done; neither need be there
-/// yet. False, with nothing changed, where the directory is empty or holds a zero character, or the
-/// locale has no language or other characters than ASCII letters, digits, `_`, `-`, `.` and `@`.
+/// Sets the directory and the locale for files, and forgets the files that were read. The locale is
+/// `language[_COUNTRY][.encoding][@variant]`, as in the environment; its encoding is ignored.
+/// Returns true even if there is no file for the locale: see getMessageCatalog().
 ///
-/// "C" and "POSIX" are no languages, but files for them are looked for under `c` and `posix`: what
-/// is shown there is the application's choice.
+/// Returns false, with nothing changed, if the directory is empty or has a zero character, or if
+/// the locale has no language or has characters other than ASCII letters, digits, `_`, `-`, `.` and
+/// `@`. Files for the locales "C" and "POSIX" are in `c` and `posix`.
 SETBOOK2_API bool bindCatalogDirectory(const std::wstring& directory, const std::wstring& locale);
 
 } // namespace setbook2

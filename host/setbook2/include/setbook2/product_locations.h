@@ -6,17 +6,17 @@
 namespace setbook2
 {
 
-/// Where the product's files are. The host application implements it and sets one for the process.
+/// Directories of the product. The host application implements it and sets one object.
 class SETBOOK2_API IProductLocations
 {
 public:
-    /// What was set last, null where nothing is. Any thread may call at any time.
+    /// Returns the object that was set, or null. Any thread may call it at any time.
     static IProductLocations* get();
-    /// Borrows the object until another one is set; null takes it back. Any thread may call, but
-    /// the object must live until nobody uses any more what get() answered.
+    /// Sets the object, or null for none. Does not own it: it must outlive every use of a pointer
+    /// from get(). Any thread may call it at any time.
     static void set(IProductLocations* locations);
 
-    /// The directories, each as a text that stays valid as long as the object does.
+    // Return a directory. The text is valid as long as the object.
     virtual const wchar_t* get_install_dir() = 0;
     virtual const wchar_t* get_data_dir() = 0;
     virtual const wchar_t* get_config_dir() = 0;

@@ -4,7 +4,7 @@
 namespace velmo2
 {
 
-/// How the host marks a line of text.
+/// The host's severity of a line of text.
 enum ESeverity
 {
     debug = 0,
@@ -13,11 +13,11 @@ enum ESeverity
     error = 3
 };
 
-/// The host's channel to the user: one line of text at a time. Called on the thread that reports.
+/// The host's text channel: one line of text per call, on the reporting thread.
 class IMessenger
 {
 public:
-    /// Takes a text that ends at its first zero; it is valid only during the call.
+    /// Receives a zero-terminated text, which is valid during the call only.
     virtual void say(ESeverity severity, const wchar_t* text) = 0;
 
     virtual ~IMessenger() = default;

@@ -4,15 +4,15 @@
 namespace velmo2
 {
 
-/// How far an operation of the host has come, and whether the user wants it to end. Called on the
-/// thread that reports.
+/// The progress of an operation. Implemented by the host's user interface, and called by the
+/// operation, on its thread.
 class IProgress
 {
 public:
-    /// From 0 to 100.
+    /// Shows the progress, from 0 to 100.
     virtual void set_percent(int percent) = 0;
 
-    /// Whether the user asked to end the operation.
+    /// Returns whether the user has asked to cancel. The operation polls it and ends.
     virtual bool is_canceled() const = 0;
 
     virtual ~IProgress() = default;
