@@ -49,7 +49,7 @@ private:
     int m_number;
 };
 
-/// A FIFO without a writer would otherwise be waited for, and a terminal taken over.
+/// Opens a file for reading. Does not wait for the writer of a FIFO.
 int open_source(const std::wstring& name)
 {
     return posix::open_file(native_name(name).c_str(), O_RDONLY | O_NONBLOCK);
@@ -87,7 +87,7 @@ bool read_bytes(int source, std::size_t at_most, std::string& read)
     });
 }
 
-/// A network file system may tell only on closing that the disk is full.
+/// Returns whether closing succeeds. A network file system may report a full disk only then.
 bool is_stored(int target)
 {
     const int twin = fcntl(target, F_DUPFD_CLOEXEC, 0);
@@ -100,7 +100,8 @@ bool fill(int source, int target)
            is_stored(target);
 }
 
-/// Writes a file without a name, which goes with the process, and names it when it is whole.
+/// Writes an unnamed file and names it when it is complete. If the process ends before, the system
+/// removes the file.
 outcome copy_unnamed(int source, const std::string& directory, const std::string& to)
 {
     const descriptor_t target(posix::open_file(directory.c_str(), O_TMPFILE | O_WRONLY));
@@ -135,7 +136,8 @@ bool change_name(const std::string& from, const std::string& to)
     return is_linked;
 }
 
-/// The temporary name does not grow with the destination's, which may be as long as names can be.
+/// Copies by way of a temporary file. Its name does not contain the destination's, which may
+/// already have the maximum length.
 bool copy_named(int source, const std::string& directory, const std::string& to)
 {
     std::string name;
@@ -182,8 +184,8 @@ bool copy_file(const path_t& from, const path_t& to)
         return false;
     const std::string directory = directory_of(to);
     const outcome result = copy_unnamed(source.number(), directory, destination);
-    // Which errors say that there are no unnamed files depends on the kernel and the file system;
-    // any other reason stops the second way as well.
+    // The error for a file system without unnamed files depends on the kernel and the file system.
+    // Any other cause makes the second attempt fail as well.
     if (result == outcome::not_supported)
         return copy_named(source.number(), directory, destination);
     return result == outcome::made;

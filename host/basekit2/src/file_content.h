@@ -9,12 +9,12 @@ namespace basekit2
 enum class content_t
 {
     read,
-    missing, ///< no file of that name is there
+    missing, ///< there is no file of that name
     failed
 };
 
-/// Reads the whole of a regular file that has no more than `at_most` bytes. Otherwise `bytes` is
-/// unchanged. Nothing is waited for.
+/// Reads the whole of a regular file that has no more than `at_most` bytes. Leaves `bytes`
+/// unchanged on failure. Does not wait for the writer of a FIFO.
 content_t read_content(const std::wstring& name, std::size_t at_most, std::string& bytes);
 
 } // namespace basekit2

@@ -12,8 +12,8 @@ inline bool holds_zero(const std::wstring& text)
     return text.find(L'\0') != std::wstring::npos;
 }
 
-/// The system's name for a path's text. Empty, and so no file's name, where the text holds a zero
-/// character: the system would read only the part before it.
+/// Returns the system's name for a path's text. Returns an empty text, which never names a file, if
+/// the path contains a zero character: the system would read only the part before it.
 inline std::string native_name(const std::wstring& text)
 {
     if (holds_zero(text))

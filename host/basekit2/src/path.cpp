@@ -41,7 +41,7 @@ path_t& path_t::append(const path_t& right)
     return *this;
 }
 
-// Not by std::filesystem: its text is the UTF-8 form, and what is no character would be lost.
+// Does not use std::filesystem: its conversion to UTF-8 loses elements that are not characters.
 std::wstring path_t::get_branch() const
 {
     const std::size_t last = m_text.rfind(separator);

@@ -34,8 +34,8 @@ variant_t::variant_t(std::int64_t number) : m_value(number) {}
 
 variant_t::variant_t(double number) : m_value(number) {}
 
-// Assigned, as there are releases of the standard library in which a copy that finds no memory
-// destroys what was never made.
+// Assigns instead of initializing. In some releases of the standard library, a copy that runs out
+// of memory destroys an object that was never constructed.
 variant_t::variant_t(const variant_t& other) : variant_t()
 {
     // NOLINTNEXTLINE(cppcoreguidelines-prefer-member-initializer)

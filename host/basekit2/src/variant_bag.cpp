@@ -29,7 +29,8 @@ variant_bag_t& variant_bag_t::operator=(const variant_bag_t& other)
     return *this = std::move(copy);
 }
 
-// The other may stand somewhere below this one, and so go with what this one holds now.
+// Moves the other bag out first: it may be a descendant of this one, and would be destroyed with
+// this one's former content.
 variant_bag_t& variant_bag_t::operator=(variant_bag_t&& other) noexcept
 {
     variant_bag_t taken(std::move(other));

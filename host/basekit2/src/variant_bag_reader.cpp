@@ -26,11 +26,11 @@ using ROVA_2_18::strings::utf8_to_utf16;
 constexpr std::size_t most_bytes = std::size_t{16} << 20U;
 constexpr std::size_t most_text_bytes = 10000000;
 constexpr std::size_t most_depth = 256;
-// libxml2 compares each attribute of a tag with all before it. How many one tag may have is known
-// only when it is read, so one such tag must be bearable with as many as there can be names.
+// libxml2's time for a tag is quadratic in the number of its attributes. They are counted only
+// after the tag was read, so most_name_bytes must limit the time for one tag.
 constexpr std::size_t most_attributes = 256;
 constexpr std::size_t most_name_bytes = 65536;
-constexpr std::size_t thread_bytes = 4096; // more than libxml2 asks for
+constexpr std::size_t thread_bytes = 4096; // more than libxml2 allocates per thread
 
 const char* from_xml(const xmlChar* text)
 {
@@ -51,14 +51,14 @@ struct parser_deleter_t
 class tree_reader_t
 {
 public:
-    /// A null root stands for any name.
+    /// A null root accepts any root name.
     explicit tree_reader_t(const wchar_t* root)
         : m_has_root(root != nullptr), m_root(root != nullptr ? utf16_to_utf8(root) : std::string())
     {}
 
     bool read(const std::string& bytes);
 
-    /// What read() has built where it succeeded.
+    /// Returns the tree. Requires that read() succeeded.
     variant_bag_t& tree() { return m_tree; }
 
 private:
@@ -96,11 +96,11 @@ private:
     bool m_has_root;
     std::string m_root;
     variant_bag_t m_tree;
-    /// From the root down. A bag is moved only by one that is added beside it, and none is as long
-    /// as it is open.
+    /// From the root down. The pointers stay valid: only adding a sibling moves a bag, and an open
+    /// bag gets no sibling.
     std::vector<open_bag_t> m_open;
     bool m_has_refused = false;
-    std::exception_ptr m_failure; ///< what was thrown first
+    std::exception_ptr m_failure; ///< the first exception of a callback
 };
 
 bool tree_reader_t::read(const std::string& bytes)
@@ -121,13 +121,13 @@ bool tree_reader_t::parse(const std::string& bytes)
         xmlCreateIOParserCtxt(&table, this, on_read, nullptr, this, XML_CHAR_ENCODING_NONE));
     if (!m_parser)
         throw std::bad_alloc();
-    // XML_PARSE_NOENT: without it the references to "&" stay written out in attributes. There are
-    // no entities but XML's own, as the table has no function that looks them up.
+    // Without XML_PARSE_NOENT, references to "&" are not replaced in attributes. Only XML's
+    // predefined entities exist, as the table has no function that looks others up.
     xmlCtxtUseOptions(m_parser.get(), XML_PARSE_NONET | XML_PARSE_NOENT);
     return xmlParseDocument(m_parser.get()) == 0 && is_used_up(*m_parser, bytes.size());
 }
 
-// libxml2 reports them as a lack of memory.
+// libxml2 reports too many names as an allocation failure.
 bool tree_reader_t::has_too_many_names() const
 {
     return xmlDictGetUsage(dictionary_of(*m_parser)) > most_name_bytes;
@@ -138,9 +138,9 @@ bool tree_reader_t::has_ended() const
     return m_has_refused || m_failure || m_errors.has_failed();
 }
 
-// Ends the input with the first fault: read on, libxml2 would compare each repeat of an attribute
-// with all that its tag has. xmlStopParser() cannot end it: before 2.14, it frees the input, which
-// libxml2 still looks at after some errors.
+// Ends the input at the first fault. Otherwise libxml2 would compare each repeat of an attribute
+// with all attributes of its tag. xmlStopParser() cannot be used: before 2.14, it frees the input,
+// which libxml2 still reads after some errors.
 int tree_reader_t::on_read(void* reader, char* buffer, int size)
 {
     auto& self = *static_cast<tree_reader_t*>(reader);
@@ -151,7 +151,7 @@ int tree_reader_t::on_read(void* reader, char* buffer, int size)
     return static_cast<int>(count);
 }
 
-// Not earlier: since 2.13, each parse begins with libxml2's own limit.
+// Sets the limit here and not earlier: since 2.13, each parse begins with libxml2's own limit.
 void tree_reader_t::on_document(void* reader)
 {
     const auto& self = *static_cast<tree_reader_t*>(reader);
@@ -168,7 +168,7 @@ xmlSAXHandler tree_reader_t::make_table()
     table.characters = on_text;
     table.ignorableWhitespace = on_text;
     table.cdataBlock = on_text;
-    // Marked as a table of the first SAX: names then arrive as they are written.
+    // Marks the table as SAX1, which reports names as they are written.
     table.initialized = 1;
     return table;
 }
@@ -197,8 +197,8 @@ void tree_reader_t::on_text(void* reader, const xmlChar* text, int length)
     self.guard([&] { return self.add_text(text, static_cast<std::size_t>(length)); });
 }
 
-// No exception may pass through libxml2's frames. After an error libxml2 still reports texts,
-// though no longer the elements that they are in.
+// Keeps exceptions out of libxml2's frames. Ignores events after an error: libxml2 still reports
+// texts then, but no longer the elements that contain them.
 template <typename Step>
 void tree_reader_t::guard(const Step& step) noexcept
 {
@@ -251,14 +251,14 @@ bool tree_reader_t::add_text(const xmlChar* text, std::size_t length)
     return joined.size() <= most_text_bytes;
 }
 
-// libxml2 keeps something of each thread from its first use on, and ends the process where there is
-// no memory for that. Asked for here, its lack is told, and what is given back is there for it.
+// libxml2 allocates data per thread on first use, and ends the process if that fails. An allocation
+// here throws std::bad_alloc instead, and leaves its memory free for libxml2.
 void require_memory_for_thread()
 {
     ::operator delete(::operator new(thread_bytes));
 }
 
-/// libxml2 would do so by itself, but not safely in two threads at once.
+/// Initializes libxml2, which would otherwise do so itself, but not safely in two threads at once.
 void initialize_xml_library()
 {
     thread_local bool is_ready = false;
@@ -267,7 +267,7 @@ void initialize_xml_library()
     require_memory_for_thread();
     static const bool is_initialized = (xmlInitParser(), true);
     static_cast<void>(is_initialized);
-    // Has libxml2 make what it keeps of this thread.
+    // Lets libxml2 allocate its data of this thread.
     const xml_errors_t errors;
     is_ready = true;
 }

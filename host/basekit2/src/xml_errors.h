@@ -9,14 +9,14 @@
 namespace basekit2
 {
 
-/// What a structured error handler is given: constant since 2.12.
+/// Parameter type of a structured error handler; const since 2.12.
 #if LIBXML_VERSION >= 21200
 typedef const xmlError xml_error_t;
 #else
 typedef xmlError xml_error_t;
 #endif
 
-/// Returns the names that the parser has read.
+/// Returns the dictionary of the names that the parser has read.
 inline xmlDict* dictionary_of(xmlParserCtxt& parser)
 {
 #if LIBXML_VERSION >= 21400
@@ -26,8 +26,8 @@ inline xmlDict* dictionary_of(xmlParserCtxt& parser)
 #endif
 }
 
-/// Returns whether a well-formed document ends where its `size` bytes do. Before 2.14, libxml2
-/// takes a zero character after the root, or bytes that the encoding does not admit, for the end.
+/// Returns whether the parser has read all `size` bytes of a well-formed document. Before 2.14, it
+/// stops without an error at a zero character, or at malformed bytes, after the root.
 inline bool is_used_up([[maybe_unused]] xmlParserCtxt& parser, [[maybe_unused]] std::size_t size)
 {
 #if LIBXML_VERSION >= 21400
@@ -37,8 +37,8 @@ inline bool is_used_up([[maybe_unused]] xmlParserCtxt& parser, [[maybe_unused]] 
 #endif
 }
 
-/// Returns the thread's last error, null if there is none. libxml2 has no function that puts one
-/// back.
+/// Returns the thread's last error, null if there is none. libxml2 has no function that restores
+/// it, so callers write to the object.
 inline xmlError* last_error_place()
 {
     // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast)
@@ -100,7 +100,7 @@ private:
     void* m_generic_context;
     xmlStructuredErrorFunc m_structured;
     void* m_structured_context;
-    /// Null if the thread had no error. Moved aside without a copy, which could fail.
+    /// Null if the thread had no error. The error is moved aside, since a deep copy could fail.
     xmlError* m_last_error_place;
     xmlError m_last_error = {};
 };

@@ -11,15 +11,16 @@ namespace i18n
 namespace
 {
 
-// ICU formats what is nested by recursion, and takes more than 2 KiB of stack for each text within
-// a text. Those of a choice stand there without braces of their own.
+// ICU formats nested texts recursively, with more than 2 KiB of stack per level. Counting braces is
+// not enough: the texts of a choice have none.
 constexpr std::int32_t max_nested_texts = 50;
 constexpr std::size_t max_names = 1000;
-// ICU writes something at each place, which takes a microsecond and more.
+// ICU writes a text for each use of an argument, which takes at least a microsecond.
 constexpr std::size_t max_places = 10000;
-// ICU looks a name up among all, at each place; long ones that are nearly the same take it longest.
+// ICU searches all names at each use of an argument. Long names with small differences take
+// longest.
 constexpr std::size_t max_comparisons = 2000000;
-// ICU makes a format of its own for each place, which may take 100 KiB.
+// ICU creates a format for each use with a type, which may take 100 KiB.
 constexpr std::size_t max_typed_places = 1000;
 
 bool is_digit(char16_t unit)
@@ -27,7 +28,7 @@ bool is_digit(char16_t unit)
     return unit >= u'0' && unit <= u'9';
 }
 
-/// More than 99, up or down.
+/// Returns whether the exponent is above 99 or below -99.
 bool is_large_exponent(const icu::UnicodeString& style, std::int32_t digits)
 {
     if (style.charAt(digits) == u'+' || style.charAt(digits) == u'-')
@@ -38,7 +39,8 @@ bool is_large_exponent(const icu::UnicodeString& style, std::int32_t digits)
            is_digit(style.charAt(digits + 2));
 }
 
-/// A skeleton may move a number's point, or round, by a power of ten: to billions of digits.
+/// Returns whether a skeleton may scale or round a number by a large power of ten. The result could
+/// have billions of digits.
 bool has_large_power(const icu::UnicodeString& style)
 {
     if (style.indexOf(u"::", 2, 0) < 0)
@@ -170,7 +172,8 @@ std::int32_t argument_names_t::copy_text(std::int32_t start, std::int32_t copied
     return name.getLimit();
 }
 
-/// A branch of its own, of the new name, stands for an argument that is not there.
+/// Adds a branch, named by the new name, that is selected if the argument is missing. It writes the
+/// argument's name in braces.
 std::int32_t argument_names_t::copy_select(std::int32_t start, std::int32_t copied,
                                            const icu::UnicodeString& new_name,
                                            icu::UnicodeString& result) const

@@ -12,17 +12,17 @@ namespace ROVA_2_18
 namespace i18n
 {
 
-/// What a pattern does with the argument of one name.
+/// Uses of one argument in a pattern.
 struct argument_uses_t
 {
-    std::size_t text_places = 0; ///< where it stands as a text
+    std::size_t text_places = 0; ///< number of uses as a text
     bool is_selector = false;
     bool is_number = false;
-    icu::UnicodeString text_name;     ///< empty where the text keeps its name
-    icu::UnicodeString selector_name; ///< empty where the selector keeps its name
+    icu::UnicodeString text_name;     ///< empty if the text keeps its name
+    icu::UnicodeString selector_name; ///< empty if the selector keeps its name
 };
 
-/// The names of a pattern's arguments. ICU knows one value by a name: where one is used both as a
+/// The names of a pattern's arguments. ICU takes one value per name. If a name is used both as a
 /// number and as a text, the text gets another name.
 class argument_names_t
 {
@@ -32,15 +32,15 @@ public:
     explicit argument_names_t(const icu::MessagePattern& pattern);
 
     const names_t& all() const { return m_names; }
-    /// Whether the pattern is past what ICU can be asked for; not all names are there then.
+    /// Returns whether the pattern exceeds a limit. Its names are incomplete in that case.
     bool is_too_much() const;
-    /// Whether the pattern asks for more of a language than its numbers and dates.
+    /// Returns whether the pattern may need a language's rule-based number formats.
     bool need_rules() const { return m_need_rules; }
-    /// How often numbers and dates are written at most. A date's style may ask for something at
-    /// each of its characters.
+    /// Returns how many numbers and date fields a result has at most. Counts each character of a
+    /// style, since a date's style may write a field for each.
     std::size_t number_places() const { return m_number_places; }
 
-    /// The pattern with the new names in place.
+    /// Returns the pattern with the new names.
     icu::UnicodeString renamed_pattern() const;
 
 private:

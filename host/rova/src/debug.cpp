@@ -13,7 +13,7 @@ namespace
 
 std::atomic<assert_handler_t> handler_in_place{nullptr};
 
-/// One call for the whole line: the stream's lock then keeps reports of several threads apart.
+/// Writes the line in one call: the stream's lock then keeps reports of several threads apart.
 void write_report(const char* expression, const char* file, int line, const char* function)
 {
     std::fprintf(stderr, "%s:%d: %s: assertion failed: %s\n", file, line, function, expression);

@@ -17,12 +17,12 @@ namespace i18n
 namespace
 {
 
-// Beyond them not every whole number is a double.
+// Above this value, or below its negative, not every integer is exact as a double.
 constexpr std::int64_t max_exact = std::int64_t{1} << 53;
 
-// A double keeps so many digits of any decimal number.
+// A double preserves this many digits of any decimal number.
 constexpr std::size_t max_double_digits = 15;
-// ICU goes through the digits of an exact number one by one, several times.
+// ICU processes an exact number digit by digit, several times.
 constexpr std::size_t max_decimal = 100;
 
 template <typename Number>
@@ -33,7 +33,7 @@ bool is_whole_text(const std::string& text, Number& number)
     return read.ec == std::errc() && read.ptr == end;
 }
 
-/// A double where that is exact: ICU takes no other number for a date.
+/// Returns a double if it is exact: ICU accepts no other number for a date.
 icu::Formattable to_formattable(std::int64_t number)
 {
     if (number >= -max_exact && number <= max_exact)
@@ -41,15 +41,16 @@ icu::Formattable to_formattable(std::int64_t number)
     return icu::Formattable(number);
 }
 
-/// An exponent may ask for more digits than there is room for.
+/// Returns whether the text has more digits than a double preserves. Excludes numbers with an
+/// exponent, which may need more digits than fit in memory.
 bool is_long_decimal(const std::string& text)
 {
     return text.size() > max_double_digits && text.size() <= max_decimal &&
            text.find_first_of("eE") == std::string::npos;
 }
 
-/// The number with all its digits; where the text is one, only memory can be missing. It counts as
-/// the nearest double where ICU asks for one, and as a whole number where it is one.
+/// Returns the number with all its digits; ICU rounds it if it needs a double. Returns an integer
+/// for integers. Requires the text of a number, so each failure is an allocation failure.
 icu::Formattable to_decimal(const std::string& text)
 {
     UErrorCode status = U_ZERO_ERROR;

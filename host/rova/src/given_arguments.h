@@ -13,22 +13,22 @@ namespace ROVA_2_18
 namespace i18n
 {
 
-/// What ICU asks for by one name.
+/// One value that ICU requests by name.
 struct slot_t
 {
-    std::size_t argument; ///< its place among the names that the pattern uses
+    std::size_t argument; ///< its index among the names that the pattern uses
     bool is_number;
     std::size_t text_places; ///< how often its text is written at most
-    /// For an argument that is not there; without one ICU writes the name in braces.
+    /// Value for a missing argument. If it is empty, ICU writes the name in braces.
     icu::UnicodeString stand_in;
 };
 
-/// What ICU is given: a name and a value for each argument that has one.
+/// The arguments for ICU: a name and a value for each argument that has a value.
 class given_arguments_t
 {
 public:
-    /// The names that ICU asks by, in the order in which the arguments are added. They have to
-    /// outlive this: most often all are given, and they are handed on as they are.
+    /// Takes ICU's names in the order in which the arguments are added. The names must outlive this
+    /// object: if no value is missing, which is most common, they are used without a copy.
     explicit given_arguments_t(const std::vector<icu::UnicodeString>& names);
 
     const icu::UnicodeString* names() const
@@ -38,7 +38,7 @@ public:
     const icu::Formattable* values() const { return m_values.data(); }
     std::int32_t size() const { return static_cast<std::int32_t>(m_values.size()); }
 
-    /// The text may be none.
+    /// Adds the next argument. The text may be null.
     void add(const slot_t& slot, const std::wstring* text);
 
 private:
@@ -48,7 +48,7 @@ private:
     const std::vector<icu::UnicodeString>& m_all_names;
     std::size_t m_asked = 0;
     bool m_is_complete = true;
-    std::vector<icu::UnicodeString> m_names; ///< of the values, where one is missing
+    std::vector<icu::UnicodeString> m_names; ///< names of the values, if one is missing
     std::vector<icu::Formattable> m_values;
 };
 

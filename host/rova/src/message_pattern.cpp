@@ -22,17 +22,17 @@ namespace i18n
 namespace
 {
 
-// ICU reads what is nested by recursion.
+// ICU parses nested arguments recursively.
 constexpr std::size_t max_depth = 100;
 
-// ICU takes up to some thirty bytes for each character, and keeps most of them.
+// ICU allocates up to about 30 bytes per character, and keeps most of them.
 constexpr std::size_t max_pattern = std::size_t{1} << 20;
 
-// A few characters of a pattern may ask for a long text again and again.
+// A short pattern can repeat a long text many times.
 constexpr std::size_t max_result = std::size_t{1} << 24;
 
-// A double has up to 309 digits, and a style may move its point by 99 and ask for 99 more behind
-// it; between the digits there are separators.
+// A double has up to 309 digits. A style may add 99 digits before the decimal point and 99 after
+// it, and there are separators between the digits.
 constexpr std::size_t max_number = 1000;
 
 bool succeeded(UErrorCode status)
@@ -42,7 +42,8 @@ bool succeeded(UErrorCode status)
     return U_SUCCESS(status);
 }
 
-/// What follows an apostrophe may be quoted, so from there on nothing counts as closing.
+/// Returns whether the braces may be nested too deeply. Ignores closing braces after the first
+/// apostrophe, since they may be quoted.
 bool is_too_deep(const std::wstring& pattern)
 {
     const std::size_t quote = pattern.find(L'\'');
@@ -63,8 +64,8 @@ bool has_data(const char* package, const icu::Locale& locale)
     return succeeded(status) && status != U_USING_DEFAULT_WARNING;
 }
 
-/// Where ICU has no data of a language it takes those of the process's one, unless it is asked for
-/// the root.
+/// Returns the root locale if ICU has no data of the language. Otherwise ICU would use the data of
+/// the process's default locale.
 icu::Locale find_language(const std::string& name, bool with_rules)
 {
     icu::Locale locale(name.c_str());
@@ -75,8 +76,8 @@ icu::Locale find_language(const std::string& name, bool with_rules)
     return locale;
 }
 
-/// ICU takes the process's time zone for its dates, those deep in the pattern too, unless the
-/// locale names another.
+/// Returns the locale with the time zone GMT. Otherwise ICU would format all dates, nested ones
+/// too, in the process's time zone.
 icu::Locale find_locale(const std::string& name, bool with_rules)
 {
     icu::Locale locale = find_language(name, with_rules);
@@ -95,7 +96,7 @@ icu::UnicodeString in_braces(const icu::UnicodeString& name)
     return icu::UnicodeString(u'{').append(name).append(u'}');
 }
 
-/// ICU marks a text for which it found no memory, and goes on.
+/// Throws std::bad_alloc if the text is bogus: ICU marks it so on allocation failure and continues.
 const icu::UnicodeString& checked(const icu::UnicodeString& text)
 {
     if (text.isBogus())
@@ -103,7 +104,7 @@ const icu::UnicodeString& checked(const icu::UnicodeString& text)
     return text;
 }
 
-/// Appends what is left of the text in ICU's.
+/// Appends the text as it is after a conversion to ICU's text and back.
 void append_units(std::wstring& result, const std::wstring& text)
 {
     const bool has_same_units = std::all_of(text.begin(), text.end(), [](wchar_t unit) {
@@ -167,7 +168,7 @@ void pattern_t::add_slots(const argument_names_t& names)
 {
     for (const auto& entry : names.all())
         m_arguments.push_back(to_utf8(entry.first));
-    // Names that are no Unicode text may be the same in UTF-8.
+    // Names that are not valid Unicode may be equal in UTF-8.
     std::sort(m_arguments.begin(), m_arguments.end());
     m_arguments.erase(std::unique(m_arguments.begin(), m_arguments.end()), m_arguments.end());
     for (const auto& entry : names.all())
@@ -204,7 +205,8 @@ void pattern_t::make_format(const icu::UnicodeString& pattern, const icu::Locale
     m_format = std::move(format);
 }
 
-/// ICU would put such a pattern together in the same way, with several copies of each text.
+/// Splits a pattern that has only texts as arguments. ICU would give the same result, but copies
+/// each text several times.
 void pattern_t::split(const icu::MessagePattern& parsed)
 {
     icu::UnicodeString literal;
@@ -225,8 +227,8 @@ void pattern_t::split(const icu::MessagePattern& parsed)
     m_segments.push_back({strings::from_unicode(literal), m_arguments.size(), std::wstring()});
 }
 
-/// The name's place, or how many there are. Most often the names are asked for in their order, so
-/// the one that is expected is looked at first.
+/// Returns the name's index, or the number of names if there is none. Compares with the expected
+/// name first, since arguments are most often given in the order of their names.
 std::size_t pattern_t::find_argument(const std::string& name, std::size_t expected) const
 {
     if (expected < m_arguments.size() && m_arguments[expected] == name)
@@ -251,7 +253,7 @@ pattern_t::texts_t pattern_t::find_texts(const generic::varg_list& arguments) co
     return texts;
 }
 
-/// Whether the texts can be given to ICU, and the result is no longer than it may be.
+/// Returns whether each text fits ICU's lengths and the result is within the limit.
 bool pattern_t::fit(const texts_t& texts) const
 {
     std::size_t length = m_length;

@@ -42,7 +42,7 @@ private:
     struct segment_t
     {
         std::wstring literal;
-        std::size_t argument; ///< its index in m_arguments, and their count in the last segment
+        std::size_t argument; ///< its index in m_arguments; their count in the last segment
         std::wstring fallback_text; ///< if the argument is missing
     };
 
@@ -57,14 +57,14 @@ private:
     std::wstring join(const texts_t& texts) const;
     icu::UnicodeString format(const given_arguments_t& given, UErrorCode& status) const;
 
-    std::wstring m_text;                  ///< what stands where there is nothing to format
+    std::wstring m_text;                  ///< the pattern; also the result if formatting fails
     std::vector<std::string> m_arguments; ///< the names that the pattern uses, sorted
     std::vector<slot_t> m_slots;
-    std::vector<icu::UnicodeString> m_names; ///< of the slots, by which ICU asks for them
-    std::size_t m_length = 0;          ///< what a result may have without the arguments' texts
-    std::vector<segment_t> m_segments; ///< none if there is something to format
-    std::unique_ptr<const icu::MessageFormat> m_format; ///< none where there is nothing to format
-    mutable std::mutex m_mutex; ///< guards m_format, which makes parts of itself while it formats
+    std::vector<icu::UnicodeString> m_names; ///< ICU's names of the slots
+    std::size_t m_length = 0;          ///< maximum length of a result without the arguments' texts
+    std::vector<segment_t> m_segments; ///< empty if ICU formats the pattern
+    std::unique_ptr<const icu::MessageFormat> m_format; ///< null if ICU does not format the pattern
+    mutable std::mutex m_mutex; ///< guards m_format, which creates parts of itself on formatting
 };
 
 } // namespace i18n

@@ -30,8 +30,8 @@ bool is_character(UChar32 element)
     return static_cast<std::uint32_t>(element) <= UCHAR_MAX_VALUE && !U_IS_SURROGATE(element);
 }
 
-/// Reads one character, or the one element that is none, and steps past it. Not U16_NEXT: that
-/// takes only the low 16 bits of what follows a lead surrogate, and so would pair it with 0x1DC00.
+/// Reads one character, or one element that is not a character, and advances the position. Does not
+/// use U16_NEXT: it reads only the low 16 bits after a lead surrogate, so 0x1DC00 would form a pair.
 UChar32 next_element(const std::wstring& text, std::size_t& position)
 {
     const UChar32 element = text[position++];
@@ -41,8 +41,8 @@ UChar32 next_element(const std::wstring& text, std::size_t& position)
     return element;
 }
 
-/// ICU is asked for one character at a time, so that no text is too long for its 32-bit lengths.
-/// The answer is the same: upper case in the root locale depends on no neighbour.
+/// Converts one character at a time, so that no text exceeds ICU's 32-bit lengths. The result is
+/// the same: upper case in the root locale does not depend on adjacent characters.
 void append_upper(std::wstring& result, UChar32 character)
 {
     if (is_ascii(character)) {
@@ -72,8 +72,8 @@ bool is_ascii_block(const wchar_t* block)
     return bits <= 0x7F;
 }
 
-/// Copies whole blocks from the beginning, up to one that is not all ASCII, and answers how many
-/// characters that made. Most text is ASCII, and a block takes little more time than a character.
+/// Copies the leading blocks that are all ASCII. Returns the number of characters copied. Most text
+/// is ASCII, and a block takes little more time than a character.
 template <typename From, typename To>
 std::size_t copy_ascii(const From* from, std::size_t size, To* to)
 {
@@ -93,7 +93,7 @@ std::string utf16_to_utf8(const std::wstring& text)
     for (; read != text.size() && is_ascii(text[read]); ++read) {
         result[read] = static_cast<char>(text[read]);
     }
-    // A text that is all ASCII is done, at its exact length; any other gets room for the worst
+    // An ASCII text is complete here, at its exact length. Any other text is resized for the worst
     // case.
     std::size_t written = read;
     result.resize(written + (text.size() - read) * U8_MAX_LENGTH);
@@ -108,7 +108,7 @@ std::string utf16_to_utf8(const std::wstring& text)
 std::wstring utf8_to_utf16(const std::string& text)
 {
     const auto* const bytes = reinterpret_cast<const std::uint8_t*>(text.data());
-    // No character has fewer bytes than elements, so the text's length is room enough.
+    // No character has fewer bytes than elements, so the text's length is sufficient.
     std::wstring result(text.size(), L'\0');
     std::size_t written = copy_ascii(bytes, text.size(), result.data());
     for (std::size_t read = written; read != text.size();) {

@@ -31,8 +31,8 @@ bool is_supplementary(wchar_t element)
 
 constexpr std::size_t block_size = 8;
 
-/// Copies the elements and answers the bits of all. Blocks go by way of a copy, from which the
-/// compiler takes many elements at once.
+/// Copies the elements and returns the bitwise OR of all. Copies each block to a local array first,
+/// which lets the compiler vectorize the loops.
 template <typename From, typename To>
 std::uint32_t copy(const From* from, std::size_t size, To* to)
 {
@@ -52,7 +52,7 @@ std::uint32_t copy(const From* from, std::size_t size, To* to)
     return bits;
 }
 
-/// Answers whether each element was a unit of its own; only then is that all of the text.
+/// Returns whether each element is one code unit. Only then is the copy the whole text.
 bool copy_units(const std::wstring& text, char16_t* units)
 {
     return copy(text.data(), text.size(), units) <= 0xFFFF;
@@ -79,7 +79,7 @@ bool write_units(const std::wstring& text, char16_t* units)
     return true;
 }
 
-/// Has the buffer of a text filled, and answers what the filling answers.
+/// Fills the buffer of a text. Returns the result of the callback.
 template <typename Fill>
 bool fill(icu::UnicodeString& text, std::int32_t length, const Fill& fill_units)
 {

@@ -9,14 +9,16 @@ namespace ROVA_2_18
 namespace strings
 {
 
-/// ICU's lengths have 32 bits; what is made of a text may be several times as long.
+/// Returns whether a text is short enough for ICU. ICU's lengths have 32 bits, and a result may be
+/// several times as long as its text.
 bool fits_unicode(const std::wstring& text);
 
-/// The same code units; a single element beyond the BMP gives two, one past U+10FFFF gives U+FFFD.
-/// The text has to fit.
+/// Returns the same code units. An element beyond the BMP becomes two units, one beyond U+10FFFF
+/// becomes U+FFFD. Requires that fits_unicode() is true.
 icu::UnicodeString to_unicode(const std::wstring& text);
 
-/// ICU marks a text for which it found no memory: then, as anywhere, std::bad_alloc is thrown.
+/// Returns the same code units. Throws std::bad_alloc if the text is bogus: ICU marks it so on
+/// allocation failure.
 std::wstring from_unicode(const icu::UnicodeString& text);
 
 } // namespace strings

@@ -27,7 +27,7 @@ typedef boost::locale::message_format<char> texts_t;
 const std::size_t largest_file = std::size_t{16} << 20U;
 const char encoding[] = "UTF-8";
 
-// A file that cannot be used gives no bytes, as one that is not there does: the search goes on.
+// Returns no bytes if the file is missing or unusable, so that the search continues.
 std::vector<char> read_sound_file(const std::string& file)
 {
     std::string text;
@@ -84,7 +84,7 @@ std::unique_ptr<const catalog_file_t> catalog_file_t::find(const catalog_place_t
     } catch (const std::bad_alloc&) {
         throw;
     } catch (const std::exception&) {
-        return nullptr; // a plural form that is none, for example
+        return nullptr; // an invalid plural form, for example
     }
 }
 
@@ -104,7 +104,8 @@ message_t catalog_file_t::message(const strings::ustring16& id) const
     return m_messages.emplace(id, message_t(strings::utf8_to_utf16(text), m_locale)).first->second;
 }
 
-// The empty id is that of the file's own header, and with a zero character an id ends early.
+// Returns null for the empty id, which is the key of the file's header. Returns null for an id with
+// a zero character, which would be cut there.
 const char* catalog_file_t::text_of(const std::wstring& id) const
 {
     if (id.empty() || id.find(L'\0') != std::wstring::npos)

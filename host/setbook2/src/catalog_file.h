@@ -11,7 +11,7 @@
 namespace setbook2
 {
 
-/// Where catalogs are looked for.
+/// Directory and locale of the catalogs.
 struct catalog_place_t
 {
     std::string directory;
@@ -20,11 +20,11 @@ struct catalog_place_t
     std::string variant;
 };
 
-/// The texts of one `.mo` file. A text becomes a message when it is asked for first, and stays one.
+/// The texts of one `.mo` file. A message is created on the first request for its text, and kept.
 class catalog_file_t : public ROVA_2_18::i18n::catalog_t
 {
 public:
-    /// The first usable file of that name, null where there is none.
+    /// Returns the first usable file of that name, null if there is none.
     static std::unique_ptr<const catalog_file_t> find(const catalog_place_t& place,
                                                       const std::wstring& name);
 
@@ -35,7 +35,7 @@ private:
 
     const char* text_of(const std::wstring& id) const;
 
-    const std::locale m_texts; ///< holds nothing but the file's facet
+    const std::locale m_texts; ///< contains only the file's facet
     const std::string m_locale;
 
     mutable std::mutex m_mutex;

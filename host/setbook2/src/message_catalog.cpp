@@ -58,8 +58,8 @@ const catalog_t* catalogs_t::find_file(const std::wstring& name)
     return file ? m_files.emplace(name, std::move(file)).first->second.get() : nullptr;
 }
 
-// The former catalog goes with the parameter, when the lock is gone: an application's own may come
-// back here from its destructor.
+// The former catalog is destroyed with the parameter, after the lock is released: the destructor of
+// an application's catalog may call these functions.
 void catalogs_t::set(const std::wstring& name, boost::shared_ptr<const catalog_t> catalog)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
@@ -83,10 +83,10 @@ catalogs_t& catalogs()
     return all;
 }
 
-// What the reader of locale names gives for a text that is none.
+// The language that Boost.Locale returns for a text that is not a locale name.
 const char no_language[] = "C";
 
-// Nothing else can become part of a path.
+// Rejects all other characters, since the text becomes part of a path.
 bool is_locale_text(const std::string& text)
 {
     return std::all_of(text.begin(), text.end(), [](char letter) {

@@ -18,8 +18,8 @@ const std::size_t word_size = 4;
 const std::size_t string_entry_size = 8; // length, offset
 const std::uint64_t free_place = 0;
 
-// A plural form's reader goes as deep as its expression, and the longest of a real language has
-// some 300 characters.
+// The parser of plural forms recurses as deep as the expression. The longest one of a real language
+// has about 300 characters.
 const std::size_t longest_plural = 1000;
 
 class mo_bytes_t
@@ -67,11 +67,11 @@ bool mo_bytes_t::read_head()
     m_hash = word(24);
     const std::uint64_t revision = word(4);
     const bool is_known = word(0) == magic && revision >> 16U <= 1;
-    // A minor revision tells of strings that depend on the system.
+    // A minor revision permits strings that depend on the system.
     return is_known && (revision & 0xFFFFU) == 0 && m_count != 0;
 }
 
-// Any offset that was checked, so the four bytes are there.
+// Requires an offset that was checked: four bytes are read there.
 std::uint64_t mo_bytes_t::word(std::uint64_t offset) const
 {
     std::uint32_t value = 0;
@@ -101,7 +101,7 @@ bool mo_bytes_t::has_strings(std::uint64_t table) const
     return at == end;
 }
 
-// A search may compare with every key. Keys that lie over each other could be longer together than
+// A search may compare with every key. The total length of overlapping keys could exceed that of
 // any file.
 bool mo_bytes_t::do_keys_fit() const
 {
@@ -111,8 +111,8 @@ bool mo_bytes_t::do_keys_fit() const
     return sum <= m_bytes.size();
 }
 
-// Probing steps by a number that is reduced modulo the size less two. It ends at a free place only,
-// and would compare with one key as often as the table names it.
+// A probe's step is reduced modulo the size less two, which must not be zero. The probe continues
+// to a free slot, and would compare with a key as often as the table names it.
 bool mo_bytes_t::has_hash_table() const
 {
     if (m_hash_size <= 2 || !has_table(m_hash, m_hash_size, word_size))
@@ -134,7 +134,7 @@ bool mo_bytes_t::is_header_usable() const
     return charset == "utf-8" && header_field("plural=", "\r\n;").size() <= longest_plural;
 }
 
-// The first text, whatever its key is.
+// Reads the header, which is the first text whatever its key is.
 std::string mo_bytes_t::header_field(const char* name, const char* ends) const
 {
     const std::string header(m_bytes.data() + word(m_texts + word_size));

@@ -5,9 +5,9 @@
 namespace setbook2
 {
 
-/// Whether the bytes are a `.mo` file whose every offset leads to where it may: its reader looks at
-/// few of them itself. Only what msgfmt makes by default of a UTF-8 file is let through, so that
-/// the texts are looked up in the bytes as they are.
+/// Returns whether the bytes are a `.mo` file with valid offsets only; Boost.Locale checks few of
+/// them. Accepts only the default output of msgfmt for a UTF-8 file, so that the texts are looked
+/// up without conversion.
 bool is_sound_mo(const std::vector<char>& bytes);
 
 } // namespace setbook2
