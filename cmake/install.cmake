@@ -1,5 +1,5 @@
-# Installs the library, its headers and, with the bundled host, that and both kinds of package. Each
-# component is a package of its own where cmake/package.cmake makes some.
+# Installs the library and its headers. With the bundled host, also installs the host libraries and
+# the files for CMake and pkg-config. cmake/package.cmake packs each component separately.
 option(VELMOEXT1_INSTALL "Make install rules" ${top_level})
 if(NOT VELMOEXT1_INSTALL)
   return()
@@ -13,7 +13,7 @@ function(install_headers directory component)
     FILES_MATCHING PATTERN "*.h")
 endfunction()
 
-# The libraries lie in one directory, wherever that is moved.
+# All libraries are in one directory, so $ORIGIN keeps the installed tree movable.
 function(install_library target component development_component)
   set_target_properties(${target} PROPERTIES INSTALL_RPATH $ORIGIN)
   install(TARGETS ${target} ${ARGN}
@@ -24,8 +24,8 @@ endfunction()
 
 install_headers(include/ development)
 
-# A package would have to name the embedding project's host libraries, and only that project knows
-# how they are found again.
+# A package file would have to name the embedding project's host libraries. Only that project knows
+# how to find them.
 if(NOT VELMOEXT1_BUNDLED_HOST)
   install_library(velmoext1 runtime development)
   return()
@@ -48,7 +48,7 @@ install(EXPORT velmoext1-targets
 configure_package_config_file(cmake/velmoext1-config.cmake.in velmoext1-config.cmake
   INSTALL_DESTINATION ${package_directory}
   NO_SET_AND_CHECK_MACRO)
-# Namespace and soname carry the whole version, so no other release can take this one's place.
+# Namespace and soname contain the whole version, so no other release can replace this one.
 write_basic_package_version_file(velmoext1-config-version.cmake COMPATIBILITY ExactVersion)
 install(FILES
   ${PROJECT_BINARY_DIR}/velmoext1-config.cmake
@@ -57,7 +57,7 @@ install(FILES
   DESTINATION ${package_directory}
   COMPONENT development)
 
-# Relative to the file itself, so that the installed tree can be moved.
+# Paths are relative to the file itself, so that the installed tree can be moved.
 set(pc_prefix ${CMAKE_INSTALL_PREFIX})
 cmake_path(RELATIVE_PATH pc_prefix BASE_DIRECTORY ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig)
 cmake_path(RELATIVE_PATH CMAKE_INSTALL_FULL_LIBDIR

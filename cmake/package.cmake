@@ -1,5 +1,5 @@
 # Debian packages, by CPack: one for each component that cmake/install.cmake installs, and one for
-# the documentation. tools/package makes them.
+# the documentation. tools/package builds them.
 option(VELMOEXT1_PACKAGES "Make Debian packages; needs what tools/docs writes" OFF)
 if(NOT (top_level AND VELMOEXT1_PACKAGES))
   return()
@@ -26,7 +26,7 @@ set(CPACK_DEBIAN_PACKAGE_RELEASE ${VELMOEXT1_PACKAGE_REVISION})
 set(CPACK_PROJECT_CONFIG_FILE ${PROJECT_BINARY_DIR}/package/config.cmake)
 
 set(package_version ${PROJECT_VERSION}-${VELMOEXT1_PACKAGE_REVISION})
-# That of SOURCE_DATE_EPOCH, so that the same sources give the same bytes.
+# TIMESTAMP uses SOURCE_DATE_EPOCH, so that the same sources give the same bytes.
 string(TIMESTAMP package_date "%a, %d %b %Y %H:%M:%S +0000" UTC)
 set(changelogs
   ${PROJECT_BINARY_DIR}/package/changelog
@@ -52,9 +52,9 @@ function(package component name section)
     COMPONENT ${component})
 endfunction()
 
-# CPack's own way to the shlibs file brings maintainer scripts along that call ldconfig, and finds
-# no library of a neighbouring package. So both stand here: what others get by linking to the
-# library, and, once it is built, what it depends on itself.
+# CPack's own shlibs file comes with maintainer scripts that call ldconfig, and CPack finds no
+# library of a neighbouring package. Both are therefore written here: the dependency that linking to
+# the library adds, and, after the build, the dependencies of the library itself.
 set(shlibs "")
 set(config "include([[${PROJECT_SOURCE_DIR}/cmake/package/library_depends.cmake]])\n")
 macro(library_package target component name)
@@ -167,7 +167,7 @@ install(FILES ${PROJECT_BINARY_DIR}/package/doc-base/libvelmoext1-doc
   DESTINATION ${CMAKE_INSTALL_DATADIR}/doc-base
   COMPONENT documentation)
 
-# dpkg-shlibdeps wants to stand beside a debian/control.
+# dpkg-shlibdeps requires a debian/control in its working directory.
 file(CONFIGURE OUTPUT package/debian/control CONTENT "")
 file(CONFIGURE OUTPUT package/debian/shlibs.local CONTENT "${shlibs}")
 file(GENERATE OUTPUT package/config.cmake CONTENT "${config}")

@@ -1,5 +1,5 @@
-# What every target of this project is built with; nothing is set for the whole directory tree, so
-# a project that embeds this one keeps its own flags.
+# Sets the build options of one target. Nothing is set for the whole directory tree, so that an
+# embedding project keeps its own flags.
 function(velmoext1_target_defaults target)
   target_compile_features(${target} PUBLIC cxx_std_17)
   set_target_properties(${target} PROPERTIES

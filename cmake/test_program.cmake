@@ -1,11 +1,11 @@
-# What keeps the time low that it takes to compile the tests, which is most of all.
+# Reduces the time to compile the tests, which is most of the build time.
 function(velmoext1_test_program target)
-  # The library may be optimised; a test runs for less time than optimising it takes.
+  # Optimizing a test takes longer than running it. The library may still be optimized.
   target_compile_options(${target} PRIVATE -O0)
-  # Nor does anyone count which of a test's own lines run.
+  # Coverage of a test's own lines is not measured.
   target_compile_options(${target} PRIVATE -fno-profile-arcs -fno-test-coverage)
 
-  # The first test compiles the headers that most tests include, for all that follow.
+  # The first test precompiles the headers that most tests include. The others reuse them.
   get_property(first GLOBAL PROPERTY velmoext1_first_test)
   if(first)
     target_precompile_headers(${target} REUSE_FROM ${first})

@@ -1,7 +1,8 @@
-// The address sanitizer asks for its options under this name. It keeps the calls that lead to each
-// allocation, which takes a tenth of the time: two of them are enough. It keeps 256 MiB of freed
-// memory, which takes a quarter because that exceeds the processor's caches: an input frees much
-// less than 1 MiB.
+// Default options of the address sanitizer, which looks this name up.
+//
+// By default, recording the stack of each allocation takes a tenth of the time; two frames are
+// enough. The quarantine of 256 MiB takes a quarter, because it exceeds the processor's caches; an
+// input frees much less than 1 MiB.
 // NOLINTNEXTLINE(bugprone-reserved-identifier,readability-identifier-naming)
 extern "C" __attribute__((visibility("default"))) const char* __asan_default_options()
 {

@@ -1,5 +1,5 @@
-// Whatever a configuration file holds, each property is the one that a look through the whole file
-// finds, and a file that can be read is read the same way each time.
+// Each property of a configuration file is the one that a search through the whole file finds. A
+// file is loaded only if the model reads it, and always unless the model admits a refusal.
 #include "config_model.h"
 #include "fuzz_target.h"
 #include "quiet_xml.h"

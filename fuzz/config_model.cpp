@@ -37,7 +37,7 @@ bool is_text(const xmlNode& node)
     return node.type == XML_TEXT_NODE || node.type == XML_CDATA_SECTION_NODE;
 }
 
-// Before 2.14, libxml2 takes what the encoding does not admit for the end if it follows the root.
+// Before 2.14, libxml2 stops without an error at malformed bytes after the root.
 bool is_read_whole([[maybe_unused]] xmlParserCtxt& parser, [[maybe_unused]] std::size_t size)
 {
 #if LIBXML_VERSION >= 21400
@@ -124,7 +124,7 @@ std::wstring config_model_t::search(const std::wstring& name, const std::wstring
     return std::wstring();
 }
 
-// The first child of that name that has a text counts, where there is no such attribute.
+// Returns the attribute, or without one the text of the first child of that name that has a text.
 std::wstring config_model_t::value(const element_t& element, const std::wstring& name)
 {
     const auto attribute = element.attributes.find(name);

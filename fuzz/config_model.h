@@ -6,22 +6,23 @@
 #include <string>
 #include <vector>
 
-/// A second reader of configuration files, which makes libxml2's tree of one and looks through all
-/// of it at each question.
+/// A second reader of configuration files. Creates libxml2's tree of a file and searches all of it
+/// at each query.
 class config_model_t
 {
 public:
-    /// Null where the file is none.
+    /// Returns null if the bytes are not a configuration file.
     static std::unique_ptr<config_model_t> read(const std::string& bytes);
 
-    /// What is configured for messages of that type through an object of that prefix.
+    /// Returns the property of messages of that type for an object with that prefix.
     std::wstring property(const std::wstring& name, const std::wstring& type,
                           const std::wstring& prefix) const;
 
-    /// Whether it need not be taken: it is too large, or libxml2 has not read all of it.
+    /// Returns whether the file may be refused: an element has too many attributes, or libxml2 has
+    /// not read all bytes.
     bool may_be_refused() const { return m_may_be_refused; }
 
-    /// All that it is worth asking for.
+    /// Return the names, and the values of one name, for queries: those in the file and some others.
     std::set<std::wstring> names() const;
     std::set<std::wstring> values(const std::wstring& name) const;
 

@@ -1,5 +1,5 @@
 // The message of any text is the one that libxml2's reader finds in it, or none if the text may be
-// refused. The library's own reading of its written form gives what libxml2 gives.
+// refused. A document that the library recognizes gives the same message as when it is parsed.
 #include "document_oracle.h"
 #include "encoding/document_parser.h"
 #include "encoding/message_recognizer.h"

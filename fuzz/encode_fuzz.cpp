@@ -89,7 +89,7 @@ void require_document(const message_ptr& message)
     require(read->get_type() == writable_text(message->get_type()), "the type comes back");
 }
 
-// The line break after the root's start tag is the caller's to write.
+// The caller writes the line break after the root's start tag.
 void require_log(const message_ptr& message)
 {
     const std::unique_ptr<xmlBuffer, decltype(&xmlBufferFree)> buffer(xmlBufferCreate(),

@@ -3,6 +3,6 @@
 #include <cstddef>
 #include <cstdint>
 
-/// One input for the code under test. The name is libFuzzer's. Ends the process where the code does
-/// what it must not.
+/// Runs the code under test with one input. Ends the process if the code misbehaves. The name is
+/// libFuzzer's.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);

@@ -8,7 +8,7 @@
 namespace
 {
 
-// How many digits the escape at this place has, 0 where there is none.
+// Returns the number of digits of the escape at this position, 0 if there is none.
 std::size_t escape_digits(const std::string& bytes, std::size_t at)
 {
     if (bytes[at] != '\\' || at + 1 == bytes.size())

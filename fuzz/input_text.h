@@ -6,13 +6,13 @@
 #include <utility>
 #include <vector>
 
-/// The parts between the separators, at least one.
+/// Returns the parts between the separators, at least one.
 std::vector<std::string> split(const std::string& text, char separator);
 
-/// What stands before the first separator, and what behind it; all of it and nothing where there is
-/// none.
+/// Returns the text before the first separator and the text after it. Without a separator, the
+/// second is empty.
 std::pair<std::string, std::string> split_once(const std::string& text, char separator);
 
-/// The input's wide text, each `\uHHHH` and `\UHHHHHHHH` in it as the element of that hexadecimal
-/// number: so an input can be read, and yet hold what UTF-8 cannot.
+/// Returns the input's wide text. Replaces each `\uHHHH` and `\UHHHHHHHH` with the element of that
+/// hexadecimal number, so that a readable input can contain elements that UTF-8 cannot encode.
 std::wstring to_wide(const std::string& bytes);

@@ -1,7 +1,7 @@
-// A replay of any log delivers what one parse of libxml2 finds in it, and a start carries that
-// over.
+// A replay of any log delivers the messages that one parse by libxml2 finds. A start carries the
+// same messages over.
 //
-// Each form feed of an input is a place where the log is replayed before the rest is appended.
+// At each form feed of an input, the log is replayed before the rest is appended.
 #include "fuzz_target.h"
 #include "input_text.h"
 #include "log_oracle.h"
@@ -27,7 +27,7 @@ namespace
 
 using namespace velmoext_1_4_8;
 
-// Keeps each message, and what it said when it was delivered.
+// Keeps each message and its fields at delivery, so that later changes are found.
 class delivery_handler_t : public base_handler_t
 {
 public:
@@ -54,7 +54,7 @@ private:
     std::vector<message_ptr> m_messages;
 };
 
-// A folder in memory, if the system has one: a disk is slow.
+// Returns a folder in memory, unless TMPDIR names another: a disk is slow.
 const scratch_folder_t& folder()
 {
     // NOLINTNEXTLINE(concurrency-mt-unsafe): there is one thread yet
@@ -116,7 +116,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
     const std::vector<std::string> parts = split(input, '\f');
     write(name, "", O_TRUNC);
     require_replays(name, parts);
-    // A start takes as long as several replays.
+    // A start takes as long as several replays, so few inputs test one.
     if (parts.size() == 1 && input.size() % 8 == 0)
         require_carry_over(name, input);
     return 0;

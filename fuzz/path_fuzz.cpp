@@ -1,5 +1,5 @@
-// Whatever a path holds, its parts make it up, joining and order are those of plain texts, and it
-// exists where the system says so.
+// The parts of any path add up to the path. Joining and order are those of plain texts. A path
+// exists if the system reports that it does.
 //
 // An input has one path per line.
 #include "fuzz_target.h"

@@ -1,8 +1,8 @@
-// Whatever a pattern says, the text is the same each time and on each thread; it is the pattern
-// where ICU takes it for none, and ICU's where texts alone are put in.
+// The text of any pattern is the same each time and on each thread. If ICU rejects the pattern, the
+// text is the pattern. If all arguments are texts, it is ICU's text.
 //
-// The first line of an input is the locale; then an argument per line, NAME=TEXT, up to an empty
-// line; the rest is the pattern.
+// The first line of an input is the locale. One argument per line follows, NAME=TEXT, up to an
+// empty line. The rest is the pattern.
 #include "fuzz_target.h"
 #include "input_text.h"
 #include "require.h"
@@ -26,7 +26,7 @@ using ROVA_2_18::generic::varg_list;
 using ROVA_2_18::i18n::message_t;
 
 const std::size_t longest_text = 16777216;
-/// Far below what the limits for patterns begin at.
+/// Far below the limits for patterns.
 const std::ptrdiff_t most_braces = 40;
 
 struct input_t
@@ -40,7 +40,7 @@ struct input_t
 void add_argument(input_t& input, const std::string& line)
 {
     const auto parts = split_once(line, '=');
-    // Names are UTF-8, whatever the input is.
+    // A name must be UTF-8 even if the input is not.
     const std::string name = ROVA_2_18::strings::utf16_to_utf8(to_wide(parts.first));
     const std::wstring value = to_wide(parts.second);
     input.arguments.push_back(ROVA_2_18::generic::argument(name, value));
@@ -59,7 +59,7 @@ input_t read_input(const std::string& bytes)
     return input;
 }
 
-/// Whether each element is a whole character of two bytes.
+/// Returns whether each element is a character of the BMP.
 bool is_basic(const std::wstring& text)
 {
     return std::all_of(text.begin(), text.end(), [](wchar_t element) {
@@ -93,7 +93,7 @@ bool has_texts_alone(const icu::MessagePattern& parsed)
     return true;
 }
 
-/// What ICU makes of it, with nothing between it and the pattern.
+/// Returns the text as ICU alone formats it, or the pattern if that fails.
 std::wstring format_by_icu(const input_t& input)
 {
     UErrorCode status = U_ZERO_ERROR;

@@ -7,7 +7,7 @@
 namespace
 {
 
-// libxml2's own type asks for a function of C's variable arguments.
+// libxml2's type requires a function with C's variable arguments.
 void refuse(void* /*context*/, const char* /*format*/, ...) // NOLINT(cert-dcl50-cpp)
 {
     require(false, "nothing is printed");

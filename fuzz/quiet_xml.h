@@ -1,4 +1,4 @@
 #pragma once
 
-/// Ends the process from now on when libxml2 prints anything: the library never lets it.
+/// Ends the process if libxml2 prints anything from now on: the library must prevent its output.
 void forbid_xml_output();

@@ -2,8 +2,8 @@
 
 #include <string>
 
-/// Prints what does not hold on standard error and ends the process, unless the condition holds.
+/// Prints `what` on standard error and ends the process, unless the condition is true.
 void require(bool condition, const char* what);
 
-/// The same for two texts that must be equal; prints both.
+/// Prints both texts as well and ends the process, unless they are equal.
 void require_equal(const std::string& actual, const std::string& expected, const char* what);

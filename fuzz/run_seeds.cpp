@@ -1,4 +1,4 @@
-// Stands in for libFuzzer: feeds each file of the directories it is given to the target, once.
+// Replaces libFuzzer: runs the target once with each file of the given directories.
 #include "fuzz_target.h"
 
 #include <filesystem>
@@ -10,7 +10,7 @@
 namespace
 {
 
-// The name comes first: the target may end the process.
+// Prints the name first, since the target may end the process.
 void run_file(const std::filesystem::path& path)
 {
     std::cout << path.filename() << std::endl;

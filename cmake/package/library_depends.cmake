@@ -1,4 +1,4 @@
-# Read by CPack, through the file that cmake/package.cmake generates for it.
+# CPack reads this through the file that cmake/package.cmake generates.
 function(library_depends id library neighbours)
   execute_process(
     COMMAND dpkg-shlibdeps -O -l${neighbours} ${library}

@@ -1,4 +1,5 @@
-# Read by CPack before it packs: the same sources give the same bytes, whenever that is done.
+# CPack reads this before it packs. All files get the same time, so that the same sources always give
+# the same bytes.
 execute_process(
   COMMAND find ${CPACK_TEMPORARY_INSTALL_DIRECTORY}
     -exec touch --no-dereference --date=@$ENV{SOURCE_DATE_EPOCH} {} +
