@@ -1,5 +1,5 @@
-// A recording starts on a log and stops at once: the log's messages are carried over. The floor has
-// the log in memory, parses it and makes nothing of it, and writes the messages, which it has too.
+// A recording starts on a log and stops at once: the log's messages are carried over. The floor
+// parses the log from memory with empty callbacks, and writes messages that exist already.
 
 #include "bare_log.h"
 #include "runner.h"

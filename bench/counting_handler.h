@@ -7,7 +7,7 @@
 namespace bench
 {
 
-/// Counts the messages that reach it, and lets them pass.
+/// Handler that counts the messages it receives, and does not consume them.
 class counting_handler_t : public velmoext_1_4_8::base_handler_t
 {
 public:

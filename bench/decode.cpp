@@ -1,4 +1,4 @@
-// A document becomes a message again: the library takes it in a wide string, all others in UTF-8.
+// Reads a message from a document. The library takes it as a wide string, all others as UTF-8.
 
 #include "documents.h"
 #include "peers.h"

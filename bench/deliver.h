@@ -7,9 +7,9 @@
 namespace bench
 {
 
-/// Delivery is private, and all that calls it from within the library takes a hundred times longer.
-/// An explicit instantiation may name a private member; that is how the programs reach it, whether
-/// it is a static function or a member of the object.
+/// Gives the programs access to the private delivery, which may be a static or a member function.
+/// Its callers within the library take a hundred times longer. An explicit instantiation may name a
+/// private member.
 template <auto Dispatch>
 struct reach_t
 {

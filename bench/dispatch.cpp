@@ -1,4 +1,4 @@
-// A message goes through all handlers of an extension object, none of which consumes it.
+// Delivers a message to all handlers of an extension object, none of which consumes it.
 
 #include "counting_handler.h"
 #include "deliver.h"
@@ -36,8 +36,8 @@ std::size_t count_calls(const handlers_t& handlers)
     return calls;
 }
 
-// The least that a delivery can do. Like the library's, it is given a message to keep, and is not
-// inlined: the messages are far apart, and a processor would fetch the next ones ahead of the call.
+// The minimum of a delivery. Like the library's, it takes shared ownership of the message and is
+// not inlined. Otherwise the processor would prefetch the next messages, which are far apart.
 class bare_stack_t
 {
 public:

@@ -1,4 +1,4 @@
-// A message becomes a document of its own: the library in a wide string, all others in UTF-8.
+// Writes a document of each message. The library returns a wide string, all others UTF-8.
 
 #include "documents.h"
 #include "peers.h"

@@ -1,5 +1,5 @@
-// Prints how costs grow, as a table: what a message, an argument or an object costs when there are
-// few, and when there are many.
+// Prints a table of how costs grow: the cost of a message, an argument or an object if there are
+// few, and if there are many.
 //
 // bench_growth [--messages MOST] [--log-messages MOST]
 // bench_growth --log-bytes BYTES      a replay of a log of that size, and a start on it
@@ -48,7 +48,8 @@ const char* const constant = "1.1 or less";
 
 const int short_rounds = 15;
 
-// Enough rounds for a small log, whose cost is near that of a process, and few for a long one.
+// Returns many rounds for a small log, whose cost is near that of a process, and few for a long
+// one.
 int rounds_for(std::size_t messages)
 {
     const std::size_t small = 10000;
@@ -136,7 +137,7 @@ void replay(const scratch_folder_t& folder, std::size_t count)
     require(storage->replay(ex) && handler->count() == count, "a replay lost messages");
 }
 
-// Writes recorded messages over and over again, so that a long log takes no longer than its bytes.
+// Writes a block of recorded messages repeatedly: recording a long log would take much longer.
 class log_writer_t
 {
 public:
@@ -153,7 +154,7 @@ public:
         m_tail = text.substr(end);
     }
 
-    // The next number of messages that is made of blocks.
+    // Rounds up to whole blocks.
     std::size_t round_up(std::size_t count) const
     {
         return (count + m_messages - 1) / m_messages * m_messages;
@@ -200,7 +201,7 @@ void show_recording(std::size_t most)
           constant);
 }
 
-// A log that the library refuses is a figure too.
+// Returns NAN if the library refuses the log, since that is a result too.
 cost_t try_measure(int rounds, const std::function<void()>& step,
                    const std::function<void()>& prepare)
 {
@@ -214,10 +215,10 @@ cost_t try_measure(int rounds, const std::function<void()>& step,
 struct reading_t
 {
     figure_t time;   ///< microseconds per message
-    figure_t memory; ///< MiB beyond what a log of one message takes
+    figure_t memory; ///< MiB more than for a log of one message
 };
 
-// The log is written for each round: a start leaves another one.
+// Writes the log before each round, since a start replaces it.
 reading_t measure_reading(const log_writer_t& writer, std::size_t count,
                           void (*read)(const scratch_folder_t& folder, std::size_t count))
 {
@@ -309,7 +310,7 @@ void deliver_many(std::size_t count)
         bench::deliver(ex, message);
 }
 
-// The same messages in all, whatever the number of threads.
+// Delivers the same total number of messages for any number of threads.
 cost_t thread_cost(std::size_t threads, std::size_t all)
 {
     return bench::measure(short_rounds, [&] {
@@ -332,7 +333,7 @@ void show_threads(std::size_t most)
 struct options_t
 {
     std::size_t most = 1000000;
-    std::size_t log_messages = 0; ///< as many as the most, unless it says otherwise
+    std::size_t log_messages = 0; ///< 0: as many as `most`
     std::uintmax_t log_bytes = 0;
 };
 

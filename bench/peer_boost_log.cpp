@@ -1,5 +1,5 @@
-// Boost.Log: an element per message into a text file. The names and texts of the message are put
-// into its stream one by one and escaped together, as XML asks for.
+// Boost.Log: writes an element per message into a text file. The names and texts are streamed one
+// by one and escaped together for XML.
 
 #include "peers.h"
 #include "scratch_log.h"
@@ -25,7 +25,7 @@ namespace expressions = boost::log::expressions;
 typedef logging::sinks::text_file_backend backend_t;
 typedef logging::sinks::synchronous_sink<backend_t> sink_t;
 
-// Gives up the sink where it goes.
+// Adds a sink while in scope.
 class open_log_t
 {
 public:

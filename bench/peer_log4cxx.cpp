@@ -1,5 +1,5 @@
-// log4cxx: an event per message into a file, with the XML layout. The event's text is the type; all
-// else are named values beside it.
+// log4cxx: writes an event per message into a file, with the XML layout. The event's text is the
+// type; all other fields are named values of its context.
 
 #include "peers.h"
 #include "scratch_log.h"

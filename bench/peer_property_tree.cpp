@@ -1,5 +1,5 @@
-// Boost.PropertyTree: a tree is built for each message, whose texts stay in UTF-8. A whole log
-// would not be read so.
+// Boost.PropertyTree: builds a tree of each message, with its texts in UTF-8. It is not measured
+// with a whole log, for which it is not suitable.
 
 #include "documents.h"
 #include "peers.h"

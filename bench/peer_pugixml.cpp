@@ -1,5 +1,5 @@
-// pugixml: a tree is built for each message, or of a whole log. It writes UTF-8 from UTF-8; what it
-// reads becomes maps of wide strings.
+// pugixml: builds a tree of each message, or of a whole log. Writes UTF-8 from UTF-8, and reads
+// into maps of wide strings.
 
 #include "documents.h"
 #include "peers.h"
@@ -77,7 +77,7 @@ int parse_severity(const char* text)
     return found == std::end(names) ? 0 : static_cast<int>(found - std::begin(names)) + 1;
 }
 
-// Most keys come in the order of the map.
+// The hint suits most keys, which come in the order of the map.
 void add(texts_t& texts, const char* name, const char* text)
 {
     texts.emplace_hint(texts.end(), pugi::as_wide(name), pugi::as_wide(text));

@@ -1,4 +1,4 @@
-// spdlog: the text that the library writes into a file, formatted by spdlog and not escaped.
+// spdlog: writes the same text into a file as the library, formatted by spdlog and not escaped.
 
 #include "peers.h"
 #include "scratch_log.h"

@@ -7,15 +7,14 @@ namespace bench
 
 struct cost_t
 {
-    double cpu;     ///< microseconds, of all threads, in the system too
+    double cpu;     ///< microseconds of all threads, user and system
     double elapsed; ///< microseconds
-    double memory;  ///< bytes, at most at one time
+    double memory;  ///< peak, in bytes
 };
 
-/// Returns what the step takes beyond what nothing takes, each time in a process of its own: the
-/// median of each kind over the rounds. `prepare` comes before each, unmeasured, in this process.
-/// The memory is what the process has at most, with what it takes over from this one. Throws if the
-/// step threw.
+/// Returns the median cost of the step over the rounds. Runs each round in a child process and
+/// subtracts the times of an empty step. `prepare` runs before each round, unmeasured, in this
+/// process. The memory is the child's peak and includes what it inherits. Throws if the step fails.
 cost_t measure(
     int rounds, const std::function<void()>& step, const std::function<void()>& prepare = [] {});
 

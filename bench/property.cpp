@@ -1,5 +1,5 @@
-// A property of one message type among many. Every type has an entry for the prefix that is asked
-// for; the types come in an order that is not that of the entries.
+// Reads a property of one message type among many. Every type has an entry for the requested
+// prefix. The types are requested in another order than that of the entries.
 
 #include "runner.h"
 #include "scratch_folder.h"
@@ -34,7 +34,7 @@ std::string title(std::size_t entry)
     return "title_" + std::to_string(entry);
 }
 
-// The step has no divisor in common with the number of entries, so that each has its turn.
+// The step and the number of entries are coprime, so that each entry is used.
 std::vector<message_ptr> make_messages(std::size_t entries)
 {
     std::vector<message_ptr> messages;
@@ -44,7 +44,7 @@ std::vector<message_ptr> make_messages(std::size_t entries)
     return messages;
 }
 
-// Asked and answered like the library, of a table that is ready.
+// Looks titles up under a lock like the library, but in a finished table.
 class bare_reader_t
 {
 public:
@@ -97,7 +97,7 @@ bench::candidate_t velmoext1(std::size_t entries)
         "velmoext1", [entries](std::size_t) -> bench::work_t {
             const scratch_folder_t folder;
             write_configuration(folder, entries);
-            // A reader of its own: the process's would keep the file of the former round.
+            // Uses a separate reader: the process's would keep the file of the previous round.
             const auto reader = std::make_shared<config_reader_t>(*config_reader_t::get());
             reader->set_cfg_dir(folder.wide_name(""));
             const auto ex = velmo_ex_t::get(L"bench", L"console");

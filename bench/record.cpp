@@ -1,4 +1,4 @@
-// Messages go into one file, from its beginning to its end.
+// Records messages into one file, including its creation and its end.
 
 #include "bare_log.h"
 #include "peers.h"

@@ -1,5 +1,5 @@
-// A log becomes messages again, each of which goes to one handler. The floor has the file in memory
-// and makes nothing of it.
+// Replays a log: each message goes to one handler. The floor parses the file from memory with empty
+// callbacks.
 
 #include "bare_log.h"
 #include "counting_handler.h"

@@ -14,7 +14,7 @@
 namespace bench
 {
 
-// What is counted is what happens between its beginning and its end, so it is not inlined.
+// Not inlined: callgrind counts from its entry to its return.
 [[gnu::noinline]] std::size_t perform(const work_t& work, std::size_t count)
 {
     std::size_t made = work(count);
@@ -41,7 +41,7 @@ std::size_t parse_count(const char* text)
     return static_cast<std::size_t>(count);
 }
 
-// Takes its own options off the front.
+// Removes the program's own options from the front of the arguments.
 options_t parse_options(int& argc, char** argv)
 {
     options_t options;
@@ -82,14 +82,14 @@ void measure(benchmark::State& state, const subject_t& subject, const candidate_
         check(subject, made, count);
         state.SetItemsProcessed(static_cast<std::int64_t>(count) * subject.passes);
     } catch (const std::exception& error) {
-        // Google Benchmark would print it and answer that all is well.
+        // Google Benchmark would print the error and report success.
         std::fprintf(stderr, "%s/%s: %s\n", subject.name.c_str(), candidate.name.c_str(),
                      error.what());
         std::exit(EXIT_FAILURE); // NOLINT(concurrency-mt-unsafe)
     }
 }
 
-// One iteration goes over the whole workload, so that all do the same.
+// One iteration processes the whole workload, so that all candidates do the same work.
 void register_all(const std::vector<subject_t>& subjects, std::size_t count)
 {
     for (const subject_t& subject : subjects)
@@ -151,7 +151,7 @@ int run(int argc, char** argv,
         const options_t options = parse_options(argc, argv);
         require(options.count <= options.messages, "the workload is smaller than that");
         prefer_memory_files();
-        // Never destroyed: that would take as long as some of the work.
+        // Never destroyed, since that would take as long as some of the measured work.
         const auto* const workload = new workload_t(options.messages, options.heap);
         run(name_heap(make_subjects(*workload), options.heap), options, argc, argv);
         return EXIT_SUCCESS;

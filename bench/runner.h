@@ -1,6 +1,5 @@
 /// @file
-/// What all programs share: candidates that do the same work, one of them the floor, are measured
-/// side by side.
+/// Runner of all programs. Measures candidates that do the same work; one of them is the floor.
 #pragma once
 
 #include "workload.h"
@@ -13,16 +12,15 @@
 namespace bench
 {
 
-/// Does the work once for each of the first `count` messages. Returns how much it made of them.
+/// Does the work once for each of the first `count` messages. Returns the amount of its output.
 typedef std::function<std::size_t(std::size_t count)> work_t;
 
 /// One way of doing a subject's work.
 struct candidate_t
 {
     std::string name;
-    /// Sets up what is not measured, for work on that many messages. Returns the work that is
-    /// measured; unless the subject has one pass, it is called several times. Throws if the
-    /// candidate does not do its work.
+    /// Prepares, unmeasured, for work on `count` messages. Returns the work to measure, which is
+    /// called once per pass. Throws if the candidate does not do its work.
     std::function<work_t(std::size_t count)> prepare;
 };
 
@@ -30,25 +28,25 @@ struct subject_t
 {
     std::string name;
     std::vector<candidate_t> candidates;
-    /// What each candidate makes of that many messages at least: one that does nothing fails.
+    /// Returns the least output of a candidate for `count` messages. One with less output fails.
     std::function<std::size_t(std::size_t count)> least;
-    /// How often a round goes over the messages: what takes nanoseconds needs more than one pass.
+    /// Passes over the messages in a round. Work that takes nanoseconds needs more than one.
     int passes = 1;
 };
 
 /// A program's main(). Its options, before those of Google Benchmark:
 /// `--messages N`          the size of the workload;
 /// `--spread`              messages spread over the heap, and "_spread" after each subject's name;
-/// `--names`               prints SUBJECT/CANDIDATE for all there are;
-/// `--once NAME COUNT`     has one candidate work on COUNT messages, and measures nothing.
+/// `--names`               prints SUBJECT/CANDIDATE for each candidate;
+/// `--once NAME COUNT`     runs one candidate on COUNT messages, and measures nothing.
 int run(int argc, char** argv,
         const std::function<std::vector<subject_t>(const workload_t&)>& make_subjects);
 
-/// Keeps temporary files in memory if the system has a folder for that and TMPDIR names no other:
-/// what a disk costs is none of the library's.
+/// Keeps temporary files in memory if the system has a folder for that and TMPDIR is not set: the
+/// time of a disk is not the library's.
 void prefer_memory_files();
 
-/// Throws if a candidate did not give what it should.
+/// Throws if the condition, which a candidate must meet, is false.
 void require(bool condition, const std::string& what);
 
 } // namespace bench

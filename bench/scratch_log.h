@@ -11,7 +11,7 @@
 namespace bench
 {
 
-/// The path of a log in a folder that is removed with it.
+/// Path of a log in a temporary folder, which is removed with this object.
 class scratch_log_t
 {
 public:
@@ -21,14 +21,14 @@ public:
 
     boost::shared_ptr<velmoext_1_4_8::messages_storage_t> storage() const;
 
-    /// Makes it a log of the first messages.
+    /// Records the first `count` messages into the log.
     void record(const workload_t& workload, std::size_t count) const;
 
 private:
     scratch_folder_t m_folder;
 };
 
-/// A log of the first messages.
+/// Returns a log of the first `count` messages.
 std::shared_ptr<scratch_log_t> make_log(const workload_t& workload, std::size_t count);
 
 } // namespace bench

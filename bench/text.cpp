@@ -1,6 +1,8 @@
-// The title and the text of a message whose catalog has been read, asked of extended messages that
-// were asked before. "velmoext1_first" makes one for each message, as one that is shown once needs
-// it; "velmoext1_bare_name" does so with a catalog under the bare name of the source only.
+// Title and text of messages whose catalog was read before.
+//
+// "velmoext1" requests them of existing extended messages, again. "velmoext1_first" creates an
+// extended message each time, as for a message that is shown once. "velmoext1_bare_name" does the
+// same with a prefix that has no catalog, so that the catalog of the source's bare name is used.
 
 #include "runner.h"
 #include "scratch_folder.h"
@@ -34,7 +36,7 @@ using velmoext_1_4_8::velmo_ex_t;
 typedef std::wstring (extended_message_t::*part_t)();
 typedef boost::shared_ptr<velmo_ex_t> ex_ptr;
 
-// One prefix has a catalog of its own.
+// Only the known prefix has its own catalog.
 const wchar_t qualified[] = L"console.bench";
 const wchar_t known_prefix[] = L"console";
 const wchar_t other_prefix[] = L"window";
@@ -47,7 +49,7 @@ const char configuration[] =
     "  <message_type id='host_silent' title_msgid='title_host'/>\n"
     "</bag>\n";
 
-// Keeps the process's reader, and with it what was read.
+// Keeps the process's reader, and with it the files that were read.
 class configuration_t
 {
 public:
@@ -79,7 +81,7 @@ std::wstring widen(const icu::UnicodeString& text)
     return std::wstring(units, units + text.length());
 }
 
-// A pattern that is ready, with the names that it asks for.
+// A parsed pattern with its argument names.
 class bare_format_t
 {
 public:
@@ -125,7 +127,7 @@ struct bare_text_t
     std::vector<std::wstring> values;
 };
 
-// An argument that is not there stays as it stands in the pattern: without any this is the pattern.
+// Returns the pattern: a missing argument keeps its placeholder, and all arguments are missing.
 std::wstring pattern_of(const std::wstring& id)
 {
     return setbook2::getMessageCatalog(qualified)->message(id).as_ustring({});
@@ -175,7 +177,7 @@ bench::candidate_t velmoext1_first(const workload_t& workload, part_t part, cons
                 const auto compose = [ex, part](const message_ptr& message) {
                     return (extended_message_t(ex, message).*part)();
                 };
-                // So that catalog and configuration are known.
+                // Loads the catalog and the configuration.
                 for (std::size_t i = 0; i < std::min<std::size_t>(workload.size(), 4); ++i)
                     bench::require(!compose(workload.messages()[i]).empty(), "no text");
                 return [&workload, reader, compose](std::size_t count) {
@@ -193,7 +195,7 @@ bench::candidate_t velmoext1(const workload_t& workload, part_t part)
                 const configuration_t reader;
                 const ex_ptr ex = velmo_ex_t::get(known_prefix, known_prefix);
                 const auto shown = std::make_shared<std::vector<extended_message_t>>();
-                shown->reserve(all); // a copy would be elsewhere in the heap
+                shown->reserve(all); // a copy would be at another position in the heap
                 for (std::size_t i = 0; i < all; ++i) {
                     shown->emplace_back(ex, workload.messages()[i]);
                     (shown->back().*part)();
@@ -209,7 +211,7 @@ bench::candidate_t velmoext1(const workload_t& workload, part_t part)
 
 bench::subject_t make_subject(const std::string& name, const workload_t& workload, part_t part)
 {
-    // No title and no text is shorter than that.
+    // No title and no text is shorter than this one.
     const auto least = [](std::size_t count) {
         return count * std::string("Host beta").size();
     };

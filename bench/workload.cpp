@@ -21,7 +21,7 @@ using velmoext_1_4_8::message_t;
 
 const int worth_recording = 1;
 
-// What a message says depends on its number alone, so that it is the same in each heap.
+// The content of a message depends only on its number, so that it is the same in each heap.
 const std::uint32_t message_seed = 5;
 const std::uint32_t other_seed = 1000000007;
 const std::mt19937::result_type order_seed = 11;
@@ -51,7 +51,7 @@ public:
     }
 
 private:
-    // The names stand in the order of a message's maps.
+    // The names are in the order of a message's maps.
     plain_message_t make_shape(std::size_t place)
     {
         switch (place % 4) {

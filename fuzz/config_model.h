@@ -22,8 +22,9 @@ public:
     /// not read all bytes.
     bool may_be_refused() const { return m_may_be_refused; }
 
-    /// Return the names, and the values of one name, for queries: those in the file and some others.
+    /// Returns the names to query: all in the file, and the title's.
     std::set<std::wstring> names() const;
+    /// Returns the values of that name to query: all in the file, an empty one and another one.
     std::set<std::wstring> values(const std::wstring& name) const;
 
 private:

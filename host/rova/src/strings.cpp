@@ -31,7 +31,7 @@ bool is_character(UChar32 element)
 }
 
 /// Reads one character, or one element that is not a character, and advances the position. Does not
-/// use U16_NEXT: it reads only the low 16 bits after a lead surrogate, so 0x1DC00 would form a pair.
+/// use U16_NEXT: after a lead surrogate it reads only 16 bits, so 0x1DC00 would form a pair.
 UChar32 next_element(const std::wstring& text, std::size_t& position)
 {
     const UChar32 element = text[position++];
