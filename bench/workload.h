@@ -40,8 +40,9 @@ enum class heap_t
 /// The messages that all programs process, the same in each run and in each heap.
 ///
 /// Half have two arguments, a quarter has six, a quarter one argument and one element. All have the
-/// attribute "tool" and a flag for recording. One of twenty has markup characters in a text, another
-/// one of twenty non-ASCII letters. A fifth of the latter also has characters beyond the BMP.
+/// attribute "tool" and a flag for recording. One of twenty has markup characters in a text,
+/// another one of twenty non-ASCII letters. A fifth of the latter also has characters beyond the
+/// BMP.
 class workload_t
 {
 public:

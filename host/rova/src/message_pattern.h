@@ -42,7 +42,7 @@ private:
     struct segment_t
     {
         std::wstring literal;
-        std::size_t argument; ///< its index in m_arguments; their count in the last segment
+        std::size_t argument;       ///< its index in m_arguments; their count in the last segment
         std::wstring fallback_text; ///< if the argument is missing
     };
 
