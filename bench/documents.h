@@ -5,7 +5,7 @@
 namespace bench
 {
 
-/// Returns the first messages as documents in UTF-8, as the library writes them.
+/// Returns the first `count` messages as documents in UTF-8, as the library writes them.
 std::vector<std::string> make_documents(const workload_t& workload, std::size_t count);
 
 /// Returns a candidate that writes a document of each plain message. `encode` returns its size.

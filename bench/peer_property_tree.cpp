@@ -1,5 +1,5 @@
 // Boost.PropertyTree: builds a tree of each message, with its texts in UTF-8. It is not measured
-// with a whole log, for which it is not suitable.
+// with a whole log, since that is not a realistic use.
 
 #include "documents.h"
 #include "peers.h"

@@ -12,8 +12,8 @@ import sys
 FLOOR = "floor"
 OURS = "velmoext1"
 
-# Goals in the order of the table: the most that the ratio of the library to the floor may be, and
-# the peers that may not be faster.
+# Goals in the order of the table: the maximum ratio of the library to the floor, and the peers that
+# must not be faster.
 GOALS = {
     "encode": ("0.30", ["pugixml"]),
     "decode": ("0.28", ["pugixml"]),

@@ -49,7 +49,7 @@ public:
     explicit workload_t(std::size_t size, heap_t heap = heap_t::fresh);
 
     std::size_t size() const { return m_plain.size(); }
-    /// Each is allocated separately, like the messages, so that none is in the next cache line.
+    /// Allocated separately, like the messages, so that they are not in adjacent cache lines.
     const std::vector<std::unique_ptr<plain_message_t>>& plain() const { return m_plain; }
     const std::vector<message_ptr>& messages() const { return m_messages; }
 

@@ -5,8 +5,8 @@
 #   CATALOGS NAME...
 #   [INSTALL_DESTINATION DIRECTORY])
 #
-# Adds a target that compiles message catalogs, as a part of "all". Each PO_DIRECTORY/LANGUAGE/NAME.po
-# becomes DIRECTORY/LANGUAGE/LC_MESSAGES/NAME.mo, so DIRECTORY is the one to pass to
+# Adds a target that compiles message catalogs, as a part of "all". Compiles each
+# PO_DIRECTORY/LANGUAGE/NAME.po to DIRECTORY/LANGUAGE/LC_MESSAGES/NAME.mo. Pass DIRECTORY to
 # setbook2::bindCatalogDirectory. A relative PO_DIRECTORY is in the current source directory, a
 # relative DIRECTORY in the current binary directory. A .po file with an error fails the build.
 # With INSTALL_DESTINATION, the folders of the languages are installed there. Requires gettext's

@@ -58,7 +58,7 @@ public:
 
     bool read(const std::string& bytes);
 
-    /// Returns the tree. Requires that read() succeeded.
+    /// Returns the tree: empty before read(), incomplete if it failed.
     variant_bag_t& tree() { return m_tree; }
 
 private:

@@ -49,8 +49,8 @@ bool is_long_decimal(const std::string& text)
            text.find_first_of("eE") == std::string::npos;
 }
 
-/// Returns the number with all its digits; ICU rounds it if it needs a double. Returns an integer
-/// for integers. Requires the text of a number, so each failure is an allocation failure.
+/// Returns the number with all its digits; ICU rounds it if it needs a double. Returns an integral
+/// number as to_formattable() does. Requires a number, so each failure is an allocation failure.
 icu::Formattable to_decimal(const std::string& text)
 {
     UErrorCode status = U_ZERO_ERROR;
