@@ -17,7 +17,7 @@ using namespace velmoext_1_4_8;
 namespace
 {
 
-// A comment of that many bytes.
+// Returns a comment of that many bytes.
 std::string comment(std::size_t size)
 {
     return "<!--" + std::string(size - 7, 'c') + "-->";
@@ -28,7 +28,7 @@ message_ptr read(const std::string& document)
     return parse_document(document).message;
 }
 
-// As libxml2's text reader finds it. A fault after the message may count or not.
+// Expects the result of libxml2's text reader. A fault after the message may count or not.
 void expect_as_read(const std::string& document)
 {
     const document_oracle_t oracle(ROVA_2_18::strings::utf8_to_utf16(document));
@@ -37,7 +37,7 @@ void expect_as_read(const std::string& document)
         << document.size() << " bytes, " << document.substr(0, 60);
 }
 
-// A document that is too long for the oracle to say so must not be refused.
+// Expects no refusal, for documents that are too long for the oracle to exclude one.
 void expect_as_read_unrefused(const std::string& document)
 {
     expect_as_read(document);

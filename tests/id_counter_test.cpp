@@ -9,8 +9,8 @@ using namespace velmoext_1_4_8;
 namespace
 {
 
-// The counter needs years of calls to reach its end, so it is put there. An explicit instantiation
-// may name a private member; that is how this test gets at it.
+// Sets the counter near its end, which would take years of calls to reach. An explicit
+// instantiation may name a private member, which gives access to the counter.
 std::int32_t& id_counter();
 
 template <std::int32_t* Counter>
