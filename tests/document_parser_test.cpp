@@ -37,7 +37,7 @@ void expect_as_read(const std::string& document)
         << document.size() << " bytes, " << document.substr(0, 60);
 }
 
-// Expects no refusal, for documents that are too long for the oracle to exclude one.
+// Also expects that a long document is not refused, which the oracle alone would allow.
 void expect_as_read_unrefused(const std::string& document)
 {
     expect_as_read(document);

@@ -47,7 +47,7 @@ bool may_allocate(memory_t memory)
     return false;
 }
 
-// These functions replace C's functions in all libraries.
+// Replacements of C's functions, for operator new, libxml2 and ICU.
 
 void* allocate(memory_t memory, std::size_t size)
 {

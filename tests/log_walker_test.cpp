@@ -46,7 +46,7 @@ public:
         });
     }
 
-    // Passes stable lines to the callback for them.
+    // Collects stable lines unchanged, and other messages as they are written.
     walk_t& with_lines()
     {
         m_reader.set_callback([this](const message_ptr& message) {
@@ -58,7 +58,7 @@ public:
         return *this;
     }
 
-    // Expects to end with the whole log, unless nothing after an earlier end counts.
+    // Walks in parts that end at these offsets, and then to the end of the log.
     walk_t& through(std::vector<std::size_t> ends)
     {
         log_walker_t::lines_callback_t take_lines;

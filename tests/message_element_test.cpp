@@ -134,7 +134,7 @@ TEST(message_element_test, a_missing_writer_is_reported)
 
 TEST(message_element_test, a_writer_that_refuses_the_element_is_reported)
 {
-    // A text that exceeds libxml2's buffer is written at once, and fails.
+    // A text that exceeds libxml2's buffer is written at once, which fails.
     const auto message = make_message(std::wstring(100000, L'x'));
     EXPECT_FALSE(write_message_element(message, make_failing_writer().get()));
 }

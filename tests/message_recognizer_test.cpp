@@ -56,7 +56,8 @@ void expect_equal_to_parse(const std::string& document)
     ASSERT_EQ(fields_of(recognized), fields_of(parsed)) << document;
 }
 
-// Expects the same message, or no delivery if it has neither type nor severity.
+// If the message is recognized, expects the one that the parse delivers. The parse does not deliver
+// a message without type and severity.
 void expect_equal_to_parse_in_log(const std::string& text)
 {
     std::size_t size = 0;
