@@ -23,7 +23,8 @@ protected:
                                                   "other/link.xml"};
     const std::array<std::string, 3> copies = {"log.xml.tmp", "link.xml.tmp", "other/link.xml.tmp"};
 
-    // What a start through a spelling finds. Messages of the copy replace those of the log.
+    // The files that a start through a spelling finds. Messages of the copy replace those of the
+    // log.
     struct start_t
     {
         std::string spelling;

@@ -119,8 +119,8 @@ bool is_split_by_each_release(const std::string& name)
            !is_name_in_document(name.substr(first + 1, second - first - 1));
 }
 
-// Whether libxml2 reads the key as a name. Requires a key without replacements, which could turn
-// any key into a name.
+// Whether libxml2 reads the key as a name. A key that needs a replacement is not one: the
+// replacement would be a name character.
 bool is_name(const std::wstring& key)
 {
     if (!is_writable(key))
