@@ -228,7 +228,7 @@ TEST(document_parser_test, a_malformed_document_is_not_refused)
         EXPECT_EQ(refusal_of(document), refusal_t::none) << document;
 }
 
-// Anything that is quadratic takes minutes.
+// Quadratic time would be minutes.
 TEST(document_parser_test, the_time_is_linear_in_the_size)
 {
     const std::size_t size = 2000000;

@@ -1,4 +1,4 @@
-// A thread uses the library for the first time and has no memory available: libxml2 and the C
+// A thread uses the library for the first time while no memory can be allocated: libxml2 and the C
 // library would end the process.
 
 #include "process_support.h"

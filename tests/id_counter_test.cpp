@@ -9,8 +9,8 @@ using namespace velmoext_1_4_8;
 namespace
 {
 
-// Sets the counter near its end, which would take years of calls to reach. An explicit
-// instantiation may name a private member, which gives access to the counter.
+// Returns the counter, so that the test can set it: reaching its end would take years of calls. An
+// explicit instantiation may name a private member, which gives access to the counter.
 std::int32_t& id_counter();
 
 template <std::int32_t* Counter>

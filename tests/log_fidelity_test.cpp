@@ -1,5 +1,4 @@
-// Logs, read with the breaks that libxml2 makes in their text. Each file of the folder LOGS comes
-// with
+// Logs, read with libxml2's breaks in their text. Each file of the folder LOGS comes with
 // - NAME.expected: the messages that its replay delivers. If later elements have changed a message
 //   after its delivery, the changed message follows it.
 // - NAME.carried, if it differs: the same after a recording has carried the log over.

@@ -798,7 +798,8 @@ TEST_F(setbook2_message_catalog_test, what_is_no_file_is_passed_over_at_once)
 
 TEST_F(setbook2_message_catalog_test, a_file_in_another_encoding_is_passed_over)
 {
-    // The encoding is renamed in the file, since msgfmt 0.22 and later converts texts to UTF-8.
+    // Replaces the encoding's name in the file, since msgfmt 0.22 and later converts the texts
+    // itself.
     std::string bytes = bytes_of(po_of({{"t", "text"}}));
     EXPECT_EQ(text_in(bytes), L"text");
     const std::string encoding = "UTF-8";

@@ -26,7 +26,7 @@ namespace
 // Enough messages for several writes.
 const int old_messages = 200;
 
-// Returns the calls that an action makes.
+// Returns the file system calls of an action.
 std::vector<std::string> calls_of(const std::function<void()>& action)
 {
     std::vector<std::string> calls;

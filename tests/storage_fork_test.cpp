@@ -74,7 +74,7 @@ protected:
         return types;
     }
 
-    // Takes effect with the next child. If the user lacks the permission, the tests run without a
+    // Takes effect with the next child. If the user has no permission, the test runs without a new
     // namespace.
     static void begin_pid_namespace()
     {

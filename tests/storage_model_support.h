@@ -13,8 +13,8 @@
 namespace velmoext_1_4_8
 {
 
-/// A log, its copies, and a model of the messages that must be in them. The model knows types of
-/// messages, not how a log is written.
+/// A log, its copies, and a model of the messages that must be in them. The model has types of
+/// messages, not the form of a log.
 class storage_model_test_t : public storage_test_t
 {
 protected:

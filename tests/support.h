@@ -43,7 +43,7 @@ inline message_t::message_content_t make_content(texts_t attributes, texts_t arg
     return content;
 }
 
-/// Returns wide elements as they are, for a surrogate pair or a part of it.
+/// Returns a string of these elements, for example a surrogate pair or a part of it.
 inline std::wstring units(std::initializer_list<unsigned> values)
 {
     std::wstring text;

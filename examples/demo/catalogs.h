@@ -1,5 +1,5 @@
 /// @file
-/// The program's own texts in the languages that it comes with.
+/// The program's texts, in all its languages.
 #pragma once
 
 #include <string>

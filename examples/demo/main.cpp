@@ -87,8 +87,8 @@ printer_t::line_maker_t line_maker(bool is_plain)
     return readable_line;
 }
 
-// The host between two components that know nothing of each other: the one that prints, and the one
-// that walks or a log of what it once said.
+// The host of two independent components. One prints; the other one walks, or is the log of an
+// earlier walk.
 class host_t
 {
 public:

@@ -8,8 +8,8 @@
 #include <vector>
 
 /// Reads a log with one libxml2 parse of the whole text and the rules for its callbacks. One object
-/// reads the input of one storage. The text of each replay is a document of its own, but an element
-/// of a later one can change the last message of an earlier one.
+/// reads the input of one storage. The text of each replay is a document of its own. Nevertheless
+/// an element of a later one can change the last message of an earlier one.
 class log_oracle_t
 {
 public:
