@@ -1,4 +1,4 @@
-# Each program prints what its source says.
+# Each program must print the output that its source documents.
 function(velmoext1_example_test name expected)
   add_test(NAME example.${name} COMMAND ${ARGN})
   set_tests_properties(example.${name} PROPERTIES

@@ -33,7 +33,7 @@ const std::string catalog =
     po_of({{"the title's id", "Title of {a} and {b}"},
            {"t", "{n, plural, one {# file} other {# files}} of {a}, named {b}, in {n, number}"}});
 
-// What is read anew for each attempt; made once.
+// The files that each attempt reads again. Created once.
 class files_t
 {
 public:
@@ -41,15 +41,15 @@ public:
     {
         m_folder.write("src.xml", configuration);
         m_catalogs.make("en", utf16_to_utf8(catalog_name), catalog);
-        // The host's own catalogs are made by this, and so go after these.
+        // Creates the host's static catalogs, so that they are destroyed after these.
         begin();
     }
 
     boost::shared_ptr<config_reader_t> begin() const
     {
         m_catalogs.bind(L"en");
-        // The standard library forgets a facet that it has no memory to install, so the file is
-        // read with all there is; its messages are made when they are asked for.
+        // On allocation failure the standard library forgets a facet that it is to install. So the
+        // file is read with enough memory; its messages are created when they are asked for.
         setbook2::getMessageCatalog(catalog_name);
         const auto reader = config_reader_t::get();
         reader->set_cfg_dir(basekit2::path_t(m_folder.wide_name(".")));
@@ -84,7 +84,8 @@ message_ptr make_source_message()
 
 // ---- the operations, each ready to run
 
-// One that gave nothing without memory is asked again: it must not have kept that.
+// If the first call gave nothing because memory ran out, a second one must succeed: the failure
+// must not be kept.
 template <typename Ask>
 attempt_t ask_twice(const Ask& ask)
 {
@@ -126,8 +127,8 @@ const std::vector<operation_t> operations = {
      {memory_t::cxx, memory_t::libxml2, memory_t::icu},
      get(&extended_message_t::get_title),
      "Title of the first one, of some length and the other"},
-    // ICU does not bear to lack memory where it formats numbers: it crashes, or takes other rules
-    // without a word.
+    // No failing allocations in ICU: if it runs out of memory in number formatting, it crashes or
+    // silently uses other rules.
     {"get_text",
      {memory_t::cxx},
      get(&extended_message_t::get_text),

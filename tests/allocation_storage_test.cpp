@@ -62,7 +62,7 @@ private:
     scratch_folder_t m_folder;
 };
 
-// Keeps what it gets in memory that it already has.
+// Keeps the messages in memory that it has allocated before.
 class delivered_t : public base_handler_t
 {
 public:
@@ -81,7 +81,7 @@ private:
     messages_t m_messages;
 };
 
-// ---- recording: what libxml2 has no memory for is missing, and nobody is told
+// ---- recording: on allocation failure in libxml2, data is missing without an error
 
 bool is_part_of(const texts_t& part, const texts_t& whole)
 {
@@ -123,7 +123,7 @@ messages_t record_undisturbed(const message_ptr& message)
     return log.messages();
 }
 
-// The message stands between two others, which nothing may happen to.
+// The message is between two others, which must stay unchanged.
 std::string judge_recorded(const messages_t& messages, const messages_t& right,
                            on_failure_t failure)
 {
@@ -138,7 +138,7 @@ std::string judge_recorded(const messages_t& messages, const messages_t& right,
     return is_missing || is_cut || is_lost ? "" : "damaged: " + all;
 }
 
-// Where libxml2 cannot hold a text that is longer than its buffer, it gives up all that is in it.
+// If a text exceeds libxml2's buffer and the buffer cannot grow, libxml2 drops all that is in it.
 std::function<attempt_t()> record(const std::wstring& text, on_failure_t failure)
 {
     const auto right = std::make_shared<messages_t>();
@@ -159,7 +159,7 @@ std::function<attempt_t()> record(const std::wstring& text, on_failure_t failure
     };
 }
 
-// ---- starting: what the log held is in the log, or still in the copy
+// ---- starting: the old messages are in the log, or still in the copy
 
 const std::string old_log =
     "<log><msg source='a long source that is allocated'><arg name='n'>x y</arg>"
@@ -208,7 +208,7 @@ std::function<attempt_t()> start(const std::string& leaf, on_failure_t failure)
     };
 }
 
-// ---- replay: all is delivered, or it is not said so; what is delivered is right
+// ---- replay: success only if all is delivered; each delivered message is right
 
 attempt_t replay()
 {

@@ -81,7 +81,7 @@ attempt_t push_handler()
             }};
 }
 
-// A message holds either its former fields or the new ones.
+// A message has either its former fields or the new ones.
 message_ptr make_full_message(const std::wstring& word, int number)
 {
     texts_t texts;
@@ -193,7 +193,7 @@ const std::vector<operation_t> others = {
          "&lt;</e>\n <type></type>\n <severity>WARNING</severity>\n</msg>\n"},
 };
 
-// White space makes a document a long one, which is read in another way.
+// With white space appended the document is long, and is read in another way.
 std::vector<operation_t> make_operations()
 {
     std::vector<operation_t> operations = others;

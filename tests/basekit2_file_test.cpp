@@ -1,5 +1,5 @@
-// Every failure, short write and interruption is had at every instant, and either way of copying on
-// every file system.
+// Injects every failure, short write and interruption at every instant, and tests both ways of
+// copying on every file system.
 
 #include "process_support.h"
 #include "run_threads.h"
@@ -52,7 +52,7 @@ std::wstring wide(const std::string& text)
     return ROVA_2_18::strings::utf8_to_utf16(text);
 }
 
-/// Bytes of which no two pieces are the same.
+/// Returns bytes without repetition, so that no two chunks are equal.
 std::string content_of(std::size_t size)
 {
     std::string content(size, '\0');
@@ -85,7 +85,7 @@ private:
     std::string m_former;
 };
 
-/// The system kills this process so much later, whatever it does then.
+/// Has the system kill this process after that time, whatever it does then.
 bool kill_this_process_after(std::chrono::nanoseconds time)
 {
     sigevent event = {};
@@ -98,7 +98,7 @@ bool kill_this_process_after(std::chrono::nanoseconds time)
            timer_settime(timer, 0, &setting, nullptr) == 0;
 }
 
-/// A scratch folder, and verbs on the names in it.
+/// A scratch folder, and operations on the names in it.
 class basekit2_file_test : public testing::Test
 {
 protected:
@@ -133,7 +133,7 @@ protected:
         return copy_file(path(from), path(to));
     }
 
-    /// One of each kind that is neither a regular file nor missing.
+    /// Creates one file of each kind that is neither a regular file nor missing.
     void make_odd_files() const
     {
         std::filesystem::create_directory(at("directory"));
@@ -157,7 +157,7 @@ private:
     const scratch_folder_t m_folder;
 };
 
-/// How a system does without unnamed files or hard links: which calls fail, and with what.
+/// A system without unnamed files or hard links: the calls that fail, and their errors.
 struct way_t
 {
     std::string name;
@@ -177,7 +177,7 @@ const way_t without_links = {"without_hard_links", {{"open unnamed", EOPNOTSUPP}
 const way_t with_simple_renaming = {
     "with_simple_renaming", {{"open unnamed", EOPNOTSUPP}, {"link", EPERM}, {"renameat2", EINVAL}}};
 
-/// What holds for every way in which a copy can be made.
+/// Tests that apply to every way of copying.
 class basekit2_file_ways_test : public basekit2_file_test, public testing::WithParamInterface<way_t>
 {
 protected:
@@ -193,7 +193,7 @@ protected:
         });
         return basekit2_file_test::copy(from, to);
     }
-    /// Whole or not at all.
+    /// Expects a whole copy or none.
     void expect_no_partial_copy(const std::string& content, const std::string& to) const
     {
         if (std::filesystem::exists(std::filesystem::symlink_status(at(to)))) {
@@ -203,7 +203,7 @@ protected:
     }
 };
 
-/// Those in which the destination is made in one step.
+/// The ways in which the destination is created in one step.
 class basekit2_file_one_step_test : public basekit2_file_ways_test
 {};
 

@@ -37,7 +37,7 @@ struct name_row
     std::string bytes;
 };
 
-/// The process's locale is "C" for as long as it lives.
+/// Sets the process's locale to "C" while in scope.
 class c_locale
 {
 public:
@@ -55,7 +55,7 @@ const name_row names[] = {
     {L"with space \\ and : signs"s, "with space \\ and : signs"s},
     {L"\xE4\xDF\x20AC"s, "\xC3\xA4\xC3\x9F\xE2\x82\xAC"s},
     {L"\x6F22\x5B57"s, "\xE6\xBC\xA2\xE5\xAD\x97"s},
-    // Beyond the BMP, as a pair and as one native element; what is no character.
+    // Beyond the BMP, as a pair and as one native element; then values that are not characters.
     {L"pair \xD83D\xDE00"s, "pair \xF0\x9F\x98\x80"s},
     {L"native \x1F600"s, "native \xF0\x9F\x98\x80"s},
     {L"half \xD83D"s, "half \xEF\xBF\xBD"s},

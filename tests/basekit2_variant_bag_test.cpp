@@ -59,7 +59,7 @@ private:
     assert_handler_t m_former;
 };
 
-/// Each value as name=[text], each bag as name(what is in it), in the order of the walks.
+/// Returns each value as name=[text] and each bag as name(content), in the order of the walks.
 std::string written(const variant_bag_t& bag)
 {
     std::string text;
@@ -111,8 +111,8 @@ std::string three_letters(std::size_t number)
     return {letter(number / 676), letter(number / 26), letter(number)};
 }
 
-/// One tag of nearly 16 MiB: as many names as a file may have, and then the last of them again and
-/// again.
+/// Returns one tag of nearly 16 MiB: as many names as a file may have, then the last one
+/// repeatedly.
 std::string tag_with_repeats()
 {
     const std::size_t names = 16000;
@@ -132,7 +132,7 @@ std::string named_elements(std::size_t count)
     return text;
 }
 
-/// In 16 bits each, the low byte first, behind a mark of that.
+/// Returns the text in UTF-16LE, after a byte order mark.
 std::string utf16(const std::wstring& text)
 {
     std::string bytes = "\xFF\xFE";
@@ -146,7 +146,7 @@ std::string utf16(const std::wstring& text)
 class basekit2_variant_bag_test : public testing::Test
 {
 protected:
-    /// What the file gives, or "failed".
+    /// Returns the content of the file, or "failed".
     std::string load_bytes(const std::string& bytes, const wchar_t* root = nullptr) const
     {
         m_folder.write("file.xml", bytes);
@@ -178,7 +178,7 @@ protected:
     scratch_folder_t m_folder;
 };
 
-/// Whatever is written to the process's two outputs meanwhile.
+/// Returns all that the action writes to the process's two outputs.
 template <typename Action>
 std::string printed_by(const Action& action)
 {
@@ -208,7 +208,7 @@ void count_error(void* /*context*/, xml_error_t* /*error*/)
     ++foreign_calls;
 }
 
-/// Handlers of the test's own, as a host may have set them on its thread.
+/// The test's own handlers, as a host may have set them on its thread.
 class with_foreign_handlers
 {
 public:
@@ -688,7 +688,7 @@ TEST_F(basekit2_variant_bag_test, a_file_of_errors_is_refused)
     EXPECT_EQ(load_bytes("<bag>" + repeated("&u;", 1000000) + "</bag>"), "failed");
 }
 
-// libxml2 looks at the text once more behind this error.
+// libxml2 scans the text once more after this error.
 TEST_F(basekit2_variant_bag_test, an_error_in_a_long_file_is_refused)
 {
     const own_memory_t own_memory;
@@ -698,7 +698,7 @@ TEST_F(basekit2_variant_bag_test, an_error_in_a_long_file_is_refused)
 TEST_F(basekit2_variant_bag_test, a_document_type_declaration_is_refused)
 {
     m_folder.write("other.dtd", "<!ENTITY e 'text'>");
-    const std::string fifo = m_folder.name("fifo"); // to open it would take forever
+    const std::string fifo = m_folder.name("fifo"); // opening it would block forever
     ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
     const std::vector<std::string> types = {
         "<!DOCTYPE r>",

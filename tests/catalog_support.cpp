@@ -22,7 +22,7 @@ std::string quoted(const std::string& text)
     return '"' + quoted_text + '"';
 }
 
-// Whether the program ran to its end and said that all went well.
+// Runs the program. Returns whether it exited with success.
 bool run(std::vector<std::string> words)
 {
     std::vector<char*> arguments;
@@ -55,7 +55,7 @@ catalogs_t::~catalogs_t()
 {
     for (const std::wstring& name : m_names)
         setbook2::registerMessageCatalog(name, nullptr);
-    bind(L"c"); // the directory goes, and what was read of it now
+    bind(L"c"); // the directory is removed later, its catalogs are released now
 }
 
 void catalogs_t::make(const std::string& locale, const std::string& name, const std::string& po,

@@ -10,16 +10,16 @@
 #include <utility>
 #include <vector>
 
-/// Ids and texts, as a `.po` file has them in this order.
+/// Ids and texts, in the order of a `.po` file.
 typedef std::vector<std::pair<std::string, std::string>> po_entries_t;
 
-/// A `.po` file in UTF-8.
+/// Returns a `.po` file in UTF-8.
 std::string po_of(const po_entries_t& entries);
-/// The same with a header of one's own, its lines ended by newlines.
+/// Returns the same with this header. Its lines end with newlines.
 std::string po_of(const std::string& header, const po_entries_t& entries);
 
-/// A directory of message catalogs, and the catalogs that are registered through it. Nothing of it
-/// is found any more when it is gone.
+/// A directory of message catalogs, and the catalogs that are registered through it. After its
+/// destruction none of them is found any more.
 class catalogs_t
 {
 public:
@@ -28,21 +28,21 @@ public:
     catalogs_t(const catalogs_t&) = delete;
     catalogs_t& operator=(const catalogs_t&) = delete;
 
-    /// Makes LOCALE/LC_MESSAGES/NAME.mo of a `.po` text; throws where msgfmt does not.
+    /// Creates LOCALE/LC_MESSAGES/NAME.mo from a `.po` text. Throws if msgfmt fails.
     void make(const std::string& locale, const std::string& name, const std::string& po,
               const std::vector<std::string>& options = {}) const;
 
-    /// The file's bytes as they are, and other bytes in its place.
+    /// Reads the file's bytes unchanged, and replaces them.
     std::string read(const std::string& locale, const std::string& name) const;
     void write(const std::string& locale, const std::string& name, const std::string& bytes) const;
 
-    /// Looks for the files of that locale from now on; those read so far are forgotten.
+    /// Binds the directory with that locale. Catalogs that were read before are forgotten.
     bool bind(const std::wstring& locale) const;
-    /// Puts a catalog under a name until this object goes.
+    /// Registers a catalog under a name until this object is destroyed.
     void add(const std::wstring& name,
              const boost::shared_ptr<const ROVA_2_18::i18n::catalog_t>& catalog);
 
-    /// Where that file is; its directory is made.
+    /// Returns the name of that file. Creates its directory.
     std::string file(const std::string& locale, const std::string& name) const;
     std::wstring directory() const { return m_folder.wide_name("catalogs"); }
 

@@ -11,7 +11,7 @@ using namespace velmoext_1_4_8;
 namespace
 {
 
-// Makes messages of every kind that XML can carry, the same ones in every run.
+// Creates messages of every kind that XML can carry, the same ones in every run.
 class random_messages_t
 {
 public:
@@ -84,7 +84,7 @@ private:
         return made;
     }
 
-    // Not one of the names that mean something in the message itself.
+    // Not one of the names that have a meaning in the message itself.
     std::wstring element_name() { return L"x-" + name(); }
 
     texts_t texts(std::wstring (random_messages_t::*key)(), unsigned most)

@@ -22,7 +22,7 @@ std::vector<unsigned> interesting_characters()
 {
     std::vector<unsigned> characters;
     for (unsigned c = 1; c < 0x400; ++c)
-        if (c != ':') // has a test of its own: libxml2 takes the name apart there
+        if (c != ':') // has its own test: libxml2 splits the name there
             characters.push_back(c);
     for (const unsigned bound : {0x1FFFU, 0x200CU, 0x200DU,  0x203FU,  0x2040U,  0x2070U,  0x218FU,
                                  0x2C00U, 0x2FEFU, 0x3001U,  0xD7FFU,  0xE000U,  0xF900U,  0xFDCFU,

@@ -1,5 +1,4 @@
-// A component of a host, as the host loads it: it knows the library, and its host only these
-// functions.
+// A component of a host that loads it. It uses the library; the host uses only these functions.
 
 #include "support.h"
 
@@ -22,7 +21,7 @@ FOR_THE_HOST void begin_to_listen(const wchar_t* id)
     ex->push_handler(handler);
 }
 
-/// Whether it was this component's handler that was on top.
+/// Returns whether the topmost handler was this component's.
 FOR_THE_HOST bool end_to_listen()
 {
     const bool was_own = ex->pop_handler() == handler;
@@ -41,7 +40,7 @@ FOR_THE_HOST void tell(const wchar_t* id, const wchar_t* type)
     deliver(velmo_ex_t::get(id, L""), make_message(type, message_t::info));
 }
 
-/// A number that no other call in the process gets.
+/// Returns a number that no other call in the process gets.
 FOR_THE_HOST int next_number()
 {
     static const std::wstring base = L"component_test.";

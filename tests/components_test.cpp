@@ -1,4 +1,5 @@
-// A host that is not linked with the library loads components that are, each apart from the other.
+// A host that is not linked with the library loads components that are, independently of each
+// other.
 
 #include <gtest/gtest.h>
 

@@ -23,7 +23,7 @@ void keep(const char* expression, const char* /*file*/, int /*line*/, const char
     reports.emplace_back(expression);
 }
 
-/// A file made by hand, entry by entry.
+/// A file that the test builds entry by entry.
 class config_file_test : public testing::Test
 {
 public:

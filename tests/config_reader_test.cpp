@@ -21,7 +21,7 @@ namespace
 
 typedef boost::shared_ptr<config_reader_t> reader_ptr;
 
-/// What one lookup is about; what a case does not name is as most cases have it.
+/// The input of one lookup. The defaults are those of most cases.
 struct question_t
 {
     std::wstring type = L"t";
@@ -78,7 +78,7 @@ std::string entry_of(const std::string& value)
     return "<message_type id='t' p='" + value + "'/>";
 }
 
-/// The process's reader, with a folder of its own set.
+/// The process's reader, with the test's own folder set.
 class config_reader_test : public testing::Test
 {
 protected:
@@ -110,7 +110,7 @@ protected:
     reader_ptr m_reader = config_reader_t::get();
 };
 
-/// Where the product is, as long as this lives.
+/// The product's locations while in scope.
 class locations_t : public setbook2::IProductLocations
 {
 public:
@@ -136,7 +136,7 @@ private:
     std::wstring m_config;
 };
 
-/// The process's working directory, as long as this lives.
+/// The process's working directory while in scope.
 class working_directory_t
 {
 public:
@@ -160,7 +160,7 @@ void expect_nothing_printed(const std::function<void()>& action)
 
 } // namespace
 
-// ---- one reader per process, as long as it is held
+// ---- one reader per process, as long as it has an owner
 
 TEST_F(config_reader_test, all_get_the_same_reader_while_one_is_held)
 {
@@ -709,7 +709,7 @@ std::string bomb()
            "]><bag><message_type id='t'><p>&e11;</p></message_type></bag>";
 }
 
-// Well-formed, of that many bytes.
+// Returns a well-formed file of that many bytes.
 std::string padded_to(std::size_t size)
 {
     const std::string start = "<bag>" + entry_of("a");

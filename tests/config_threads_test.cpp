@@ -1,4 +1,4 @@
-// What the locks promise: components of one process ask for configuration and texts at once.
+// Thread safety: components of one process ask for configuration and texts at once.
 
 #include "run_threads.h"
 #include "scratch_folder.h"
@@ -32,7 +32,7 @@ boost::shared_ptr<velmo_ex_t> make_ex()
     return velmo_ex_t::get(velmo_ex_t::generate_id(L"config_threads_test."), L"p");
 }
 
-/// Asks for the property that holds the source's name.
+/// Expects the property with the source's name.
 void expect_source(config_reader_t& reader, int number)
 {
     const message_ptr message = make_message(L"t");
@@ -40,7 +40,7 @@ void expect_source(config_reader_t& reader, int number)
     EXPECT_EQ(reader.read_property(make_ex(), message, L"name"), source_name(number));
 }
 
-/// Files of a few sources in the directory that the host names, for as long as this lives.
+/// Files of a few sources in the host's directory, while in scope.
 class config_threads_test : public testing::Test, private setbook2::IProductLocations
 {
 public:
@@ -65,7 +65,7 @@ private:
     std::wstring m_directory = m_folder.wide_name(".");
 };
 
-/// Gives the id and the argument "a" back.
+/// Returns the id and the argument "a".
 class echo_catalog_t : public ROVA_2_18::i18n::catalog_t
 {
 public:
@@ -79,7 +79,7 @@ private:
     ROVA_2_18::i18n::message_t m_title{L"title {a}"};
 };
 
-/// A catalog under that name, for as long as this lives.
+/// Registers a catalog under that name while in scope.
 class registration_t
 {
 public:

@@ -28,7 +28,7 @@ refusal_t refusal_of(const std::string& document)
     return look_through_markup(document, parse_t::tree).refusal;
 }
 
-// Looks at a document for as long as text that is linear to it.
+// Limits the time for a long document, to show that it is linear in the size.
 void expect_linear(const std::string& name, const std::string& before, const std::string& repeating,
                    const std::string& after = std::string())
 {

@@ -29,7 +29,7 @@ protected:
         return directory_t::current();
     }
 
-    // The path from another directory.
+    // Returns the path as resolved from another directory.
     std::wstring resolve_from_b(const directory_t& directory, const std::wstring& path) const
     {
         const with_current_directory current(m_folder.name("b"));

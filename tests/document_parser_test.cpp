@@ -17,7 +17,7 @@ using namespace velmoext_1_4_8;
 namespace
 {
 
-// A comment of that many bytes.
+// Returns a comment of that many bytes.
 std::string comment(std::size_t size)
 {
     return "<!--" + std::string(size - 7, 'c') + "-->";
@@ -28,7 +28,7 @@ message_ptr read(const std::string& document)
     return parse_document(document).message;
 }
 
-// As libxml2's text reader finds it. A fault after the message may count or not.
+// Expects the result of libxml2's text reader. A fault after the message may count or not.
 void expect_as_read(const std::string& document)
 {
     const document_oracle_t oracle(ROVA_2_18::strings::utf8_to_utf16(document));
@@ -37,7 +37,7 @@ void expect_as_read(const std::string& document)
         << document.size() << " bytes, " << document.substr(0, 60);
 }
 
-// A document that is too long for the oracle to say so must not be refused.
+// Also expects that a long document is not refused, which the oracle alone would allow.
 void expect_as_read_unrefused(const std::string& document)
 {
     expect_as_read(document);
@@ -228,7 +228,7 @@ TEST(document_parser_test, a_malformed_document_is_not_refused)
         EXPECT_EQ(refusal_of(document), refusal_t::none) << document;
 }
 
-// Anything that is quadratic takes minutes.
+// Quadratic time would be minutes.
 TEST(document_parser_test, the_time_is_linear_in_the_size)
 {
     const std::size_t size = 2000000;

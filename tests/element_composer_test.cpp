@@ -33,7 +33,7 @@ void expect_as_written(const message_t& message)
     ASSERT_EQ(composed_log({message, message}), written_log({message, message}));
 }
 
-// All of the BMP, surrogates included, and some of what a wide character can hold beyond it.
+// All of the BMP, surrogates included, and some values of a wide character beyond it.
 std::vector<unsigned> characters()
 {
     std::vector<unsigned> characters;

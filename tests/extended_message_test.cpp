@@ -17,10 +17,10 @@ namespace
 
 using ROVA_2_18::i18n::catalog_t;
 
-/// What catalogs were asked for, each as "CATALOG:ID".
+/// The ids that catalogs were asked for, each as "CATALOG:ID".
 typedef std::vector<std::wstring> journal_t;
 
-/// Keeps its patterns by their ids, and notes each id that it is asked for.
+/// Finds its patterns by their ids, and records each id that it is asked for.
 class recording_catalog_t : public catalog_t
 {
 public:
@@ -42,7 +42,7 @@ private:
     journal_t* m_journal;
 };
 
-/// Lets a case call what is there for derived classes.
+/// Gives a case access to the members for derived classes.
 class open_message_t : public extended_message_t
 {
 public:
@@ -74,7 +74,7 @@ protected:
 
     void configure_title() const { configure("<message_type id='t' title_msgid='title'/>"); }
 
-    /// message_t::set_source() leaves a source that is there already.
+    /// Replaces the source, since message_t::set_source() keeps a source that is set already.
     void set_source(const std::wstring& source) const
     {
         message_t::message_content_t content = m_message->get_content();
@@ -95,7 +95,7 @@ protected:
             velmo_ex_t::get(velmo_ex_t::generate_id(L"extended_message_test."), prefix), m_message);
     }
 
-    /// What was asked for since the last time.
+    /// Returns the requests since the last call.
     journal_t asked() { return std::exchange(m_journal, {}); }
 
     scratch_folder_t m_folder;
@@ -264,7 +264,7 @@ TEST_F(extended_message_test, attributes_and_elements_are_no_arguments)
     EXPECT_EQ(make().get_text(), L"{a}{e}");
 }
 
-// Of several arguments of one name the first counts, and these two have one name in UTF-8.
+// If several arguments have one name, the first one counts. These two have one name in UTF-8.
 TEST_F(extended_message_test, arguments_are_appended_in_the_order_of_their_names)
 {
     set_args({{units({0xFFFD}), L"later"}, {units({0xD800}), L"first"}});
@@ -327,7 +327,7 @@ TEST_F(extended_message_test, updating_the_text_goes_back_to_the_prefixed_catalo
     EXPECT_EQ(asked(), journal_t({L"p.src:t", L"src:t"}));
 }
 
-// ---- when things are looked up
+// ---- when the texts are read
 
 TEST_F(extended_message_test, construction_and_updates_ask_no_catalog)
 {
@@ -568,7 +568,7 @@ protected:
         m_catalogs.make(locale, "src", po_of({{"title.t", title}, {"t", text}}));
     }
 
-    /// Title and text for that many bytes.
+    /// Returns title and text for that many bytes.
     std::wstring show(const std::wstring& locale, const std::wstring& size) const
     {
         m_catalogs.bind(locale);

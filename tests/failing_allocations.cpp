@@ -16,7 +16,7 @@
 namespace
 {
 
-// What libxml2 gives a structured handler: constant since 2.12.
+// The parameter of a structured handler, constant since libxml2 2.12.
 #if LIBXML_VERSION >= 21200
 typedef const xmlError xml_error_t;
 #else
@@ -47,7 +47,7 @@ bool may_allocate(memory_t memory)
     return false;
 }
 
-// These are what all else is to use instead of C's functions.
+// Replacements of C's functions, for operator new, libxml2 and ICU.
 
 void* allocate(memory_t memory, std::size_t size)
 {
@@ -96,7 +96,7 @@ void icu_free(const void* /*context*/, void* memory)
     release(memory);
 }
 
-// Both libraries take their functions before anything else of them is used.
+// Both libraries require their functions to be set before any other call.
 bool set_up()
 {
     UErrorCode status = U_ZERO_ERROR;
@@ -106,7 +106,7 @@ bool set_up()
 
 const bool is_set_up = set_up();
 
-// What libxml2 knows of this thread, with marks of this test in it.
+// libxml2's state of this thread, with this test's handlers and last error in it.
 class xml_state_t
 {
 public:
@@ -129,7 +129,7 @@ public:
     xml_state_t(const xml_state_t&) = delete;
     xml_state_t& operator=(const xml_state_t&) = delete;
 
-    // Empty where all is as it was.
+    // Returns an empty string if nothing has changed.
     std::string find_change() const
     {
         if (m_has_heard)
@@ -153,7 +153,7 @@ private:
         return {error->code, error->domain, error->line, error->message ? error->message : ""};
     }
 
-    // libxml2's own type asks for a function of C's variable arguments.
+    // The type of libxml2's handler has C's variable arguments.
     // NOLINTNEXTLINE(cert-dcl50-cpp)
     static void hear_text(void* state, const char* /*format*/, ...)
     {
@@ -192,7 +192,7 @@ std::string result_of(const operation_t& operation)
     return attempt.result();
 }
 
-// Whether it came through without std::bad_alloc.
+// Returns whether it ended without std::bad_alloc.
 bool run(const attempt_t& attempt, const allocation_case_t& one, long successes)
 {
     const failing_allocations_t failing(one.memory, one.extent, successes);
@@ -311,17 +311,17 @@ void allocation_test::fail_each_allocation(const allocation_case_t& one)
               << endings[ending_t::right] << " right all the same\n";
 }
 
-// Where libxml2 has no memory to note an element's beginning, or an entity's reference in an
-// attribute, it forgets what it already made: the element's name and note, the reference's name.
-// If it runs out of memory for an input that is read by a function, it forgets the input's buffer.
-// The leak sanitizer asks for its exceptions under this name.
+// On allocation failure libxml2 leaks what it has allocated just before. For an element's beginning
+// that is the element's name and stack entry. For an entity's reference in an attribute it is the
+// reference's name. For an input that a function reads it is the input's buffer.
+// The leak sanitizer looks up its exceptions under this name.
 // NOLINTNEXTLINE(bugprone-reserved-identifier,readability-identifier-naming)
 extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions()
 {
     return "leak:xmlTextWriterStartElement\nleak:xmlStrndup\nleak:xmlAllocParserInputBuffer\n";
 }
 
-// Not inlined: g++ would take malloc() and free() for two halves that do not belong together.
+// Not inlined, since g++ would report malloc() and free() as a mismatched pair.
 __attribute__((noinline)) void* operator new(std::size_t size)
 {
     if (void* const memory = allocate(memory_t::cxx, size == 0 ? 1 : size))

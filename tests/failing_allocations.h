@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-/// Whose allocations fail. A program that is linked with this has all of them counted, each
-/// thread's for itself.
+/// The library whose allocations fail. A program that is linked with this file has all of them
+/// counted, per thread.
 enum class memory_t
 {
     cxx,
@@ -16,23 +16,23 @@ enum class memory_t
     icu
 };
 
-/// How many fail: a single one, or all from that one on.
+/// The number of failures: a single one, or all from that one on.
 enum class extent_t
 {
     one,
     rest
 };
 
-/// What the thread that runs out of memory did before: nothing, so that it keeps nothing yet, or
-/// the same once.
+/// The thread's state before it runs out of memory: it has run nothing, so that it keeps nothing
+/// yet, or it has run the same operation once.
 enum class thread_state_t
 {
     fresh,
     warm
 };
 
-/// Lets allocations of this thread fail as long as it lives, beginning with the one behind so many
-/// successes. One at a time per thread.
+/// Makes allocations of this thread fail while in scope, after that number of successes. At most
+/// one object per thread.
 class failing_allocations_t
 {
 public:
@@ -41,25 +41,25 @@ public:
     failing_allocations_t(const failing_allocations_t&) = delete;
     failing_allocations_t& operator=(const failing_allocations_t&) = delete;
 
-    /// Whether one failed on this thread while the last of these lived.
+    /// Returns whether an allocation failed on this thread while the last of these objects existed.
     static bool has_failed();
 };
 
-/// One go at an operation. What it takes was made beforehand, with all the memory there is.
+/// One attempt at an operation. Its input was created before, with enough memory.
 struct attempt_t
 {
-    /// The operation and nothing else.
+    /// Runs the operation only.
     std::function<void()> run;
-    /// What came of it, asked once when there is memory again: empty for a refusal.
+    /// Returns the outcome, empty for a refusal. Called once, when there is enough memory again.
     std::function<std::string()> result;
 };
 
 struct operation_t
 {
     std::string name;
-    std::vector<memory_t> memories; ///< which it asks for memory
+    std::vector<memory_t> memories; ///< those that it allocates from
     std::function<attempt_t()> prepare;
-    std::string right; ///< the result where there is memory
+    std::string right; ///< the result with enough memory
 };
 
 struct allocation_case_t
@@ -74,10 +74,11 @@ std::vector<allocation_case_t> cases_of(const std::vector<operation_t>& operatio
 std::string name_of_case(const testing::TestParamInfo<allocation_case_t>& info);
 std::ostream& operator<<(std::ostream& out, const allocation_case_t& one);
 
-/// Lets the operation's first allocation fail, then the second, and so on, until it needs no more.
-/// Each time it must throw std::bad_alloc, or have a result that is empty or right; must leave
-/// libxml2's state of the thread as it was and tell its handlers nothing; and must then give the
-/// right result on this thread and on another one. Prints how the attempts ended.
+/// Makes the operation's first allocation fail, then the second, and so on, until it needs no more.
+/// Prints how the attempts ended. Each attempt must
+/// - throw std::bad_alloc, or have a result that is empty or right;
+/// - leave libxml2's state of the thread unchanged, and not call its handlers;
+/// - allow the right result afterwards, on this thread and on another one.
 class allocation_test : public testing::TestWithParam<allocation_case_t>
 {
 protected:

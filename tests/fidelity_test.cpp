@@ -1,4 +1,4 @@
-// What survives of a message over the channel and through a log, as docs/fidelity.md documents it.
+// Which parts of a message survive the channel and a log, as docs/fidelity.md documents it.
 
 #include "message_text.h"
 #include "storage_support.h"
@@ -95,7 +95,7 @@ struct row_t
     std::string carried;
 };
 
-// Names the row where a test fails.
+// Prints the row's name if a test fails.
 void PrintTo(const row_t& row, std::ostream* stream) // NOLINT(readability-identifier-naming)
 {
     *stream << text_of(*row.message);
@@ -186,7 +186,7 @@ message_ptr with_element_alone(const std::wstring& name, const std::wstring& tex
     return message;
 }
 
-// The line of a message of the type "t" with these further parts.
+// Returns the line of a message of the type "t" with these further parts.
 std::string t(const std::string& parts = "")
 {
     return R"(type "t"; severity none; )" + parts;
@@ -415,7 +415,7 @@ INSTANTIATE_TEST_SUITE_P(elements, fidelity_table_test, testing::ValuesIn(elemen
 INSTANTIATE_TEST_SUITE_P(prefixed_names, fidelity_table_test, testing::ValuesIn(prefixed_names),
                          name_of_row);
 
-// ---- what the table does not show
+// ---- facts that are not in the table
 
 TEST_F(fidelity_test, flags_never_survive)
 {

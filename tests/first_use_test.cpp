@@ -1,4 +1,4 @@
-// A thread that uses the library for the first time, and has no memory at all: libxml2 and the C
+// A thread uses the library for the first time while no memory can be allocated: libxml2 and the C
 // library would end the process.
 
 #include "process_support.h"
@@ -10,7 +10,7 @@
 #include <new>
 #include <thread>
 
-// The C library's own, under the names that it gives them.
+// The C library's own functions, under its names for them.
 extern "C" {
 void* __libc_malloc(std::size_t size);                    // NOLINT(readability-identifier-naming)
 void* __libc_calloc(std::size_t count, std::size_t size); // NOLINT(readability-identifier-naming)
@@ -61,8 +61,8 @@ enum outcome_t
     threw
 };
 
-// How the process ends in which the operation runs on a new thread without memory, after what is to
-// be done before.
+// Returns the exit status of a process that runs `before`, then the operation on a new thread
+// without memory.
 int status_without_memory(
     const std::function<void()>& operation, const std::function<void()>& before = [] {})
 {

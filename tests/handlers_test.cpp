@@ -19,7 +19,7 @@ class handlers_test : public testing::Test
 protected:
     handlers_test() { m_ex->push_handler(m_bottom); }
 
-    // How many messages have come to the bottom.
+    // Returns the number of messages that reached the bottom.
     std::size_t passed_on() const { return m_bottom->messages().size(); }
 
     const boost::shared_ptr<velmo_ex_t> m_ex =

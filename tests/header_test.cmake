@@ -1,4 +1,4 @@
-# Every header that is installed compiles alone, and twice.
+# Every installed header must compile alone, and twice.
 set(header_roots ${PROJECT_SOURCE_DIR}/include)
 set(headers
   velmoext1/base_handler.h

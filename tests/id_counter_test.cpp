@@ -9,8 +9,8 @@ using namespace velmoext_1_4_8;
 namespace
 {
 
-// The counter needs years of calls to reach its end, so it is put there. An explicit instantiation
-// may name a private member; that is how this test gets at it.
+// Returns the counter, so that the test can set it: reaching its end would take years of calls. An
+// explicit instantiation may name a private member, which gives access to the counter.
 std::int32_t& id_counter();
 
 template <std::int32_t* Counter>

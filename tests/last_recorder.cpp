@@ -1,5 +1,5 @@
-// Records a message while the process or a thread ends, from the destructor of an object that the
-// first argument names; the second one is the log.
+// Records a message while the process or a thread ends, from the destructor of an object. The first
+// argument selects the object; the second one is the log.
 
 #include "support.h"
 
@@ -26,7 +26,7 @@ message_ptr make_recorded(const std::wstring& type)
     return message;
 }
 
-// Ends the process at once if the serializer does not give the message back.
+// Ends the process at once if the serializer does not return an equal message.
 void require_round_trip(const message_ptr& message)
 {
     const message_ptr read = string_message_serializer_t::xml_string_to_message(
@@ -83,8 +83,8 @@ void use_library(const boost::shared_ptr<messages_storage_t>& storage)
     storage->on_message(boost::shared_ptr<velmo_ex_t>(), message);
 }
 
-// An object that exists before the library is used on this thread is destroyed after everything
-// that the library keeps for the thread.
+// An object that is created before the library is used on this thread is destroyed after all that
+// the library keeps for the thread.
 void record_before_and_after(last_recorder_t& (*recorder)(), bool is_created_first,
                              const boost::shared_ptr<messages_storage_t>& storage)
 {

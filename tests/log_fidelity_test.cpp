@@ -1,8 +1,8 @@
-// Logs as libxml2's breaking of text makes them read. Each file of the folder LOGS comes with
-// - NAME.expected: the messages that its replay delivers; one that elements behind it have changed
-//   after its delivery is followed by what it became;
-// - NAME.carried, where that differs: the same after a recording has carried the log over.
-// Lines that begin with '#' say why.
+// Logs, read with libxml2's breaks in their text. Each file of the folder LOGS comes with
+// - NAME.expected: the messages that its replay delivers. If later elements have changed a message
+//   after its delivery, the changed message follows it.
+// - NAME.carried, if it differs: the same after a recording has carried the log over.
+// Lines that begin with '#' are the reasons.
 
 #include "message_text.h"
 #include "storage_support.h"
@@ -55,7 +55,7 @@ std::string read_messages(const std::string& leaf)
     return messages;
 }
 
-// Writes down each message when it is delivered, and keeps it.
+// Prints each message when it is delivered, and keeps it.
 class writing_handler_t : public base_handler_t
 {
 public:

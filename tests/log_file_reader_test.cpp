@@ -36,7 +36,7 @@ protected:
             [this](const message_ptr& message) { m_types += message->get_type() + L";"; });
     }
 
-    // The types of the messages that a new reader finds.
+    // Returns the types of the messages that a new reader finds.
     std::wstring types_in(const std::string& log)
     {
         m_folder.write("log.xml", log);
@@ -246,7 +246,7 @@ TEST_F(log_file_reader_test, a_byte_that_the_encoding_does_not_have_prints_nothi
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
-// Each would take libxml2 minutes.
+// With libxml2 alone each of them would take minutes.
 TEST_F(log_file_reader_test, what_is_quadratic_ends_the_delivery_at_once)
 {
     const std::string names = numbered("<n", 400000, "/>");
@@ -265,7 +265,7 @@ TEST_F(log_file_reader_test, what_is_quadratic_ends_the_delivery_at_once)
     EXPECT_LT(usage.seconds(), 60);
 }
 
-// Anything that is quadratic takes minutes.
+// Quadratic time would be minutes.
 TEST_F(log_file_reader_test, the_time_is_linear_in_the_size)
 {
     const std::size_t size = 1000000;

@@ -11,7 +11,7 @@ using namespace velmoext_1_4_8;
 namespace
 {
 
-// More bytes at once than libxml2's writer hands over, and than are compared at once.
+// More bytes at once than libxml2's writer passes on, and than are compared at once.
 class log_output_test : public testing::Test
 {
 protected:

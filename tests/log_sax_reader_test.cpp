@@ -26,7 +26,7 @@ protected:
         });
     }
 
-    // The message that the elements, inside a "msg" of a "log", give.
+    // Returns the message that the elements give inside a "msg" of a "log".
     message_t::message_content_t read(const std::string& elements)
     {
         const std::size_t before = m_messages.size();
@@ -48,10 +48,10 @@ protected:
 
     log_sax_reader m_reader;
     std::vector<message_ptr> m_messages;
-    std::wstring m_types; ///< of the messages as they were delivered, each with a semicolon
+    std::wstring m_types; ///< of the messages at their delivery, each with a semicolon
 };
 
-// What takes the square of a log takes minutes here.
+// An operation that is quadratic in the size of a log would take minutes here.
 class log_sax_reader_cost_test : public log_sax_reader_test
 {
 protected:
@@ -188,7 +188,7 @@ TEST_F(log_sax_reader_test, a_text_that_only_begins_like_a_severity_is_none)
     }
 }
 
-// ---- text that arrives in pieces
+// ---- text that arrives in chunks
 
 TEST_F(log_sax_reader_test, an_entity_in_an_argument_stays_as_it_is_written)
 {
@@ -324,7 +324,7 @@ TEST_F(log_sax_reader_test, damage_ends_the_delivery)
     EXPECT_EQ(m_types, L"a;");
 }
 
-// libxml2 looks at the text once more behind this fault.
+// libxml2 scans the text once more after this fault.
 TEST_F(log_sax_reader_test, damage_in_a_long_log_ends_the_delivery)
 {
     const own_memory_t own_memory;

@@ -22,7 +22,7 @@ using namespace velmoext_1_4_8;
 namespace
 {
 
-// Own messages, others, and all that can be between them.
+// Messages in the written form, others, and all that can be between them.
 const std::string rich_log =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!-- c --><?p?>\n<log>\n"
     " <msg a=\"b\">\n  <arg name=\"n\">x</arg>\n  <type>one</type>\n </msg>\n"
@@ -33,7 +33,7 @@ const std::string rich_log =
     " <msg>\n  <type>three</type>\n  <severity>ERROR</severity>\n </msg>\n"
     "<arg>later</arg><?p </log>?></log>\n<!-- d -->\n<?q?>\n";
 
-// A walk over one log, as more and more of it becomes known.
+// A walk over one log whose text becomes available gradually.
 class walk_t
 {
 public:
@@ -46,7 +46,7 @@ public:
         });
     }
 
-    // Has stable lines handed over as such.
+    // Collects stable lines unchanged, and other messages as they are written.
     walk_t& with_lines()
     {
         m_reader.set_callback([this](const message_ptr& message) {
@@ -58,7 +58,7 @@ public:
         return *this;
     }
 
-    // Ends with the whole log, unless nothing after an earlier end counts.
+    // Walks in parts that end at these offsets, and then to the end of the log.
     walk_t& through(std::vector<std::size_t> ends)
     {
         log_walker_t::lines_callback_t take_lines;
@@ -87,7 +87,7 @@ public:
         return through(ends);
     }
 
-    // At their delivery, and in the end.
+    // Returns the fields of the messages at their delivery, and in the end.
     std::string fields() const
     {
         std::string all = m_fields + "afterwards\n";
@@ -96,7 +96,7 @@ public:
         return all;
     }
 
-    // The log that is written from what was handed over.
+    // Returns the log that is written from the messages and lines.
     std::string written() const
     {
         const std::string begin = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
@@ -126,7 +126,7 @@ std::vector<std::size_t> random_ends(random_source_t& random, const std::string&
     return ends;
 }
 
-// One parse of the whole log.
+// Returns the result of one parse of the whole log.
 std::string parsed(const std::string& log)
 {
     return text_of(log_oracle_t().read(log));
@@ -328,7 +328,7 @@ TEST(log_walker_test, a_fault_is_found_in_what_is_long)
         }
 }
 
-// Later events change a message that was delivered, which a handler can have kept.
+// Later events change a message that was delivered, which a handler may have kept.
 TEST(log_walker_test, the_text_before_a_fault_counts_up_to_the_next_tag)
 {
     for (const char* const fault : {"&u;", "\x01", "&#0;", "]]>"})
@@ -407,7 +407,7 @@ TEST(log_walker_test, an_unknown_encoding_is_refused)
     EXPECT_EQ(walk.refusal(), refusal_t::encoding);
 }
 
-// To parse the root again for each element would take a minute.
+// Parsing the root again for each element would take a minute.
 TEST(log_walker_test, many_attributes_of_the_root_cost_nothing_for_the_elements)
 {
     const usage_t usage;

@@ -45,7 +45,7 @@ xml_writer_t make_failing_writer()
     return xml_writer_t(xmlNewTextWriter(buffer));
 }
 
-// Each line without its indentation and end.
+// Returns each line without its indentation and end.
 std::string write(const message_ptr& message)
 {
     memory_writer_t writer;
@@ -134,7 +134,7 @@ TEST(message_element_test, a_missing_writer_is_reported)
 
 TEST(message_element_test, a_writer_that_refuses_the_element_is_reported)
 {
-    // What does not fit into libxml2's buffer meets the refusal.
+    // A text that exceeds libxml2's buffer is written at once, which fails.
     const auto message = make_message(std::wstring(100000, L'x'));
     EXPECT_FALSE(write_message_element(message, make_failing_writer().get()));
 }

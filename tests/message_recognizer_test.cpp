@@ -25,7 +25,7 @@ namespace
 
 const std::string declaration = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
 
-// The message that a parse of a log with this element alone delivers.
+// Returns the message that a parse of a log with only this element delivers.
 message_ptr parse_in_log(const std::string& element)
 {
     message_ptr delivered;
@@ -56,7 +56,8 @@ void expect_equal_to_parse(const std::string& document)
     ASSERT_EQ(fields_of(recognized), fields_of(parsed)) << document;
 }
 
-// A message without type and severity is not delivered.
+// If the message is recognized, expects the one that the parse delivers. The parse does not deliver
+// a message without type and severity.
 void expect_equal_to_parse_in_log(const std::string& text)
 {
     std::size_t size = 0;
@@ -75,8 +76,7 @@ std::string composed_element(const message_t& message)
     return std::string(element.begin(), element.end());
 }
 
-// Leaves out the keys that libxml2 splits or takes for declarations, and the names of other
-// children.
+// Drops the keys that libxml2 splits or takes for declarations, and the names of other children.
 message_t with_simple_keys(const message_t& message)
 {
     static const std::set<std::wstring> others = {L"xmlns", L"arg", L"type", L"severity"};
@@ -91,7 +91,7 @@ message_t with_simple_keys(const message_t& message)
     return simple;
 }
 
-// What is not of the written form, and is said to be so.
+// A text that is not in the written form, and must be reported as such.
 struct deviation_t
 {
     const char* name;
@@ -124,7 +124,7 @@ typedef testing::TestWithParam<deviation_t> recognizer_log_deviation_test;
 
 } // namespace
 
-// Anything that is quadratic takes a minute.
+// Quadratic time would be a minute.
 TEST(message_recognizer_test, very_many_references_take_linear_time)
 {
     const std::string text = repeated("a&amp;", 150000);

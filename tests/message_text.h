@@ -8,7 +8,7 @@
 namespace velmoext_1_4_8
 {
 
-/// One element of a wide string, so that a line of text shows it beyond doubt.
+/// Returns one element of a wide string in a form that a line of text shows without ambiguity.
 inline std::string escaped(wchar_t unit)
 {
     switch (unit) {
@@ -48,7 +48,7 @@ inline std::string severity_name(message_t::severity_t severity)
                : std::to_string(static_cast<int>(severity));
 }
 
-/// What a message says, each part as a line that begins with `before` and ends with `behind`.
+/// Returns the parts of a message, each as a line that begins with `before` and ends with `behind`.
 inline std::string message_text(const message_t& message, const std::string& before,
                                 const std::string& behind)
 {

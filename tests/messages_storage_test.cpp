@@ -148,7 +148,7 @@ TEST_F(messages_storage_test, only_flagged_messages_are_written)
 
 TEST_F(messages_storage_test, carried_over_messages_need_no_flag)
 {
-    record_all(L"a"); // its flags do not stand in the log
+    record_all(L"a"); // its flags are not in the log
     record_all(L"");
     EXPECT_EQ(types_in(), L"a;");
 }
@@ -165,7 +165,7 @@ TEST_F(messages_storage_test, no_message_is_consumed)
     EXPECT_FALSE(storage->on_message(ex, boost::make_shared<progress_message_t>()));
 }
 
-// In a child, so that a call that never returns is ended.
+// In a child process, so that a call that never returns is ended.
 TEST_F(messages_storage_test, an_argument_that_nobody_else_owns_may_call_the_storage_as_it_ends)
 {
     record_all(L"a");
@@ -272,7 +272,7 @@ TEST_F(messages_storage_test, what_is_no_log_is_replaced)
     EXPECT_EQ(log(), log_of(message_of("a")));
 }
 
-// ---- who may record
+// ---- permission to record
 
 TEST_F(messages_storage_test, a_storage_of_another_spelling_cannot_record_at_the_same_time)
 {
@@ -373,7 +373,7 @@ TEST_F(messages_storage_test, a_fifo_that_somebody_reads_is_refused_too)
     close(reader);
 }
 
-// The holder of a lease gives it up when it hears that somebody opens the file.
+// The owner of a lease releases it when the system signals that another process opens the file.
 TEST_F(messages_storage_test, a_log_with_a_lease_is_waited_for)
 {
     record_all(L"a");
@@ -700,7 +700,7 @@ TEST_F(messages_storage_test, a_log_in_another_encoding_is_replayed_and_carried_
 
 TEST_F(messages_storage_test, a_log_that_begins_in_ebcdic_is_read_in_it)
 {
-    // <log><msg><type>a</type></msg></log>, behind a declaration without an encoding.
+    // <log><msg><type>a</type></msg></log>, after a declaration without an encoding.
     m_folder.write(
         "log.xml",
         "\x4C\x6F\xA7\x94\x93\x40\xA5\x85\x99\xA2\x89\x96\x95\x7E\x7D\xF1\x4B\xF0\x7D\x6F"

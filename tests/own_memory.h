@@ -2,8 +2,8 @@
 
 #include <malloc.h>
 
-/// As long as it lives, what is longer than 64 KiB gets memory of its own, which is gone as soon as
-/// it is given back: whoever looks there once more ends the process.
+/// While in scope, each allocation of more than 64 KiB gets its own memory mapping. It is unmapped
+/// when it is freed, so that a later access ends the process.
 class own_memory_t
 {
 public:

@@ -1,5 +1,6 @@
-// What a message looks like is read from files: the system may refuse them, interrupt, or give less
-// than it was asked for. A message is then shown without them, and they are found the next time.
+// The title and text of a message are read from files. The system may refuse to open them,
+// interrupt a call, or read less than requested. The message is then shown without them, and the
+// next attempt finds them.
 
 #include "catalog_support.h"
 #include "process_support.h"
@@ -30,7 +31,7 @@ protected:
         renew_reader();
     }
 
-    // Nothing is known of the configuration any more, nor of the catalogs.
+    // Drops the configuration and the catalogs that were read.
     void renew_reader()
     {
         m_reader.reset();
@@ -39,7 +40,7 @@ protected:
         m_catalogs.bind(L"en");
     }
 
-    // Title and text, as a component shows them.
+    // Returns title and text, as a component shows them.
     static std::wstring shown()
     {
         const auto ex =

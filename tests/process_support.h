@@ -32,7 +32,7 @@ private:
     std::filesystem::path m_former;
 };
 
-/// Lets a process wait until another one has come so far.
+/// Blocks a process until another one has reached this point.
 class signal_t
 {
 public:
@@ -56,7 +56,8 @@ private:
     std::array<int, 2> m_ends = {-1, -1};
 };
 
-/// Answers how the child ended, in which the action ran and gave the exit code.
+/// Runs the action in a child process, which exits with the code that it returns. Returns the
+/// child's status.
 template <typename Action>
 int status_of_child(const Action& action)
 {

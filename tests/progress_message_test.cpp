@@ -25,7 +25,7 @@ struct report_t
     std::string function;
 };
 
-// Collects assertions as long as it lives.
+// Collects assertions while in scope.
 class assertions_t
 {
 public:

@@ -13,11 +13,11 @@ using namespace velmoext_1_4_8;
 namespace
 {
 
-// Scratch folders in memory, unless the environment names a place: a disk is slow.
+// Uses scratch folders in memory unless the environment sets a directory, since a disk is slow.
 [[maybe_unused]] const bool is_in_memory =
     setenv("TMPDIR", "/dev/shm", 0) == 0; // NOLINT(concurrency-mt-unsafe)
 
-// Keeps each message, and what it said when it was delivered.
+// Keeps each message, and its fields at delivery.
 class delivery_handler_t : public base_handler_t
 {
 public:
@@ -56,7 +56,7 @@ protected:
         return m_handler->take();
     }
 
-    // Replays the log part by part, each as soon as it is in the file.
+    // Replays the log part by part, each part right after it is written.
     void expect_replay(const std::vector<std::string>& parts) const
     {
         log_oracle_t oracle;

@@ -15,7 +15,7 @@ using namespace velmoext_1_4_8;
 namespace
 {
 
-// Scratch folders in memory, unless the environment names a place: a disk is slow.
+// Uses scratch folders in memory unless the environment sets a directory, since a disk is slow.
 [[maybe_unused]] const bool is_in_memory =
     setenv("TMPDIR", "/dev/shm", 0) == 0; // NOLINT(concurrency-mt-unsafe)
 

@@ -22,7 +22,7 @@ protected:
             make_content({{L"tool", L"audit"}}, {{L"path", L"/a"}, {L"size", L"4096"}}));
     }
 
-    // Makes catalogs in English, with these texts.
+    // Creates catalogs in English with these texts.
     void make_catalog(const po_entries_t& entries)
     {
         m_catalogs.make("en", "audit", po_of(entries));
@@ -47,7 +47,7 @@ TEST_F(readable_text_test, a_text_of_a_catalog_is_shown)
 
 TEST_F(readable_text_test, a_title_precedes_the_text)
 {
-    // No title is configured, so that of the empty id is taken: a registered catalog has one.
+    // No title is configured, so the text of the empty id is used: a registered catalog has one.
     struct catalog_t : ROVA_2_18::i18n::catalog_t
     {
         ROVA_2_18::i18n::message_t message(const std::wstring& id) const override

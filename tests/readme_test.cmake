@@ -1,4 +1,4 @@
-# The README's program is that of examples/report.cpp, which is built and run.
+# The README's program must equal examples/report.cpp, which is built and run.
 set(readme ${PROJECT_SOURCE_DIR}/README.md)
 set(program ${PROJECT_SOURCE_DIR}/examples/report.cpp)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${readme} ${program})

@@ -23,7 +23,7 @@ namespace velmoext_1_4_8
 
 /// Types of messages, oldest first. No two messages of a test have the same type.
 typedef std::vector<std::string> types_t;
-/// Contents of a file that is possibly not there.
+/// Contents of a file, if it exists.
 typedef std::optional<std::string> bytes_t;
 
 /// Returns the types of the complete messages in a log.
@@ -87,8 +87,8 @@ inline void record_types(const storage_ptr& storage, const types_t& types)
     }
 }
 
-/// Kills this process before a file system call, the first one being 0. Optionally without hard
-/// links until then.
+/// Kills this process before the file system call with this number, counted from 0. If `has_links`
+/// is false, hard links fail until then.
 class with_kill
 {
 public:
@@ -161,7 +161,7 @@ private:
 /// Exit code of a process that could not start its first recording.
 const int is_refused = 1;
 
-/// What one process records.
+/// The recordings of one process.
 struct recorder_t
 {
     types_t first;
@@ -191,7 +191,7 @@ struct recorder_t
     }
 };
 
-/// When a child that lives longer than its parent goes on.
+/// The events that a child that outlives its parent waits for.
 struct daemon_gates_t
 {
     gate_t end_of_parent;
@@ -199,7 +199,7 @@ struct daemon_gates_t
     gate_t end_of_others;
 };
 
-/// What one process records that forks, and the child that lives longer.
+/// The recordings of a process that forks, and of the child that outlives it.
 struct daemon_t
 {
     types_t before_fork;

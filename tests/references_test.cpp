@@ -22,7 +22,7 @@ namespace
 
 using ROVA_2_18::strings::utf8_to_utf16;
 
-// In UTF-8 as any number is encoded, of a surrogate, too.
+// Encodes any number as UTF-8 does, including a surrogate.
 std::string encoded(unsigned character)
 {
     std::string utf8;
@@ -44,7 +44,7 @@ std::string encoded(unsigned character)
     return utf8;
 }
 
-// All of the BMP, and the bounds of what lies beyond it.
+// All of the BMP, and the bounds of the characters beyond it.
 std::vector<unsigned> characters()
 {
     std::vector<unsigned> characters;
@@ -56,7 +56,7 @@ std::vector<unsigned> characters()
     return characters;
 }
 
-// References, right and wrong ones.
+// Returns references, valid and invalid ones.
 std::vector<std::string> references()
 {
     std::vector<std::string> references;
@@ -78,7 +78,7 @@ std::vector<std::string> references()
     return references;
 }
 
-// What libxml2 reads in an element or attribute; nothing if it finds a fault.
+// Returns the text that libxml2 reads in an element or attribute. Returns nothing after a fault.
 std::optional<std::wstring> parse(const std::string& text, place_t place)
 {
     const xml_error_scope_t errors;
@@ -127,7 +127,7 @@ TEST(references_test, a_text_of_an_element_is_decoded_as_libxml2_does)
 {
     for (const unsigned character : characters()) {
         const std::string text = "x" + encoded(character) + "y";
-        // A carriage return is changed.
+        // A parse changes a carriage return.
         const auto expected = character == '\r' ? std::nullopt : parse(text, place_t::element);
         ASSERT_EQ(decode(text, place_t::element), expected) << character;
     }
@@ -138,7 +138,7 @@ TEST(references_test, a_value_of_an_attribute_is_decoded_as_libxml2_does)
     for (const unsigned character : characters()) {
         const std::string text = "x" + encoded(character) + "y";
         const bool is_changed = character == '\r' || character == '\n' || character == '\t';
-        // A quote ends no value that a scanner has found.
+        // A quote cannot be in a value, since the scanner ends the value there.
         if (character != '"') {
             ASSERT_EQ(decode(text, place_t::attribute),
                       is_changed ? std::nullopt : parse(text, place_t::attribute))
@@ -180,7 +180,7 @@ TEST(references_test, references_are_decoded_as_libxml2_does)
         }
 }
 
-// libxml2 2.9.14 reads some of them, and some not.
+// libxml2 2.9.14 reads only some of them.
 TEST(references_test, a_long_reference_is_left_to_libxml2)
 {
     for (const std::size_t zeros : {10U, 11U, 60U, 100000U}) {
@@ -267,7 +267,7 @@ TEST(references_test, a_name_is_decoded_if_libxml2_reads_it_as_one)
             continue;
         const std::string utf8 = encoded(character);
         ASSERT_EQ(is_name(utf8 + "a"), is_name_for_libxml2(utf8 + "a")) << character;
-        // These end the name, and begin something else.
+        // These characters end the name and begin something else.
         if (!ends_name(utf8.front())) {
             ASSERT_EQ(is_name("a" + utf8 + "b"), is_name_for_libxml2("a" + utf8 + "b"))
                 << character;

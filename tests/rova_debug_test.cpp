@@ -60,7 +60,7 @@ void report_often(int times)
     }
 }
 
-/// Each test starts with no handler, and leaves the one that was there before it.
+/// Each test starts without a handler and restores the former one.
 class rova_debug_test : public testing::Test
 {
 public:

@@ -40,7 +40,7 @@ using namespace std::string_literals;
 
 typedef std::vector<std::pair<std::string, std::wstring>> arguments_t;
 
-// A thread sanitizer keeps nearly 1 MiB of its own there.
+// ThreadSanitizer uses nearly 1 MiB of the stack.
 #ifdef __SANITIZE_THREAD__
 constexpr std::size_t small_stack = std::size_t{1280} * 1024;
 #else
@@ -62,7 +62,7 @@ varg_list list_of(const arguments_t& arguments)
     return list;
 }
 
-// A pattern that ICU refuses is its own text.
+// Returns the result of ICU. A pattern that ICU refuses is returned unchanged.
 std::wstring format_by_icu(const std::wstring& pattern, const arguments_t& arguments)
 {
     std::vector<icu::UnicodeString> names;
@@ -116,19 +116,19 @@ std::wstring repeat(const std::wstring& text, std::size_t count)
     return result;
 }
 
-/// One plural in the other.
+/// Returns nested plurals.
 std::wstring nested(std::size_t depth)
 {
     return repeat(L"{n,plural,other{", depth) + L"x" + repeat(L"}}", depth);
 }
 
-/// Without braces around the texts.
+/// Returns nested choices, without braces around the texts.
 std::wstring nested_choice(std::size_t depth)
 {
     return repeat(L"{n,choice,0#", depth) + L"{n}" + repeat(L"}", depth);
 }
 
-/// So many names, each with a placeholder, and as many texts.
+/// Returns that many names, each with a placeholder, and as many texts.
 row_t many_names(std::size_t count)
 {
     row_t row;
@@ -140,7 +140,7 @@ row_t many_names(std::size_t count)
     return row;
 }
 
-/// On a thread of little stack, as a host may have some.
+/// Runs the step on a thread with a small stack, as a host may have.
 void run_on_small_stack(void (*step)())
 {
     pthread_attr_t attributes;
@@ -156,7 +156,7 @@ void run_on_small_stack(void (*step)())
     pthread_attr_destroy(&attributes);
 }
 
-/// An environment variable, until it goes.
+/// An environment variable while in scope.
 class environment_t
 {
 public:
@@ -183,8 +183,8 @@ private:
     std::string m_former;
 };
 
-/// A process of its own, since ICU settles its default locale and time zone once; the environment
-/// is where it looks for them, whatever locales the machine has.
+/// Uses a new process, since ICU sets its default locale and time zone once. ICU reads them from
+/// the environment, whatever locales the machine has.
 void expect_in_new_process(const row_t& row, const std::string& locale)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
@@ -208,7 +208,7 @@ void expect_in_tokyo(const row_t& row, const std::string& locale = "en")
     expect_in_new_process(row, locale);
 }
 
-/// Compared without being shown: such texts are long.
+/// Compares without printing, since such texts are long.
 bool is_own_text(const std::wstring& pattern, const arguments_t& arguments)
 {
     return format(pattern, arguments) == pattern;

@@ -42,7 +42,8 @@ bool is_surrogate(std::uint32_t code)
     return code >= 0xD800 && code <= 0xDFFF;
 }
 
-/// The bytes by arithmetic alone, of a surrogate too, so that the library is not its own measure.
+/// Returns the bytes by arithmetic alone, including those of a surrogate, so that the library is
+/// not compared with itself.
 std::string bytes_of(std::uint32_t code)
 {
     const auto trail = [code](int shift) {
@@ -73,8 +74,8 @@ std::wstring replacements(std::size_t count)
     return std::wstring(count, L'\xFFFD');
 }
 
-/// A process of another language for as long as it lives. The environment says it as well: that is
-/// where ICU looks while the process's locale is "C", as it stays on a machine without the other.
+/// Sets the process's language while in scope, also in the environment. ICU reads the environment
+/// while the process's locale is "C", as on a machine without the requested locale.
 class process_language
 {
 public:
@@ -104,7 +105,7 @@ private:
     bool m_had_environment = false;
 };
 
-/// Asks a process of its own: ICU settles its default locale once, at the first use.
+/// Uses a new process, since ICU sets its default locale once, at the first use.
 void expect_upper_in(const char* locale, const std::wstring& text, const std::wstring& upper)
 {
     const process_language language(locale);
@@ -169,18 +170,18 @@ TEST(rova_strings_test, what_is_no_character_is_replaced_and_its_neighbours_stay
         {L"\xD83D\xDE00\xDE00"s, "\xF0\x9F\x98\x80\xEF\xBF\xBD"s},
         {L"\xD800\xE9"s, "\xEF\xBF\xBD\xC3\xA9"s},
         {L"\xD800\0"s, "\xEF\xBF\xBD\0"s},
-        // Trail surrogates only by their low 16 bits.
+        // Trail surrogates in the low 16 bits only.
         {L"\xD800\x1DC00"s, "\xEF\xBF\xBD\xF0\x9D\xB0\x80"s},
         {L"\xDBFF\x10DFFF"s, "\xEF\xBF\xBD\xF4\x8D\xBF\xBF"s},
         {L"\xD800" + element(0x11DC00), "\xEF\xBF\xBD\xEF\xBF\xBD"s},
         {L"\xD800" + element(-0x2400), "\xEF\xBF\xBD\xEF\xBF\xBD"s},
-        // A lead surrogate only by its low 16 bits.
+        // A lead surrogate in the low 16 bits only.
         {L"\x1D800\xDC00"s, "\xF0\x9D\xA0\x80\xEF\xBF\xBD"s},
         {L"a" + element(0x110000) + L"z", "a\xEF\xBF\xBDz"s},
         {element(0x7FFFFFFF), "\xEF\xBF\xBD"s},
         {element(-1), "\xEF\xBF\xBD"s},
         {element(INT32_MIN), "\xEF\xBF\xBD"s},
-        // ASCII only by its low 8 bits.
+        // ASCII in the low 8 bits only.
         {element(INT32_MIN + 'a'), "\xEF\xBF\xBD"s},
         {L"\x161\x10061"s, "\xC5\xA1\xF0\x90\x81\xA1"s},
     };
@@ -192,11 +193,11 @@ TEST(rova_strings_test, what_is_no_character_is_replaced_and_its_neighbours_stay
 TEST(rova_strings_test, each_longest_part_of_malformed_utf8_is_replaced_once)
 {
     const text_pair rows[] = {
-        // Trail bytes that follow nothing.
+        // Trail bytes without a lead byte.
         {replacements(1), "\x80"s},
         {L"a\xFFFD\xFFFDz"s, "a\x80\xBFz"s},
         {L"\xE9\xFFFD"s, "\xC3\xA9\xA9"s},
-        // Bytes that stand nowhere in UTF-8.
+        // Bytes that are invalid anywhere in UTF-8.
         {replacements(2), "\xC0\xC1"s},
         {replacements(11), "\xF5\xF6\xF7\xF8\xF9\xFA\xFB\xFC\xFD\xFE\xFF"s},
         {L"a\xFFFDz"s, "a\xFFz"s},
@@ -216,7 +217,7 @@ TEST(rova_strings_test, each_longest_part_of_malformed_utf8_is_replaced_once)
         // Past the last character.
         {replacements(4), "\xF4\x90\x80\x80"s},
         {replacements(4), "\xF5\x80\x80\x80"s},
-        // Cut short by the end, by ASCII, by another character, by a zero.
+        // Truncated by the end, by ASCII, by another character, by a zero.
         {replacements(1), "\xC3"s},
         {replacements(1), "\xE2\x82"s},
         {replacements(1), "\xF0\x9F\x98"s},

@@ -1,4 +1,4 @@
-// A host that is not linked with rova loads it and lets go of it.
+// A host that is not linked with rova loads and unloads it.
 
 #include <gtest/gtest.h>
 

@@ -4,7 +4,8 @@
 #include <thread>
 #include <vector>
 
-/// Runs it in that many threads, each told its number, all at the same moment, and waits for them.
+/// Runs the step in `count` threads, which start at the same moment, and joins them. Each thread
+/// passes its number to the step.
 template <typename Number, typename Step>
 void run_threads(Number count, const Step& step)
 {

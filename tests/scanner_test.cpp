@@ -21,7 +21,7 @@ namespace
 typedef scanner_t::token_t token_t;
 typedef std::vector<std::string> strings_t;
 
-// A document with every construct, and within each what would end it elsewhere.
+// A document with every construct. Each one contains text that would end another one.
 const std::string rich_document =
     "<?xml version=\"1.0\" encoding='UTF-8' ?>\n"
     "<!-- <a> ]]> ?> - - \" ' -->"
@@ -46,7 +46,7 @@ std::string attributes_of(scanner_t& scanner)
     return text;
 }
 
-// The token that the scanner has passed over, and of a start tag the attributes.
+// Returns the token that the scanner has passed, with the attributes of a start tag.
 std::string token_text(token_t token, const scanner_t& scanner, const std::string& attributes,
                        const std::string& document)
 {
@@ -102,7 +102,7 @@ strings_t tokens_of(const std::string& document)
 class tag_recorder_t
 {
 public:
-    // Empty when libxml2 finds an error.
+    // Returns nothing if libxml2 finds an error.
     static strings_t by_libxml2(const std::string& document)
     {
         const xml_parser_t parser(xmlNewParserCtxt());
@@ -116,7 +116,7 @@ public:
         parser->userData = &recorder;
         xmlFreeDoc(xmlCtxtReadMemory(parser.get(), document.data(),
                                      static_cast<int>(document.size()), nullptr, nullptr, 0));
-        // After an error of namespaces, later releases report no fault.
+        // After a namespace error, later releases report no fault.
         return parser->wellFormed && parser->errNo == XML_ERR_OK ? recorder.m_tags : strings_t();
     }
 
@@ -168,8 +168,8 @@ bool is_same_tag(const std::string& scanned, const std::string& parsed)
                : scanned.substr(0, scanned.find('=')) == parsed.substr(0, parsed.find('='));
 }
 
-// libxml2 adds what document types declare, changes text in other encodings, does without the blank
-// after an encoding, and ends at a zero.
+// libxml2 adds the declarations of document types, changes text in other encodings, accepts an
+// encoding without a blank after it, and ends at a zero.
 bool is_comparable(const std::string& document)
 {
     const std::string encoding = declared_encoding(document);
@@ -218,7 +218,7 @@ TEST(scanner_test, a_document_that_is_cut_anywhere_is_never_malformed)
                     last == "end at " + std::to_string(size))
             << size << ": " << last;
         tokens.pop_back();
-        // A text or a tag at the end may go on.
+        // The last text or tag can continue after the cut.
         if (!tokens.empty())
             tokens.pop_back();
         ASSERT_LT(tokens.size(), whole.size());

@@ -10,7 +10,7 @@
 #include <string>
 #include <system_error>
 
-/// A folder of one test's own; goes with all that is in it.
+/// A folder of one test. The destructor removes it with its contents.
 class scratch_folder_t
 {
 public:

@@ -1,5 +1,5 @@
-// A thread keeps its reader and its writer from one document to the next. What came before must not
-// be seen in what comes after.
+// A thread keeps its reader and its writer from one document to the next. An earlier document must
+// not affect a later one.
 
 #include "support.h"
 
@@ -52,7 +52,7 @@ std::wstring read(const std::wstring& text)
     return text_of(serializer::xml_string_to_message(text));
 }
 
-// Where nothing was read before.
+// Reads the text on a thread that has read nothing before.
 std::wstring read_first(const std::wstring& text)
 {
     std::wstring answer;

@@ -28,7 +28,7 @@ typedef ROVA_2_18::i18n::message_t message_t;
 const wchar_t no_catalog[] = L"(none)";
 const std::size_t largest_file = 16U << 20U;
 
-/// Gives one text for every id.
+/// Returns one text for every id.
 class fixed_catalog_t : public catalog_t
 {
 public:
@@ -39,7 +39,7 @@ private:
     std::wstring m_text;
 };
 
-/// Takes another catalog back when it goes, and counts where that was done.
+/// Unregisters another catalog in its destructor, and counts if both are not found any more.
 class returning_catalog_t : public fixed_catalog_t
 {
 public:
@@ -78,7 +78,7 @@ std::wstring number_of(const std::wstring& number)
 class setbook2_message_catalog_test : public testing::Test
 {
 protected:
-    /// A catalog whose id "t" has that text.
+    /// Creates a catalog whose id "t" has that text.
     void make(const std::string& locale, const std::string& text,
               const std::string& name = "cat") const
     {
@@ -90,7 +90,7 @@ protected:
         std::filesystem::remove(m_catalogs.file(locale, "cat"));
     }
 
-    /// The text of id "t" in a file of those bytes.
+    /// Returns the text of id "t" in a file of those bytes.
     std::wstring text_in(const std::string& bytes) const
     {
         m_catalogs.write("de", "cat", bytes);
@@ -107,7 +107,7 @@ protected:
     catalogs_t m_catalogs;
 };
 
-/// A variable of the environment, as long as this lives.
+/// An environment variable while in scope.
 class variable_t
 {
 public:
@@ -134,7 +134,7 @@ private:
     std::string m_former;
 };
 
-/// Both of the process's locales, as long as this lives.
+/// Both of the process's locales while in scope.
 class process_locale_t
 {
 public:
@@ -175,7 +175,7 @@ std::uint32_t word_at(const std::string& bytes, std::size_t offset)
     return word;
 }
 
-// Where a `.mo` file's head says where things are.
+// Offsets of the fields in a `.mo` file's header.
 enum head : std::size_t
 {
     revision = 4,
@@ -551,7 +551,7 @@ TEST(setbook2_message_catalog_process_test, a_catalog_that_goes_may_call_from_it
 {
     testing::FLAGS_gtest_death_test_style = "threadsafe";
     const auto replace_and_take_back = [] {
-        alarm(60); // ends a call that does not
+        alarm(60); // ends a call that never returns
         int count = 0;
         registerMessageCatalog(L"other", fixed(L"other"));
         registerMessageCatalog(L"own", boost::make_shared<returning_catalog_t>(count));
@@ -604,7 +604,7 @@ TEST_F(setbook2_message_catalog_test, taking_back_what_is_not_there_changes_noth
     EXPECT_EQ(text_of(L"t", L"own"), L"own");
 }
 
-// ---- files that others can write
+// ---- untrusted files
 
 TEST_F(setbook2_message_catalog_test, a_file_that_is_cut_anywhere_is_passed_over)
 {
@@ -798,7 +798,8 @@ TEST_F(setbook2_message_catalog_test, what_is_no_file_is_passed_over_at_once)
 
 TEST_F(setbook2_message_catalog_test, a_file_in_another_encoding_is_passed_over)
 {
-    // Renamed in the file: from 0.22 on, msgfmt itself converts a text to UTF-8.
+    // Replaces the encoding's name in the file, since msgfmt 0.22 and later converts the texts
+    // itself.
     std::string bytes = bytes_of(po_of({{"t", "text"}}));
     EXPECT_EQ(text_in(bytes), L"text");
     const std::string encoding = "UTF-8";

@@ -32,13 +32,14 @@ std::string with_children(const std::string& before, const std::string& after = 
     return lines_of("", before + type_line + after);
 }
 
-// Has libxml2 read the lines and write them again.
+// Returns the lines as libxml2 reads and writes them again.
 std::string written_again(const std::string& lines)
 {
     return written_log(log_oracle_t().read(log_begin + lines + log_end).delivered);
 }
 
-// Returns the size of the stable lines at the beginning.
+// Returns the size of the stable lines at the beginning. Expects that libxml2 writes them
+// unchanged.
 std::size_t expect_stable(const std::string& text)
 {
     const std::size_t size = measure_stable_lines(text);
@@ -182,7 +183,7 @@ TEST(stable_lines_test, random_lines_that_are_stable_are_written_again_the_same)
     EXPECT_GT(stable, seeds.count / 100);
 }
 
-// One that looked for the end of each tag over all that follows would take a minute.
+// Searching for the end of each tag in all the rest would take a minute.
 TEST(stable_lines_test, messages_that_are_not_stable_take_linear_time)
 {
     std::string text;

@@ -1,4 +1,4 @@
-// What becomes of an old log at a start, and of the copy that is made of it.
+// A start with an old log, and the copy of the log that it creates.
 
 #include "process_support.h"
 #include "storage_support.h"
@@ -22,7 +22,7 @@ using namespace velmoext_1_4_8;
 namespace
 {
 
-/// The files that a start finds, and must leave as they are where it answers false.
+/// Files before a start, which a start that returns false must not change.
 typedef std::vector<std::pair<std::string, std::string>> files_t;
 
 class storage_copy_test : public storage_test_t
@@ -58,7 +58,7 @@ const faults_t nothing_can_be_copied = [](const std::string& call, int) {
     return call == "open unnamed" || call == "mkostemp" ? EACCES : 0;
 };
 
-// As on exFAT: neither a file without a name nor a further name can be had.
+// As on exFAT, which has neither unnamed files nor hard links.
 const faults_t no_hard_links = [](const std::string& call, int) {
     return call == "open unnamed" ? EOPNOTSUPP : call == "linkat" || call == "link" ? EPERM : 0;
 };
@@ -369,7 +369,7 @@ TEST_F(storage_copy_test, an_empty_log_that_appears_after_a_refused_start_stays)
     EXPECT_TRUE(m_folder.has("folder/log.xml"));
 }
 
-// ---- what is in the place of the copy
+// ---- other files with the copy's name
 
 TEST_F(storage_copy_test, a_log_that_somebody_records_is_no_copy)
 {
@@ -418,7 +418,7 @@ TEST_F(storage_copy_test, nobody_records_into_a_copy_while_it_is_carried_over)
     EXPECT_EQ(types_in(), L"a;b;");
 }
 
-// Two starts can look at a copy at once: neither may take the other for a recorder.
+// Two starts can check a copy at once: neither may take the other for a recorder.
 TEST_F(storage_copy_test, a_copy_that_others_have_locked_to_read_is_carried_over)
 {
     m_folder.write("log.xml.tmp", foreign_log({"a"}));
@@ -497,7 +497,7 @@ TEST_F(storage_copy_test, what_appears_in_the_place_of_the_copy_meanwhile_is_lef
     EXPECT_EQ(m_folder.read("log.xml.tmp"), "new");
 }
 
-// ---- what cannot be read
+// ---- logs that cannot be read
 
 TEST_F(storage_copy_test, a_log_that_exceeds_a_limit_is_left_alone_wherever_that_is)
 {

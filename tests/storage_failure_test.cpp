@@ -1,5 +1,5 @@
-// Starts that fail half-way: no memory for libxml2, no descriptor left. And the end of a recording
-// on a thread without memory.
+// Starts that fail half-way: libxml2 runs out of memory, or no descriptor is left. Also the end of
+// a recording on a thread without memory.
 
 #include "failing_allocations.h"
 #include "process_support.h"
@@ -17,7 +17,7 @@ using namespace velmoext_1_4_8;
 namespace
 {
 
-// libxml2 has no more memory than for so many allocations as long as this lives.
+// While in scope, libxml2's allocations fail after that many successes.
 class xml_memory_limit_t : failing_allocations_t
 {
 public:
@@ -33,7 +33,7 @@ int lowest_free_descriptor()
     return descriptor;
 }
 
-// No descriptor beyond the next free ones can be had as long as this lives.
+// While in scope, this process can open only that many more descriptors.
 class descriptor_limit_t
 {
 public:
@@ -64,7 +64,7 @@ void run_on_thread_without_memory(const std::function<void()>& action)
 class storage_failure_test : public storage_test_t
 {
 protected:
-    // Answers false where it throws as well.
+    // Returns false also if the start throws.
     static bool starts(const storage_ptr& storage)
     {
         try {

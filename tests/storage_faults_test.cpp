@@ -1,5 +1,5 @@
-// The system does what it may at any instant: interrupts, writes less than it was asked to,
-// refuses, or takes the log away.
+// The system may at any moment interrupt a call, write less than requested, refuse a call, or
+// remove the log.
 
 #include "process_support.h"
 #include "storage_support.h"
@@ -23,10 +23,10 @@ using namespace velmoext_1_4_8;
 namespace
 {
 
-// Messages enough for several portions.
+// Enough messages for several writes.
 const int old_messages = 200;
 
-// Which calls a recording makes.
+// Returns the file system calls of an action.
 std::vector<std::string> calls_of(const std::function<void()>& action)
 {
     std::vector<std::string> calls;
@@ -41,7 +41,7 @@ std::vector<std::string> calls_of(const std::function<void()>& action)
 class storage_faults_test : public storage_test_t
 {
 protected:
-    // Records the numbers from the first up to the last one, without it.
+    // Records the numbers from `first` to `last`, without `last`.
     void record_numbers(const storage_ptr& storage, int first, int last) const
     {
         for (int i = first; i < last; ++i)
@@ -64,7 +64,7 @@ protected:
         return types;
     }
 
-    // A start, messages and a stop on a log that is there.
+    // Starts, records and stops on an existing log.
     bool go_on_recording() const
     {
         const storage_ptr storage = get();
@@ -74,7 +74,7 @@ protected:
         return is_started;
     }
 
-    // Answers whether the start said that recording is on, and whether the log was cut before.
+    // Returns whether the start succeeded, and whether the log was truncated before.
     std::pair<bool, bool> go_on_while_one_fails(std::size_t failing, int error) const
     {
         std::size_t next = 0;
@@ -88,7 +88,7 @@ protected:
         return {is_started, is_cut};
     }
 
-    // The log and what is beside it.
+    // Returns the log and its copy.
     std::pair<std::string, std::string> files() const
     {
         return {m_folder.read("log.xml"), m_folder.read("log.xml.tmp")};
@@ -104,7 +104,7 @@ protected:
         }
     }
 
-    // Each call fails once with each error. Whatever happens, the next start finds the old
+    // Makes each call fail once with each error. In each case the next start must find the old
     // messages.
     void expect_nothing_lost_whichever_call_fails(const std::pair<std::string, std::string>& old)
     {
@@ -117,7 +117,7 @@ protected:
                              std::strerror(error));
                 const auto [is_started, is_cut] = go_on_while_one_fails(failing, error);
                 EXPECT_TRUE(is_started || is_cut || files() == old);
-                // Without a lock nobody knows whether another process records into it already.
+                // Without a lock it is unknown whether another process records into the log.
                 EXPECT_TRUE(is_started || is_cut || calls[failing] == "flock" ||
                             m_folder.has("log.xml") != old.first.empty())
                     << "a log was made";
@@ -129,7 +129,7 @@ protected:
             }
     }
 
-    // The old messages in a form that a start writes anew.
+    // Returns the old messages in a form that a start rewrites.
     static std::string foreign_old_log()
     {
         std::vector<std::string> types;
@@ -296,7 +296,7 @@ TEST_F(storage_faults_test, where_the_copy_cannot_be_opened_it_goes_and_the_log_
     EXPECT_EQ(types_in(), m_old_types);
 }
 
-// In a child, so that a start that never returns is ended.
+// In a child process, so that a start that never returns is ended.
 TEST_F(storage_faults_test, where_the_copy_cannot_be_read_it_goes_and_the_log_stays)
 {
     const std::string old_log = foreign_old_log();
@@ -344,7 +344,7 @@ TEST_F(storage_faults_test, where_the_copy_cannot_be_removed_nothing_is_recorded
     EXPECT_EQ(types_in(), m_old_types + L"z;");
 }
 
-// ---- the log goes, or another one comes
+// ---- the log is removed or replaced
 
 TEST_F(storage_faults_test, a_log_that_is_removed_meanwhile_is_made_again_by_the_next_start)
 {
@@ -414,8 +414,8 @@ TEST_F(storage_faults_test, a_log_that_is_replaced_while_it_is_locked_is_left_al
     }
 }
 
-// In a child, so that a call that waits for the other end of the fifo is ended. EWOULDBLOCK is the
-// error of a log with a lease.
+// In a child process, so that a call that waits for the other end of the fifo is ended. EWOULDBLOCK
+// is the error for a log with a lease.
 TEST_F(storage_faults_test, a_log_that_becomes_a_fifo_as_it_is_opened_is_refused_at_once)
 {
     const std::string fifo = m_folder.name("fifo");
@@ -486,7 +486,7 @@ TEST_F(storage_faults_test, a_log_that_is_emptied_meanwhile_is_recorded_again)
     EXPECT_EQ(types_in(), L"c;");
 }
 
-// ---- paths that lead nowhere
+// ---- invalid paths
 
 TEST_F(storage_faults_test, a_path_that_is_too_long_for_the_system_is_refused)
 {

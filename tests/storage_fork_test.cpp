@@ -29,8 +29,8 @@ class storage_fork_test : public storage_test_t
 protected:
     typedef std::function<void(const storage_ptr&)> action_t;
 
-    // A process records "a" and forks. Its child does something while it lives, and records and
-    // stops when it has ended. Returns when both have.
+    // A process records "a" and forks. The child acts once while its parent lives. It records and
+    // stops after the parent's end. Returns when both have ended.
     void run(
         const action_t& while_both_live, const action_t& parent, const action_t& child,
         const std::function<void()>& before_fork = [] {}) const
@@ -74,7 +74,8 @@ protected:
         return types;
     }
 
-    // From the next child on. A user who may not do that sees what happens without it.
+    // Takes effect with the next child. If the user has no permission, the test runs without a new
+    // namespace.
     static void begin_pid_namespace()
     {
         if (unshare(CLONE_NEWPID) != 0)
@@ -203,7 +204,7 @@ TEST_F(storage_fork_test, a_child_that_lives_on_does_not_keep_the_log)
     EXPECT_TRUE(has_exited_with(status_of_child(stop_beside_a_child), 0));
 }
 
-// ---- a child that goes on when its parent has ended
+// ---- a child that outlives its parent
 
 TEST_F(storage_fork_test, a_process_that_goes_to_the_background_loses_nothing)
 {
@@ -639,7 +640,7 @@ TEST_F(storage_fork_test,
     }
     is_over = true;
     other.join();
-    // The last child can still be about to close the log.
+    // The last child may not have closed the log yet.
     bool is_free = false;
     for (int i = 0; i < 100 && !is_free; ++i) {
         is_free = get()->start_recording();

@@ -1,4 +1,4 @@
-// The disk is full, here by a limit of the size that a file may have.
+// The disk is full. A limit of the file size simulates that.
 
 #include "storage_support.h"
 
@@ -10,7 +10,7 @@ using namespace velmoext_1_4_8;
 namespace
 {
 
-// No file of this process may grow beyond the size as long as this lives.
+// While in scope, no file of this process may grow beyond the size.
 class size_limit_t
 {
 public:
@@ -38,7 +38,7 @@ class storage_full_disk_test : public storage_test_t
 protected:
     static constexpr int old_messages = 1000;
 
-    // A log that takes more room when it is written again, because nothing in it is indented.
+    // Creates a log that grows when it is written again, because nothing in it is indented.
     std::size_t make_dense_log() const
     {
         std::string log = "<log>";

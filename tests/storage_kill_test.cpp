@@ -1,4 +1,4 @@
-// A recording process dies at any instant; what was recorded and closed before must outlive it.
+// A recording process is killed at any moment. Messages that were closed before must survive.
 
 #include "random_source.h"
 #include "storage_support.h"
@@ -26,7 +26,7 @@ using namespace velmoext_1_4_8;
 namespace
 {
 
-// The calls that change what stands on the disk.
+// The system calls that change the disk.
 const std::set<std::uint64_t> disk_changes = {
     SYS_write,    SYS_pwrite64,  SYS_writev,          SYS_ftruncate, SYS_truncate, SYS_open,
     SYS_openat,   SYS_link,      SYS_linkat,          SYS_unlink,    SYS_unlinkat, SYS_rename,
@@ -38,9 +38,9 @@ void wait_for(pid_t child, int& status)
     }
 }
 
-// Runs the steps in a process of its own and kills that just before or just after one of its
-// changes of the disk. They are numbered from 0, a change's beginning and its end counting each;
-// false where the process came to its end with fewer of them.
+// Runs the steps in a child process and kills it right before or after one of its changes of the
+// disk. They are numbered from 0; each change counts twice, at its beginning and its end. Returns
+// false if the process ended with fewer of them.
 bool kill_at_change(int number, const std::function<void()>& steps)
 {
     const pid_t child = fork();
@@ -78,7 +78,7 @@ class storage_kill_test : public storage_test_t
 protected:
     static constexpr int old_messages = 60;
 
-    // In a form that a start writes anew, with its copy.
+    // Creates a log in a form that a start rewrites, with a copy.
     void make_foreign_log(const std::string& leaf = "log.xml") const
     {
         std::vector<std::string> types;
@@ -89,7 +89,7 @@ protected:
         m_folder.write(leaf, foreign_log(types));
     }
 
-    // In the written form.
+    // Creates a log in the written form.
     void make_old_log() const
     {
         make_foreign_log();
@@ -104,7 +104,7 @@ protected:
         storage->stop_recording();
     }
 
-    // A later start and stop must make a whole log of what the processes left.
+    // Expects that a later start and stop create a whole log from the remaining files.
     void expect_nothing_lost(const std::string& when, const std::string& leaf = "log.xml") const
     {
         const storage_ptr storage = get(leaf);
@@ -120,7 +120,7 @@ protected:
         EXPECT_EQ(log.substr(log.size() - 7), "</log>\n") << when;
     }
 
-    // Answers how many they were. The log is made anew for each.
+    // Returns the number of changes. Creates the log again for each.
     int kill_at_each_change(const std::function<void()>& make_log,
                             const std::string& leaf = "log.xml") const
     {
@@ -180,7 +180,7 @@ TEST_F(storage_kill_test, no_older_message_of_a_copy_that_was_left_is_lost)
 
 TEST_F(storage_kill_test, no_older_message_is_lost_when_the_next_process_is_killed_too)
 {
-    // Even numbers are before a change, which is the same for the disk as after the previous one.
+    // Even numbers are before a change. For the disk that equals the end of the previous one.
     for (int first = 0;; first += 2) {
         for (int second = 0;; second += 2) {
             make_foreign_log();
@@ -202,7 +202,7 @@ TEST_F(storage_kill_test, two_processes_record_in_turn_and_lose_nothing)
         for (int round = 0; round < rounds;) {
             if (!storage->start_recording())
                 continue;
-            // A second recorder at the same time would find this file there.
+            // A second recorder at the same time would find this file.
             const int alone = open(m_folder.name("alone").c_str(), O_CREAT | O_EXCL, 0600);
             if (alone == -1)
                 _exit(1);
@@ -237,8 +237,8 @@ TEST_F(storage_kill_test, two_processes_record_in_turn_and_lose_nothing)
 namespace
 {
 
-// Each process records through a spelling of its own until a timer ends it, and notes in a file
-// what was closed.
+// Each process records through its own spelling until a timer ends it, and writes the closed
+// messages to a file.
 class storage_random_kill_test : public storage_kill_test
 {
 protected:

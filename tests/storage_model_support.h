@@ -13,8 +13,8 @@
 namespace velmoext_1_4_8
 {
 
-/// A log, its copies, and a model of the messages that must be in them. The model knows types of
-/// messages, not how a log is written.
+/// A log, its copies, and a model of the messages that must be in them. The model has types of
+/// messages, not the form of a log.
 class storage_model_test_t : public storage_test_t
 {
 protected:
@@ -23,7 +23,8 @@ protected:
                                                   "other/link.xml"};
     const std::array<std::string, 3> copies = {"log.xml.tmp", "link.xml.tmp", "other/link.xml.tmp"};
 
-    // What a start through a spelling finds. Messages of the copy replace those of the log.
+    // The files that a start through a spelling finds. Messages of the copy replace those of the
+    // log.
     struct start_t
     {
         std::string spelling;

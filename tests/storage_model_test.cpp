@@ -1,4 +1,4 @@
-// Random sequences of what can happen to a log, beside a model of the messages that must be in it.
+// Random sequences of events for a log, checked against a model of the messages that must be in it.
 
 #include "storage_model_support.h"
 
@@ -12,14 +12,14 @@ using namespace velmoext_1_4_8;
 namespace
 {
 
-// Scratch folders in memory, unless the environment names a place: a disk is slow.
+// Uses scratch folders in memory unless the environment sets a directory, since a disk is slow.
 [[maybe_unused]] const bool is_in_memory =
     setenv("TMPDIR", "/dev/shm", 0) == 0; // NOLINT(concurrency-mt-unsafe)
 
 class storage_model_test : public storage_model_test_t
 {
 protected:
-    // The children of children become this process's, which waits for their end.
+    // Becomes the parent of its children's children, so that it can wait for their end.
     storage_model_test() { prctl(PR_SET_CHILD_SUBREAPER, 1); }
 
     void run(std::uint64_t seed)
@@ -71,7 +71,7 @@ private:
         expect_recorded(start, types, types.size());
     }
 
-    // Stops it, or lets go of it; some storages are kept for later recordings.
+    // Stops the storage or releases it. Some storages are kept for later recordings.
     void end_recording(storage_ptr& storage)
     {
         if (m_random.one_in(3))
@@ -83,7 +83,7 @@ private:
         storage.reset();
     }
 
-    // While this process records, others must not.
+    // While this process records, other processes must not.
     void disturb(const std::string& spelling, const storage_ptr& storage)
     {
         const std::string other = m_random.pick(spellings);
@@ -143,7 +143,7 @@ private:
         expect_continued(start, daemon, was_killed(status), gates);
     }
 
-    // Before the child goes on, others record or the log is renamed.
+    // Others record or the log is renamed before the child continues.
     void expect_continued(const start_t& start, const daemon_t& daemon, bool is_killed,
                           daemon_gates_t& gates)
     {
@@ -175,7 +175,7 @@ private:
         }
     }
 
-    // Of those in the middle the last can be missing.
+    // Expects these messages. The last ones in the middle can be missing.
     static void expect_parts(const types_t& found, const types_t& first, types_t middle,
                              std::size_t certain, const types_t& last)
     {
@@ -219,7 +219,7 @@ private:
         m_folder.write("log.xml", foreign_log(m_log, form));
     }
 
-    // As a killed start leaves it, or together with a log that is cut anywhere.
+    // Leaves a copy as a killed start does, or together with a truncated log.
     void leave_copy()
     {
         const std::string copy = m_random.pick(copies);
@@ -241,7 +241,7 @@ private:
         m_copies.erase(copy);
     }
 
-    // A log with the name of a copy: nobody may take it for one while it is recorded.
+    // Records into a log with the name of a copy. No start may take it for a copy meanwhile.
     void record_into_copy()
     {
         const start_t start = look();

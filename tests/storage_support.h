@@ -17,10 +17,10 @@ namespace velmoext_1_4_8
 
 typedef boost::shared_ptr<messages_storage_t> storage_ptr;
 
-/// The declaration and the root of an empty log, as they are written.
+/// An empty log in the written form: the declaration and the root.
 inline const std::string empty_log = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<log/>\n";
 
-/// The log of these elements, and the element of a message, as they are written.
+/// Returns a log with these elements, and the element of a message, in the written form.
 inline std::string log_of(const std::string& messages)
 {
     return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<log>\n" + messages + "</log>\n";
@@ -31,7 +31,7 @@ inline std::string message_of(const std::string& type)
     return " <msg>\n  <type>" + type + "</type>\n  <severity>INFO</severity>\n </msg>\n";
 }
 
-/// A log that a start has to write anew, because the library would write it in another form.
+/// Returns a log that a start has to rewrite, because the library would write it in another form.
 inline std::string foreign_log(const std::vector<std::string>& types)
 {
     std::string log = "<log>";
@@ -62,7 +62,7 @@ protected:
             storage->on_message(boost::shared_ptr<velmo_ex_t>(), make_flagged(type, flags)));
     }
 
-    /// Records the types, one letter each, in a recording of its own.
+    /// Records the types, one letter each, in one recording.
     void record_all(const std::wstring& types, const std::string& leaf = "log.xml") const
     {
         const storage_ptr storage = get(leaf);
@@ -72,7 +72,7 @@ protected:
         ASSERT_TRUE(storage->stop_recording());
     }
 
-    /// The descriptors of this process that are open on the log.
+    /// Returns the descriptors of this process that are open on the log.
     std::vector<int> descriptors_of_log() const
     {
         std::vector<int> descriptors;
@@ -84,7 +84,7 @@ protected:
         return descriptors;
     }
 
-    /// The types of the messages that a replay delivers, each followed by a semicolon.
+    /// Returns the types of the messages that a replay delivers, each followed by a semicolon.
     static std::wstring replay(const storage_ptr& storage)
     {
         const auto ex = velmo_ex_t::get(velmo_ex_t::generate_id(L"storage_test."), L"");
@@ -99,7 +99,7 @@ protected:
         return types;
     }
 
-    /// The same of a whole log.
+    /// Returns the same for a whole log.
     std::wstring types_in(const std::string& leaf = "log.xml") const
     {
         m_folder.write("copy to read", m_folder.read(leaf));

@@ -21,7 +21,7 @@ boost::shared_ptr<velmo_ex_t> make_ex()
     return velmo_ex_t::get(velmo_ex_t::generate_id(L"storage_threads_test."), L"");
 }
 
-// Does something with each message that is delivered.
+// Runs an action for each message that is delivered.
 class acting_handler_t : public base_handler_t
 {
 public:
@@ -120,7 +120,7 @@ TEST_F(storage_threads_test, a_storage_is_replayed_while_another_one_is)
     EXPECT_EQ(types, L"a;b;c;");
 }
 
-// One that did not wait would be over at once.
+// An operation that did not wait would end at once.
 TEST_F(storage_threads_test, each_operation_of_a_storage_waits_for_the_end_of_its_replay)
 {
     const std::function<void(messages_storage_t&)> operations[] = {

@@ -573,7 +573,7 @@ TEST(string_message_serializer_test, a_document_type_of_very_many_values_takes_n
     EXPECT_LT(usage.seconds(), 10);
 }
 
-// libxml2 copies all of the comment to tell of one of them.
+// libxml2 copies the whole comment to report one of the faults.
 TEST(string_message_serializer_test, very_many_faults_take_no_square_of_time)
 {
     const usage_t usage;
@@ -581,7 +581,7 @@ TEST(string_message_serializer_test, very_many_faults_take_no_square_of_time)
     EXPECT_LT(usage.seconds(), 10);
 }
 
-// libxml2 looks through what is unfinished each time that it gets a piece with a bracket.
+// libxml2 scans the unfinished text each time that it gets a chunk with a bracket.
 TEST(string_message_serializer_test, long_texts_full_of_brackets_take_no_square_of_time)
 {
     const std::wstring text(9900000, L'>');
@@ -745,7 +745,7 @@ TEST(string_message_serializer_test, declared_defaults_cost_neither_time_nor_mem
     EXPECT_TRUE(decode(declare(L"x", 10)));
     EXPECT_FALSE(decode(declare(L"x", 2000)));
     EXPECT_FALSE(decode(declare(L"xmlns:b", 4000)));
-    // Some releases of libxml2 refuse it.
+    // Some releases of libxml2 refuse this document.
     decode(L"<!DOCTYPE msg [<!ATTLIST arg name CDATA '" + std::wstring(60000, L'x') + L"'>]><msg>" +
            repeat(L"<arg/>", 5000) + L"</msg>");
     EXPECT_LT(usage.megabytes(), 200);

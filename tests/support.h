@@ -43,7 +43,7 @@ inline message_t::message_content_t make_content(texts_t attributes, texts_t arg
     return content;
 }
 
-/// Two elements that stand for one character beyond the BMP, or a part of it.
+/// Returns a string of these elements, for example a surrogate pair or a part of it.
 inline std::wstring units(std::initializer_list<unsigned> values)
 {
     std::wstring text;
@@ -52,7 +52,7 @@ inline std::wstring units(std::initializer_list<unsigned> values)
     return text;
 }
 
-/// Keeps what it saw, and consumes it when told so.
+/// Records the messages, and consumes them if requested.
 class recording_handler_t : public base_handler_t
 {
 public:
@@ -67,7 +67,7 @@ public:
     }
 
     const std::vector<message_ptr>& messages() const { return m_messages; }
-    /// The extension objects that delivered; not held.
+    /// The extension objects that delivered. Not owned.
     const std::vector<velmo_ex_t*>& exs() const { return m_exs; }
 
 private:
@@ -97,7 +97,7 @@ private:
     std::vector<bool> m_results;
 };
 
-/// Says any text to an extension object, as a host would: through an adapter.
+/// Sends any text to an extension object through an adapter, as a host does.
 inline void say_to(const boost::shared_ptr<velmo_ex_t>& ex, const std::wstring& text)
 {
     velmo_adapter_t adapter;

@@ -1,5 +1,5 @@
-// The C library's calls that change or read a file are defined here once more: they do what they
-// are told to do first, then what they always do.
+// Replaces the C library's calls that change or read a file. Each injects the requested fault
+// first, then does what the original does.
 
 #include "system_faults.h"
 
@@ -81,7 +81,8 @@ IN_PLACE_OF_THE_SYSTEMS int open(const char* file, int oflag, ...)
     return static_cast<int>(syscall(SYS_openat, AT_FDCWD, file, oflag, mode));
 }
 
-// Not declared as mkostemp: the system's header calls the first parameter by a keyword.
+// Declared under another name, since the system's header uses a keyword for mkostemp()'s first
+// parameter.
 IN_PLACE_OF_THE_SYSTEMS int make_temporary(char* name, int flags) __asm__("mkostemp");
 
 int make_temporary(char* name, int flags)
@@ -90,7 +91,7 @@ int make_temporary(char* name, int flags)
     const auto real = reinterpret_cast<make_temporary_t>(dlsym(RTLD_NEXT, "mkostemp"));
     if (!fails("mkostemp"))
         return real(name, flags);
-    // As the C library leaves it after a failure of the system.
+    // The C library leaves the name like this after a failure of the system.
     std::fill_n(name + std::string(name).size() - 6, 6, 'f');
     return -1;
 }
@@ -121,7 +122,7 @@ IN_PLACE_OF_THE_SYSTEMS int fchmod(int fd, mode_t mode) noexcept
     return fails("fchmod", fd) ? -1 : static_cast<int>(syscall(SYS_fchmod, fd, mode));
 }
 
-/// Closes in any case, as Linux does.
+/// Closes the descriptor in any case, as Linux does.
 IN_PLACE_OF_THE_SYSTEMS int close(int fd)
 {
     const bool fail = fails("close", fd);
@@ -167,7 +168,7 @@ IN_PLACE_OF_THE_SYSTEMS int unlink(const char* name) noexcept
     return fails("unlink") ? -1 : static_cast<int>(syscall(SYS_unlinkat, AT_FDCWD, name, 0));
 }
 
-// Not declared as flock: the system's header has a structure of that name.
+// Declared under another name, since the system's header has a structure named flock.
 IN_PLACE_OF_THE_SYSTEMS int lock_file(int fd, int operation) __asm__("flock");
 
 int lock_file(int fd, int operation)

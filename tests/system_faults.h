@@ -5,11 +5,12 @@
 #include <string>
 #include <utility>
 
-/// Sees each call and the descriptor that it is about, -1 for none; answers the error that the call
-/// is to fail with, 0 for none. Tells a call that makes an unnamed file from any other open().
+/// Receives each call and its descriptor, or -1 for none. Returns the error that the call is to
+/// fail with, or 0 for none. A call that creates an unnamed file differs in its name from any other
+/// open().
 typedef std::function<int(const std::string& call, int descriptor)> faults_t;
 
-/// Lets the calls of this program that change or read a file fail as long as this lives.
+/// While in scope, calls faults_t for each call of this program that changes or reads a file.
 class with_faults
 {
 public:
@@ -22,8 +23,8 @@ private:
     faults_t m_faults;
 };
 
-/// Lets this program run as another user than the one whose files it made, as far as it asks, as
-/// long as this lives.
+/// While in scope, geteuid() returns another user than the owner of the program's files. The
+/// system's own permission checks do not change.
 class with_other_user
 {
 public:
@@ -33,7 +34,7 @@ public:
     ~with_other_user();
 };
 
-/// Lets no call read or write more at once as long as this lives.
+/// While in scope, no call reads or writes more bytes at once.
 class with_short_pieces
 {
 public:

@@ -1,4 +1,4 @@
-// What the locks promise: components of one process meet in the same few extension objects.
+// Thread safety: components of one process share a few extension objects.
 
 #include "run_threads.h"
 #include "support.h"
@@ -19,7 +19,7 @@ namespace
 const int thread_count = 8;
 const auto duration = std::chrono::seconds(3);
 
-// Would be seen in two calls at once by a thread sanitizer, and by its own count.
+// Detects two simultaneous calls, by ThreadSanitizer and by its own count.
 class exclusive_handler_t : public base_handler_t
 {
 public:

@@ -7,13 +7,13 @@
 namespace velmoext_1_4_8
 {
 
-/// What this process has used since the object was made.
+/// The resources that this process has used since the object was created.
 class usage_t
 {
 public:
     usage_t()
     {
-        // The most memory so far is forgotten: what came before would hide what comes now.
+        // Resets the peak of memory, so that an earlier peak does not hide a later one.
         std::ofstream("/proc/self/clear_refs") << 5;
         getrusage(RUSAGE_SELF, &m_before);
     }

@@ -11,7 +11,7 @@ using namespace velmoext_1_4_8;
 namespace
 {
 
-// A host that keeps what it was told and hands it on where it has somebody to hand it to.
+// A host that records the texts it receives, and passes them on if it has a receiver.
 class host_messenger_t : public velmo2::IMessenger
 {
 public:

@@ -18,8 +18,8 @@ namespace
 
 typedef boost::shared_ptr<velmo_ex_t> ex_ptr;
 
-// Runs a step when it dies; on the stack of an object that dies, that is while the object's entry
-// in the registry is still there, but stale.
+// Runs a step in its destructor. On the stack of an object that is being destroyed, the registry
+// still has the object's entry then, which has expired.
 class last_words_t : public base_handler_t
 {
 public:

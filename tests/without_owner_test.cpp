@@ -12,7 +12,7 @@
 namespace
 {
 
-// Runs within the thread's next allocation.
+// Runs in the thread's next allocation.
 thread_local std::function<void()>* on_allocation = nullptr;
 
 } // namespace

@@ -1,5 +1,5 @@
 /// @file
-/// The program's own texts in the languages that it comes with.
+/// The program's texts, in all its languages.
 #pragma once
 
 #include <string>
@@ -7,18 +7,18 @@
 namespace audit
 {
 
-/// The language that the user's environment asks for, as a locale's name; empty where it asks for
-/// none.
+/// Returns the language that the user's environment asks for, as a locale's name. Returns an empty
+/// string if it asks for none.
 std::string environment_language();
 
-/// Takes the texts in that language from now on. False where there are none; those that were taken
-/// before may be there still.
+/// Uses the texts in that language from now on. Returns false if there are none; the texts that
+/// were bound before can still be in use then.
 bool bind_catalogs(const std::wstring& directory, const std::string& language);
 
-/// As bind_catalogs(), with English in place of a language that has no texts.
+/// Like bind_catalogs(), with English if the language has no texts.
 void bind_catalogs_or_english(const std::wstring& directory, const std::string& language);
 
-/// The text of that id, empty where there is none.
+/// Returns the text of that id. Returns an empty string if there is none.
 std::wstring catalog_text(const std::wstring& id);
 
 } // namespace audit

@@ -8,7 +8,7 @@
 namespace audit
 {
 
-/// The host's channel: hands every text on to the one who receives, and counts them.
+/// The host's channel: passes every text on to the receiver and counts the texts.
 class channel_t : public velmo2::IMessenger
 {
 public:
@@ -21,7 +21,7 @@ public:
         m_receiver.say(severity, text);
     }
 
-    /// How many texts have passed.
+    /// Returns the number of texts that have passed.
     std::uint64_t count() const { return m_count; }
 
 private:

@@ -18,7 +18,7 @@ consumer_t::consumer_t(velmoext::message_t::severity_t least, printer_t::line_ma
       m_printer(boost::make_shared<printer_t>(std::move(maker), std::move(sink)))
 {
     m_ex->push_handler(m_printer);
-    m_ex->push_handler(boost::make_shared<filter_t>(least)); // asked first
+    m_ex->push_handler(boost::make_shared<filter_t>(least)); // called first
     m_adapter.set_output_velmoext(m_ex);
 }
 

@@ -16,8 +16,8 @@
 namespace audit
 {
 
-/// The component that receives: prints the messages that come through its messenger and are grave
-/// enough.
+/// The component that receives messages: prints those that come through its messenger and are
+/// severe enough.
 class consumer_t
 {
 public:
@@ -29,7 +29,8 @@ public:
     boost::shared_ptr<velmoext::base_handler_t> progress_handler() const { return m_printer; }
 
 private:
-    /// What nobody holds would read its files anew for each message.
+    /// Owned here, since a reader without an owner is destroyed and the next message reads the
+    /// files again.
     const boost::shared_ptr<velmoext::config_reader_t> m_configuration;
     const boost::shared_ptr<velmoext::velmo_ex_t> m_ex;
     const boost::shared_ptr<printer_t> m_printer;

@@ -13,7 +13,7 @@ class descriptor_t
 {
 public:
     descriptor_t() = default;
-    /// A negative number is none, so the answer of an opening call can come here unchecked.
+    /// A negative number means no descriptor, so the result of open() needs no check before.
     explicit descriptor_t(int number) : m_number(number) {}
     descriptor_t(const descriptor_t&) = delete;
     descriptor_t& operator=(const descriptor_t&) = delete;

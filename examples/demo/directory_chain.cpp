@@ -39,7 +39,7 @@ bool is_entry(const char* name)
     return std::strcmp(name, ".") != 0 && std::strcmp(name, "..") != 0;
 }
 
-// The error number tells the end of a directory from a failure.
+// Sets errno to 0 first: only errno distinguishes the end of a directory from a failure.
 const dirent* next_entry(const stream_t& stream)
 {
     errno = 0;
@@ -73,7 +73,7 @@ std::error_code directory_chain_t::enter(const std::string& name)
     if (const std::error_code error = open_level(descriptor(), name, O_NOFOLLOW, child))
         return error;
     m_levels.push_back(std::move(child));
-    // The topmost directory stays open: there is no other way to it.
+    // The topmost directory stays open, since it cannot be opened again through its parent.
     if (m_levels.size() > most_descriptors)
         m_levels[m_levels.size() - most_descriptors].directory = descriptor_t();
     return std::error_code();
@@ -123,7 +123,7 @@ bool directory_chain_t::reopen(level_t& level, int neighbour, const std::string&
     return true;
 }
 
-// For when a directory was moved away from its parent while the walk was inside.
+// Needed if a directory was moved away from its parent during the walk.
 bool directory_chain_t::reach_from_top()
 {
     level_t reached;

@@ -12,29 +12,29 @@
 namespace audit
 {
 
-/// The directories from the top of a tree down to the one where the walk is.
+/// The directories from the top of a tree down to the current one of a walk.
 ///
-/// It works with descriptors, so that neither the length of a path nor a directory that is renamed
-/// on the way matters, and holds only a few of them, so that depth does not: a directory whose
-/// descriptor was given up is opened again on the way back up, and taken only if it is the same.
+/// Uses descriptors, so that neither the length of a path nor a renamed directory matters. Keeps
+/// only a few of them open, so that the depth does not matter either. A directory whose descriptor
+/// was closed is opened again on the way up, and used only if it is the same.
 class directory_chain_t
 {
 public:
-    /// Begins at this directory; a symbolic link to one will do.
+    /// Opens the topmost directory, which can be a symbolic link to one.
     std::error_code open(const std::string& path);
 
-    /// Goes down into a directory of the current one; where that fails, the current one stays.
+    /// Goes down into a directory of the current one. On failure the current one stays.
     std::error_code enter(const std::string& name);
 
-    /// Goes up to the directory that the current one was entered from. Where that cannot be opened
+    /// Goes up to the parent that the current directory was entered from. If it cannot be opened
     /// any more, it is the current one nevertheless, without a descriptor.
     std::error_code leave();
 
-    /// The current directory's descriptor, negative where there is none.
+    /// Returns the current directory's descriptor. Returns a negative number if there is none.
     int descriptor() const { return m_levels.back().directory.get(); }
 
-    /// The names in the current directory, sorted by their bytes. Where reading fails, those that
-    /// were read until then.
+    /// Lists the names in the current directory, sorted by their bytes. If reading fails, the names
+    /// that were read before the failure are in the list.
     std::error_code list(std::vector<std::string>& names) const;
 
 private:

@@ -31,7 +31,7 @@ std::wstring size_text(const entry_t& entry)
     return std::to_wstring(size_of(entry));
 }
 
-// Four octal digits, as chmod takes them.
+// Returns four octal digits, as chmod accepts them.
 std::wstring mode_text(const entry_t& entry)
 {
     std::wstring text;
@@ -42,7 +42,7 @@ std::wstring mode_text(const entry_t& entry)
     return text;
 }
 
-// Nothing where the link is gone meanwhile.
+// Returns nothing if the link was removed meanwhile.
 std::optional<std::wstring> read_target(const entry_t& entry)
 {
     std::array<char, PATH_MAX> target = {};
@@ -82,7 +82,7 @@ void entry_auditor_t::audit_access(const entry_t& entry)
                                 std::error_code(errno, std::generic_category()));
     if ((entry.status.st_mode & S_IWOTH) == 0)
         return;
-    // Whoever writes such a file runs as its owner or group.
+    // A user that writes into such a file runs code as its owner or group.
     const bool lends_rights = (entry.status.st_mode & (S_ISUID | S_ISGID)) != 0;
     m_reporter.find(lends_rights ? message_t::critical : message_t::error, L"file_world_writable",
                     {{L"path", entry.path}, {L"mode", mode_text(entry)}});

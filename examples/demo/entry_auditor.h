@@ -11,7 +11,7 @@
 namespace audit
 {
 
-/// One name in a directory, and what stands behind it.
+/// One name in a directory, and the file that it names.
 struct entry_t
 {
     int directory; ///< its descriptor, not owned
@@ -20,11 +20,11 @@ struct entry_t
     struct stat status;
 };
 
-/// Judges single entries of a tree and reports what it finds. It opens nothing.
+/// Checks single entries of a tree and reports its findings. Opens no file.
 class entry_auditor_t
 {
 public:
-    /// Files of `large` bytes and more are worth a message. The reporter is borrowed.
+    /// Reports files of at least `large` bytes. The reporter is borrowed.
     entry_auditor_t(reporter_t& reporter, std::uint64_t large);
 
     void audit_name(const entry_t& entry);

@@ -7,8 +7,8 @@
 namespace audit
 {
 
-/// The system's name for an error, as in EACCES; its number where it has none. The words for it are
-/// left to the one who reads the message, in whichever language.
+/// Returns the system's name for an error, for example EACCES. Returns its number if it has no
+/// name. The name needs no translation: the receiver can word it in any language.
 std::wstring error_name(const std::error_code& error);
 
 } // namespace audit

@@ -7,7 +7,7 @@
 namespace audit
 {
 
-/// Each byte as `\xHH`: how this program shows what must not be shown as it is.
+/// Returns each byte as `\xHH`, the form in which this program shows unsafe bytes.
 std::string escape(std::string_view bytes);
 
 } // namespace audit

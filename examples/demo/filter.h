@@ -10,11 +10,11 @@
 namespace audit
 {
 
-/// Keeps what is not grave enough from the handlers beneath.
+/// Consumes messages that are not severe enough, so that the handlers below do not get them.
 class filter_t : public velmoext::base_handler_t
 {
 public:
-    /// Messages of this severity and graver ones pass.
+    /// Lets messages of at least this severity pass.
     explicit filter_t(velmoext::message_t::severity_t least);
 
     using velmoext::base_handler_t::on_message;

@@ -10,14 +10,14 @@
 namespace audit
 {
 
-/// Flags again what is worth recording, for a storage that stands beneath: all but the files that
-/// were merely seen. What flags the sender set does not cross a channel.
+/// Flags the messages that a storage below is to record: all but those about files that were merely
+/// seen. The sender's flags do not cross a channel.
 class flagger_t : public velmoext::base_handler_t
 {
 public:
     using velmoext::base_handler_t::on_message;
 
-    /// Passes everything on, a text that is no message too.
+    /// Passes everything on, including a text that is not a message.
     bool on_message(boost::shared_ptr<velmoext::velmo_ex_t> ex,
                     boost::shared_ptr<velmoext::message_t> msg) override;
 };

@@ -1,12 +1,12 @@
 /// @file
-/// The user's wish to end the program, as SIGINT brings it.
+/// The user's request to end the program, which SIGINT delivers.
 #pragma once
 
 namespace audit
 {
 
-/// From now on the first SIGINT only leaves a mark; the second ends the program at once. Where the
-/// program was started with SIGINT ignored, as in the background of a script, that stays.
+/// Catches the first SIGINT, see is_interrupted(). The second one ends the program at once. If the
+/// program was started with SIGINT ignored, as in the background of a script, it stays ignored.
 void watch_for_interrupt();
 
 bool is_interrupted();

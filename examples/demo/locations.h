@@ -8,8 +8,8 @@
 namespace audit
 {
 
-/// Where this program's files are: beside it, in `share`. The process's locations as long as it
-/// lives.
+/// The locations of this program's files: in `share` beside the program. The process's locations as
+/// long as the object exists.
 class locations_t : public setbook2::IProductLocations
 {
 public:
@@ -22,7 +22,7 @@ public:
     const wchar_t* get_data_dir() override { return m_data.c_str(); }
     const wchar_t* get_config_dir() override { return m_config.c_str(); }
 
-    /// Of the message catalogs.
+    /// Returns the directory of the message catalogs.
     const std::wstring& locale_dir() const { return m_locale; }
 
 private:

@@ -36,7 +36,7 @@ bool recording_t::start(const std::string& name, velmoext::velmo_ex_t& ex)
         return false;
     m_storage = storage;
     ex.push_handler(storage);
-    ex.push_handler(boost::make_shared<flagger_t>()); // asked first
+    ex.push_handler(boost::make_shared<flagger_t>()); // called first
     return true;
 }
 

@@ -13,27 +13,28 @@
 namespace audit
 {
 
-/// Whether a name is UTF-8; only then can a storage have it.
+/// Whether a name is UTF-8: a storage cannot have any other name.
 bool can_name_log(const std::string& name);
 
-/// The storage of that name.
+/// Returns the storage of that name.
 boost::shared_ptr<velmoext::messages_storage_t> open_log(const std::string& name);
 
-/// Records into a log what is worth it of the messages that pass an extension object.
+/// Records into a log those messages through an extension object that are worth recording.
 class recording_t
 {
 public:
     recording_t() = default;
     recording_t(const recording_t&) = delete;
     recording_t& operator=(const recording_t&) = delete;
-    /// As stop().
+    /// Calls stop().
     ~recording_t();
 
-    /// Puts itself on top of the object's handlers, so that none of them can keep a message from
-    /// the log. False, with nothing done, where the log cannot be recorded into.
+    /// Pushes its handlers on top of the object's handlers, so that none of them can keep a message
+    /// from the log. Returns false and changes nothing if the log cannot be recorded into.
     bool start(const std::string& name, velmoext::velmo_ex_t& ex);
 
-    /// Closes the log. What passes later is not recorded. Harmless where nothing was started.
+    /// Closes the log. Messages that pass later are not recorded. Does nothing if no recording was
+    /// started.
     void stop();
 
 private:

@@ -87,8 +87,8 @@ printer_t::line_maker_t line_maker(bool is_plain)
     return readable_line;
 }
 
-// The host between two components that know nothing of each other: the one that prints, and the one
-// that walks or a log of what it once said.
+// The host of two independent components. One prints; the other one walks, or is the log of an
+// earlier walk.
 class host_t
 {
 public:
@@ -125,7 +125,7 @@ host_t::host_t(const options_t& options)
         choose_language();
 }
 
-// An answer in another language than the one asked for by name would look like a mistake.
+// If the user names a language, texts in another one would look like a mistake.
 void host_t::choose_language()
 {
     if (!m_options.language)
@@ -149,7 +149,7 @@ int host_t::walk()
     tree_walker_t walker(reporter, progress, m_options.large);
     if (const std::error_code error = walker.walk(m_options.directory))
         return refuse(m_options.directory, " cannot be read: " + error.message());
-    // Before the last output, which may wait long for its reader.
+    // Before the last output, which can block for long.
     recording.stop();
     return end(walker.is_complete() ? complete : interrupted, channel.count(),
                "crossed the channel");
@@ -162,7 +162,7 @@ int host_t::replay()
         return refuse(m_options.replayed_log, unreadable);
     const auto tally = boost::make_shared<tally_t>();
     m_consumer.ex()->push_handler(tally);
-    // A text that is no log can be something to read, too.
+    // A replay also succeeds for some texts that are not logs, but delivers nothing.
     if (!log->replay(m_consumer.ex()) || tally->count() == 0)
         return refuse(m_options.replayed_log, without_message);
     return end(complete, tally->count(), "were replayed");

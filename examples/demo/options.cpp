@@ -58,7 +58,7 @@ std::string parse_log(const std::string& option, const std::string& name)
     return name;
 }
 
-/// Goes through the arguments once, from left to right.
+/// Parses the arguments once, from left to right.
 class parser_t
 {
 public:

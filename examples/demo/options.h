@@ -14,7 +14,7 @@
 namespace audit
 {
 
-/// What the user asks for.
+/// The user's options.
 struct options_t
 {
     enum action_t
@@ -27,31 +27,31 @@ struct options_t
 
     action_t action = walk;
     std::string directory = "/usr/share/doc";
-    /// The least severity that is shown.
+    /// The lowest severity that is shown.
     velmoext::message_t::severity_t severity = velmoext::message_t::warning;
-    std::uint64_t large = 100ULL << 20U; ///< files of so many bytes and more are reported
-    bool progress = false;               ///< shown even where nobody may be looking
-    std::optional<std::string> log;      ///< what a walk is recorded into, if anything
+    std::uint64_t large = 100ULL << 20U; ///< in bytes; larger and equal files are reported
+    bool progress = false;               ///< shown even if standard error is not a terminal
+    std::optional<std::string> log;      ///< the log of a walk, if any
     bool plain = false;                  ///< messages are shown as they are
-    std::optional<std::string> language; ///< of the texts, where the environment does not count
+    std::optional<std::string> language; ///< of the texts, instead of the environment's
     std::string replayed_log;            ///< for a replay
 };
 
-/// A command line that makes no sense; what() says why, without a line end.
+/// Thrown for an invalid command line; what() is the reason, without a line end.
 class usage_error_t : public std::runtime_error
 {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// Reads the arguments behind the program's name, up to one that asks for help or the version.
+/// Parses the arguments after the program's name, up to one that asks for help or the version.
 /// Throws usage_error_t.
 options_t parse_options(const std::vector<std::string>& arguments);
 
-/// What --help prints.
+/// Returns the output of --help.
 std::string usage_text();
 
-/// What --version prints.
+/// Returns the output of --version.
 std::string version_text();
 
 } // namespace audit

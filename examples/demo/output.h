@@ -8,7 +8,7 @@
 namespace audit
 {
 
-/// Writes to a file descriptor: at once where that is a terminal, else in large pieces. The first
+/// Writes to a file descriptor: at once if it is a terminal, else in large buffers. The first
 /// failure stays; nothing is written after it.
 class output_t
 {
@@ -18,7 +18,7 @@ public:
 
     void write(const std::string& text);
 
-    /// Writes what has been gathered. Nothing is written at destruction, where a failure would be
+    /// Writes the buffered text. The destructor writes nothing, since a failure there would be
     /// lost.
     void flush();
 

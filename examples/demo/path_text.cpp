@@ -14,7 +14,7 @@ namespace audit
 namespace
 {
 
-/// The bytes of one character and its UTF-16 form, which is empty where it is not readable.
+/// The bytes of one character, and its UTF-16 form, which is empty if it is not readable.
 struct piece_t
 {
     std::string_view bytes;
@@ -38,7 +38,7 @@ bool is_readable(const std::wstring& character)
     return !is_control && first != 0xFFFE && first != 0xFFFF;
 }
 
-// The conversion there and back decides what is UTF-8: only that comes back unchanged.
+// A character is UTF-8 only if a conversion to UTF-16 and back leaves it unchanged.
 piece_t next_piece(std::string_view rest)
 {
     const std::string bytes(rest.substr(0, announced_length(rest.front())));

@@ -11,7 +11,7 @@ namespace
 
 using velmoext::message_t;
 
-// A value cannot end its quotation marks.
+// Escapes quotation marks, so that a value cannot end its own.
 std::string without_quotes(const std::wstring& text)
 {
     std::string shown;

@@ -10,8 +10,8 @@
 namespace audit
 {
 
-/// A message as it is: severity, type, source, and each argument as name=value, in UTF-8. What is
-/// empty or has a space or an equals sign in it stands in quotation marks.
+/// Returns a message untranslated: severity, type, source, and each argument as name=value, in
+/// UTF-8. A part that is empty or has a space or an equals character in it is quoted.
 std::string plain_line(const velmoext::message_t& message);
 
 } // namespace audit

@@ -13,7 +13,7 @@ namespace
 
 using velmoext::message_t;
 
-// What is no number counts as nothing done.
+// A text that is not a number counts as 0.
 int percent_of(const message_t& message)
 {
     const std::wstring text = message.get_content().args[percent_word];

@@ -17,11 +17,11 @@ namespace audit
 class printer_t : public velmoext::base_handler_t
 {
 public:
-    /// Makes one line of a message, in UTF-8, without its end.
+    /// Returns one line for a message, in UTF-8, without a line end.
     typedef std::function<std::string(const boost::shared_ptr<velmoext::velmo_ex_t>&,
                                       const boost::shared_ptr<velmoext::message_t>&)>
         line_maker_t;
-    /// Takes a line.
+    /// Receives a line.
     typedef std::function<void(const std::string&)> line_sink_t;
 
     printer_t(line_maker_t maker, line_sink_t sink);
@@ -29,7 +29,7 @@ public:
     bool on_message(boost::shared_ptr<velmoext::velmo_ex_t> ex,
                     boost::shared_ptr<velmoext::progress_message_t> msg) override;
 
-    /// A text that is no message is passed on unseen.
+    /// Passes a text that is not a message on, and shows nothing.
     bool on_message(boost::shared_ptr<velmoext::velmo_ex_t> ex,
                     boost::shared_ptr<velmoext::message_t> msg) override;
 

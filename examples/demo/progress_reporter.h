@@ -15,7 +15,7 @@
 namespace audit
 {
 
-/// Tells one handler how far an operation has come, each time the percentage changes.
+/// Reports the progress of an operation to one handler, each time that the percentage changes.
 class progress_reporter_t
 {
 public:
@@ -23,7 +23,7 @@ public:
                         boost::shared_ptr<velmoext::base_handler_t> handler,
                         boost::shared_ptr<velmo2::IProgress> progress);
 
-    /// So many of all parts are done; an operation without parts is done at once.
+    /// Reports that `done` of `all` parts are done. An operation without parts is at 100 percent.
     void report(std::size_t done, std::size_t all);
 
     /// Whether the user asked to end the operation.

@@ -6,7 +6,7 @@
 namespace audit
 {
 
-/// An argument as a complaint names it: in quotation marks, safe on a terminal, on one line.
+/// Returns an argument for an error message: in quotation marks, safe on a terminal, on one line.
 std::string quoted(const std::string& argument);
 
 } // namespace audit

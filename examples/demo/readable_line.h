@@ -13,8 +13,8 @@
 namespace audit
 {
 
-/// A message in the user's language: severity, title and text, in UTF-8. The line is plain_line()
-/// where the catalogs have no text for it.
+/// Returns a message in the user's language: severity, title and text, in UTF-8. Returns
+/// plain_line() if the catalogs have no text for it.
 std::string readable_line(const boost::shared_ptr<velmoext::velmo_ex_t>& ex,
                           const boost::shared_ptr<velmoext::message_t>& message);
 

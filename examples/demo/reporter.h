@@ -14,8 +14,8 @@
 namespace audit
 {
 
-/// Says what was found: makes messages with this program as their source, sends them, and keeps
-/// count of them.
+/// Reports findings: creates messages with this program as their source, sends them and counts
+/// them.
 class reporter_t
 {
 public:
@@ -25,17 +25,18 @@ public:
     /// The channel is borrowed.
     explicit reporter_t(velmoext::velmo_adapter_t& channel);
 
-    /// Says that something was seen, be it as it should or not. Not worth recording.
+    /// Reports that something was seen, whether its state is good or not. Not worth recording.
     void note(const std::wstring& type, const args_t& args);
 
-    /// Says that something is worth attention, and worth recording.
+    /// Reports something that is worth attention and worth recording.
     void find(severity_t severity, const std::wstring& type, const args_t& args);
 
-    /// Finds that something failed at a path; nothing where the path is no longer there, since a
-    /// tree that is in use changes during the walk.
+    /// Reports a failure at a path. Does nothing if the path does not exist any more, since a tree
+    /// that is in use changes during the walk.
     void find_failure(const std::wstring& type, const std::wstring& path, std::error_code error);
 
-    /// Says what it all came to, as gravely as the gravest find, and at least with this severity.
+    /// Reports the summary, with the severity of the most severe finding, and at least with this
+    /// one.
     void summarize(severity_t least, const std::wstring& type, args_t args);
 
 private:

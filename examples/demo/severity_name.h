@@ -11,10 +11,10 @@
 namespace audit
 {
 
-/// The word for a severity; a severity that has none is its number.
+/// Returns the word for a severity. Returns its number if it has no word.
 std::string severity_name(velmoext::message_t::severity_t severity);
 
-/// The severity that a user may name, nothing for another word.
+/// Returns the severity of that name. Returns nothing for any other word.
 std::optional<velmoext::message_t::severity_t> named_severity(const std::string& name);
 
 } // namespace audit

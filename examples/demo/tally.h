@@ -18,7 +18,7 @@ class tally_t : public velmoext::base_handler_t
 public:
     using velmoext::base_handler_t::on_message;
 
-    /// A text that is no message does not count.
+    /// Does not count a text that is not a message.
     bool on_message(boost::shared_ptr<velmoext::velmo_ex_t> ex,
                     boost::shared_ptr<velmoext::message_t> msg) override;
 

@@ -8,17 +8,17 @@
 namespace audit
 {
 
-/// The host's progress: a percentage at the end of what standard error shows, until it is hidden.
+/// The host's progress object: shows a percentage on standard error until it is hidden.
 class terminal_progress_t : public velmo2::IProgress
 {
 public:
-    /// Shows nothing unless `is_shown`; `is_canceled` tells whether the operation shall end.
+    /// Shows nothing unless `is_shown`. `is_canceled` returns whether the operation is to end.
     terminal_progress_t(bool is_shown, std::function<bool()> is_canceled);
 
     void set_percent(int percent) override;
     bool is_canceled() const override;
 
-    /// Takes the percentage off the line, so that something else can be written there. The next
+    /// Erases the percentage from the line, so that other text can be written there. The next
     /// percentage is shown again.
     void hide();
 

@@ -112,7 +112,7 @@ std::error_code tree_walker_t::begin_directory()
     return m_directories.list(m_frames.back().names);
 }
 
-// The names that are left of a directory that is out of reach cannot be looked at any more.
+// If the parent cannot be opened again, its remaining names cannot be visited and are skipped.
 void tree_walker_t::end_directory()
 {
     m_frames.pop_back();

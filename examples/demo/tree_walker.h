@@ -15,19 +15,19 @@
 namespace audit
 {
 
-/// Walks a directory tree once, each directory in the order of its names' bytes, and reports what
-/// it finds. It follows no link and opens nothing but directories.
+/// Walks a directory tree once, each directory in the byte order of its names, and reports its
+/// findings. Follows no link and opens nothing but directories.
 class tree_walker_t
 {
 public:
     /// Both reporters are borrowed; for `large` see entry_auditor_t.
     tree_walker_t(reporter_t& reporter, progress_reporter_t& progress, std::uint64_t large);
 
-    /// Walks until the tree's end or until the user asks to end it, then sends a summary. Where the
-    /// topmost directory cannot be read the answer is why, and nothing was sent.
+    /// Walks to the tree's end, or until the user cancels the walk, then sends a summary. If the
+    /// topmost directory cannot be read, returns the error and sends nothing.
     std::error_code walk(const std::string& top);
 
-    /// Whether the walk came to the tree's end.
+    /// Whether the walk reached the tree's end.
     bool is_complete() const { return m_frames.empty(); }
 
 private:

@@ -23,7 +23,7 @@ typedef boost::shared_ptr<message_t> message_ptr;
 typedef std::unique_ptr<xmlTextReader, decltype(&xmlFreeTextReader)> reader_t;
 typedef std::unique_ptr<xmlParserCtxt, decltype(&xmlFreeParserCtxt)> parser_t;
 
-// The text arrived as wide text, so that its declaration says nothing about bytes.
+// Ignores the declared encoding, since the document was converted from wide text.
 const int options =
     XML_PARSE_RECOVER | XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_IGNORE_ENC;
 
@@ -60,7 +60,8 @@ void read_child(const xmlNode* child, message_t& message, message_t::message_con
         content.elements.emplace(wide_from_xml(child->name), text);
 }
 
-// libxml2 2.9.14 takes comments and instructions directly in an entity for text, later ones do not.
+// Removes comments and instructions directly in an entity: libxml2 2.9.14 takes them for text,
+// later releases do not.
 void remove_remarks(xmlEntity* entity)
 {
     for (xmlNode* node = entity->children; node != nullptr;) {
@@ -99,8 +100,8 @@ message_ptr read_element(const xmlNode* node)
     return message;
 }
 
-// Adds up what the references to entities below a node stand for. The bound comes first: entities
-// within entities can stand for any number of bytes.
+// Adds up the sizes of the entities that are referred to below a node. Stops at the limit, since
+// nested entities can expand to any number of bytes.
 class expansion_t
 {
 public:
@@ -180,7 +181,7 @@ bool has_fault_after(xmlTextReader* reader)
     return result < 0;
 }
 
-// A document that a push parser gets in one piece.
+// A document that a push parser gets in one chunk.
 class whole_document_t
 {
 public:
@@ -208,7 +209,7 @@ public:
         return at != nullptr;
     }
 
-    // Null with any fault.
+    // Returns null after any fault.
     message_ptr message() const
     {
         if (m_parser->wellFormed == 0)
@@ -250,7 +251,7 @@ bool refers_to_parameter_entity(const std::string& document)
 document_oracle_t::document_oracle_t(const std::wstring& text)
     : m_document(ROVA_2_18::strings::utf16_to_utf8(text))
 {
-    // XML knows no zero character; libxml2 would take one for a sign of another encoding.
+    // XML does not allow the character zero, and libxml2 would detect another encoding by it.
     if (text.find(L'\0') != std::wstring::npos)
         return;
     const xml_errors_t errors;
@@ -296,8 +297,8 @@ void document_oracle_t::read()
     }
 }
 
-// A push parser looks for the end of a document type before it reads it, and takes the quotes and
-// brackets of an instruction in it for the type's own.
+// A push parser searches for the end of a document type before it parses it. In an instruction it
+// takes quotes and brackets for the type's own.
 void document_oracle_t::read_whole()
 {
     const std::size_t type = m_document.find("<!DOCTYPE");

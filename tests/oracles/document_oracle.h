@@ -6,31 +6,31 @@
 
 #include <string>
 
-/// The message of a document as plain calls of libxml2's text reader and tree give it.
+/// The message of a document as plain calls of libxml2's text reader and tree return it.
 class document_oracle_t
 {
 public:
     explicit document_oracle_t(const std::wstring& text);
 
-    /// Empty if the library's result is right, else a description of the difference.
+    /// Returns an empty string if the library's result is right, else the difference.
     std::string difference(const boost::shared_ptr<velmoext_1_4_8::message_t>& result) const;
 
-    /// Why the library's result may be another one than that of libxml2's text reader.
+    /// Reason why the library's result may differ from that of libxml2's text reader.
     enum class exception_t
     {
         none,
-        /// The document type refers to a parameter entity, of which few bytes can stand for
+        /// The document type refers to a parameter entity, of which few bytes can expand to
         /// gigabytes: any result.
         parameter_entity,
-        /// The message's entities stand for more than 10,000,000 bytes: any result.
+        /// The message's entities expand to more than 10,000,000 bytes: any result.
         expanded_entities,
-        /// An attribute refers to an entity, and the release of libxml2 is one from 2.13 on, which
-        /// take white space of the entity, and of references beside it, for blanks: any result.
+        /// An attribute refers to an entity, and libxml2 is 2.13 or later: any result. These
+        /// releases replace white space of the entity, and of references beside it, by blanks.
         attribute_entity,
         /// The document has more than 1,000,000 bytes, so that limits may apply: null.
         document_size,
-        /// The document type holds an instruction, and what a push parser makes of that depends on
-        /// the pieces in which it gets the document: null, or what a parse of the whole gives.
+        /// The document type contains an instruction: null, or the result of a parse of the whole.
+        /// A push parser's result depends on the chunks in which it gets the document.
         split_document_type,
         /// The reader recovers a message from a malformed document: null, or that message.
         recovered_message

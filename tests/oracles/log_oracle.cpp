@@ -23,7 +23,7 @@ namespace
 
 typedef std::map<std::wstring, std::wstring> texts_t;
 
-// The first of several attributes of one name counts.
+// If several attributes have one name, the first one counts.
 texts_t read_attributes(const xmlChar** attributes)
 {
     texts_t read;
@@ -32,14 +32,14 @@ texts_t read_attributes(const xmlChar** attributes)
     return read;
 }
 
-// A zero byte ends the text. What follows the last '>' is dropped.
+// A zero byte ends the text. The rest after the last '>' is dropped.
 std::string text_to_parse(const std::string& bytes)
 {
     const std::string text = bytes.substr(0, bytes.find('\0'));
     return text.substr(0, text.rfind('>') + 1);
 }
 
-// Empty without a well-formed declaration of an encoding.
+// Returns an empty string if no encoding is declared in well-formed text.
 std::string declared_encoding(const std::string& text)
 {
     static const std::regex declaration(
@@ -60,7 +60,7 @@ bool is_unknown_encoding(const std::string& name)
     return is_unknown;
 }
 
-// Whether the text begins with what could be the declaration of an encoding.
+// Whether the beginning of the text can be the declaration of an encoding.
 bool may_declare_encoding(const std::string& text)
 {
     return text.find("<?xml") <= 3 && text.find("encoding") != std::string::npos;
@@ -68,7 +68,7 @@ bool may_declare_encoding(const std::string& text)
 
 int parse_whole(xmlSAXHandler& table, void* context, const std::string& text)
 {
-// Deprecated in later releases, which have it all the same: it is what the rules name.
+// The rules name this function, which later releases of libxml2 have deprecated.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
     return xmlSAXUserParseMemory(&table, context, text.data(), static_cast<int>(text.size()));
@@ -125,7 +125,7 @@ log_oracle_t::reading_t log_oracle_t::read(const std::string& new_bytes)
         m_reading.start = start_t::fails;
         return std::move(m_reading);
     }
-    // They also parse an empty text.
+    // Later releases also parse an empty text.
     m_reading.is_read = !text.empty() && parse(text) >= 0;
     if (!m_has_begun && may_declare_encoding(text))
         m_reading.start = start_t::either;
@@ -135,7 +135,7 @@ log_oracle_t::reading_t log_oracle_t::read(const std::string& new_bytes)
 int log_oracle_t::parse(const std::string& text)
 {
     xmlSAXHandler table = {};
-    // With the mark of SAX2, libxml2 2.9.14 would call none of the element callbacks.
+    // If the table were marked as SAX2, libxml2 2.9.14 would call none of the element callbacks.
     table.initialized = 1;
     table.startDocument = log_callbacks_t::start_document;
     table.endDocument = log_callbacks_t::end_document;
@@ -183,7 +183,7 @@ void log_oracle_t::start_arg(const xmlChar** attributes)
     m_message->set_content(content);
 }
 
-// The length that libxml2 reports does not count.
+// Ignores the length that libxml2 reports.
 void log_oracle_t::characters(const char* text)
 {
     if (m_state == in_child && m_message && m_element != "msg" && m_element != "log")

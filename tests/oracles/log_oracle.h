@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-/// Reads a log as one parse of the whole text by libxml2 and the rules for its callbacks give it.
-/// One object reads what a storage reads: the text of each replay is a document of its own, but an
-/// element of a later one can change the last message of an earlier one.
+/// Reads a log with one libxml2 parse of the whole text and the rules for its callbacks. One object
+/// reads the input of one storage. The text of each replay is a document of its own. Nevertheless
+/// an element of a later one can change the last message of an earlier one.
 class log_oracle_t
 {
 public:

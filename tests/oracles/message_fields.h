@@ -4,7 +4,7 @@
 
 #include <string>
 
-/// All fields of a message but its flags, a line each.
+/// Returns all fields of a message except its flags, one per line.
 inline std::string fields_of(const velmoext_1_4_8::message_t& message)
 {
     return "message\n" + velmoext_1_4_8::message_text(message, "  ", "\n") + "  next argument " +

@@ -4,9 +4,9 @@
 
 #include <string>
 
-/// The bytes of a document that may hold a message, mostly well-formed: of the form that a message
-/// is written in, or of any that XML allows.
+/// Returns a document that may contain a message, mostly well-formed. It is in the written form, or
+/// in any form that XML allows.
 std::string random_document(random_source_t& random);
 
-/// The same of a log.
+/// Returns such a log.
 std::string random_log(random_source_t& random);

@@ -66,7 +66,7 @@ std::wstring random_key(random_source_t& random)
     case 1:
         return random.one_in(8) ? std::wstring() : random_text(random);
     case 2:
-        // Another spelling of a name that append_run() gives in two elements.
+        // The same character as one element; append_run() gives it in two.
         return std::wstring(1, static_cast<wchar_t>(0x10400 + random.below(4)));
     case 3: {
         std::wstring pair;

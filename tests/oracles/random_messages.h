@@ -6,8 +6,8 @@
 
 #include <string>
 
-/// A message of any kind: keys that are names and keys that are not, texts of any characters.
+/// Returns a message with any content: keys that are names or not, texts of any characters.
 velmoext_1_4_8::message_t random_message(random_source_t& random);
 
-/// A text of any elements, also of some that no encoding knows.
+/// Returns a text of any elements, including values that no encoding has.
 std::wstring random_text(random_source_t& random);

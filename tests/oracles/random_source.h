@@ -31,8 +31,8 @@ private:
     std::mt19937_64 m_engine;
 };
 
-/// The seeds of one test's cases: `count` of them from `first` on. The environment can ask for
-/// more, VELMOEXT1_RANDOM_CASES, and for others, VELMOEXT1_RANDOM_SEED.
+/// The seeds of one test's cases: `count` of them, starting at `first`. The environment can set the
+/// count, VELMOEXT1_RANDOM_CASES, and the first one, VELMOEXT1_RANDOM_SEED.
 struct random_seeds_t
 {
     std::uint64_t first = 1;

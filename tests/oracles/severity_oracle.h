@@ -6,7 +6,7 @@
 
 #include <string>
 
-/// The severity that a text stands for, by the first row of the table that fits.
+/// Returns the severity of a text, from the first matching row of the table.
 inline velmoext_1_4_8::message_t::severity_t severity_of(const std::wstring& text)
 {
     using velmoext_1_4_8::message_t;

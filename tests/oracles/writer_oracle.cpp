@@ -87,7 +87,7 @@ tree_t parse(const std::string& document)
                   xmlFreeDoc);
 }
 
-// With any colons.
+// Accepts any colons.
 bool is_name_of_document_type(const std::string& name)
 {
     const tree_t tree = parse("<!DOCTYPE " + name + "><a/>");
@@ -106,7 +106,8 @@ bool is_name_in_document(const std::string& name)
                              from_xml(root->ns->prefix) + (":" + local) == name);
 }
 
-// Releases of libxml2 differ in what they make of a second colon before what begins no name.
+// Whether all releases of libxml2 split the name in the same way. They differ if the text after a
+// second colon does not begin a name.
 bool is_split_by_each_release(const std::string& name)
 {
     const std::size_t first = name.find(':');
@@ -118,7 +119,8 @@ bool is_split_by_each_release(const std::string& name)
            !is_name_in_document(name.substr(first + 1, second - first - 1));
 }
 
-// Whether libxml2 reads the key as a name; without a replacement, which would make one of anything.
+// Whether libxml2 reads the key as a name. A key that needs a replacement is not one: the
+// replacement would be a name character.
 bool is_name(const std::wstring& key)
 {
     if (!is_writable(key))

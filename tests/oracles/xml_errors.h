@@ -12,8 +12,8 @@ public:
     xml_errors_t(const xml_errors_t&) = delete;
     xml_errors_t& operator=(const xml_errors_t&) = delete;
 
-    /// Whether a parser met a fatal error. What a converter of encodings cannot convert is none:
-    /// the text is converted ahead of the parse.
+    /// Whether a parser reported a fatal error. A failed conversion of the encoding does not count,
+    /// since the text is converted before the parse.
     bool has_fault() const { return m_has_fault; }
 
 private:

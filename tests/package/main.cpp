@@ -1,4 +1,4 @@
-// Uses the installed library as a stranger would: two adapters, one handler, one message.
+// Uses the installed library from outside the project: two adapters, one handler, one message.
 #include <velmoext1/velmoext1.h>
 
 #include <boost/make_shared.hpp>
@@ -46,7 +46,7 @@ bool arrived_whole(boost::shared_ptr<message_t> sent, boost::shared_ptr<message_
            received->get_content().args == sent->get_content().args;
 }
 
-// Needs a host library as well, as most calls for the configuration do.
+// Requires a host library as well, as most calls for the configuration do.
 bool is_configuration_set()
 {
     const auto reader = config_reader_t::get();

@@ -10,17 +10,17 @@
 namespace soak
 {
 
-/// Text of plain letters, which every way of a message leaves as it is.
+/// Returns text of plain letters, which no transport of a message changes.
 std::wstring plain_text(std::mt19937& random, std::size_t longest);
 
-/// Text of anything, or of a part of a message.
+/// Returns any text, or a part of a message.
 std::wstring odd_text(std::mt19937& random);
 
-/// A message whose arguments tell whether they are those that it was made with.
+/// Creates a message whose arguments allow a check that they are unchanged.
 boost::shared_ptr<velmoext_1_4_8::message_t> make_checked_message(std::mt19937& random,
                                                                   const std::wstring& source);
 
-/// Whether the message is whole, or was not made by make_checked_message().
+/// Whether the message is unchanged, or not from make_checked_message().
 bool is_whole(const velmoext_1_4_8::message_t& message);
 
 } // namespace soak

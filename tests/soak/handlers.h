@@ -10,7 +10,7 @@
 namespace soak
 {
 
-/// Looks at each message that passes. Null passes too, where a text held no message.
+/// Checks each message. Accepts null, which is delivered if a text was not a message.
 class checking_handler_t : public velmoext_1_4_8::base_handler_t
 {
 public:
@@ -25,7 +25,7 @@ private:
     const bool m_consumes;
 };
 
-/// Keeps the text of each message for the thread that delivers it, which is the one that sent it.
+/// Records the text of each message, for the thread that sends and so delivers it.
 class hearing_handler_t : public velmoext_1_4_8::base_handler_t
 {
 public:
@@ -33,14 +33,15 @@ public:
     bool on_message(boost::shared_ptr<velmoext_1_4_8::velmo_ex_t> ex,
                     boost::shared_ptr<velmoext_1_4_8::message_t> msg) override;
 
-    /// What all handlers of this kind heard on this thread since the last call.
+    /// Returns the texts that all handlers of this class recorded on this thread since the last
+    /// call.
     static std::vector<std::wstring> heard();
 
 private:
     static thread_local std::vector<std::wstring> m_heard;
 };
 
-/// Marks each message as one that is to be recorded.
+/// Flags each message for recording.
 class flagging_handler_t : public velmoext_1_4_8::base_handler_t
 {
 public:
@@ -49,7 +50,7 @@ public:
                     boost::shared_ptr<velmoext_1_4_8::message_t> msg) override;
 };
 
-/// Says each message to another object.
+/// Sends each message to another object.
 class forwarding_handler_t : public velmoext_1_4_8::base_handler_t
 {
 public:
@@ -63,7 +64,7 @@ private:
     const boost::shared_ptr<velmoext_1_4_8::velmo_ex_t> m_listener;
 };
 
-/// Says a text to an object, as the host's own channel would.
+/// Sends a text to an object, as the host's channel does.
 void say_to(const boost::shared_ptr<velmoext_1_4_8::velmo_ex_t>& ex, const std::wstring& text);
 
 } // namespace soak

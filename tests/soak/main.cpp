@@ -1,5 +1,5 @@
-// Threads work on few objects and logs at once, for as long as they are told to, with all that the
-// library offers. Just what was sent may be delivered, and the memory in use must not grow.
+// Threads use few objects and logs at once for the requested time, with all operations of the
+// library. Exactly the sent messages must be delivered, and memory in use must not grow.
 
 #include "../run_threads.h"
 #include "worker.h"
@@ -12,7 +12,7 @@
 #include <iostream>
 #include <string>
 
-// Where a sanitizer has the place of the C library's allocator, it counts too, under this name.
+// If a sanitizer replaces the C library's allocator, this function returns the allocated bytes.
 extern "C" std::size_t sanitizer_bytes() __asm__("__sanitizer_get_current_allocated_bytes")
     __attribute__((weak));
 
@@ -54,7 +54,7 @@ std::int64_t bytes_in_use()
                                                                 : mallinfo2().uordblks);
 }
 
-// How many operations all threads made.
+// Returns the number of operations of all threads.
 std::uint64_t run_round(world_t& world, const options_t& options, std::uint32_t seed)
 {
     const auto end = std::chrono::steady_clock::now() +

@@ -25,7 +25,8 @@ using namespace velmoext_1_4_8;
 namespace
 {
 
-/// Hears what a component says to the host, and gives it to another object, as a host would.
+/// Receives messages that a component sends to the host, and passes them to another object, as a
+/// host does.
 class host_messenger_t : public velmo2::IMessenger
 {
 public:
@@ -205,7 +206,7 @@ void worker_t::replay()
         kept->replay(listening_ex());
 }
 
-// Nobody else has this log; one can be there that a former worker left.
+// No other worker uses this log. A former worker may have left one.
 void worker_t::keep_own_log()
 {
     if (m_recorded.empty() || m_recorded.size() > 20) {
@@ -232,7 +233,7 @@ void worker_t::record_in_own_log()
     }
 }
 
-// Nobody tells the library of what happens to its files.
+// Damages or removes a log without the library's knowledge.
 void worker_t::damage()
 {
     const std::string log = m_world.log_name(pick(world_t::logs));

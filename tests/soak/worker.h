@@ -12,7 +12,7 @@
 namespace soak
 {
 
-/// One thread's work: operations of the whole public interface, one after the other as they come.
+/// One thread's work: random operations of the whole public interface.
 class worker_t
 {
 public:
@@ -21,7 +21,7 @@ public:
           m_random(seed)
     {}
 
-    /// One operation.
+    /// Runs one operation.
     void work();
 
 private:
@@ -46,9 +46,10 @@ private:
     void report_progress();
     void use_files();
 
-    /// Just these were delivered on this thread, to any hearing handler, since this was asked last.
+    /// Expects that exactly these were delivered on this thread, to any hearing handler, since the
+    /// last check.
     void check_heard(const std::vector<std::wstring>& sent, const char* what);
-    /// The message has this title and this text, and so has a copy of it.
+    /// Expects this title and this text of the message and of its copy.
     void check_shown(velmoext_1_4_8::extended_message_t shown, const std::wstring& title,
                      const std::wstring& text);
 

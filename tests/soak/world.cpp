@@ -23,14 +23,14 @@ const char configuration[] =
     "  <message_type id='soak_second' title_msgid='title' name='second'/>\n"
     "</bag>\n";
 
-// The titles stand in the catalog that is asked second.
+// The titles are in the catalog that is asked second.
 const wchar_t locale[] = L"en_GB.UTF-8";
 const char files[] = "{count, plural, one {# file} other {# files}} of {sum}";
 const po_entries_t filed_texts = {
     {"soak_first", files}, {"soak_second", files}, {"soak_third", files}};
 const po_entries_t filed_titles = {{"title", "title {sum}"}};
 
-/// Gives each id as its own text, with the sum that every message has.
+/// Returns each id as its own text, with the sum that every message has.
 class echo_catalog_t : public ROVA_2_18::i18n::catalog_t
 {
 public:
@@ -65,7 +65,7 @@ void world_t::configure(const std::wstring& source) const
 boost::shared_ptr<velmo_ex_t> world_t::ex(std::size_t number)
 {
     auto known = m_exs.at(number).get();
-    // None is given as long as another thread lets the former one go.
+    // get() returns null while another thread destroys the former object.
     while (!known) {
         known = velmo_ex_t::get(L"soak." + std::to_wstring(number), prefix());
         m_exs.at(number).set(known);

@@ -20,7 +20,7 @@
 namespace soak
 {
 
-/// An object that all threads share: any of them may take it, put another one there, or let it go.
+/// An object that all threads share: any of them may use, replace or release it.
 template <typename Object>
 class slot_t
 {
@@ -41,8 +41,8 @@ private:
     boost::shared_ptr<Object> m_object; ///< guarded by m_mutex
 };
 
-/// What the threads work on. Talking objects have handlers and storages; listening ones are what a
-/// storage replays into, so they have no storage of their own.
+/// The objects of the threads. Talking objects have handlers and storages. Listening ones are the
+/// targets of replays, so they have no storage of their own.
 class world_t
 {
 public:
@@ -55,8 +55,8 @@ public:
 
     boost::shared_ptr<velmoext_1_4_8::velmo_ex_t> ex(std::size_t number);
     void let_go_of_ex(std::size_t number) { m_exs.at(number).set(nullptr); }
-    /// Whose lowest handler is a hearing one: any thread may put others above it and take as many
-    /// away again.
+    /// Returns the object whose lowest handler is a hearing one. Any thread may push others above
+    /// it and pop as many.
     boost::shared_ptr<velmoext_1_4_8::velmo_ex_t> heard_ex() const { return m_heard_ex; }
     boost::shared_ptr<velmoext_1_4_8::messages_storage_t> storage(std::size_t number);
     void let_go_of_storage(std::size_t number) { m_storages.at(number).set(nullptr); }
@@ -66,10 +66,10 @@ public:
     static std::wstring filed_source_name() { return L"filed"; }
     static std::wstring prefix() { return L"soak"; }
 
-    /// A file in the folder of all files.
+    /// Returns the name of a file in the common folder.
     std::wstring file_name(const std::string& leaf) const { return m_folder.wide_name(leaf); }
 
-    /// Lets go of all objects, forgets the catalogs that were read, and removes the logs.
+    /// Releases all objects, forgets the catalogs that were read, and removes the logs.
     void clear();
 
     void check(bool condition, const char* what);

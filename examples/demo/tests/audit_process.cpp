@@ -27,8 +27,7 @@ namespace
 const int could_not_start = 127;
 const unsigned longest_run_in_seconds = 50;
 
-// The bits are cleared for good: without new privileges, the program's start cannot bring back what
-// is root's by birth.
+// Sets no_new_privs, so that execve() cannot restore the capabilities that root has by default.
 bool give_up_privileges()
 {
     __user_cap_header_struct header = {_LINUX_CAPABILITY_VERSION_3, 0};

@@ -14,18 +14,18 @@
 namespace audit
 {
 
-/// How a process is started, where it differs from the usual.
+/// Settings for the start of a process, with the usual ones as defaults.
 struct launch_t
 {
     static const int file = -1;   ///< for `out`: a file, whose contents are in the result
-    static const int closed = -2; ///< for `out`: there is no standard output
+    static const int closed = -2; ///< for `out`: standard output is closed
 
     int out = file;            ///< a descriptor, or one of the above
     bool is_plain = true;      ///< messages are shown as they are
-    bool is_privileged = true; ///< false: file modes bind it even if it is root's
+    bool is_privileged = true; ///< false: file modes restrict even a process of root
     bool ignores_interrupt = false;
     unsigned most_descriptors = 0; ///< 0: the limit stays
-    /// What the environment tells of the language, and nothing else does.
+    /// The only variables of the environment that select the language.
     std::map<std::string, std::string> language = {{"LC_ALL", "C"}};
 };
 
@@ -36,7 +36,7 @@ struct result_t
     std::string err;
 };
 
-/// The program under test. It is ended where it hangs.
+/// The program under test. A program that does not end is killed.
 class audit_process_t
 {
 public:
@@ -48,7 +48,7 @@ public:
 
     void interrupt() const;
 
-    /// Whether an interrupt would be caught, as the system tells it.
+    /// Whether the system reports that the process catches SIGINT.
     bool catches_interrupt() const;
 
     /// Waits for its end.
@@ -72,7 +72,7 @@ private:
 /// Starts the program and waits for its end.
 result_t run_audit(const std::vector<std::string>& arguments, const launch_t& launch = launch_t());
 
-/// The lines of a text, each of which must have its end.
+/// Splits a text into lines. Each line must have its end.
 std::vector<std::string> lines_of(const std::string& text);
 
 /// A pipe that is full after a few lines.
@@ -84,10 +84,10 @@ struct narrow_pipe_t
     descriptor_t writer;
 };
 
-/// What comes until the other end is closed.
+/// Reads until the other end is closed.
 std::string read_all(const descriptor_t& source);
 
-/// A run that gets an interrupt when its first output is there, while it waits for that to be read.
+/// A run that receives SIGINT once its first output has arrived, while it waits for a reader.
 struct interrupted_run_t
 {
     explicit interrupted_run_t(const std::vector<std::string>& arguments,

@@ -17,7 +17,7 @@ namespace audit
 namespace
 {
 
-/// Whether it is one whole line of this program.
+/// Whether the text is one whole line of this program.
 testing::AssertionResult is_one_line(const std::string& text)
 {
     const bool is_whole = text.compare(0, 7, "audit: ") == 0 && text.find('\n') == text.size() - 1;
@@ -39,7 +39,7 @@ descriptor_t open_full_device()
 class exit_code_test : public testing::Test
 {
 protected:
-    /// Two lines for each of them are more than a narrow pipe and the program's own memory take.
+    /// Their lines, two for each file, do not fit into a narrow pipe and the program's own buffer.
     void make_many_files() const { m_tree.make_empty_files(many); }
 
     static constexpr int many = 600;
@@ -201,7 +201,7 @@ TEST_F(exit_code_test, the_second_interrupt_ends_it_at_once)
     char first = 0;
     ASSERT_EQ(::read(pipe.reader.get(), &first, 1), 1);
     process.interrupt();
-    // Nobody reads on, so it cannot end by itself.
+    // Nothing reads the pipe now, so the program cannot end by itself.
     while (process.catches_interrupt() && !HasFailure())
         std::this_thread::yield();
     process.interrupt();

@@ -18,7 +18,7 @@ typedef std::vector<std::string> lines_t;
 class findings_test : public testing::Test
 {
 protected:
-    /// All lines of a walk of the tree.
+    /// Returns all lines of a walk of the tree.
     lines_t walk(lines_t options = {"--severity", "info"},
                  const launch_t& launch = launch_t()) const
     {
@@ -29,7 +29,7 @@ protected:
         return lines_of(result.out);
     }
 
-    /// Those of its lines that begin like this, without that.
+    /// Returns the lines that begin with this text, without it.
     lines_t rest_of(const std::string& begin, const lines_t& lines) const
     {
         lines_t rest;

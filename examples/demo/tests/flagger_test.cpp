@@ -16,7 +16,7 @@ namespace
 
 using velmoext::message_t;
 
-/// The flags of a message once it has passed.
+/// Returns the flags of a message after the handler.
 int flags_behind(const std::wstring& type, int flags)
 {
     const auto message = boost::make_shared<message_t>();

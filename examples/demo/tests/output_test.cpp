@@ -30,7 +30,8 @@ extern "C" void drain_pipe(int /*signal*/)
         std::abort();
 }
 
-/// Empties a pipe when a signal comes, which comes soon; the one who waits for room is woken by it.
+/// Drains a pipe when a signal arrives, which is sent soon. The signal also interrupts a write that
+/// waits for room.
 class soon_drained_t
 {
 public:
@@ -69,7 +70,7 @@ protected:
         return std::string(bytes.data(), length < 0 ? 0 : static_cast<std::size_t>(length));
     }
 
-    /// What arrives while `write` runs, and until the writer is closed after it.
+    /// Returns the output that arrives while `write` runs, and until the writer is closed after it.
     std::string read_during(const std::function<void()>& write)
     {
         std::string all;

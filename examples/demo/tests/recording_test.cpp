@@ -42,7 +42,7 @@ protected:
                        "records into it, or what it holds cannot be carried over");
     }
 
-    /// Whether the log has its end, and so whoever reads it next sees all of it.
+    /// Whether the log has its end, so that its next reader gets all of it.
     bool is_closed() const
     {
         const std::string log = read_log();

@@ -103,7 +103,7 @@ TEST_F(replay_test, a_log_without_its_end_gives_what_is_complete)
     EXPECT_EQ(replay(), lines_t(lines.begin(), lines.end() - 1));
 }
 
-// The limits of a log, which the program leaves as they are.
+// These are limits of the library's log, which the program does not change.
 TEST_F(replay_test, a_value_that_xml_must_write_otherwise_comes_back_changed_and_in_pieces)
 {
     m_tree.make_link("a&b", "x");

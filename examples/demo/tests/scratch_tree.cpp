@@ -21,7 +21,7 @@ namespace audit
 namespace
 {
 
-// A test without its tree would prove nothing.
+// Throws, since a test without its tree would prove nothing.
 void require(bool condition, const std::string& what)
 {
     if (!condition)
@@ -44,7 +44,7 @@ descriptor_t make_directory_at(int directory, const std::string& name)
     return made;
 }
 
-// The system's own tools manage any depth.
+// Runs a tool of the system, which works at any depth.
 int run_tool(const char* tool, const char* option, const char* operand, const std::string& path)
 {
     std::string words[] = {tool, option, operand, path};

@@ -9,7 +9,7 @@
 namespace audit
 {
 
-/// A directory tree of one test; it goes with the object, whatever its modes and depth.
+/// A directory tree of one test, removed by the destructor whatever its modes and depth are.
 class scratch_tree_t
 {
 public:
@@ -21,15 +21,15 @@ public:
     const std::string& path() const { return m_path; }
     std::string path(const std::string& name) const { return m_path + '/' + name; }
 
-    /// Its mode is 0644, whatever the process's mask is.
+    /// Creates a file with the mode 0644, whatever the process's mask is.
     void make_file(const std::string& name, off_t size = 1) const;
-    /// So many of them, with names of more than 200 bytes.
+    /// Creates that many empty files with names of more than 200 bytes.
     void make_empty_files(int count) const;
     void make_directory(const std::string& name) const;
     void make_link(const std::string& name, const std::string& target) const;
     void make_fifo(const std::string& name) const;
 
-    /// So many directories, each named "d" and in the one before, and a file "bottom" in the last.
+    /// Creates that many nested directories, each named "d", and a file "bottom" in the last one.
     void make_depth(std::size_t levels) const;
 
     void set_mode(const std::string& name, mode_t mode) const;

@@ -33,7 +33,7 @@ protected:
         return launch;
     }
 
-    /// What the first warning says of b, in English or in German.
+    /// Returns the text of the first warning about b, in English or in German.
     std::string english() const
     {
         return "warning: Symbolic link: " + m_tree.path("b") +

@@ -27,8 +27,8 @@ namespace
 using rova::strings::utf16_to_utf8;
 using velmoext::message_t;
 
-/// The other end of the channel: keeps each message, and lets the test act on it while the walk is
-/// where it was sent.
+/// The other end of the channel: keeps each message, and lets the test act during the walk, right
+/// after the message was sent.
 class receiver_t : public velmo2::IMessenger
 {
 public:
@@ -78,7 +78,7 @@ protected:
 
     std::error_code walk() { return m_walker.walk(m_tree.path()); }
 
-    /// The value of an argument in each message of a type, in their order.
+    /// Returns the argument's value in each message of a type, in their order.
     std::vector<std::string> args_of(const std::wstring& type, const std::wstring& name) const
     {
         std::vector<std::string> values;
@@ -93,7 +93,7 @@ protected:
         return arg(*m_receiver.messages.back(), name);
     }
 
-    /// What to do when the walk is at this file.
+    /// Sets the action for the moment when the walk is at this file.
     void when_at(const std::string& name, const std::function<void()>& action)
     {
         m_receiver.on_message = [this, name, action](const message_t& message) {
@@ -120,7 +120,7 @@ protected:
                            std::numeric_limits<std::uint64_t>::max()};
 };
 
-// The path of the directory that make_depth() makes so deep.
+// Returns the path of the last directory that make_depth() creates.
 std::string depth(std::size_t levels)
 {
     std::string path = "d";
