@@ -19,8 +19,7 @@ typedef std::array<char, chunk> buffer_t;
 std::size_t count_equal(const file_descriptor_t& file, std::int64_t offset, const char* bytes,
                         std::size_t count)
 {
-    buffer_t
-        read; // NOLINT(cppcoreguidelines-pro-type-member-init): only bytes that were read are used
+    buffer_t read; // NOLINT(cppcoreguidelines-pro-type-member-init): only read bytes are used
     for (std::size_t equal = 0; equal < count;) {
         const std::size_t wanted = std::min(chunk, count - equal);
         const std::size_t size =
@@ -67,8 +66,7 @@ bool log_output_t::continue_in_log()
 
 bool have_same_bytes(const file_descriptor_t& one, const file_descriptor_t& other)
 {
-    buffer_t
-        read; // NOLINT(cppcoreguidelines-pro-type-member-init): only bytes that were read are used
+    buffer_t read; // NOLINT(cppcoreguidelines-pro-type-member-init): only read bytes are used
     const std::int64_t size = one.size();
     if (size != other.size())
         return false;
