@@ -26,8 +26,8 @@ const int options = XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_IGNORE_E
 const std::size_t first_chunk = 4;
 const std::size_t small_chunk = 512;
 
-// After so many bytes, chunks end between two tokens, or within long text: libxml2 scans any other
-// unfinished token again with each chunk.
+// After this number of bytes, chunks end between two tokens, or within long text: libxml2 scans any
+// other unfinished token again with each chunk.
 const std::size_t max_bytes_in_small_chunks = 65536;
 const std::size_t max_text_chunk = 65536;
 
