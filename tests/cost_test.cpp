@@ -25,7 +25,7 @@ std::string with_document_type(const std::string& declarations, const std::strin
 
 refusal_t refusal_of(const std::string& document)
 {
-    return look_through_markup(document, parse_t::tree).refusal;
+    return inspect_markup(document, parse_t::tree).refusal;
 }
 
 // Limits the time for a long document, to show that it is linear in the size.
@@ -35,7 +35,7 @@ void expect_linear(const std::string& name, const std::string& before, const std
     const std::size_t size = 2000000;
     const std::string document = before + repeated(repeating, size / repeating.size()) + after;
     const usage_t usage;
-    look_through_markup(document, parse_t::tree);
+    inspect_markup(document, parse_t::tree);
     EXPECT_LT(usage.seconds(), 3) << name;
 }
 
@@ -46,7 +46,7 @@ TEST(cost_test, an_ordinary_document_is_within_all_limits)
     for (const char* const document :
          {"", "<a/>", "<?xml version='1.0'?><a b='c'><!-- d --><e>f<![CDATA[g]]></e></a>",
           "<!DOCTYPE a [<!ATTLIST a b CDATA 'c'><!ENTITY d 'e'>]><a/>"}) {
-        const markup_t markup = look_through_markup(document, parse_t::tree);
+        const markup_t markup = inspect_markup(document, parse_t::tree);
         EXPECT_EQ(markup.refusal, refusal_t::none) << document;
         EXPECT_EQ(markup.well_formed_bytes, std::string(document).size()) << document;
     }
@@ -56,11 +56,11 @@ TEST(cost_test, a_document_is_well_formed_up_to_its_fault)
 {
     for (const char* const before : {"<", "<a b='c'", "<a><b/></a ", "<!-- --", "text<a b='"}) {
         const std::string document = std::string(before) + "<x/>";
-        EXPECT_EQ(look_through_markup(document, parse_t::tree).well_formed_bytes,
+        EXPECT_EQ(inspect_markup(document, parse_t::tree).well_formed_bytes,
                   std::string(before).size())
             << document;
     }
-    EXPECT_EQ(look_through_markup("<a b='c", parse_t::tree).well_formed_bytes, 7U);
+    EXPECT_EQ(inspect_markup("<a b='c", parse_t::tree).well_formed_bytes, 7U);
 }
 
 TEST(cost_test, attributes_are_compared_up_to_a_limit)
@@ -169,7 +169,7 @@ TEST(cost_test, a_reference_to_a_parameter_entity_is_refused)
 TEST(cost_test, a_parse_of_events_has_fewer_limits)
 {
     const auto refusal = [](const std::string& document) {
-        return look_through_markup(document, parse_t::events).refusal;
+        return inspect_markup(document, parse_t::events).refusal;
     };
     EXPECT_EQ(refusal(numbered("<a xml:id='", 150001, "'/>")), refusal_t::none);
     EXPECT_EQ(refusal(with_document_type("%p;<!ATTLIST a" + numbered(" i", 2000, " ID #IMPLIED") +

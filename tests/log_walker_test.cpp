@@ -61,12 +61,12 @@ public:
     // Walks in parts that end at these offsets, and then to the end of the log.
     walk_t& through(std::vector<std::size_t> ends)
     {
-        log_walker_t::lines_callback_t take_lines;
+        log_walker_t::lines_callback_t on_lines;
         if (m_takes_lines)
-            take_lines = [this](std::string_view lines) {
+            on_lines = [this](std::string_view lines) {
                 m_written += lines;
             };
-        m_walker.emplace(m_reader, take_lines);
+        m_walker.emplace(m_reader, on_lines);
         ends.push_back(m_log.size());
         for (const std::size_t end : ends) {
             if (m_walker->is_finished() || end < m_walked)

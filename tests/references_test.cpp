@@ -79,23 +79,23 @@ std::vector<std::string> references()
 }
 
 // Returns the text that libxml2 reads in an element or attribute. Returns nothing after a fault.
-std::optional<std::wstring> parse(const std::string& text, place_t place)
+std::optional<std::wstring> parse(const std::string& text, text_context_t place)
 {
     const xml_error_scope_t errors;
     const std::string document =
-        place == place_t::element ? "<a>" + text + "</a>" : "<a b=\"" + text + "\"></a>";
+        place == text_context_t::element ? "<a>" + text + "</a>" : "<a b=\"" + text + "\"></a>";
     const std::unique_ptr<xmlDoc, void (*)(xmlDocPtr)> tree(
         xmlReadMemory(document.data(), static_cast<int>(document.size()), nullptr, nullptr, 0),
         xmlFreeDoc);
     if (!tree)
         return std::nullopt;
     const xmlNode* const root = xmlDocGetRootElement(tree.get());
-    const xml_string_t content(place == place_t::element ? xmlNodeGetContent(root)
+    const xml_string_t content(place == text_context_t::element ? xmlNodeGetContent(root)
                                                          : xmlGetProp(root, to_xml("b")));
     return utf8_to_utf16(from_xml(content.get()));
 }
 
-std::optional<std::wstring> decode(const std::string& text, place_t place,
+std::optional<std::wstring> decode(const std::string& text, text_context_t place,
                                    const std::string& ampersand = "&")
 {
     std::wstring wide = L"former";
@@ -128,8 +128,8 @@ TEST(references_test, a_text_of_an_element_is_decoded_as_libxml2_does)
     for (const unsigned character : characters()) {
         const std::string text = "x" + encoded(character) + "y";
         // A parse changes a carriage return.
-        const auto expected = character == '\r' ? std::nullopt : parse(text, place_t::element);
-        ASSERT_EQ(decode(text, place_t::element), expected) << character;
+        const auto expected = character == '\r' ? std::nullopt : parse(text, text_context_t::element);
+        ASSERT_EQ(decode(text, text_context_t::element), expected) << character;
     }
 }
 
@@ -140,8 +140,8 @@ TEST(references_test, a_value_of_an_attribute_is_decoded_as_libxml2_does)
         const bool is_changed = character == '\r' || character == '\n' || character == '\t';
         // A quote cannot be in a value, since the scanner ends the value there.
         if (character != '"') {
-            ASSERT_EQ(decode(text, place_t::attribute),
-                      is_changed ? std::nullopt : parse(text, place_t::attribute))
+            ASSERT_EQ(decode(text, text_context_t::attribute),
+                      is_changed ? std::nullopt : parse(text, text_context_t::attribute))
                 << character;
         }
     }
@@ -155,8 +155,8 @@ TEST(references_test, a_character_is_decoded_as_libxml2_does_wherever_it_is_in_a
                 std::string text(size, 'x');
                 text.replace(place, 1, encoded(character));
                 const bool is_changed = character == '\r';
-                const auto expected = is_changed ? std::nullopt : parse(text, place_t::element);
-                ASSERT_EQ(decode(text, place_t::element), expected) << character << " at " << place;
+                const auto expected = is_changed ? std::nullopt : parse(text, text_context_t::element);
+                ASSERT_EQ(decode(text, text_context_t::element), expected) << character << " at " << place;
                 ASSERT_EQ(is_plain_text(text), expected && character < 0x80);
             }
 }
@@ -165,7 +165,7 @@ TEST(references_test, the_end_of_a_section_is_found_wherever_it_is_in_a_text)
 {
     for (std::size_t place = 0; place != 20; ++place) {
         const std::string text = std::string(place, 'x') + "]]>" + std::string(20 - place, 'x');
-        EXPECT_EQ(decode(text, place_t::element), std::nullopt);
+        EXPECT_EQ(decode(text, text_context_t::element), std::nullopt);
         EXPECT_EQ(find_fault(text), place);
     }
 }
@@ -173,7 +173,7 @@ TEST(references_test, the_end_of_a_section_is_found_wherever_it_is_in_a_text)
 TEST(references_test, references_are_decoded_as_libxml2_does)
 {
     for (const std::string& text : references())
-        for (const place_t place : {place_t::element, place_t::attribute}) {
+        for (const text_context_t place : {text_context_t::element, text_context_t::attribute}) {
             ASSERT_EQ(decode(text, place), parse(text, place)) << text.substr(0, 100);
             const std::string mixed = "\xC3\xA9" + text + "\xF0\x9F\x98\x80";
             ASSERT_EQ(decode(mixed, place), parse(mixed, place)) << mixed.substr(0, 100);
@@ -185,7 +185,7 @@ TEST(references_test, a_long_reference_is_left_to_libxml2)
 {
     for (const std::size_t zeros : {10U, 11U, 60U, 100000U}) {
         const std::string text = "a&amp;&#x" + repeated("0", zeros) + "e9;b";
-        EXPECT_EQ(decode(text, place_t::element), std::nullopt);
+        EXPECT_EQ(decode(text, text_context_t::element), std::nullopt);
         EXPECT_EQ(find_fault(text), text.size());
         EXPECT_EQ(find_fault(text + "\x01"), text.size());
     }
@@ -193,18 +193,18 @@ TEST(references_test, a_long_reference_is_left_to_libxml2)
 
 TEST(references_test, the_end_of_a_section_is_left_to_libxml2)
 {
-    EXPECT_EQ(decode("a]]>b", place_t::element), std::nullopt);
-    EXPECT_EQ(decode("a]]>b", place_t::attribute), std::nullopt);
-    EXPECT_EQ(decode("a]]b>]>", place_t::element), L"a]]b>]>");
-    EXPECT_EQ(decode("a]]&gt;b", place_t::element), L"a]]>b");
+    EXPECT_EQ(decode("a]]>b", text_context_t::element), std::nullopt);
+    EXPECT_EQ(decode("a]]>b", text_context_t::attribute), std::nullopt);
+    EXPECT_EQ(decode("a]]b>]>", text_context_t::element), L"a]]b>]>");
+    EXPECT_EQ(decode("a]]&gt;b", text_context_t::element), L"a]]>b");
 }
 
 TEST(references_test, malformed_utf8_is_refused)
 {
     for (const char* const text : {"\xFF", "\xC3", "\xC3x", "\x80", "\xC0\x80", "\xE0\x80\x80",
                                    "\xED\xA0\x80", "\xF4\x90\x80\x80", "\xF8\x88\x80\x80\x80"}) {
-        EXPECT_EQ(decode(text, place_t::element), std::nullopt);
-        EXPECT_EQ(decode(std::string("&amp;") + text, place_t::attribute), std::nullopt);
+        EXPECT_EQ(decode(text, text_context_t::element), std::nullopt);
+        EXPECT_EQ(decode(std::string("&amp;") + text, text_context_t::attribute), std::nullopt);
         EXPECT_FALSE(is_name(text));
         EXPECT_FALSE(is_name(std::string("a") + text));
     }
@@ -212,9 +212,9 @@ TEST(references_test, malformed_utf8_is_refused)
 
 TEST(references_test, an_ampersand_becomes_what_the_caller_wants)
 {
-    EXPECT_EQ(decode("a&amp;b&#38;c&#x26;d&lt;", place_t::attribute, "&#38;"),
+    EXPECT_EQ(decode("a&amp;b&#38;c&#x26;d&lt;", text_context_t::attribute, "&#38;"),
               L"a&#38;b&#38;c&#38;d<");
-    EXPECT_EQ(decode("&#38;#65;", place_t::element, "&"), L"&#65;");
+    EXPECT_EQ(decode("&#38;#65;", text_context_t::element, "&"), L"&#65;");
 }
 
 TEST(references_test, a_fault_is_where_libxml2_finds_one)
@@ -226,7 +226,7 @@ TEST(references_test, a_fault_is_where_libxml2_finds_one)
         texts.emplace_back(text);
     for (const std::string& text : texts)
         if (text.find('<') == std::string::npos) {
-            ASSERT_EQ(find_fault(text) == text.size(), parse(text, place_t::element).has_value())
+            ASSERT_EQ(find_fault(text) == text.size(), parse(text, text_context_t::element).has_value())
                 << text.substr(0, 100);
         }
 }
@@ -250,7 +250,7 @@ TEST(references_test, a_plain_text_is_ascii_that_libxml2_leaves_as_it_is)
         const std::string text = "x" + encoded(character) + "y";
         EXPECT_EQ(is_plain_text(text),
                   character < 0x80 &&
-                      parse(text, place_t::element) == std::wstring(text.begin(), text.end()))
+                      parse(text, text_context_t::element) == std::wstring(text.begin(), text.end()))
             << character;
     }
     for (const char* const text : {"", "]]", "]>", "\t\n ", ">>", "\"'"})

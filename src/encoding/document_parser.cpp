@@ -24,7 +24,7 @@ const int options = XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_IGNORE_E
 // libxml2's text reader feeds its parser in the same chunks: first the bytes that determine the
 // encoding. Chunk boundaries determine how much of a malformed document libxml2 reads.
 const std::size_t first_chunk = 4;
-const std::size_t small_chunk = 512;
+const std::size_t max_small_chunk = 512;
 
 // After this number of bytes, chunks end between two tokens, or within long text: libxml2 scans any
 // other unfinished token again with each chunk.
@@ -40,13 +40,13 @@ public:
     parsed_document_t parse()
     {
         parsed_document_t parsed;
-        const markup_t markup = look_through_markup(m_document, parse_t::tree);
+        const markup_t markup = inspect_markup(m_document, parse_t::tree);
         parsed.refusal = m_document.size() > limits::max_document_bytes ? refusal_t::document_size
                                                                         : markup.refusal;
         if (parsed.refusal != refusal_t::none || !open())
             return parsed;
         // libxml2 can be quadratic in what follows a fault.
-        m_end = std::min(markup.well_formed_bytes + small_chunk, m_document.size());
+        m_end = std::min(markup.well_formed_bytes + max_small_chunk, m_document.size());
         if (feed_until_complete()) {
             parsed.message = read_message_element(xmlDocGetRootElement(m_parser->myDoc));
             parsed.refusal = parsed.message ? refusal_t::none : refusal_t::entity_text;
@@ -57,10 +57,10 @@ public:
 private:
     bool open()
     {
-        m_fed = std::min(first_chunk, m_document.size());
+        m_fed_bytes = std::min(first_chunk, m_document.size());
         m_parser.reset(xmlCreatePushParserCtxt(nullptr, nullptr, nullptr, 0, nullptr));
         if (!m_parser || xmlCtxtResetPush(m_parser.get(), m_document.data(),
-                                          static_cast<int>(m_fed), nullptr, encoding) != 0)
+                                          static_cast<int>(m_fed_bytes), nullptr, encoding) != 0)
             return false;
         xmlCtxtUseOptions(m_parser.get(), options);
         m_parser->_private = this;
@@ -75,8 +75,8 @@ private:
     bool feed_until_complete()
     {
         bool was_open = false;
-        while (m_fed < m_end) {
-            if (!feed(next_piece(), false))
+        while (m_fed_bytes < m_end) {
+            if (!feed(next_chunk_size(), false))
                 return false;
             if (was_open && m_is_complete && xmlDocGetRootElement(m_parser->myDoc)->next)
                 return true;
@@ -85,19 +85,19 @@ private:
         return feed(0, true) && m_is_complete;
     }
 
-    std::size_t next_piece()
+    std::size_t next_chunk_size()
     {
-        const std::size_t left = m_end - m_fed;
-        if (m_fed < max_bytes_in_small_chunks)
-            return std::min(small_chunk, left);
+        const std::size_t left = m_end - m_fed_bytes;
+        if (m_fed_bytes < max_bytes_in_small_chunks)
+            return std::min(max_small_chunk, left);
         bool is_over = false;
-        while (!is_over && scanned() < m_fed + small_chunk) {
+        while (!is_over && scanned() < m_fed_bytes + max_small_chunk) {
             const auto token = m_scanner.next();
             m_scanner.finish_start_tag();
             m_is_in_text = token == scanner_t::token_t::text;
             is_over = token == scanner_t::token_t::end;
         }
-        const std::size_t size = is_over ? left : scanned() - m_fed;
+        const std::size_t size = is_over ? left : scanned() - m_fed_bytes;
         return std::min({size, left, m_is_in_text ? max_text_chunk : left});
     }
 
@@ -108,10 +108,10 @@ private:
 
     bool feed(std::size_t size, bool is_last)
     {
-        const int answer = xmlParseChunk(m_parser.get(), m_document.data() + m_fed,
+        const int status = xmlParseChunk(m_parser.get(), m_document.data() + m_fed_bytes,
                                          static_cast<int>(size), is_last ? 1 : 0);
-        m_fed += size;
-        return answer == XML_ERR_OK && m_parser->wellFormed && !m_has_other_root;
+        m_fed_bytes += size;
+        return status == XML_ERR_OK && m_parser->wellFormed && !m_has_other_root;
     }
 
     static push_parser_t& self(void* context)
@@ -150,8 +150,8 @@ private:
     const std::string& m_document;
     scanner_t m_scanner;
     xml_parser_t m_parser;
-    std::size_t m_fed = 0; ///< bytes
-    std::size_t m_end = 0; ///< of what is fed
+    std::size_t m_fed_bytes = 0; ///< bytes
+    std::size_t m_end = 0;       ///< of what is fed
     bool m_is_in_text = false;
     bool m_has_other_root = false;
     bool m_is_complete = false;

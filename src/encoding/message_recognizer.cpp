@@ -46,18 +46,18 @@ struct document_rules_t
 
     static bool read_value(std::string_view value, std::wstring& wide)
     {
-        return decode_references(value, place_t::attribute, "&", wide);
+        return decode_references(value, text_context_t::attribute, "&", wide);
     }
 
     static bool read_type(std::string_view text, std::wstring& type)
     {
-        return decode_references(text, place_t::element, "&", type);
+        return decode_references(text, text_context_t::element, "&", type);
     }
 
     static bool add_element(string_map_t& elements, std::wstring&& name, std::string_view text)
     {
         std::wstring wide;
-        const bool is_read = decode_references(text, place_t::element, "&", wide);
+        const bool is_read = decode_references(text, text_context_t::element, "&", wide);
         if (is_read)
             elements.emplace_hint(elements.end(), std::move(name), std::move(wide));
         return is_read;
@@ -82,7 +82,7 @@ struct log_rules_t
 
     static bool read_value(std::string_view value, std::wstring& wide)
     {
-        return decode_references(value, place_t::attribute, "&#38;", wide);
+        return decode_references(value, text_context_t::attribute, "&#38;", wide);
     }
 
     // The last event counts.
@@ -140,7 +140,7 @@ public:
         : m_scanner(scanner), m_message(message), m_content(message_access::content(message))
     {}
 
-    // Whether a text is well-formed but not as the rules can read it.
+    // Returns whether a text is well-formed but not as the rules can read it.
     bool has_unread_text() const { return m_has_unread_text; }
 
     bool recognize()
@@ -216,7 +216,7 @@ private:
             return false;
         if (name.empty())
             name = generate_arg_name(m_content.next_arg_number);
-        return note(Rules::add_arg(m_content.args, std::move(name), text), text);
+        return accept(Rules::add_arg(m_content.args, std::move(name), text), text);
     }
 
     bool read_element(std::string_view name)
@@ -226,7 +226,7 @@ private:
         attribute_t attribute;
         return Rules::read_name(name, key) && !m_scanner.next_attribute(attribute) &&
                find_text(name, text) &&
-               note(Rules::add_element(m_content.elements, std::move(key), text), text);
+               accept(Rules::add_element(m_content.elements, std::move(key), text), text);
     }
 
     bool read_type()
@@ -235,7 +235,7 @@ private:
         attribute_t attribute;
         m_has_type = true;
         return !m_scanner.next_attribute(attribute) && find_text(element_names::type, text) &&
-               note(Rules::read_type(text, message_access::type(m_message)), text);
+               accept(Rules::read_type(text, message_access::type(m_message)), text);
     }
 
     bool read_severity()
@@ -250,7 +250,7 @@ private:
         return true;
     }
 
-    bool note(bool is_read, std::string_view text)
+    bool accept(bool is_read, std::string_view text)
     {
         m_has_unread_text = m_has_unread_text || !is_read;
         return is_read || find_fault(text) == text.size();

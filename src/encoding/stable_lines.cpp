@@ -45,10 +45,10 @@ private:
             rest.remove_prefix(is_there ? text.size() : 0);
             return is_there;
         };
-        const bool are_there = (skip_one(expected) && ...);
-        if (are_there)
+        const bool is_found = (skip_one(expected) && ...);
+        if (is_found)
             m_rest = rest;
-        return are_there;
+        return is_found;
     }
 
     template <typename Ends>

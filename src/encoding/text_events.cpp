@@ -29,7 +29,7 @@ std::size_t size_of_event(std::string_view text)
     return static_cast<std::size_t>(end - text.begin());
 }
 
-bool has_long_piece(std::string_view text)
+bool has_long_run(std::string_view text)
 {
     while (!text.empty()) {
         const std::size_t size = size_of_event(text);
@@ -45,7 +45,8 @@ bool has_long_piece(std::string_view text)
 text_events_t::text_events_t(std::string_view text) : m_rest(text)
 {
     std::wstring decoded;
-    m_are_known = decode_references(text, place_t::element, "&", decoded) && !has_long_piece(text);
+    m_are_known =
+        decode_references(text, text_context_t::element, "&", decoded) && !has_long_run(text);
 }
 
 bool text_events_t::next()
@@ -65,7 +66,7 @@ std::wstring text_events_t::text() const
     if (m_event.front() != '&')
         return utf8_to_wide(m_event);
     std::wstring character;
-    decode_references(m_event, place_t::element, "&", character);
+    decode_references(m_event, text_context_t::element, "&", character);
     return character == L"<" ? std::wstring() : character;
 }
 

@@ -17,8 +17,9 @@ class text_events_t
 public:
     explicit text_events_t(std::string_view text);
 
-    /// Whether the events are known. libxml2 alone knows those of a text with a carriage return,
-    /// with a fault or with more than about 300 bytes that begin with a character beyond ASCII.
+    /// Returns whether the events are known. libxml2 alone knows those of a text with a carriage
+    /// return, with a fault or with more than about 300 bytes that begin with a character beyond
+    /// ASCII.
     bool are_known() const { return m_are_known; }
 
     /// Moves to the next event. Returns false when there is none.

@@ -20,13 +20,13 @@ namespace
 {
 
 // Opening a device can do something by itself, so it is not even tried.
-bool is_something_else(const std::string& name)
+bool is_not_regular_file(const std::string& name)
 {
     struct stat status = {};
     return stat(name.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
 }
 
-bool leads_to(const char* name, int descriptor)
+bool is_name_of(const char* name, int descriptor)
 {
     struct stat named = {};
     struct stat opened = {};
@@ -53,13 +53,18 @@ int open_leased(const std::string& name, int flags)
     return opened;
 }
 
-int open_at_once(const std::string& name, int flags)
+int open_without_waiting(const std::string& name, int flags)
 {
     const int opened = posix::open_file(name.c_str(), flags | O_NONBLOCK);
     return opened == -1 && errno == EWOULDBLOCK ? open_leased(name, flags) : opened;
 }
 
 } // namespace
+
+std::string native_name(const basekit2::path_t& path)
+{
+    return ROVA_2_18::strings::utf16_to_utf8(path.as_string(false));
+}
 
 file_descriptor_t::~file_descriptor_t()
 {
@@ -74,12 +79,12 @@ bool file_descriptor_t::open(bool is_reading, const basekit2::path_t& path)
     m_is_locked = false;
     m_has_failed = false;
     m_offset = 0;
-    const std::string name = ROVA_2_18::strings::utf16_to_utf8(path.as_string(false));
-    if (name.find('\0') != std::string::npos || is_something_else(name))
+    const std::string name = native_name(path);
+    if (name.find('\0') != std::string::npos || is_not_regular_file(name))
         return false;
-    m_descriptor = open_at_once(name, is_reading ? O_RDONLY : O_WRONLY);
+    m_descriptor = open_without_waiting(name, is_reading ? O_RDONLY : O_WRONLY);
     if (m_descriptor == -1 && errno == ENOENT && !is_reading) {
-        m_descriptor = open_at_once(name, O_WRONLY | O_CREAT);
+        m_descriptor = open_without_waiting(name, O_WRONLY | O_CREAT);
         m_is_created = true;
     }
     if (m_descriptor == -1)
@@ -111,8 +116,8 @@ void file_descriptor_t::close_in_child()
         ::close(descriptor);
 }
 
-// By the name that the system knows: that of the path may be a link. By now another file can have
-// that name. Allocates nothing, because a destructor calls it.
+// Uses the name that the system knows, because that of the path may be a link. By now another file
+// can have that name. Allocates nothing, because a destructor calls it.
 void file_descriptor_t::remove_if_created() const
 {
     std::array<char, 32> link = {};
@@ -121,7 +126,7 @@ void file_descriptor_t::remove_if_created() const
         return;
     std::snprintf(link.data(), link.size(), "/proc/self/fd/%d", m_descriptor);
     if (readlink(link.data(), name.data(), name.size() - 1) != -1 &&
-        leads_to(name.data(), m_descriptor))
+        is_name_of(name.data(), m_descriptor))
         unlink(name.data());
 }
 
@@ -146,7 +151,7 @@ bool file_descriptor_t::share(const basekit2::path_t& path)
 
 bool file_descriptor_t::is_named(const basekit2::path_t& path) const
 {
-    return leads_to(ROVA_2_18::strings::utf16_to_utf8(path.as_string(false)).c_str(), m_descriptor);
+    return is_name_of(native_name(path).c_str(), m_descriptor);
 }
 
 std::int64_t file_descriptor_t::size() const

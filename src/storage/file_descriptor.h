@@ -4,10 +4,14 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <sys/types.h>
 
 namespace velmoext_1_4_8
 {
+
+/// Returns the bytes by which the system knows the path.
+std::string native_name(const basekit2::path_t& path);
 
 /// Owns one open file. Only regular files are opened, so that nothing blocks; descriptors do not
 /// outlive an exec.
@@ -19,7 +23,7 @@ public:
     file_descriptor_t& operator=(const file_descriptor_t&) = delete;
     ~file_descriptor_t();
 
-    /// Closes what is open and opens the path, to read or to write. Answers whether it is open.
+    /// Closes what is open and opens the path, to read or to write. Returns whether it is open.
     ///
     /// A file that is opened to write is locked until it is closed or the process ends: no other
     /// process or storage can open it to write. Readers are not kept out. On a file system without
@@ -27,43 +31,43 @@ public:
     /// is unchanged until truncate(). If another program has a lease on the file, this waits for
     /// its end, as any open() does.
     bool open(bool is_reading, const basekit2::path_t& path);
-    /// Harmless when nothing is open.
+    /// Does nothing if nothing is open.
     void close();
-    /// The same in a child of fork(), which shares the lock with its parent: keeps the lock and an
-    /// empty file.
+    /// Closes the descriptor in a child of fork(), which shares the lock with its parent. Does not
+    /// release the lock or remove an empty file.
     void close_in_child();
-    /// The system's descriptor, -1 when nothing is open.
+    /// Returns the system's descriptor, -1 if nothing is open.
     int get() const { return m_descriptor; }
 
     /// Locks a file that is open to read, so that it cannot be opened to write until it is closed
     /// or the process ends. Returns false if it is open to write, or if the path no longer leads to
     /// it.
     bool share(const basekit2::path_t& path);
-    /// Whether the file system has locks, so that the file is this process's alone or shared.
+    /// Returns whether the file is locked: some file systems have no locks.
     bool is_locked() const { return m_is_locked; }
 
-    /// Whether the path, too, leads to the file that is open.
+    /// Returns whether the path leads to the open file.
     bool is_named(const basekit2::path_t& path) const;
 
     /// Keeps a file that open() created. Otherwise close() removes it if it is empty.
     void keep() { m_is_created = false; }
 
-    /// In bytes; -1 when nothing is open.
+    /// Returns the size in bytes, -1 if nothing is open.
     std::int64_t size() const;
 
-    /// Makes the file end at the offset, which becomes the one for write(). Returns false if the
-    /// file refuses, as a write that fails.
+    /// Truncates or extends the file to the size; write() continues there. A failure counts as one
+    /// of write(): returns false.
     bool truncate(std::int64_t size);
 
-    /// Writes all of it after what was written before. After the first failure nothing more is
-    /// written until the next open(). Fails if nothing is open, and in a child of the process that
-    /// opened the file: two writers would overwrite each other's text.
+    /// Writes all bytes after those that were written before. After the first failure nothing more
+    /// is written until the next open(). Fails if nothing is open, and in a child of the process
+    /// that opened the file: two writers would overwrite each other's text.
     void write(const char* bytes, std::size_t count);
-    /// Whether truncate() or write() failed since the last open().
+    /// Returns whether truncate() or write() failed since the last open().
     bool has_failed() const { return m_has_failed; }
 
-    /// Reads that many bytes from the offset on; fewer when the file ends or the read fails.
-    /// Returns how many.
+    /// Reads bytes from the offset on and returns their number, which is less than the count if the
+    /// file ends or the read fails.
     std::size_t read(std::int64_t offset, char* bytes, std::size_t count) const;
 
 private:

@@ -25,12 +25,7 @@ using ROVA_2_18::strings::utf8_to_utf16;
 
 const std::wstring ending = L".tmp";
 // Leaves room for a checksum and the ending on file systems with names of at most 143 bytes.
-const std::size_t max_beginning = 100;
-
-std::string utf8_name(const basekit2::path_t& path)
-{
-    return utf16_to_utf8(path.as_string(false));
-}
+const std::size_t max_shortened_bytes = 100;
 
 bool is_continuation(char byte)
 {
@@ -40,7 +35,7 @@ bool is_continuation(char byte)
 std::wstring short_leaf(const std::wstring& leaf)
 {
     const std::string name = utf16_to_utf8(leaf);
-    std::size_t size = max_beginning;
+    std::size_t size = max_shortened_bytes;
     while (size > 0 && size < name.size() && is_continuation(name[size]))
         --size;
     boost::crc_32_type checksum;
@@ -51,25 +46,26 @@ std::wstring short_leaf(const std::wstring& leaf)
     return utf8_to_utf16(name.substr(0, size)) + L"." + text.str();
 }
 
-basekit2::path_t beside(const basekit2::path_t& log, const std::wstring& leaf)
+basekit2::path_t make_sibling_path(const basekit2::path_t& log, const std::wstring& leaf)
 {
     basekit2::path_t path(log.get_branch());
     path.append(basekit2::path_t(leaf + ending));
     return path;
 }
 
-basekit2::path_t path_of_copy(const basekit2::path_t& log)
+basekit2::path_t make_copy_path(const basekit2::path_t& log)
 {
     const std::wstring leaf = log.get_leaf();
-    basekit2::path_t path = beside(log, leaf);
+    basekit2::path_t path = make_sibling_path(log, leaf);
     struct stat status = {};
-    const bool is_too_long = lstat(utf8_name(path).c_str(), &status) != 0 && errno == ENAMETOOLONG;
-    return is_too_long ? beside(log, short_leaf(leaf)) : path;
+    const bool is_too_long =
+        lstat(native_name(path).c_str(), &status) != 0 && errno == ENAMETOOLONG;
+    return is_too_long ? make_sibling_path(log, short_leaf(leaf)) : path;
 }
 
 } // namespace
 
-log_copy_t::log_copy_t(const basekit2::path_t& log) : m_log(log), m_path(path_of_copy(log)) {}
+log_copy_t::log_copy_t(const basekit2::path_t& log) : m_log(log), m_path(make_copy_path(log)) {}
 
 log_copy_t::~log_copy_t()
 {
@@ -84,13 +80,13 @@ log_copy_t::~log_copy_t()
 log_copy_t::state_t log_copy_t::state() const
 {
     struct stat status = {};
-    if (lstat(utf8_name(m_path).c_str(), &status) != 0)
+    if (lstat(native_name(m_path).c_str(), &status) != 0)
         return state_t::missing;
     if (!S_ISREG(status.st_mode) || status.st_uid != geteuid())
-        return state_t::not_ours;
+        return state_t::foreign;
     file_descriptor_t file;
     const bool is_recorded = file.open(true, m_path) && !file.share(m_path);
-    return is_recorded ? state_t::not_ours : state_t::left;
+    return is_recorded ? state_t::foreign : state_t::left;
 }
 
 bool log_copy_t::make()

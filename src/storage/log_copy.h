@@ -17,8 +17,8 @@ public:
     enum class state_t
     {
         missing,
-        left,    ///< created by a killed process of this user
-        not_ours ///< another user's, not a regular file, or a log that is being recorded
+        left,   ///< created by a killed process of this user
+        foreign ///< another user's, not a regular file, or a log that is being recorded
     };
 
     /// The copy is in the log's folder. Its name is the log's, followed by ".tmp". If the file

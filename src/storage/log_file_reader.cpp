@@ -16,7 +16,7 @@ namespace velmoext_1_4_8
 namespace
 {
 
-const std::size_t chunk = 262144;
+const std::size_t chunk_bytes = 262144;
 
 } // namespace
 
@@ -29,7 +29,7 @@ void log_file_reader::set_callback(const log_sax_reader::message_callback_t& cal
 
 void log_file_reader::set_lines_callback(const log_walker_t::lines_callback_t& callback)
 {
-    m_take_lines = callback;
+    m_lines_callback = callback;
 }
 
 bool log_file_reader::parse()
@@ -55,24 +55,24 @@ bool log_file_reader::parse(const file_descriptor_t& file)
 bool log_file_reader::parse_between(const file_descriptor_t& file, std::int64_t begin,
                                     std::int64_t end)
 {
-    log_walker_t walker(m_sax, m_take_lines);
+    log_walker_t walker(m_sax, m_lines_callback);
     boost::container::vector<char> read; // but not walked
     bool has_tag = false;
     bool is_last = false;
     while (!is_last && !walker.is_finished()) {
         // Doubles what was not enough, so that an element of any size is scanned a few times only.
         const auto left = static_cast<std::size_t>(end - begin);
-        const std::size_t wanted = std::min(std::max(chunk, read.size()), left);
-        const std::size_t kept = read.size();
-        read.resize(kept + wanted, boost::container::default_init);
-        const std::size_t size = file.read(begin, read.data() + kept, wanted);
+        const std::size_t requested = std::min(std::max(chunk_bytes, read.size()), left);
+        const std::size_t unread = read.size();
+        read.resize(unread + requested, boost::container::default_init);
+        const std::size_t size = file.read(begin, read.data() + unread, requested);
         begin += static_cast<std::int64_t>(size);
-        if (size < wanted)
+        if (size < requested)
             m_position = begin;
         // A zero ends the text.
-        std::string_view text(read.data(), kept + size);
-        const std::size_t zero = text.find('\0', kept);
-        is_last = size < wanted || begin == end || zero != std::string_view::npos;
+        std::string_view text(read.data(), unread + size);
+        const std::size_t zero = text.find('\0', unread);
+        is_last = size < requested || begin == end || zero != std::string_view::npos;
         if (is_last) {
             text = text.substr(0, zero);
             text = text.substr(0, text.rfind('>') + 1);

@@ -34,7 +34,7 @@ public:
     /// position. Propagates the callback's exceptions. Throws std::bad_alloc if libxml2 runs out of
     /// memory. In both cases the position is past the text.
     bool parse();
-    /// The same of a file that is open to read.
+    /// Does the same with a file that is open to read.
     bool parse(const file_descriptor_t& file);
 
     /// The limit that ended the last parse() early, if any.
@@ -49,7 +49,7 @@ private:
     std::int64_t m_position = 0;
     std::string m_file_name;
     log_sax_reader m_sax;
-    log_walker_t::lines_callback_t m_take_lines;
+    log_walker_t::lines_callback_t m_lines_callback;
     refusal_t m_refusal = refusal_t::none;
 };
 

@@ -32,9 +32,10 @@ public:
     bool begin_comparison(const basekit2::path_t& log);
     /// The log in a comparison.
     const file_descriptor_t& log() const { return m_log; }
-    /// Whether everything that was written is the beginning of the log; true without a comparison.
+    /// Returns whether everything that was written is the beginning of the log; true without a
+    /// comparison.
     bool is_in_log() const { return m_equal_size == m_size; }
-    /// Whether the log is the beginning of what was written.
+    /// Returns whether the log is the beginning of what was written.
     bool has_whole_log() const { return m_equal_size >= m_log.size(); }
     /// Writes into the file again.
     void end_comparison();

@@ -69,13 +69,13 @@ int log_sax_reader::parse(const std::string& document, sizes_t sizes)
     m_errors = &errors;
     const xml_parser_t parser(
         xmlCreateMemoryParserCtxt(document.data(), static_cast<int>(document.size())));
-    const int answer = parser ? parse(*parser, sizes) : -1;
+    const int status = parser ? parse(*parser, sizes) : -1;
     m_errors = nullptr;
     if (m_failure)
         std::rethrow_exception(std::exchange(m_failure, nullptr));
     if (!parser || errors.has_run_out_of_memory())
         throw std::bad_alloc();
-    return answer;
+    return status;
 }
 
 // Not xmlCtxtReadMemory(): with some releases of libxml2 it reads the document in chunks, and
@@ -85,7 +85,7 @@ int log_sax_reader::parse(xmlParserCtxt& parser, sizes_t sizes)
     *parser.sax = make_table();
     parser.userData = this;
     m_parser = &parser;
-    if (sizes == sizes_t::any)
+    if (sizes == sizes_t::unlimited)
         xmlCtxtUseOptions(&parser, XML_PARSE_HUGE);
     xmlParseDocument(&parser);
     if (parser.wellFormed)
@@ -278,9 +278,9 @@ void log_sax_reader::add_element(const char* text)
 // The first text of a key stays, so the text of a known key is not converted.
 void log_sax_reader::add_text(string_map_t& texts, std::wstring&& key, const char* text)
 {
-    const auto place = texts.lower_bound(key);
-    if (place == texts.end() || place->first != key)
-        texts.emplace_hint(place, std::move(key), utf8_to_wide(text_to_next_tag(text)));
+    const auto position = texts.lower_bound(key);
+    if (position == texts.end() || position->first != key)
+        texts.emplace_hint(position, std::move(key), utf8_to_wide(text_to_next_tag(text)));
 }
 
 } // namespace velmoext_1_4_8

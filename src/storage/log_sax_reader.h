@@ -34,15 +34,15 @@ public:
     /// Which sizes libxml2 accepts.
     enum class sizes_t
     {
-        usual, ///< texts of 10,000,000 bytes, names of 50,000
-        any
+        limited, ///< texts of 10,000,000 bytes, names of 50,000
+        unlimited
     };
 
     /// Reads a document up to its first fault. Returns libxml2's result: 0 if the document is
     /// well-formed, a positive number if it is not, a negative one if no parse could begin, as for
     /// an empty text. Propagates the callback's exceptions, and hands over no later message. Throws
     /// std::bad_alloc if libxml2 runs out of memory. The size must not exceed an int.
-    int parse(const std::string& document, sizes_t sizes = sizes_t::usual);
+    int parse(const std::string& document, sizes_t sizes = sizes_t::limited);
 
     /// Hands over a message that was read without a parse, as if parse() had just built it.
     void take(const boost::shared_ptr<message_t>& message);

@@ -156,21 +156,21 @@ std::size_t log_walker_t::find_beginning(std::string_view text, bool is_last)
 
 std::size_t log_walker_t::walk_elements(std::string_view text, bool is_last)
 {
-    std::size_t handed_over = 0;
-    std::size_t walked = 0; // what is between the two is for libxml2
-    bool is_own = false;    // whether that is in the library's written form
-    const auto hand_over = [&] {
-        parse_elements(text.substr(handed_over, walked - handed_over), is_own);
-        handed_over = walked;
+    std::size_t parsed = 0;
+    std::size_t walked = 0;
+    bool is_own = false; // whether the text between the two is in the library's written form
+    const auto parse_walked = [&] {
+        parse_elements(text.substr(parsed, walked - parsed), is_own);
+        parsed = walked;
     };
     item_t item = {item_t::kind_t::complete, 0};
     while (!m_is_finished && item.kind == item_t::kind_t::complete) {
         walked += count_blanks(text.substr(walked));
         if (const std::string_view lines = find_stable_lines(text, walked); !lines.empty()) {
-            hand_over();
-            take_lines(lines);
+            parse_walked();
+            on_lines(lines);
             walked += lines.size() - 1;
-            handed_over = walked;
+            parsed = walked;
             continue;
         }
         const std::string_view rest = text.substr(walked);
@@ -178,43 +178,44 @@ std::size_t log_walker_t::walk_elements(std::string_view text, bool is_last)
         const bool is_next_own = recognized.size != 0;
         item = is_next_own ? item_t{item_t::kind_t::complete, recognized.size} : find_item(rest);
         if (recognized.message || is_next_own != is_own || item.size >= max_collected_bytes)
-            hand_over();
+            parse_walked();
         is_own = is_next_own;
         if (recognized.message && !m_is_finished)
             m_reader.take(recognized.message);
         if (item.kind == item_t::kind_t::complete)
             walked += item.size;
         if (recognized.message)
-            handed_over = walked;
-        if (walked - handed_over >= max_collected_bytes)
-            hand_over();
+            parsed = walked;
+        if (walked - parsed >= max_collected_bytes)
+            parse_walked();
     }
-    const std::size_t rest_end = size_with_fault(text, walked + item.size);
-    if (item.kind == item_t::kind_t::malformed && rest_end == std::string_view::npos && !is_last)
-        item.kind = item_t::kind_t::unfinished;
-    if (item.kind == item_t::kind_t::malformed)
-        parse_rest(text.substr(0, rest_end).substr(handed_over));
-    else if (item.kind == item_t::kind_t::unfinished && is_last)
-        parse_rest(text.substr(handed_over));
+    // libxml2 parses the text with a fault as soon as it is read far enough, to report the messages
+    // before the fault.
+    const std::size_t end = item.kind == item_t::kind_t::malformed
+                                ? size_with_fault(text, walked + item.size)
+                                : std::string_view::npos;
+    const bool is_rest_known = is_last || end != std::string_view::npos;
+    if (item.kind != item_t::kind_t::root_end && is_rest_known)
+        parse_rest(text.substr(0, end).substr(parsed));
     else
-        hand_over();
-    m_is_finished = m_is_finished || item.kind != item_t::kind_t::unfinished || is_last;
+        parse_walked();
+    m_is_finished = m_is_finished || item.kind == item_t::kind_t::root_end || is_rest_known;
     return walked;
 }
 
 // Returns those that begin with the indentation of this element, if there are any.
 std::string_view log_walker_t::find_stable_lines(std::string_view text, std::size_t element) const
 {
-    if (!m_take_lines || element == 0)
+    if (!m_lines_callback || element == 0)
         return std::string_view();
     const std::string_view rest = text.substr(element - 1);
     return rest.substr(0, measure_stable_lines(rest));
 }
 
-void log_walker_t::take_lines(std::string_view lines) const
+void log_walker_t::on_lines(std::string_view lines) const
 {
     if (!m_is_finished)
-        m_take_lines(lines);
+        m_lines_callback(lines);
 }
 
 // A message of the library's own that exceeds a limit costs only itself, whatever its size.
@@ -227,7 +228,8 @@ void log_walker_t::parse_elements(std::string_view elements, bool is_own)
         return;
     }
     const std::string document = make_document(log_start, elements);
-    const auto sizes = is_own ? log_sax_reader::sizes_t::any : log_sax_reader::sizes_t::usual;
+    const auto sizes =
+        is_own ? log_sax_reader::sizes_t::unlimited : log_sax_reader::sizes_t::limited;
     m_is_finished = m_reader.parse(document, sizes) != 0;
 }
 
@@ -255,7 +257,7 @@ void log_walker_t::parse_whole(std::string_view text)
     }
     if (!is_within_limits(utf8))
         return;
-    const std::size_t fault = look_through_markup(utf8, parse_t::events).well_formed_bytes;
+    const std::size_t fault = inspect_markup(utf8, parse_t::events).well_formed_bytes;
     std::size_t size = text.size();
     if (fault != utf8.size()) {
         // Before the root, what follows can be a document type of any size.
@@ -272,7 +274,7 @@ bool log_walker_t::is_within_limits(std::string_view markup)
     const std::size_t size = log_start.size() + markup.size() + fault_bytes;
     const refusal_t refusal = size > limits::max_document_bytes
                                   ? refusal_t::document_size
-                                  : look_through_markup(markup, parse_t::events).refusal;
+                                  : inspect_markup(markup, parse_t::events).refusal;
     if (refusal != refusal_t::none)
         m_refusal = refusal;
     return refusal == refusal_t::none;

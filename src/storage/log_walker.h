@@ -28,8 +28,8 @@ public:
 
     /// The reader must outlive the walker. A callback that is not empty receives the messages in
     /// stable lines instead of the reader.
-    explicit log_walker_t(log_sax_reader& reader, lines_callback_t take_lines = lines_callback_t())
-        : m_reader(reader), m_take_lines(std::move(take_lines))
+    explicit log_walker_t(log_sax_reader& reader, lines_callback_t callback = lines_callback_t())
+        : m_reader(reader), m_lines_callback(std::move(callback))
     {}
     log_walker_t(const log_walker_t&) = delete;
     log_walker_t& operator=(const log_walker_t&) = delete;
@@ -40,7 +40,7 @@ public:
     /// last part. Propagates the exceptions of a message's callback.
     std::size_t walk(std::string_view text, bool is_last);
 
-    /// Whether nothing that follows counts: the root has ended, or there was a fault.
+    /// Returns whether nothing that follows counts: the root has ended, or there was a fault.
     bool is_finished() const { return m_is_finished; }
 
     /// The limit for which something was not read, if any.
@@ -50,14 +50,14 @@ private:
     std::size_t find_beginning(std::string_view text, bool is_last);
     std::size_t walk_elements(std::string_view text, bool is_last);
     std::string_view find_stable_lines(std::string_view text, std::size_t element) const;
-    void take_lines(std::string_view lines) const;
+    void on_lines(std::string_view lines) const;
     void parse_elements(std::string_view elements, bool is_own);
     void parse_rest(std::string_view rest);
     void parse_whole(std::string_view text);
     bool is_within_limits(std::string_view markup);
 
     log_sax_reader& m_reader;
-    lines_callback_t m_take_lines;
+    lines_callback_t m_lines_callback;
     bool m_reads_elements = false; ///< one by one
     bool m_is_whole = false;       ///< whether the log is parsed whole
     bool m_is_finished = false;

@@ -7,7 +7,6 @@
 #include "xml/library.h"
 
 #include <basekit2/file.h>
-#include <rova/strings.h>
 
 #include <algorithm>
 #include <new>
@@ -21,7 +20,6 @@ namespace velmoext_1_4_8
 namespace
 {
 
-using ROVA_2_18::strings::utf16_to_utf8;
 using std::chrono::steady_clock;
 
 // The flags of a message that is worth recording.
@@ -35,12 +33,7 @@ const int pause_factor = 9;
 constexpr std::chrono::seconds max_pause(1);
 
 // A child whose parent records for long must not fill the memory.
-const std::size_t max_held = 16777216;
-
-std::string utf8_name(const basekit2::path_t& path)
-{
-    return utf16_to_utf8(path.as_string(false));
-}
+const std::size_t max_pending = 16777216;
 
 /// Names the thread that replays while in scope.
 class replay_scope_t
@@ -79,7 +72,7 @@ xml_writer_t create_writer(log_output_t& output)
 } // namespace
 
 messages_storage_impl_t::messages_storage_impl_t(const basekit2::path_t& path)
-    : m_path(path), m_output(m_write_file), m_replay_reader(utf8_name(path))
+    : m_path(path), m_output(m_write_file), m_replay_reader(native_name(path))
 {}
 
 void messages_storage_impl_t::end() noexcept
@@ -101,24 +94,24 @@ bool messages_storage_impl_t::on_message(boost::shared_ptr<velmo_ex_t> /*ex*/,
         initialize_xml_library();
         const xml_error_scope_t errors;
         write(std::move(msg));
-    } else if (m_is_held) {
-        hold(*msg);
-        try_to_write_held_at_intervals();
+    } else if (m_is_buffering) {
+        add_pending(*msg);
+        try_to_write_pending_at_intervals();
     }
     return false;
 }
 
 bool messages_storage_impl_t::start_recording()
 {
-    return m_writer || m_is_held || start();
+    return m_writer || m_is_buffering || start();
 }
 
 bool messages_storage_impl_t::stop_recording()
 {
-    if (m_is_held) {
-        wait_to_write_held(steady_clock::now() + max_stop_delay);
-        m_is_held = false;
-        m_held.clear();
+    if (m_is_buffering) {
+        wait_to_write_pending(steady_clock::now() + max_stop_delay);
+        m_is_buffering = false;
+        m_pending.clear();
     }
     if (!m_writer)
         return true;
@@ -138,7 +131,7 @@ bool messages_storage_impl_t::start_reading()
 
 bool messages_storage_impl_t::replay(boost::shared_ptr<velmo_ex_t> ex)
 {
-    if (m_writer || m_is_held || m_read_file.get() == -1)
+    if (m_writer || m_is_buffering || m_read_file.get() == -1)
         return false;
     m_replay_reader.set_callback(
         [&ex](const boost::shared_ptr<message_t>& msg) { ex->dispatch_message(msg); });
@@ -155,7 +148,7 @@ bool messages_storage_impl_t::start()
 {
     try {
         // A child that goes to the background changes its directory.
-        if (!m_is_held)
+        if (!m_is_buffering)
             m_directory = directory_t::current();
         m_log_path = m_directory.resolve(m_path);
         return begin_recording();
@@ -169,10 +162,10 @@ bool messages_storage_impl_t::begin_recording()
 {
     log_copy_t copy(m_log_path);
     // Checked before the log is opened, which can create it, and again under the log's lock.
-    if (copy.state() == log_copy_t::state_t::not_ours || !m_write_file.open(false, m_log_path))
+    if (copy.state() == log_copy_t::state_t::foreign || !m_write_file.open(false, m_log_path))
         return false;
     const log_copy_t::state_t state = copy.state();
-    if (state == log_copy_t::state_t::not_ours || m_write_file.is_named(copy.path())) {
+    if (state == log_copy_t::state_t::foreign || m_write_file.is_named(copy.path())) {
         m_write_file.close();
         return false;
     }
@@ -279,7 +272,7 @@ bool messages_storage_impl_t::write_messages_of(const file_descriptor_t& old_log
     bool is_written = true;
     initialize_xml_library();
     const xml_error_scope_t errors;
-    log_file_reader reader(utf8_name(m_log_path));
+    log_file_reader reader(native_name(m_log_path));
     // After the first difference of a comparison, the rest is only checked for limits and errors.
     reader.set_callback([&](boost::shared_ptr<message_t> msg) {
         if (m_output.is_in_log())
@@ -308,8 +301,8 @@ bool messages_storage_impl_t::abandon_log()
 
 void messages_storage_impl_t::before_fork(steady_clock::time_point end)
 {
-    if (m_is_held)
-        wait_to_write_held(end);
+    if (m_is_buffering)
+        wait_to_write_pending(end);
     if (!m_writer)
         return;
     initialize_xml_library();
@@ -321,10 +314,10 @@ void messages_storage_impl_t::before_fork(steady_clock::time_point end)
 void messages_storage_impl_t::after_fork_in_child()
 {
     // Without a lock the end of the parent's recording cannot be detected.
-    m_is_held = m_is_held || (m_write_file.get() != -1 && m_write_file.is_locked());
+    m_is_buffering = m_is_buffering || (m_write_file.get() != -1 && m_write_file.is_locked());
     m_write_file.close_in_child();
     m_writer.reset();
-    m_held.clear(); // the parent's own
+    m_pending.clear(); // the parent's own
     m_next_try = steady_clock::time_point();
 }
 
@@ -334,38 +327,38 @@ void messages_storage_impl_t::close_in_child()
     m_output.close_in_child();
 }
 
-void messages_storage_impl_t::hold(const message_t& msg)
+void messages_storage_impl_t::add_pending(const message_t& msg)
 {
     text_buffer_t<char> element;
     append_message_element(msg, 1, element);
-    if (element.size() <= max_held - m_held.size())
-        m_held.append(element.data(), element.size());
+    if (element.size() <= max_pending - m_pending.size())
+        m_pending.append(element.data(), element.size());
 }
 
 // Begins to record as any start does; that fails as long as the parent records. A storage that
 // cannot begin stays as it was.
-bool messages_storage_impl_t::try_to_write_held()
+bool messages_storage_impl_t::try_to_write_pending()
 {
     if (!start())
         return abandon_log();
-    m_is_held = false;
+    m_is_buffering = false;
     initialize_xml_library();
     const xml_error_scope_t errors;
-    if (!m_held.empty()) {
+    if (!m_pending.empty()) {
         begin_line();
-        write_raw(m_held, m_writer.get());
+        write_raw(m_pending, m_writer.get());
     }
-    m_held.clear();
+    m_pending.clear();
     return true;
 }
 
-void messages_storage_impl_t::try_to_write_held_at_intervals()
+void messages_storage_impl_t::try_to_write_pending_at_intervals()
 {
     const steady_clock::time_point begin = steady_clock::now();
     if (begin < m_next_try)
         return;
     try {
-        try_to_write_held();
+        try_to_write_pending();
     } catch (const std::bad_alloc&) {
         // The message is buffered, as after any try that fails.
     }
@@ -375,9 +368,9 @@ void messages_storage_impl_t::try_to_write_held_at_intervals()
 
 // A parent that forks to go to the background may end only after its child has recorded and
 // stopped.
-void messages_storage_impl_t::wait_to_write_held(steady_clock::time_point end)
+void messages_storage_impl_t::wait_to_write_pending(steady_clock::time_point end)
 {
-    while (!m_held.empty() && !try_to_write_held() && steady_clock::now() < end)
+    while (!m_pending.empty() && !try_to_write_pending() && steady_clock::now() < end)
         std::this_thread::sleep_for(retry_pause);
 }
 

@@ -42,7 +42,8 @@ public:
     void end() noexcept;
 
     const basekit2::path_t& path() const { return m_path; }
-    /// Whether a thread, or this one, is in a replay. Any thread may call these at any time.
+    /// Returns whether a thread, or this one, is in a replay. Any thread may call these at any
+    /// time.
     bool is_replaying() const { return m_replaying_thread.load() != std::thread::id(); }
     bool is_replaying_here() const { return m_replaying_thread == std::this_thread::get_id(); }
 
@@ -67,10 +68,10 @@ private:
     bool rewrite_log(log_copy_t& copy);
     bool write_messages_of(const file_descriptor_t& old_log);
     bool abandon_log();
-    void hold(const message_t& msg);
-    bool try_to_write_held();
-    void try_to_write_held_at_intervals();
-    void wait_to_write_held(std::chrono::steady_clock::time_point end);
+    void add_pending(const message_t& msg);
+    bool try_to_write_pending();
+    void try_to_write_pending_at_intervals();
+    void wait_to_write_pending(std::chrono::steady_clock::time_point end);
 
     basekit2::path_t m_path;
     basekit2::path_t m_log_path; ///< of the recording: m_path, or absolute in a child
@@ -80,8 +81,8 @@ private:
     log_output_t m_output;         ///< into m_write_file
     xml_writer_t m_writer;         ///< writes into m_output; set while recording is on
     bool m_has_messages = false;   ///< whether one was written since recording was started
-    bool m_is_held = false;        ///< whether this is a child, and recording is on in its parent
-    std::string m_held;            ///< elements that the child has recorded
+    bool m_is_buffering = false;   ///< whether this is a child, and recording is on in its parent
+    std::string m_pending;         ///< elements that the child has recorded
     std::chrono::steady_clock::time_point m_next_try; ///< of the child to begin to record
     std::atomic<std::thread::id> m_replaying_thread{std::thread::id()};
     log_file_reader m_replay_reader;

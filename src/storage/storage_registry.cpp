@@ -28,7 +28,7 @@ using std::chrono::steady_clock;
 // for the recordings of its parent.
 constexpr std::chrono::seconds max_fork_delay(1);
 // Short, since a replay can begin meanwhile.
-const long moment = 10000000; // nanoseconds
+const long lock_timeout = 10000000; // nanoseconds
 
 struct entry_t
 {
@@ -68,12 +68,12 @@ private:
 
 // Waits in the queue of the mutex: a storage that other threads use all the time is free only for
 // moments.
-bool lock_for_moment(boost::mutex& mutex)
+bool lock_briefly(boost::mutex& mutex)
 {
     const long second = 1000000000;
     timespec end = {};
     clock_gettime(CLOCK_REALTIME, &end);
-    end.tv_nsec += moment;
+    end.tv_nsec += lock_timeout;
     end.tv_sec += end.tv_nsec / second;
     end.tv_nsec %= second;
     return pthread_mutex_timedlock(mutex.native_handle(), &end) == 0;
@@ -137,7 +137,7 @@ void storage_registry_t::prepare()
     const auto end = steady_clock::now() + max_fork_delay;
     for (entry_t& entry : all.entries)
         do
-            entry.is_locked = entry.is_locked || lock_for_moment(entry.storage->m_mutex);
+            entry.is_locked = entry.is_locked || lock_briefly(entry.storage->m_mutex);
         while (!entry.is_locked && !entry.storage->m_impl->is_replaying() &&
                steady_clock::now() < end);
     const auto write_end = steady_clock::now() + max_fork_delay;

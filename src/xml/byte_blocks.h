@@ -30,8 +30,8 @@ constexpr byte_block_t find_equal(byte_block_t block, char byte)
     return (block ^ block_of(byte)) - block_of(1);
 }
 
-/// Whether the high bits of what `look` returns are zero for each block of the text. The last block
-/// overlaps the one before, and a short text is filled up with spaces.
+/// Returns whether the high bits of what `look` returns are zero for each block of the text. The
+/// last block overlaps the one before, and a short text is filled up with spaces.
 template <typename Look>
 bool has_no_high_bits(std::string_view text, const Look& look)
 {

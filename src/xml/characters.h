@@ -10,7 +10,7 @@
 namespace velmoext_1_4_8
 {
 
-/// Whether the byte is white space in XML.
+/// Returns whether the byte is white space in XML.
 constexpr bool is_blank(char byte)
 {
     return byte == ' ' || byte == '\t' || byte == '\r' || byte == '\n';
@@ -25,7 +25,7 @@ inline std::size_t count_blanks(std::string_view text)
     return count;
 }
 
-/// Whether the text has no character but white space.
+/// Returns whether the text has no character but white space.
 inline bool is_blank_text(std::string_view text)
 {
     return count_blanks(text) == text.size();
@@ -52,7 +52,7 @@ constexpr auto plain_units = [] {
     return plain;
 }();
 
-/// Whether the byte or wide character is plain, see plain_units.
+/// Returns whether the byte or wide character is plain, see plain_units.
 template <typename Char>
 constexpr bool is_plain(Char unit)
 {
@@ -60,13 +60,13 @@ constexpr bool is_plain(Char unit)
     return index < plain_units.size() && plain_units[index]; // NOLINT(*-constant-array-index)
 }
 
-/// Whether the character can be written in an XML 1.0 document.
+/// Returns whether the character can be written in an XML 1.0 document.
 bool is_xml_character(std::uint32_t character);
 
-/// Whether the text is a name of XML 1.0, fifth edition, of any length.
+/// Returns whether the text is a name of XML 1.0, fifth edition, of any length.
 bool is_xml_name(const std::wstring& text);
 
-/// Whether the text is a name of ASCII characters alone.
+/// Returns whether the text is a name of ASCII characters alone.
 bool is_ascii_name(std::string_view text);
 
 /// Returns the text in UTF-8, with U+FFFD for each character that XML 1.0 cannot carry.

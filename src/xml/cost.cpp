@@ -24,7 +24,7 @@ class cost_t
 public:
     explicit cost_t(parse_t parse) : m_is_tree(parse == parse_t::tree) {}
 
-    markup_t of(std::string_view document)
+    markup_t measure(std::string_view document)
     {
         scanner_t scanner(document);
         for (auto token = scanner.next();
@@ -134,9 +134,9 @@ private:
 
 } // namespace
 
-markup_t look_through_markup(std::string_view document, parse_t parse)
+markup_t inspect_markup(std::string_view document, parse_t parse)
 {
-    return cost_t(parse).of(document);
+    return cost_t(parse).measure(document);
 }
 
 } // namespace velmoext_1_4_8

@@ -8,7 +8,7 @@
 namespace velmoext_1_4_8
 {
 
-/// The result of look_through_markup().
+/// The result of inspect_markup().
 struct markup_t
 {
     /// The limit that the document exceeds, if any: refusal_t::none when libxml2's work is linear
@@ -27,6 +27,6 @@ enum class parse_t
 
 /// Looks through the markup of a document in UTF-8, or in an encoding that writes markup like
 /// ASCII.
-markup_t look_through_markup(std::string_view document, parse_t parse);
+markup_t inspect_markup(std::string_view document, parse_t parse);
 
 } // namespace velmoext_1_4_8

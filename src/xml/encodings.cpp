@@ -62,7 +62,7 @@ std::string declared_encoding(std::string_view document)
 }
 
 std::optional<std::size_t> convert_to_utf8(std::string_view document, const std::string& encoding,
-                                           std::string& utf8, std::size_t enough)
+                                           std::string& utf8, std::size_t sufficient_size)
 {
     initialize_xml_library();
     const xml_error_scope_t errors;
@@ -74,7 +74,7 @@ std::optional<std::size_t> convert_to_utf8(std::string_view document, const std:
         return std::nullopt;
     utf8.clear();
     std::size_t converted = 0;
-    while (has_memory && converted != document.size() && utf8.size() < enough) {
+    while (has_memory && converted != document.size() && utf8.size() < sufficient_size) {
         const std::string_view next = document.substr(converted, chunk);
         has_memory =
             xmlBufferAdd(in.get(), to_xml(next.data()), static_cast<int>(next.size())) == 0;

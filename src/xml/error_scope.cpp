@@ -72,9 +72,9 @@ void xml_error_scope_t::enter()
     xmlSetGenericErrorFunc(this, on_text);
     xmlSetStructuredErrorFunc(this, on_error);
     // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast)
-    m_last_error_place = const_cast<xmlError*>(xmlGetLastError());
-    if (m_last_error_place)
-        std::swap(m_last_error, *m_last_error_place);
+    m_mutable_last_error = const_cast<xmlError*>(xmlGetLastError());
+    if (m_mutable_last_error)
+        std::swap(m_last_error, *m_mutable_last_error);
 }
 
 // Moves the thread's last error, since a copy could run out of memory. No function of libxml2 sets
@@ -83,8 +83,8 @@ void xml_error_scope_t::leave()
 {
     if (xmlGetLastError())
         xmlResetLastError();
-    if (m_last_error_place)
-        std::swap(m_last_error, *m_last_error_place);
+    if (m_mutable_last_error)
+        std::swap(m_last_error, *m_mutable_last_error);
     xmlSetGenericErrorFunc(m_generic_context, m_generic);
     xmlSetStructuredErrorFunc(m_structured_context, m_structured);
 }

@@ -25,7 +25,7 @@ public:
     xml_error_scope_t(const xml_error_scope_t&) = delete;
     xml_error_scope_t& operator=(const xml_error_scope_t&) = delete;
 
-    /// Whether libxml2 reported that it ran out of memory.
+    /// Returns whether libxml2 reported that it ran out of memory.
     bool has_run_out_of_memory() const { return m_has_run_out_of_memory; }
 
     /// Restores the thread's own handlers and last error while other code runs there.
@@ -56,7 +56,7 @@ private:
     xmlStructuredErrorFunc m_structured = nullptr;
     void* m_structured_context = nullptr;
     xmlError m_last_error = {};
-    xmlError* m_last_error_place = nullptr; ///< null when there was no last error
+    xmlError* m_mutable_last_error = nullptr; ///< null when there was no last error
 };
 
 } // namespace velmoext_1_4_8

@@ -51,7 +51,7 @@ bool has_plain_characters_only(std::string_view text)
     });
 }
 
-unsigned look_for_contents(std::string_view text)
+unsigned find_contents(std::string_view text)
 {
     unsigned contents = plain;
     if (has_plain_characters_only(text))
@@ -139,12 +139,12 @@ bool begins_with_long_reference(std::string_view text)
 
 bool is_plain_text(std::string_view text)
 {
-    return (look_for_contents(text) & ~unsigned(line_ends_or_tabs | brackets)) == 0;
+    return (find_contents(text) & ~unsigned(line_ends_or_tabs | brackets)) == 0;
 }
 
 std::size_t find_fault(std::string_view text)
 {
-    const unsigned contents = look_for_contents(text);
+    const unsigned contents = find_contents(text);
     if ((contents & (unreadable | references)) == 0)
         return text.size();
     std::string resolved;
@@ -158,12 +158,12 @@ std::size_t find_fault(std::string_view text)
         {reference, static_cast<std::size_t>(unreadable_byte - text.begin()), text.find("]]>")});
 }
 
-bool decode_references(std::string_view text, place_t place, std::string_view ampersand,
+bool decode_references(std::string_view text, text_context_t context, std::string_view ampersand,
                        std::wstring& wide)
 {
-    const unsigned contents = look_for_contents(text);
+    const unsigned contents = find_contents(text);
     const unsigned refused =
-        place == place_t::attribute ? unreadable | line_ends_or_tabs : unreadable;
+        context == text_context_t::attribute ? unreadable | line_ends_or_tabs : unreadable;
     if ((contents & refused) != 0)
         return false;
     if ((contents & (references | non_ascii)) == 0) {

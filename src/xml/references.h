@@ -7,8 +7,8 @@
 namespace velmoext_1_4_8
 {
 
-/// Whether the text of an element is ASCII without markup, references and carriage returns, so that
-/// a reader of XML sees it as it is written.
+/// Returns whether the text of an element is ASCII without markup, references and carriage returns,
+/// so that a reader of XML sees it as it is written.
 bool is_plain_text(std::string_view text);
 
 /// Returns the offset at which the text of an element is malformed in a document without a document
@@ -17,7 +17,7 @@ bool is_plain_text(std::string_view text);
 std::size_t find_fault(std::string_view text);
 
 /// The kind of text that has the references.
-enum class place_t
+enum class text_context_t
 {
     element,
     attribute ///< a reader converts line ends and tabs to blanks, unless they are references
@@ -28,7 +28,7 @@ enum class place_t
 ///
 /// Returns false, with `wide` unspecified, when a reader would change something else, as a carriage
 /// return, or refuse the text, and when it refers to an entity that XML does not predefine.
-bool decode_references(std::string_view text, place_t place, std::string_view ampersand,
+bool decode_references(std::string_view text, text_context_t context, std::string_view ampersand,
                        std::wstring& wide);
 
 /// Decodes a name of XML 1.0. Returns false, with `wide` unspecified, when it is not one.

@@ -21,8 +21,8 @@ bool begins_with(const char* at, const char* end, std::string_view prefix)
            std::memcmp(at, prefix.data(), prefix.size()) == 0;
 }
 
-// Whether the text could still become the prefix if more of it followed.
-bool is_cut_within(const char* at, const char* end, std::string_view prefix)
+// Returns whether the text could still become the prefix if more of it followed.
+bool ends_within(const char* at, const char* end, std::string_view prefix)
 {
     const auto size = static_cast<std::size_t>(end - at);
     return size < prefix.size() && std::memcmp(at, prefix.data(), size) == 0;
@@ -86,7 +86,7 @@ public:
     document_type_facts_t scan()
     {
         while (m_at && m_at != m_end) {
-            look_at_item();
+            inspect_item();
             m_at = skip_item(m_at, m_end);
         }
         return m_facts;
@@ -100,7 +100,7 @@ private:
         internal_entity,
     };
 
-    void look_at_item()
+    void inspect_item()
     {
         switch (*m_at) {
         case '<':
@@ -111,21 +111,21 @@ private:
         case 'S':
         case 'P':
             if (m_declaration == declaration_t::internal_entity &&
-                (is_word("SYSTEM") || is_word("PUBLIC")))
+                (begins_with_keyword("SYSTEM") || begins_with_keyword("PUBLIC")))
                 m_declaration = declaration_t::other;
             break;
         case '"':
         case '\'':
-            look_at_literal();
+            inspect_literal();
             break;
         case '%':
-            look_at_percent(m_at);
+            inspect_percent(m_at);
             break;
         case '#':
             ++m_facts.declared_attributes;
             break;
         case 'I':
-            m_facts.declared_ids += is_word("ID") ? 1 : 0;
+            m_facts.declared_ids += begins_with_keyword("ID") ? 1 : 0;
             break;
         default:
             break;
@@ -133,7 +133,7 @@ private:
     }
 
     // Requires not to be at the beginning of the document type.
-    bool is_word(std::string_view word) const
+    bool begins_with_keyword(std::string_view word) const
     {
         const auto size = static_cast<std::ptrdiff_t>(word.size());
         return begins_with(m_at, m_end, word) && is_blank(m_at[-1]) && m_end - m_at > size &&
@@ -141,13 +141,13 @@ private:
     }
 
     // The declaration of a parameter entity has a blank there.
-    void look_at_percent(const char* percent)
+    void inspect_percent(const char* percent)
     {
         if (percent + 1 != m_end && !is_blank(percent[1]))
             m_facts.has_parameter_entity_references = true;
     }
 
-    void look_at_literal()
+    void inspect_literal()
     {
         if (m_declaration == declaration_t::attributes) {
             ++m_facts.defaults;
@@ -156,7 +156,7 @@ private:
         const char* const end = find(m_at + 1, m_end, *m_at);
         const char* const percent = find(m_at, end, '%');
         if (m_declaration == declaration_t::internal_entity && percent != end)
-            look_at_percent(percent);
+            inspect_percent(percent);
     }
 
     const char* m_at;
@@ -288,10 +288,10 @@ scanner_t::token_t scanner_t::scan_declaration()
         return scan_until(token_t::section, section, "]]>");
     if (begins_with(m_at, m_end, document_type))
         return scan_document_type();
-    const bool is_cut = is_cut_within(m_at, m_end, comment) ||
-                        is_cut_within(m_at, m_end, section) ||
-                        is_cut_within(m_at, m_end, document_type);
-    return is_cut ? stop(token_t::unfinished, m_end) : stop(token_t::malformed, m_at + 2);
+    const bool is_truncated = ends_within(m_at, m_end, comment) ||
+                              ends_within(m_at, m_end, section) ||
+                              ends_within(m_at, m_end, document_type);
+    return is_truncated ? stop(token_t::unfinished, m_end) : stop(token_t::malformed, m_at + 2);
 }
 
 scanner_t::token_t scanner_t::scan_xml_declaration()
@@ -301,7 +301,7 @@ scanner_t::token_t scanner_t::scan_xml_declaration()
     while (attributes.next(attribute)) {
     }
     const char* const at = attributes.position();
-    if (is_cut_within(at, m_end, "?>"))
+    if (ends_within(at, m_end, "?>"))
         return stop(token_t::unfinished, m_end);
     if (!begins_with(at, m_end, "?>"))
         return stop(token_t::malformed, at);

@@ -25,7 +25,7 @@ constexpr std::size_t part_size = 65536;
 
 enum class outcome
 {
-    made,
+    created,
     failed,
     not_supported
 };
@@ -90,8 +90,8 @@ bool read_bytes(int source, std::size_t at_most, std::string& read)
 /// Returns whether closing succeeds. A network file system may report a full disk only then.
 bool is_stored(int target)
 {
-    const int twin = fcntl(target, F_DUPFD_CLOEXEC, 0);
-    return twin != -1 && close(twin) == 0;
+    const int duplicate = fcntl(target, F_DUPFD_CLOEXEC, 0);
+    return duplicate != -1 && close(duplicate) == 0;
 }
 
 bool fill(int source, int target)
@@ -111,13 +111,13 @@ outcome copy_unnamed(int source, const std::string& directory, const std::string
         return outcome::failed;
     const std::string unnamed = "/proc/self/fd/" + std::to_string(target.number());
     if (linkat(AT_FDCWD, unnamed.c_str(), AT_FDCWD, to.c_str(), AT_SYMLINK_FOLLOW) == 0)
-        return outcome::made;
+        return outcome::created;
     return errno == EEXIST ? outcome::failed : outcome::not_supported;
 }
 
 /// Renames a file on a file system without hard links. If renameat2() fails, the destination is
 /// checked first: another process can create it after that.
-bool move_to_free_name(const std::string& from, const std::string& to)
+bool rename_without_replacing(const std::string& from, const std::string& to)
 {
     if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0)
         return true;
@@ -130,7 +130,7 @@ bool move_to_free_name(const std::string& from, const std::string& to)
 bool change_name(const std::string& from, const std::string& to)
 {
     const bool is_linked = link(from.c_str(), to.c_str()) == 0;
-    if (!is_linked && errno != EEXIST && move_to_free_name(from, to))
+    if (!is_linked && errno != EEXIST && rename_without_replacing(from, to))
         return true;
     unlink(from.c_str());
     return is_linked;
@@ -188,7 +188,7 @@ bool copy_file(const path_t& from, const path_t& to)
     // Any other cause makes the second attempt fail as well.
     if (result == outcome::not_supported)
         return copy_named(source.number(), directory, destination);
-    return result == outcome::made;
+    return result == outcome::created;
 }
 
 bool read_file(const path_t& path, std::size_t at_most, std::string& bytes)

@@ -24,12 +24,12 @@ using ROVA_2_18::strings::utf16_to_utf8;
 using ROVA_2_18::strings::utf8_to_utf16;
 
 constexpr std::size_t most_bytes = std::size_t{16} << 20U;
-constexpr std::size_t most_text_bytes = 10000000;
-constexpr std::size_t most_depth = 256;
+constexpr std::size_t max_text_bytes = 10000000;
+constexpr std::size_t max_depth = 256;
 // libxml2's time for a tag is quadratic in the number of its attributes. They are counted only
-// after the tag was read, so most_name_bytes must limit the time for one tag.
-constexpr std::size_t most_attributes = 256;
-constexpr std::size_t most_name_bytes = 65536;
+// after the tag was read, so max_name_bytes must limit the time for one tag.
+constexpr std::size_t max_attributes = 256;
+constexpr std::size_t max_name_bytes = 65536;
 constexpr std::size_t thread_bytes = 4096; // more than libxml2 allocates per thread
 
 const char* from_xml(const xmlChar* text)
@@ -108,7 +108,7 @@ bool tree_reader_t::read(const std::string& bytes)
     const bool is_parsed = parse(bytes);
     if (m_failure)
         std::rethrow_exception(m_failure);
-    if (m_errors.has_lacked_memory() && !has_too_many_names())
+    if (m_errors.has_run_out_of_memory() && !has_too_many_names())
         throw std::bad_alloc();
     return is_parsed && !m_errors.has_failed() && !m_has_refused;
 }
@@ -130,7 +130,7 @@ bool tree_reader_t::parse(const std::string& bytes)
 // libxml2 reports too many names as an allocation failure.
 bool tree_reader_t::has_too_many_names() const
 {
-    return xmlDictGetUsage(dictionary_of(*m_parser)) > most_name_bytes;
+    return xmlDictGetUsage(dictionary_of(*m_parser)) > max_name_bytes;
 }
 
 bool tree_reader_t::has_ended() const
@@ -155,7 +155,7 @@ int tree_reader_t::on_read(void* reader, char* buffer, int size)
 void tree_reader_t::on_document(void* reader)
 {
     const auto& self = *static_cast<tree_reader_t*>(reader);
-    xmlDictSetLimit(dictionary_of(*self.m_parser), most_name_bytes);
+    xmlDictSetLimit(dictionary_of(*self.m_parser), max_name_bytes);
 }
 
 xmlSAXHandler tree_reader_t::make_table()
@@ -218,7 +218,7 @@ bool tree_reader_t::start(const std::string& name, const xmlChar** attributes)
         return false;
     std::size_t count = 0;
     for (const xmlChar** at = attributes; at != nullptr && at[0] != nullptr; at += 2) {
-        if (++count > most_attributes || at[1] == nullptr)
+        if (++count > max_attributes || at[1] == nullptr)
             return false;
         bag->add_value(utf8_to_utf16(from_xml(at[0])), utf8_to_utf16(from_xml(at[1])));
     }
@@ -228,7 +228,7 @@ bool tree_reader_t::start(const std::string& name, const xmlChar** attributes)
 variant_bag_t* tree_reader_t::open_bag(const std::string& name)
 {
     const bool is_root = m_open.empty();
-    if (m_open.size() == most_depth || (is_root && m_has_root && name != m_root))
+    if (m_open.size() == max_depth || (is_root && m_has_root && name != m_root))
         return nullptr;
     variant_bag_t* const bag = is_root ? &m_tree : &m_open.back().bag->add_bag(utf8_to_utf16(name));
     m_open.push_back({bag, std::string()});
@@ -248,7 +248,7 @@ bool tree_reader_t::add_text(const xmlChar* text, std::size_t length)
 {
     std::string& joined = m_open.back().text;
     joined.append(from_xml(text), length);
-    return joined.size() <= most_text_bytes;
+    return joined.size() <= max_text_bytes;
 }
 
 // libxml2 allocates data per thread on first use, and ends the process if that fails. An allocation

@@ -39,7 +39,7 @@ inline bool is_used_up([[maybe_unused]] xmlParserCtxt& parser, [[maybe_unused]] 
 
 /// Returns the thread's last error, null if there is none. libxml2 has no function that restores
 /// it, so callers write to the object.
-inline xmlError* last_error_place()
+inline xmlError* mutable_last_error()
 {
     // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast)
     return const_cast<xmlError*>(xmlGetLastError());
@@ -53,11 +53,11 @@ public:
     xml_errors_t()
         : m_generic(xmlGenericError), m_generic_context(xmlGenericErrorContext),
           m_structured(xmlStructuredError), m_structured_context(xmlStructuredErrorContext),
-          m_last_error_place(last_error_place())
+          m_mutable_last_error(mutable_last_error())
     {
-        if (m_last_error_place != nullptr) {
-            m_last_error = *m_last_error_place;
-            *m_last_error_place = xmlError();
+        if (m_mutable_last_error != nullptr) {
+            m_last_error = *m_mutable_last_error;
+            *m_mutable_last_error = xmlError();
         }
         xmlSetGenericErrorFunc(nullptr, ignore);
         xmlSetStructuredErrorFunc(this, take);
@@ -67,8 +67,8 @@ public:
         xmlSetGenericErrorFunc(m_generic_context, m_generic);
         xmlSetStructuredErrorFunc(m_structured_context, m_structured);
         xmlResetLastError();
-        if (m_last_error_place != nullptr)
-            *m_last_error_place = m_last_error;
+        if (m_mutable_last_error != nullptr)
+            *m_mutable_last_error = m_last_error;
     }
     xml_errors_t(const xml_errors_t&) = delete;
     xml_errors_t& operator=(const xml_errors_t&) = delete;
@@ -79,7 +79,7 @@ public:
 
     /// Returns whether the first error is that libxml2 ran out of memory. Later ones may follow
     /// from the first.
-    bool has_lacked_memory() const { return m_has_lacked_memory; }
+    bool has_run_out_of_memory() const { return m_has_run_out_of_memory; }
 
 private:
     // The type is libxml2's.
@@ -90,18 +90,18 @@ private:
             return;
         auto& self = *static_cast<xml_errors_t*>(errors);
         if (!self.m_has_failed)
-            self.m_has_lacked_memory = error->code == XML_ERR_NO_MEMORY;
+            self.m_has_run_out_of_memory = error->code == XML_ERR_NO_MEMORY;
         self.m_has_failed = true;
     }
 
     bool m_has_failed = false;
-    bool m_has_lacked_memory = false;
+    bool m_has_run_out_of_memory = false;
     xmlGenericErrorFunc m_generic;
     void* m_generic_context;
     xmlStructuredErrorFunc m_structured;
     void* m_structured_context;
     /// Null if the thread had no error. The error is moved aside, since a deep copy could fail.
-    xmlError* m_last_error_place;
+    xmlError* m_mutable_last_error;
     xmlError m_last_error = {};
 };
 

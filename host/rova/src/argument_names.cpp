@@ -16,12 +16,12 @@ namespace
 constexpr std::int32_t max_nested_texts = 50;
 constexpr std::size_t max_names = 1000;
 // ICU writes a text for each use of an argument, which takes at least a microsecond.
-constexpr std::size_t max_places = 10000;
+constexpr std::size_t max_placeholders = 10000;
 // ICU searches all names at each use of an argument. Long names with small differences take
 // longest.
 constexpr std::size_t max_comparisons = 2000000;
 // ICU creates a format for each use with a type, which may take 100 KiB.
-constexpr std::size_t max_typed_places = 1000;
+constexpr std::size_t max_typed_uses = 1000;
 
 bool is_digit(char16_t unit)
 {
@@ -56,7 +56,7 @@ bool has_large_power(const icu::UnicodeString& style)
 void add_use(argument_uses_t& uses, UMessagePatternArgType type)
 {
     if (type == UMSGPAT_ARG_TYPE_NONE)
-        ++uses.text_places;
+        ++uses.text_uses;
     else if (type == UMSGPAT_ARG_TYPE_SELECT)
         uses.is_selector = true;
     else
@@ -67,17 +67,17 @@ void add_use(argument_uses_t& uses, UMessagePatternArgType type)
 
 argument_names_t::argument_names_t(const icu::MessagePattern& pattern) : m_pattern(pattern)
 {
-    for (std::int32_t i = 0; i != pattern.countParts() && !is_too_much(); ++i)
+    for (std::int32_t i = 0; i != pattern.countParts() && !exceeds_limits(); ++i)
         add_part(i);
     for (auto& entry : m_names)
         rename(entry.second);
 }
 
-bool argument_names_t::is_too_much() const
+bool argument_names_t::exceeds_limits() const
 {
-    const std::size_t places = m_text_places + m_number_places;
-    return m_names.size() > max_names || places > max_places ||
-           m_names.size() * places > max_comparisons || m_typed_places > max_typed_places ||
+    const std::size_t uses = m_text_uses + m_number_uses;
+    return m_names.size() > max_names || uses > max_placeholders ||
+           m_names.size() * uses > max_comparisons || m_typed_uses > max_typed_uses ||
            m_nested_texts > max_nested_texts || m_has_large_power;
 }
 
@@ -107,7 +107,7 @@ void argument_names_t::add_part(std::int32_t index)
     else if (part.getType() == UMSGPAT_PART_TYPE_ARG_STYLE)
         add_style(m_pattern.getSubstring(part));
     else if (part.getType() == UMSGPAT_PART_TYPE_REPLACE_NUMBER)
-        ++m_number_places;
+        ++m_number_uses;
     else if (part.getType() == UMSGPAT_PART_TYPE_MSG_START)
         m_nested_texts = std::max(m_nested_texts, part.getValue());
 }
@@ -115,26 +115,26 @@ void argument_names_t::add_part(std::int32_t index)
 void argument_names_t::add_argument(std::int32_t start)
 {
     const auto type = m_pattern.getPart(start).getArgType();
-    ++(type == UMSGPAT_ARG_TYPE_NONE ? m_text_places : m_number_places);
+    ++(type == UMSGPAT_ARG_TYPE_NONE ? m_text_uses : m_number_uses);
     add_use(m_names[name_at(start)], type);
 }
 
 void argument_names_t::add_type(const icu::UnicodeString& type)
 {
-    ++m_typed_places;
+    ++m_typed_uses;
     if (type != u"number" && type != u"date" && type != u"time")
         m_need_rules = true;
 }
 
 void argument_names_t::add_style(const icu::UnicodeString& style)
 {
-    m_number_places += static_cast<std::size_t>(style.length());
+    m_number_uses += static_cast<std::size_t>(style.length());
     m_has_large_power = m_has_large_power || has_large_power(style);
 }
 
 void argument_names_t::rename(argument_uses_t& uses)
 {
-    if (uses.is_number && uses.text_places != 0)
+    if (uses.is_number && uses.text_uses != 0)
         uses.text_name = new_name();
     if (uses.is_number && uses.is_selector)
         uses.selector_name = new_name();

@@ -15,7 +15,7 @@ namespace i18n
 /// Uses of one argument in a pattern.
 struct argument_uses_t
 {
-    std::size_t text_places = 0; ///< number of uses as a text
+    std::size_t text_uses = 0; ///< number of uses as a text
     bool is_selector = false;
     bool is_number = false;
     icu::UnicodeString text_name;     ///< empty if the text keeps its name
@@ -33,12 +33,12 @@ public:
 
     const names_t& all() const { return m_names; }
     /// Returns whether the pattern exceeds a limit. Its names are incomplete in that case.
-    bool is_too_much() const;
+    bool exceeds_limits() const;
     /// Returns whether the pattern may need a language's rule-based number formats.
     bool need_rules() const { return m_need_rules; }
     /// Returns how many numbers and date fields a result has at most. Counts each character of a
     /// style, since a date's style may write a field for each.
-    std::size_t number_places() const { return m_number_places; }
+    std::size_t number_uses() const { return m_number_uses; }
 
     /// Returns the pattern with the new names.
     icu::UnicodeString renamed_pattern() const;
@@ -60,9 +60,9 @@ private:
 
     const icu::MessagePattern& m_pattern;
     names_t m_names;
-    std::size_t m_text_places = 0;
-    std::size_t m_number_places = 0;
-    std::size_t m_typed_places = 0;
+    std::size_t m_text_uses = 0;
+    std::size_t m_number_uses = 0;
+    std::size_t m_typed_uses = 0;
     std::int32_t m_nested_texts = 0;
     bool m_need_rules = false;
     bool m_has_large_power = false;

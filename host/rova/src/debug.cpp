@@ -11,7 +11,7 @@ namespace debug
 namespace
 {
 
-std::atomic<assert_handler_t> handler_in_place{nullptr};
+std::atomic<assert_handler_t> current_handler{nullptr};
 
 /// Writes the line in one call: the stream's lock then keeps reports of several threads apart.
 void write_report(const char* expression, const char* file, int line, const char* function)
@@ -23,7 +23,7 @@ void write_report(const char* expression, const char* file, int line, const char
 
 assert_handler_t set_assert_handler(assert_handler_t handler)
 {
-    return handler_in_place.exchange(handler);
+    return current_handler.exchange(handler);
 }
 
 namespace _private
@@ -32,7 +32,7 @@ namespace _private
 void ____________________ASSERT____________________(const char* expression, const char* file,
                                                     int line, const char* function)
 {
-    const assert_handler_t handler = handler_in_place.load();
+    const assert_handler_t handler = current_handler.load();
     (handler != nullptr ? handler : write_report)(expression, file, line, function);
 }
 

@@ -91,7 +91,7 @@ bool fits(const std::wstring* text)
     return text == nullptr || strings::fits_unicode(*text);
 }
 
-icu::UnicodeString in_braces(const icu::UnicodeString& name)
+icu::UnicodeString make_placeholder(const icu::UnicodeString& name)
 {
     return icu::UnicodeString(u'{').append(name).append(u'}');
 }
@@ -129,11 +129,11 @@ pattern_t::pattern_t(const std::wstring& pattern, const std::string& locale) : m
     if (!succeeded(status))
         return;
     const argument_names_t names(parsed);
-    if (names.is_too_much())
+    if (names.exceeds_limits())
         return;
-    m_length = pattern.size() + names.number_places() * max_number;
+    m_length = pattern.size() + names.number_uses() * max_number;
     add_slots(names);
-    if (names.number_places() == 0)
+    if (names.number_uses() == 0)
         split(parsed);
     else
         make_format(names.renamed_pattern(), find_locale(locale, names.need_rules()));
@@ -148,7 +148,7 @@ std::wstring pattern_t::format(const generic::varg_list& arguments) const
         return m_text;
     if (!m_format)
         return m_segments.empty() ? m_text : join(texts);
-    given_arguments_t given(m_names);
+    icu_arguments_t given(m_names);
     for (const slot_t& slot : m_slots)
         given.add(slot, texts[slot.argument]);
     UErrorCode status = U_ZERO_ERROR;
@@ -156,7 +156,7 @@ std::wstring pattern_t::format(const generic::varg_list& arguments) const
     return succeeded(status) ? strings::from_unicode(result) : m_text;
 }
 
-icu::UnicodeString pattern_t::format(const given_arguments_t& given, UErrorCode& status) const
+icu::UnicodeString pattern_t::format(const icu_arguments_t& given, UErrorCode& status) const
 {
     icu::UnicodeString result;
     const std::lock_guard<std::mutex> lock(m_mutex);
@@ -178,10 +178,10 @@ void pattern_t::add_slots(const argument_names_t& names)
 void pattern_t::add_slots(const icu::UnicodeString& name, const argument_uses_t& uses)
 {
     const std::size_t argument = find_argument(to_utf8(name), 0);
-    const std::size_t text_places = uses.is_number ? 0 : uses.text_places;
-    add_slot(name, {argument, uses.is_number, text_places, icu::UnicodeString()});
+    const std::size_t text_uses = uses.is_number ? 0 : uses.text_uses;
+    add_slot(name, {argument, uses.is_number, text_uses, icu::UnicodeString()});
     if (!uses.text_name.isEmpty())
-        add_slot(uses.text_name, {argument, false, uses.text_places, in_braces(name)});
+        add_slot(uses.text_name, {argument, false, uses.text_uses, make_placeholder(name)});
     if (!uses.selector_name.isEmpty())
         add_slot(uses.selector_name, {argument, false, 0, uses.selector_name});
 }
@@ -191,7 +191,7 @@ void pattern_t::add_slot(const icu::UnicodeString& name, const slot_t& slot)
     m_names.push_back(name);
     checked(m_names.back());
     m_slots.push_back(slot);
-    checked(m_slots.back().stand_in);
+    checked(m_slots.back().fallback);
 }
 
 void pattern_t::make_format(const icu::UnicodeString& pattern, const icu::Locale& locale)
@@ -219,7 +219,7 @@ void pattern_t::split(const icu::MessagePattern& parsed)
             continue;
         const icu::UnicodeString name = parsed.getSubstring(parsed.getPart(i + 1));
         m_segments.push_back({strings::from_unicode(literal), find_argument(to_utf8(name), 0),
-                              strings::from_unicode(in_braces(name))});
+                              strings::from_unicode(make_placeholder(name))});
         literal.remove();
         i = parsed.getLimitPartIndex(i);
         copied = parsed.getPart(i).getLimit();
@@ -233,9 +233,9 @@ std::size_t pattern_t::find_argument(const std::string& name, std::size_t expect
 {
     if (expected < m_arguments.size() && m_arguments[expected] == name)
         return expected;
-    const auto place = std::lower_bound(m_arguments.begin(), m_arguments.end(), name);
-    const bool is_there = place != m_arguments.end() && *place == name;
-    return static_cast<std::size_t>((is_there ? place : m_arguments.end()) - m_arguments.begin());
+    const auto found = std::lower_bound(m_arguments.begin(), m_arguments.end(), name);
+    const bool is_known = found != m_arguments.end() && *found == name;
+    return static_cast<std::size_t>((is_known ? found : m_arguments.end()) - m_arguments.begin());
 }
 
 pattern_t::texts_t pattern_t::find_texts(const generic::varg_list& arguments) const
@@ -261,7 +261,7 @@ bool pattern_t::fit(const texts_t& texts) const
         const std::wstring* const text = texts[slot.argument];
         if (!fits(text))
             return false;
-        length += text != nullptr ? slot.text_places * text->size() : 0;
+        length += text != nullptr ? slot.text_uses * text->size() : 0;
     }
     return length <= max_result;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "given_arguments.h"
+#include "icu_arguments.h"
 
 #include <rova/varg_list.h>
 
@@ -55,7 +55,7 @@ private:
     texts_t find_texts(const generic::varg_list& arguments) const;
     bool fit(const texts_t& texts) const;
     std::wstring join(const texts_t& texts) const;
-    icu::UnicodeString format(const given_arguments_t& given, UErrorCode& status) const;
+    icu::UnicodeString format(const icu_arguments_t& given, UErrorCode& status) const;
 
     std::wstring m_text;                  ///< the pattern; also the result if formatting fails
     std::vector<std::string> m_arguments; ///< the names that the pattern uses, sorted

@@ -86,9 +86,9 @@ bool fill(icu::UnicodeString& text, std::int32_t length, const Fill& fill_units)
     char16_t* const units = text.getBuffer(length);
     if (units == nullptr)
         throw std::bad_alloc();
-    const bool answer = fill_units(units);
+    const bool is_filled = fill_units(units);
     text.releaseBuffer(length);
-    return answer;
+    return is_filled;
 }
 
 } // namespace

@@ -28,13 +28,13 @@ const std::size_t largest_file = std::size_t{16} << 20U;
 const char encoding[] = "UTF-8";
 
 // Returns no bytes if the file is missing or unusable, so that the search continues.
-std::vector<char> read_sound_file(const std::string& file)
+std::vector<char> read_valid_file(const std::string& file)
 {
     std::string text;
     if (!basekit2::read_file(strings::utf8_to_utf16(file), largest_file, text))
         return {};
     std::vector<char> bytes(text.begin(), text.end());
-    return is_sound_mo(bytes) ? bytes : std::vector<char>();
+    return is_valid_mo(bytes) ? bytes : std::vector<char>();
 }
 
 // DIRECTORY/LOCALE/...
@@ -44,15 +44,15 @@ std::string locale_of(const std::string& file, const std::string& directory)
     return file.substr(begin, file.find('/', begin) - begin);
 }
 
-gnu_gettext::messages_info search_of(const catalog_place_t& place, const std::string& name)
+gnu_gettext::messages_info make_search(const catalog_location_t& location, const std::string& name)
 {
     gnu_gettext::messages_info search;
-    search.language = place.language;
-    search.country = place.country;
-    search.variant = place.variant;
+    search.language = location.language;
+    search.country = location.country;
+    search.variant = location.variant;
     search.encoding = encoding;
     search.domains.emplace_back(name);
-    search.paths.push_back(place.directory);
+    search.paths.push_back(location.directory);
     return search;
 }
 
@@ -63,17 +63,17 @@ bool can_name_file(const std::wstring& name)
 
 } // namespace
 
-std::unique_ptr<const catalog_file_t> catalog_file_t::find(const catalog_place_t& place,
+std::unique_ptr<const catalog_file_t> catalog_file_t::find(const catalog_location_t& location,
                                                            const std::wstring& name)
 {
     if (!can_name_file(name))
         return nullptr;
-    gnu_gettext::messages_info search = search_of(place, strings::utf16_to_utf8(name));
+    gnu_gettext::messages_info search = make_search(location, strings::utf16_to_utf8(name));
     std::string found;
     search.callback = [&](const std::string& file, const std::string& /*encoding*/) {
-        std::vector<char> bytes = read_sound_file(file);
+        std::vector<char> bytes = read_valid_file(file);
         if (!bytes.empty())
-            found = locale_of(file, place.directory);
+            found = locale_of(file, location.directory);
         return bytes;
     };
     try {

@@ -12,7 +12,7 @@ namespace setbook2
 {
 
 /// Directory and locale of the catalogs.
-struct catalog_place_t
+struct catalog_location_t
 {
     std::string directory;
     std::string language;
@@ -25,7 +25,7 @@ class catalog_file_t : public ROVA_2_18::i18n::catalog_t
 {
 public:
     /// Returns the first usable file of that name, null if there is none.
-    static std::unique_ptr<const catalog_file_t> find(const catalog_place_t& place,
+    static std::unique_ptr<const catalog_file_t> find(const catalog_location_t& location,
                                                       const std::wstring& name);
 
     ROVA_2_18::i18n::message_t message(const ROVA_2_18::strings::ustring16& id) const override;

@@ -29,7 +29,7 @@ class catalogs_t
 public:
     const catalog_t* find(const std::wstring& name);
     void set(const std::wstring& name, boost::shared_ptr<const catalog_t> catalog);
-    void bind(const catalog_place_t& place);
+    void bind(const catalog_location_t& location);
 
 private:
     const catalog_t* find_file(const std::wstring& name);
@@ -37,7 +37,7 @@ private:
     std::mutex m_mutex;
     std::map<std::wstring, boost::shared_ptr<const catalog_t>> m_registered; ///< guarded by m_mutex
     std::map<std::wstring, std::unique_ptr<const catalog_file_t>> m_files;   ///< guarded by m_mutex
-    std::optional<catalog_place_t> m_place;                                  ///< guarded by m_mutex
+    std::optional<catalog_location_t> m_location;                            ///< guarded by m_mutex
 };
 
 const catalog_t* catalogs_t::find(const std::wstring& name)
@@ -52,9 +52,9 @@ const catalog_t* catalogs_t::find_file(const std::wstring& name)
     const auto known = m_files.find(name);
     if (known != m_files.end())
         return known->second.get();
-    if (!m_place)
+    if (!m_location)
         return nullptr;
-    auto file = catalog_file_t::find(*m_place, name);
+    auto file = catalog_file_t::find(*m_location, name);
     return file ? m_files.emplace(name, std::move(file)).first->second.get() : nullptr;
 }
 
@@ -69,11 +69,11 @@ void catalogs_t::set(const std::wstring& name, boost::shared_ptr<const catalog_t
         m_registered.erase(name);
 }
 
-void catalogs_t::bind(const catalog_place_t& place)
+void catalogs_t::bind(const catalog_location_t& location)
 {
     std::map<std::wstring, std::unique_ptr<const catalog_file_t>> former;
     const std::lock_guard<std::mutex> lock(m_mutex);
-    m_place = place;
+    m_location = location;
     m_files.swap(former);
 }
 
@@ -106,8 +106,8 @@ std::string folder_without_language(const std::string& text)
     return std::string();
 }
 
-std::optional<catalog_place_t> parse_place(const std::wstring& directory,
-                                           const std::wstring& locale)
+std::optional<catalog_location_t> parse_location(const std::wstring& directory,
+                                                 const std::wstring& locale)
 {
     if (directory.empty() || directory.find(L'\0') != std::wstring::npos)
         return std::nullopt;
@@ -116,13 +116,13 @@ std::optional<catalog_place_t> parse_place(const std::wstring& directory,
         return std::nullopt;
     const std::string folder = folder_without_language(text);
     if (!folder.empty())
-        return catalog_place_t{utf16_to_utf8(directory), folder, std::string(), std::string()};
+        return catalog_location_t{utf16_to_utf8(directory), folder, std::string(), std::string()};
     const std::locale parsed = boost::locale::util::create_info(std::locale::classic(), text);
     const auto& info = std::use_facet<boost::locale::info>(parsed);
     if (info.language() == no_language)
         return std::nullopt;
-    return catalog_place_t{utf16_to_utf8(directory), info.language(), info.country(),
-                           info.variant()};
+    return catalog_location_t{utf16_to_utf8(directory), info.language(), info.country(),
+                              info.variant()};
 }
 
 } // namespace
@@ -139,10 +139,10 @@ void registerMessageCatalog(const std::wstring& name, boost::shared_ptr<const ca
 
 bool bindCatalogDirectory(const std::wstring& directory, const std::wstring& locale)
 {
-    const auto place = parse_place(directory, locale);
-    if (place)
-        catalogs().bind(*place);
-    return place.has_value();
+    const auto location = parse_location(directory, locale);
+    if (location)
+        catalogs().bind(*location);
+    return location.has_value();
 }
 
 } // namespace setbook2

@@ -16,7 +16,7 @@ const std::uint32_t magic = 0x950412DE;
 const std::size_t head_size = 28;
 const std::size_t word_size = 4;
 const std::size_t string_entry_size = 8; // length, offset
-const std::uint64_t free_place = 0;
+const std::uint64_t empty_slot = 0;
 
 // The parser of plural forms recurses as deep as the expression. The longest one of a real language
 // has about 300 characters.
@@ -27,7 +27,7 @@ class mo_bytes_t
 public:
     explicit mo_bytes_t(const std::vector<char>& bytes) : m_bytes(bytes) {}
 
-    bool is_sound();
+    bool is_valid();
 
 private:
     bool read_head();
@@ -35,7 +35,7 @@ private:
     bool has_table(std::uint64_t offset, std::uint64_t count, std::size_t entry_size) const;
     bool has_string(std::uint64_t entry) const;
     bool has_strings(std::uint64_t table) const;
-    bool do_keys_fit() const;
+    bool have_keys_possible_sizes() const;
     bool has_hash_table() const;
     bool is_header_usable() const;
     std::string header_field(const char* name, const char* ends) const;
@@ -49,10 +49,10 @@ private:
     std::uint64_t m_hash = 0;
 };
 
-bool mo_bytes_t::is_sound()
+bool mo_bytes_t::is_valid()
 {
-    return read_head() && has_strings(m_keys) && has_strings(m_texts) && do_keys_fit() &&
-           has_hash_table() && is_header_usable();
+    return read_head() && has_strings(m_keys) && has_strings(m_texts) &&
+           have_keys_possible_sizes() && has_hash_table() && is_header_usable();
 }
 
 bool mo_bytes_t::read_head()
@@ -103,7 +103,7 @@ bool mo_bytes_t::has_strings(std::uint64_t table) const
 
 // A search may compare with every key. The total length of overlapping keys could exceed that of
 // any file.
-bool mo_bytes_t::do_keys_fit() const
+bool mo_bytes_t::have_keys_possible_sizes() const
 {
     std::uint64_t sum = 0;
     for (std::uint64_t key = 0; key != m_count; ++key)
@@ -121,7 +121,7 @@ bool mo_bytes_t::has_hash_table() const
     std::uint64_t at = m_hash;
     const std::uint64_t end = m_hash + m_hash_size * word_size;
     for (; at != end && word(at) <= m_count && !is_named[word(at)]; at += word_size)
-        is_named[word(at)] = word(at) != free_place;
+        is_named[word(at)] = word(at) != empty_slot;
     return at == end;
 }
 
@@ -147,9 +147,9 @@ std::string mo_bytes_t::header_field(const char* name, const char* ends) const
 
 } // namespace
 
-bool is_sound_mo(const std::vector<char>& bytes)
+bool is_valid_mo(const std::vector<char>& bytes)
 {
-    return mo_bytes_t(bytes).is_sound();
+    return mo_bytes_t(bytes).is_valid();
 }
 
 } // namespace setbook2

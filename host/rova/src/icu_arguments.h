@@ -18,18 +18,18 @@ struct slot_t
 {
     std::size_t argument; ///< its index among the names that the pattern uses
     bool is_number;
-    std::size_t text_places; ///< how often its text is written at most
+    std::size_t text_uses; ///< how often its text is written at most
     /// Value for a missing argument. If it is empty, ICU writes the name in braces.
-    icu::UnicodeString stand_in;
+    icu::UnicodeString fallback;
 };
 
 /// The arguments for ICU: a name and a value for each argument that has a value.
-class given_arguments_t
+class icu_arguments_t
 {
 public:
     /// Takes ICU's names in the order in which the arguments are added. The names must outlive this
     /// object: if no value is missing, which is most common, they are used without a copy.
-    explicit given_arguments_t(const std::vector<icu::UnicodeString>& names);
+    explicit icu_arguments_t(const std::vector<icu::UnicodeString>& names);
 
     const icu::UnicodeString* names() const
     {
@@ -46,7 +46,7 @@ private:
     void add_number(const std::string& text);
 
     const std::vector<icu::UnicodeString>& m_all_names;
-    std::size_t m_asked = 0;
+    std::size_t m_next_name = 0;
     bool m_is_complete = true;
     std::vector<icu::UnicodeString> m_names; ///< names of the values, if one is missing
     std::vector<icu::Formattable> m_values;

@@ -1,4 +1,4 @@
-#include "given_arguments.h"
+#include "icu_arguments.h"
 
 #include "unicode_text.h"
 
@@ -64,13 +64,12 @@ icu::Formattable to_decimal(const std::string& text)
 
 } // namespace
 
-given_arguments_t::given_arguments_t(const std::vector<icu::UnicodeString>& names)
-    : m_all_names(names)
+icu_arguments_t::icu_arguments_t(const std::vector<icu::UnicodeString>& names) : m_all_names(names)
 {
     m_values.reserve(names.size());
 }
 
-void given_arguments_t::add(const slot_t& slot, const std::wstring* text)
+void icu_arguments_t::add(const slot_t& slot, const std::wstring* text)
 {
     const std::size_t before = m_values.size();
     add_value(slot, text);
@@ -79,22 +78,22 @@ void given_arguments_t::add(const slot_t& slot, const std::wstring* text)
         m_is_complete = false;
         m_names.assign(m_all_names.begin(), m_all_names.begin() + size());
     } else if (!m_is_complete && is_given) {
-        m_names.push_back(m_all_names[m_asked]);
+        m_names.push_back(m_all_names[m_next_name]);
     }
-    ++m_asked;
+    ++m_next_name;
 }
 
-void given_arguments_t::add_value(const slot_t& slot, const std::wstring* text)
+void icu_arguments_t::add_value(const slot_t& slot, const std::wstring* text)
 {
     if (text != nullptr && slot.is_number)
         add_number(strings::utf16_to_utf8(*text));
     else if (text != nullptr)
         m_values.emplace_back(strings::to_unicode(*text));
-    else if (!slot.stand_in.isEmpty())
-        m_values.emplace_back(slot.stand_in);
+    else if (!slot.fallback.isEmpty())
+        m_values.emplace_back(slot.fallback);
 }
 
-void given_arguments_t::add_number(const std::string& text)
+void icu_arguments_t::add_number(const std::string& text)
 {
     std::int64_t whole = 0;
     double real = 0;
