@@ -91,7 +91,7 @@ std::optional<std::wstring> parse(const std::string& text, text_context_t place)
         return std::nullopt;
     const xmlNode* const root = xmlDocGetRootElement(tree.get());
     const xml_string_t content(place == text_context_t::element ? xmlNodeGetContent(root)
-                                                         : xmlGetProp(root, to_xml("b")));
+                                                                : xmlGetProp(root, to_xml("b")));
     return utf8_to_utf16(from_xml(content.get()));
 }
 
@@ -128,7 +128,8 @@ TEST(references_test, a_text_of_an_element_is_decoded_as_libxml2_does)
     for (const unsigned character : characters()) {
         const std::string text = "x" + encoded(character) + "y";
         // A parse changes a carriage return.
-        const auto expected = character == '\r' ? std::nullopt : parse(text, text_context_t::element);
+        const auto expected =
+            character == '\r' ? std::nullopt : parse(text, text_context_t::element);
         ASSERT_EQ(decode(text, text_context_t::element), expected) << character;
     }
 }
@@ -155,8 +156,10 @@ TEST(references_test, a_character_is_decoded_as_libxml2_does_wherever_it_is_in_a
                 std::string text(size, 'x');
                 text.replace(place, 1, encoded(character));
                 const bool is_changed = character == '\r';
-                const auto expected = is_changed ? std::nullopt : parse(text, text_context_t::element);
-                ASSERT_EQ(decode(text, text_context_t::element), expected) << character << " at " << place;
+                const auto expected =
+                    is_changed ? std::nullopt : parse(text, text_context_t::element);
+                ASSERT_EQ(decode(text, text_context_t::element), expected)
+                    << character << " at " << place;
                 ASSERT_EQ(is_plain_text(text), expected && character < 0x80);
             }
 }
@@ -226,7 +229,8 @@ TEST(references_test, a_fault_is_where_libxml2_finds_one)
         texts.emplace_back(text);
     for (const std::string& text : texts)
         if (text.find('<') == std::string::npos) {
-            ASSERT_EQ(find_fault(text) == text.size(), parse(text, text_context_t::element).has_value())
+            ASSERT_EQ(find_fault(text) == text.size(),
+                      parse(text, text_context_t::element).has_value())
                 << text.substr(0, 100);
         }
 }
@@ -249,8 +253,8 @@ TEST(references_test, a_plain_text_is_ascii_that_libxml2_leaves_as_it_is)
     for (unsigned character = 1; character != 0x100; ++character) {
         const std::string text = "x" + encoded(character) + "y";
         EXPECT_EQ(is_plain_text(text),
-                  character < 0x80 &&
-                      parse(text, text_context_t::element) == std::wstring(text.begin(), text.end()))
+                  character < 0x80 && parse(text, text_context_t::element) ==
+                                          std::wstring(text.begin(), text.end()))
             << character;
     }
     for (const char* const text : {"", "]]", "]>", "\t\n ", ">>", "\"'"})

@@ -45,8 +45,7 @@ public:
     /// Returns the pattern itself, unformatted, if it is invalid, cannot be formatted, or exceeds a
     /// limit:
     /// - 1,048,576 characters
-    /// - braces nested 100 deep, texts nested 50 deep; closing braces after an apostrophe, which
-    /// can
+    /// - braces nested 100 deep, texts nested 50 deep; closing braces after an apostrophe, which may
     ///   quote them, are not counted
     /// - 1,000 different names
     /// - 1,000 typed arguments as in `{name, number}`
