@@ -45,8 +45,8 @@ public:
     /// Returns the pattern itself, unformatted, if it is invalid, cannot be formatted, or exceeds a
     /// limit:
     /// - 1,048,576 characters
-    /// - braces nested 100 deep, texts nested 50 deep; closing braces after an apostrophe, which may
-    ///   quote them, are not counted
+    /// - braces nested 100 deep, texts nested 50 deep; closing braces after an apostrophe are not
+    ///   counted, since it can quote them
     /// - 1,000 different names
     /// - 1,000 typed arguments as in `{name, number}`
     /// - 10,000 insertions: each argument, each `#` of a plural, and each character of a typed
