@@ -297,7 +297,7 @@ double object_cost(std::size_t count, std::size_t all)
 void show_objects(std::size_t most)
 {
     const std::size_t many = std::max<std::size_t>(most / 50, 200);
-    print("extension objects made and destroyed, us per object", {200, object_cost(200, many)},
+    print("extension objects created and destroyed, us per object", {200, object_cost(200, many)},
           {many, object_cost(many, many)}, "3 or less");
 }
 
