@@ -88,7 +88,7 @@ TEST(string_message_serializer_test, the_document_is_indented_and_ordered)
                                                            L"</msg>\n");
 }
 
-TEST(string_message_serializer_test, a_message_comes_back_with_all_but_its_flags)
+TEST(string_message_serializer_test, a_decoded_message_has_all_fields_but_the_flags)
 {
     const auto sent = make_message(make_content(
         {{L"tool", L"a<b"}}, {{L"n\xE4me", L"1 & 2\n\t\r"}, {L"x", L""}}, {{L"note", L"\"'"}}));
@@ -105,7 +105,7 @@ TEST(string_message_serializer_test, a_message_comes_back_with_all_but_its_flags
     EXPECT_EQ(read->get_content().next_arg_number, 1);
 }
 
-TEST(string_message_serializer_test, an_argument_with_an_empty_name_comes_back_with_a_number)
+TEST(string_message_serializer_test, an_argument_with_an_empty_name_is_decoded_with_a_numbered_name)
 {
     EXPECT_EQ(encode_and_decode(make_content({}, {{L"", L"x"}})).args,
               (string_map_t{{L"arg1", L"x"}}));
@@ -408,7 +408,7 @@ TEST(string_message_serializer_test, many_arguments_take_linear_time)
 
 // ---- names that are not ASCII
 
-TEST(string_message_serializer_test, names_are_written_as_they_are)
+TEST(string_message_serializer_test, non_ascii_names_are_written_unescaped)
 {
     const std::wstring name = L"n\xE9\x4E2D" + units({0xD801, 0xDC00});
     const auto message = make_message(
@@ -498,7 +498,7 @@ TEST(string_message_serializer_test, percent_signs_and_brackets_in_a_text_are_te
         }
 }
 
-TEST(string_message_serializer_test, very_many_namespaces_give_null)
+TEST(string_message_serializer_test, too_many_namespaces_give_null)
 {
     const auto declare = [](int count) {
         std::wstring text = L"<msg";
@@ -734,7 +734,7 @@ TEST(string_message_serializer_test, a_namespace_on_each_of_12000_children_is_re
     EXPECT_LT(usage.seconds(), 10);
 }
 
-TEST(string_message_serializer_test, declared_defaults_cost_neither_time_nor_memory)
+TEST(string_message_serializer_test, declared_defaults_use_little_time_and_memory)
 {
     const auto declare = [](const std::wstring& attribute, int count) {
         std::wstring declarations = L"<!DOCTYPE msg [<!ATTLIST a ";
@@ -753,7 +753,7 @@ TEST(string_message_serializer_test, declared_defaults_cost_neither_time_nor_mem
     EXPECT_LT(usage.seconds(), 10);
 }
 
-TEST(string_message_serializer_test, parameter_entities_cost_neither_time_nor_memory)
+TEST(string_message_serializer_test, parameter_entities_use_little_time_and_memory)
 {
     const usage_t usage;
     for (const std::wstring& begin : {std::wstring(L"<!--"), std::wstring(L"<?p ")}) {
@@ -813,7 +813,7 @@ TEST(string_message_serializer_test, no_file_that_the_text_names_is_opened)
                         L"'>%p;]><msg><type>a&e;b</type></msg>"));
 }
 
-TEST(string_message_serializer_test, two_hundred_levels_are_read_and_very_many_give_null)
+TEST(string_message_serializer_test, two_hundred_levels_are_read_and_a_hundred_thousand_give_null)
 {
     const auto nested = [](int levels) {
         return L"<msg><type>" + repeat(L"<a>", levels) + L"x" + repeat(L"</a>", levels) +
@@ -892,7 +892,7 @@ TEST(string_message_serializer_test, very_many_byte_order_marks_take_linear_time
     EXPECT_LT(usage.seconds(), 10);
 }
 
-TEST(string_message_serializer_test, attributes_that_are_declared_without_a_default_cost_nothing)
+TEST(string_message_serializer_test, declared_attributes_without_a_default_are_accepted)
 {
     for (const wchar_t* const kind : {L" CDATA #IMPLIED", L" CDATA #REQUIRED"}) {
         std::wstring declarations = L"<!DOCTYPE msg [<!ATTLIST a";

@@ -102,7 +102,7 @@ TEST_F(velmo_adapter_test, the_hosts_severity_has_no_effect)
         EXPECT_EQ(message->get_severity(), message_t::critical);
 }
 
-TEST_F(velmo_adapter_test, every_text_goes_out_with_the_hosts_severity_one)
+TEST_F(velmo_adapter_test, every_text_is_sent_with_the_hosts_severity_info)
 {
     host_messenger_t host;
     velmo_adapter_t sender;
@@ -139,7 +139,7 @@ TEST_F(velmo_adapter_test, the_encoded_text_is_the_text_that_is_sent)
     EXPECT_EQ(host.texts().front(), string_message_serializer_t::message_to_xml_string(message));
 }
 
-TEST_F(velmo_adapter_test, encoding_says_and_delivers_nothing)
+TEST_F(velmo_adapter_test, encoding_sends_and_delivers_nothing)
 {
     host_messenger_t host;
     m_receiver.set_output_velmo(&host);
@@ -158,7 +158,7 @@ TEST_F(velmo_adapter_test, a_copy_delivers_into_the_same_extension_object)
     EXPECT_EQ(m_handler->messages().size(), 2U);
 }
 
-TEST_F(velmo_adapter_test, a_copy_says_to_the_same_host_messenger)
+TEST_F(velmo_adapter_test, a_copy_sends_to_the_same_host_messenger)
 {
     host_messenger_t host;
     m_receiver.set_output_velmo(&host);
@@ -183,7 +183,7 @@ TEST_F(velmo_adapter_test, sending_does_not_deliver_to_the_own_extension_object)
     EXPECT_TRUE(m_handler->messages().empty());
 }
 
-TEST_F(velmo_adapter_test, delivering_says_nothing_to_the_host)
+TEST_F(velmo_adapter_test, delivering_sends_nothing_to_the_host)
 {
     host_messenger_t host;
     m_receiver.set_output_velmo(&host);

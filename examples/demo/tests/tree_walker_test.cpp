@@ -285,7 +285,7 @@ TEST_F(tree_walker_test, a_directory_whose_parents_are_moved_meanwhile_is_walked
     EXPECT_EQ(summary(L"findings"), "0");
 }
 
-TEST_F(tree_walker_test, a_directory_that_is_moved_away_meanwhile_is_walked_where_it_is)
+TEST_F(tree_walker_test, a_directory_that_is_moved_away_meanwhile_is_walked_to_its_end)
 {
     m_tree.make_depth(40);
     m_tree.make_file(depth(4) + "/last");
