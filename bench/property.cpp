@@ -115,14 +115,14 @@ bench::candidate_t velmoext1(std::size_t entries)
 
 std::vector<bench::subject_t> make_subjects(const workload_t& /*workload*/)
 {
-    const auto least = [](std::size_t count) {
+    const auto min_output = [](std::size_t count) {
         return count * title(0).size();
     };
     std::vector<bench::subject_t> subjects;
     for (const std::size_t entries : {10U, 100U, 1000U})
         subjects.push_back({"property_" + std::to_string(entries),
                             {floor(entries), velmoext1(entries)},
-                            least,
+                            min_output,
                             10});
     return subjects;
 }

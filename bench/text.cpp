@@ -64,7 +64,7 @@ private:
     boost::shared_ptr<config_reader_t> m_reader = config_reader_t::get();
 };
 
-icu::UnicodeString narrow(const std::wstring& text)
+icu::UnicodeString wide_to_unicode(const std::wstring& text)
 {
     const auto length = static_cast<std::int32_t>(text.size());
     icu::UnicodeString result;
@@ -75,7 +75,7 @@ icu::UnicodeString narrow(const std::wstring& text)
     return result;
 }
 
-std::wstring widen(const icu::UnicodeString& text)
+std::wstring unicode_to_wide(const icu::UnicodeString& text)
 {
     const char16_t* const units = text.getBuffer();
     return std::wstring(units, units + text.length());
@@ -86,35 +86,35 @@ class bare_format_t
 {
 public:
     explicit bare_format_t(const std::wstring& pattern)
-        : m_format(narrow(pattern), icu::Locale("en"), m_status)
+        : m_format(wide_to_unicode(pattern), icu::Locale("en"), m_status)
     {
         const std::unique_ptr<icu::StringEnumeration> names(m_format.getFormatNames(m_status));
         while (const icu::UnicodeString* const name = names->snext(m_status))
             m_names.push_back(*name);
-        bench::require(U_SUCCESS(m_status) && m_names.size() <= most, "no such pattern");
+        bench::require(U_SUCCESS(m_status) && m_names.size() <= max_arguments, "no such pattern");
     }
 
     std::vector<std::wstring> names() const
     {
         std::vector<std::wstring> names;
-        std::transform(m_names.begin(), m_names.end(), std::back_inserter(names), widen);
+        std::transform(m_names.begin(), m_names.end(), std::back_inserter(names), unicode_to_wide);
         return names;
     }
 
     std::wstring format(const std::vector<std::wstring>& texts) const
     {
-        boost::container::static_vector<icu::Formattable, most> values;
+        boost::container::static_vector<icu::Formattable, max_arguments> values;
         for (const std::wstring& text : texts)
-            values.emplace_back(narrow(text));
+            values.emplace_back(wide_to_unicode(text));
         icu::UnicodeString result;
         UErrorCode status = U_ZERO_ERROR;
         m_format.format(m_names.data(), values.data(), static_cast<std::int32_t>(texts.size()),
                         result, status);
-        return widen(result);
+        return unicode_to_wide(result);
     }
 
 private:
-    static const std::size_t most = 6;
+    static const std::size_t max_arguments = 6;
 
     UErrorCode m_status = U_ZERO_ERROR;
     icu::MessageFormat m_format;
@@ -212,7 +212,7 @@ bench::candidate_t velmoext1(const workload_t& workload, part_t part)
 bench::subject_t make_subject(const std::string& name, const workload_t& workload, part_t part)
 {
     // No title and no text is shorter than this one.
-    const auto least = [](std::size_t count) {
+    const auto min_output = [](std::size_t count) {
         return count * std::string("Host beta").size();
     };
     return {name,
@@ -220,7 +220,7 @@ bench::subject_t make_subject(const std::string& name, const workload_t& workloa
              velmoext1_first(workload, part, "velmoext1_first", known_prefix),
              velmoext1(workload, part),
              velmoext1_first(workload, part, "velmoext1_bare_name", other_prefix)},
-            least,
+            min_output,
             8};
 }
 

@@ -16,16 +16,16 @@ namespace bench
 typedef boost::shared_ptr<velmoext_1_4_8::message_t> message_ptr;
 
 /// Names and texts in UTF-8, in the order in which a message has them.
-typedef std::vector<std::pair<std::string, std::string>> texts_t;
+typedef std::vector<std::pair<std::string, std::string>> string_pairs_t;
 
 /// A message for floors and peers, without types of the library.
 struct plain_message_t
 {
     std::string type;
     std::string severity;
-    texts_t attributes;
-    texts_t args;
-    texts_t elements;
+    string_pairs_t attributes;
+    string_pairs_t args;
+    string_pairs_t elements;
 };
 
 /// Layout of a run's data in the heap. A spread heap has no holes. glibc would search them at each
@@ -59,8 +59,8 @@ public:
     auto make_items(std::size_t count, const Make& make) const
     {
         std::vector<decltype(make(std::size_t()))> items(count);
-        for (const std::size_t place : creation_order(count))
-            items[place] = make(place);
+        for (const std::size_t index : creation_order(count))
+            items[index] = make(index);
         return items;
     }
 

@@ -59,9 +59,9 @@ const scratch_folder_t& folder()
 {
     // NOLINTNEXTLINE(concurrency-mt-unsafe): there is one thread yet
     static const bool is_in_memory = setenv("TMPDIR", "/dev/shm", 0) == 0;
-    static const scratch_folder_t made;
+    static const scratch_folder_t scratch_folder;
     require(is_in_memory, "the environment can be set");
-    return made;
+    return scratch_folder;
 }
 
 void write(const std::string& name, const std::string& bytes, int mode)
@@ -78,7 +78,7 @@ void require_replays(const std::string& name, const std::vector<std::string>& pa
     static const auto ex = velmo_ex_t::get(L"log_fuzz", L"");
     static const auto handler = boost::make_shared<delivery_handler_t>();
     static const bool is_pushed = (ex->push_handler(handler), true);
-    require(is_pushed, "the handler is there");
+    require(is_pushed, "the handler is pushed");
     const auto storage =
         messages_storage_t::get(basekit2::path_t(ROVA_2_18::strings::utf8_to_utf16(name)));
     require(storage->start_reading(), "a log can be read");

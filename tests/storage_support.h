@@ -77,8 +77,8 @@ protected:
     {
         std::vector<int> descriptors;
         for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
-            std::error_code is_gone;
-            if (std::filesystem::read_symlink(entry.path(), is_gone) == m_folder.name("log.xml"))
+            std::error_code ignored;
+            if (std::filesystem::read_symlink(entry.path(), ignored) == m_folder.name("log.xml"))
                 descriptors.push_back(std::stoi(entry.path().filename()));
         }
         return descriptors;
@@ -99,7 +99,7 @@ protected:
         return types;
     }
 
-    /// Returns the same for a whole log.
+    /// Returns the types of all messages in a log.
     std::wstring types_in(const std::string& leaf = "log.xml") const
     {
         m_folder.write("copy to read", m_folder.read(leaf));

@@ -14,7 +14,7 @@
 namespace velmoext_1_4_8
 {
 
-typedef std::map<std::wstring, std::wstring> texts_t;
+typedef std::map<std::wstring, std::wstring> string_map_t;
 typedef boost::shared_ptr<message_t> message_ptr;
 
 inline message_ptr make_message(const std::wstring& type,
@@ -33,8 +33,8 @@ inline message_ptr make_message(const message_t::message_content_t& content)
     return message;
 }
 
-inline message_t::message_content_t make_content(texts_t attributes, texts_t args = {},
-                                                 texts_t elements = {})
+inline message_t::message_content_t make_content(string_map_t attributes, string_map_t args = {},
+                                                 string_map_t elements = {})
 {
     message_t::message_content_t content;
     content.attributes = std::move(attributes);

@@ -26,24 +26,24 @@ public:
     using base_handler_t::on_message;
     bool on_message(boost::shared_ptr<velmo_ex_t> ex, message_ptr msg) override
     {
-        EXPECT_EQ(++m_inside, 1);
+        EXPECT_EQ(++m_active_calls, 1);
         EXPECT_TRUE(ex);
         EXPECT_TRUE(msg);
         ++m_seen;
-        --m_inside;
+        --m_active_calls;
         return false;
     }
 
     int seen() const { return m_seen; }
 
 private:
-    std::atomic<int> m_inside{0};
+    std::atomic<int> m_active_calls{0};
     int m_seen = 0; ///< guarded by the extension object that delivers
 };
 
 } // namespace
 
-TEST(threads_test, objects_of_few_ids_are_made_used_and_released_by_all_threads)
+TEST(threads_test, all_threads_may_create_use_and_release_objects_of_few_ids)
 {
     const std::wstring base = velmo_ex_t::generate_id(L"threads_test.");
     const auto end = std::chrono::steady_clock::now() + duration;
@@ -66,7 +66,7 @@ TEST(threads_test, objects_of_few_ids_are_made_used_and_released_by_all_threads)
     });
     EXPECT_GT(delivered.load(), thread_count);
     for (int i = 0; i < 4; ++i)
-        EXPECT_TRUE(velmo_ex_t::get(base + std::to_wstring(i), L"")) << "an entry was left behind";
+        EXPECT_TRUE(velmo_ex_t::get(base + std::to_wstring(i), L"")) << "an entry remains";
 }
 
 TEST(threads_test, ids_that_all_threads_generate_at_once_are_different)
@@ -78,8 +78,8 @@ TEST(threads_test, ids_that_all_threads_generate_at_once_are_different)
             ids[static_cast<std::size_t>(thread)].push_back(velmo_ex_t::generate_id(L"job"));
     });
     std::set<std::wstring> different;
-    for (const auto& of_one : ids)
-        different.insert(of_one.begin(), of_one.end());
+    for (const auto& thread_ids : ids)
+        different.insert(thread_ids.begin(), thread_ids.end());
     EXPECT_EQ(different.size(), thread_count * ids_of_each);
 }
 
@@ -96,7 +96,7 @@ TEST(threads_test, one_object_sees_the_messages_of_all_threads_one_at_a_time)
     EXPECT_EQ(handler->seen(), thread_count * messages);
 }
 
-TEST(threads_test, a_handler_that_releases_objects_while_others_die_blocks_nobody)
+TEST(threads_test, a_handler_that_releases_objects_during_other_destructions_does_not_deadlock)
 {
     struct owning_handler_t : base_handler_t
     {

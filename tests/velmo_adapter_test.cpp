@@ -102,7 +102,7 @@ TEST_F(velmo_adapter_test, the_hosts_severity_has_no_effect)
         EXPECT_EQ(message->get_severity(), message_t::critical);
 }
 
-TEST_F(velmo_adapter_test, every_text_goes_out_with_the_hosts_severity_one)
+TEST_F(velmo_adapter_test, every_text_is_sent_with_the_hosts_severity_info)
 {
     host_messenger_t host;
     velmo_adapter_t sender;
@@ -121,14 +121,14 @@ TEST_F(velmo_adapter_test, without_an_extension_object_no_text_does_anything)
     EXPECT_TRUE(m_handler->messages().empty());
 }
 
-TEST_F(velmo_adapter_test, a_text_that_holds_no_message_arrives_as_null)
+TEST_F(velmo_adapter_test, a_text_without_a_message_arrives_as_null)
 {
     for (const wchar_t* text : {L"plain text", L"", L"<log><msg><type>t</type></msg></log>"})
         say(m_receiver, text);
     EXPECT_EQ(m_handler->messages(), std::vector<message_ptr>(3));
 }
 
-TEST_F(velmo_adapter_test, what_is_encoded_is_what_is_sent)
+TEST_F(velmo_adapter_test, the_encoded_text_is_the_text_that_is_sent)
 {
     host_messenger_t host;
     velmo_adapter_t sender;
@@ -139,7 +139,7 @@ TEST_F(velmo_adapter_test, what_is_encoded_is_what_is_sent)
     EXPECT_EQ(host.texts().front(), string_message_serializer_t::message_to_xml_string(message));
 }
 
-TEST_F(velmo_adapter_test, encoding_says_and_delivers_nothing)
+TEST_F(velmo_adapter_test, encoding_sends_and_delivers_nothing)
 {
     host_messenger_t host;
     m_receiver.set_output_velmo(&host);
@@ -158,7 +158,7 @@ TEST_F(velmo_adapter_test, a_copy_delivers_into_the_same_extension_object)
     EXPECT_EQ(m_handler->messages().size(), 2U);
 }
 
-TEST_F(velmo_adapter_test, a_copy_says_to_the_same_host_messenger)
+TEST_F(velmo_adapter_test, a_copy_sends_to_the_same_host_messenger)
 {
     host_messenger_t host;
     m_receiver.set_output_velmo(&host);
@@ -183,7 +183,7 @@ TEST_F(velmo_adapter_test, sending_does_not_deliver_to_the_own_extension_object)
     EXPECT_TRUE(m_handler->messages().empty());
 }
 
-TEST_F(velmo_adapter_test, delivering_says_nothing_to_the_host)
+TEST_F(velmo_adapter_test, delivering_sends_nothing_to_the_host)
 {
     host_messenger_t host;
     m_receiver.set_output_velmo(&host);
@@ -191,7 +191,7 @@ TEST_F(velmo_adapter_test, delivering_says_nothing_to_the_host)
     EXPECT_TRUE(host.texts().empty());
 }
 
-TEST_F(velmo_adapter_test, holds_its_extension_object_until_it_gets_another)
+TEST_F(velmo_adapter_test, owns_its_extension_object_until_it_gets_another)
 {
     boost::weak_ptr<velmo_ex_t> watched = m_ex;
     m_ex.reset();
@@ -212,7 +212,7 @@ TEST_F(velmo_adapter_test, takes_null_for_a_host_messenger)
     EXPECT_TRUE(host.texts().empty());
 }
 
-TEST_F(velmo_adapter_test, a_handler_may_switch_the_delivery_off_and_be_the_last_to_let_go)
+TEST_F(velmo_adapter_test, a_handler_may_reset_the_output_and_so_release_the_extension_object)
 {
     struct closing_handler_t : base_handler_t
     {
@@ -233,7 +233,7 @@ TEST_F(velmo_adapter_test, a_handler_may_switch_the_delivery_off_and_be_the_last
     EXPECT_TRUE(watched.expired());
 }
 
-TEST_F(velmo_adapter_test, what_a_handler_throws_passes_out_and_the_next_message_arrives)
+TEST_F(velmo_adapter_test, an_exception_of_a_handler_propagates_and_the_next_message_arrives)
 {
     struct throwing_handler_t : base_handler_t
     {
@@ -250,7 +250,7 @@ TEST_F(velmo_adapter_test, what_a_handler_throws_passes_out_and_the_next_message
     EXPECT_EQ(m_handler->messages().size(), 1U);
 }
 
-TEST_F(velmo_adapter_test, what_the_host_throws_passes_out_to_the_sender)
+TEST_F(velmo_adapter_test, an_exception_of_the_host_propagates_to_the_sender)
 {
     struct throwing_host_t : velmo2::IMessenger
     {

@@ -9,12 +9,12 @@ namespace audit
 namespace
 {
 
-const std::size_t large_piece = 65536;
+const std::size_t buffer_size = 65536;
 
 } // namespace
 
 output_t::output_t(int descriptor)
-    : m_descriptor(descriptor), m_gathered_at_most(::isatty(descriptor) != 0 ? 0 : large_piece)
+    : m_descriptor(descriptor), m_gathered_at_most(::isatty(descriptor) != 0 ? 0 : buffer_size)
 {}
 
 void output_t::write(const std::string& text)

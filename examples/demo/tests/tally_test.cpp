@@ -23,7 +23,7 @@ TEST(tally_test, counts_the_messages_that_pass)
     EXPECT_EQ(tally.count(), 2U);
 }
 
-TEST(tally_test, a_text_that_is_no_message_does_not_count)
+TEST(tally_test, a_text_that_is_not_a_message_does_not_count)
 {
     tally_t tally;
     EXPECT_FALSE(tally.on_message(nullptr, boost::shared_ptr<message_t>()));
