@@ -137,7 +137,7 @@ const std::vector<operation_t> operations = {
 
 } // namespace
 
-TEST_P(allocation_test, what_comes_of_a_failed_allocation_is_right_or_refused)
+TEST_P(allocation_test, a_failed_allocation_never_gives_a_wrong_result)
 {
     fail_each_allocation(GetParam());
 }

@@ -238,17 +238,17 @@ const std::vector<memory_t> both = {memory_t::cxx, memory_t::libxml2};
 
 const std::vector<operation_t> operations = {
     {"record", cxx, record(L"1 < 2", on_failure_t::keeps_all), "recorded"},
-    {"record_what_is_long", both,
+    {"record_a_long_text", both,
      record(std::wstring(9000, L'l') + L'\xE9', on_failure_t::may_lose_all), "recorded"},
     {"start", both, start("log.xml", on_failure_t::may_lose_all), old_messages},
-    {"start_behind_a_killed_process", both, start("log.xml.tmp", on_failure_t::keeps_all),
+    {"start_after_a_killed_process", both, start("log.xml.tmp", on_failure_t::keeps_all),
      old_messages},
     {"replay", both, replay, old_messages},
 };
 
 } // namespace
 
-TEST_P(allocation_test, what_comes_of_a_failed_allocation_is_right_or_refused)
+TEST_P(allocation_test, a_failed_allocation_never_gives_a_wrong_result)
 {
     fail_each_allocation(GetParam());
 }

@@ -186,7 +186,7 @@ const std::vector<operation_t> others = {
      "<msg name\xC3\xA9=\"a &quot;value&quot; &amp; more\" tool=\"x\">\n"
      " <arg name=\"\">unnamed</arg>\n <arg name=\"a\">1 &lt; 2</arg>\n <e>text</e>\n"
      " <type></type>\n <severity>WARNING</severity>\n</msg>\n"},
-    {"encode_what_is_long", cxx,
+    {"encode_a_long_text", cxx,
      encode(make_content({{L"a", long_text}}, {}, {{L"e", long_text + L"<"}})),
      "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<msg a=\"" + std::string(9000, 'l') +
          "\">\n <e>" + std::string(9000, 'l') +
@@ -207,7 +207,7 @@ std::vector<operation_t> make_operations()
 
 } // namespace
 
-TEST_P(allocation_test, what_comes_of_a_failed_allocation_is_right_or_refused)
+TEST_P(allocation_test, a_failed_allocation_never_gives_a_wrong_result)
 {
     fail_each_allocation(GetParam());
 }

@@ -49,7 +49,7 @@ TEST_F(base_handler_test, consumes_nothing_by_default)
     EXPECT_FALSE(handler.on_message(boost::shared_ptr<velmo_ex_t>(), message_ptr()));
 }
 
-TEST_F(base_handler_test, lets_messages_pass_by_default)
+TEST_F(base_handler_test, passes_messages_on_by_default)
 {
     const handler_ptr below = push();
     m_ex->push_handler(boost::make_shared<base_handler_t>());
@@ -57,7 +57,7 @@ TEST_F(base_handler_test, lets_messages_pass_by_default)
     EXPECT_EQ(below->messages().size(), 1U);
 }
 
-TEST_F(base_handler_test, the_last_pushed_is_asked_first)
+TEST_F(base_handler_test, the_last_pushed_handler_is_called_first)
 {
     std::wstring order;
     struct naming_handler_t : base_handler_t
@@ -78,7 +78,7 @@ TEST_F(base_handler_test, the_last_pushed_is_asked_first)
     EXPECT_EQ(order, L"cba");
 }
 
-TEST_F(base_handler_test, one_that_consumes_ends_the_delivery)
+TEST_F(base_handler_test, a_handler_that_consumes_ends_the_delivery)
 {
     const handler_ptr below = push();
     const handler_ptr above = push(true);
@@ -94,7 +94,7 @@ TEST_F(base_handler_test, a_message_without_handlers_is_dropped)
     EXPECT_TRUE(later->messages().empty());
 }
 
-TEST_F(base_handler_test, popping_gives_the_last_pushed_first_and_null_at_the_end)
+TEST_F(base_handler_test, popping_returns_the_last_pushed_first_and_null_at_the_end)
 {
     const handler_ptr a = push();
     const handler_ptr b = push();
@@ -104,7 +104,7 @@ TEST_F(base_handler_test, popping_gives_the_last_pushed_first_and_null_at_the_en
     EXPECT_FALSE(m_ex->pop_handler());
 }
 
-TEST_F(base_handler_test, a_popped_one_sees_no_more_messages)
+TEST_F(base_handler_test, a_popped_handler_receives_no_more_messages)
 {
     const handler_ptr handler = push();
     m_ex->pop_handler();
@@ -112,7 +112,7 @@ TEST_F(base_handler_test, a_popped_one_sees_no_more_messages)
     EXPECT_TRUE(handler->messages().empty());
 }
 
-TEST_F(base_handler_test, one_that_is_pushed_twice_sees_a_message_twice)
+TEST_F(base_handler_test, a_handler_that_is_pushed_twice_receives_a_message_twice)
 {
     const handler_ptr handler = push();
     m_ex->push_handler(handler);
@@ -120,7 +120,7 @@ TEST_F(base_handler_test, one_that_is_pushed_twice_sees_a_message_twice)
     EXPECT_EQ(handler->messages().size(), 2U);
 }
 
-TEST_F(base_handler_test, one_that_is_pushed_twice_and_consumes_sees_a_message_once)
+TEST_F(base_handler_test, a_consuming_handler_that_is_pushed_twice_receives_a_message_once)
 {
     const handler_ptr handler = push(true);
     m_ex->push_handler(handler);
@@ -128,7 +128,7 @@ TEST_F(base_handler_test, one_that_is_pushed_twice_and_consumes_sees_a_message_o
     EXPECT_EQ(handler->messages().size(), 1U);
 }
 
-TEST_F(base_handler_test, all_see_an_empty_message_pointer)
+TEST_F(base_handler_test, all_handlers_receive_an_empty_message_pointer)
 {
     const handler_ptr below = push();
     const handler_ptr above = push();
@@ -137,7 +137,7 @@ TEST_F(base_handler_test, all_see_an_empty_message_pointer)
     EXPECT_EQ(below->messages(), std::vector<message_ptr>(1));
 }
 
-TEST_F(base_handler_test, one_that_consumes_stops_an_empty_message_pointer_too)
+TEST_F(base_handler_test, a_handler_that_consumes_stops_an_empty_message_pointer_too)
 {
     const handler_ptr below = push();
     push(true);
@@ -145,14 +145,14 @@ TEST_F(base_handler_test, one_that_consumes_stops_an_empty_message_pointer_too)
     EXPECT_TRUE(below->messages().empty());
 }
 
-TEST_F(base_handler_test, sees_the_object_that_delivers)
+TEST_F(base_handler_test, receives_the_object_that_delivers)
 {
     const handler_ptr handler = push();
     deliver_one();
     EXPECT_EQ(handler->exs(), std::vector<velmo_ex_t*>{m_ex.get()});
 }
 
-TEST_F(base_handler_test, the_stack_holds_its_handlers)
+TEST_F(base_handler_test, the_stack_owns_its_handlers)
 {
     boost::weak_ptr<recording_handler_t> watched = push();
     EXPECT_FALSE(watched.expired());
@@ -160,14 +160,14 @@ TEST_F(base_handler_test, the_stack_holds_its_handlers)
     EXPECT_TRUE(watched.expired());
 }
 
-TEST_F(base_handler_test, the_stack_lets_go_of_its_handlers_with_the_object)
+TEST_F(base_handler_test, the_stack_releases_its_handlers_with_the_object)
 {
     boost::weak_ptr<recording_handler_t> watched = push();
     m_ex.reset();
     EXPECT_TRUE(watched.expired());
 }
 
-TEST_F(base_handler_test, what_one_throws_passes_out_and_those_below_see_nothing)
+TEST_F(base_handler_test, an_exception_of_a_handler_propagates_and_ends_the_delivery)
 {
     const handler_ptr below = push();
     m_ex->push_handler(boost::make_shared<throwing_handler_t>());
@@ -175,7 +175,7 @@ TEST_F(base_handler_test, what_one_throws_passes_out_and_those_below_see_nothing
     EXPECT_TRUE(below->messages().empty());
 }
 
-TEST_F(base_handler_test, a_throw_leaves_the_stack_unchanged_and_unlocked)
+TEST_F(base_handler_test, an_exception_leaves_the_stack_unchanged_and_unlocked)
 {
     const handler_ptr below = push();
     const auto throwing = boost::make_shared<throwing_handler_t>();

@@ -240,7 +240,7 @@ TEST_P(basekit2_file_ways_test, only_the_destination_is_added)
     EXPECT_EQ(names(), (std::set<std::string>{"source", "copy"}));
 }
 
-TEST_P(basekit2_file_ways_test, what_is_at_the_destination_stays)
+TEST_P(basekit2_file_ways_test, a_file_at_the_destination_stays)
 {
     write_file("source", "new");
     write_file("file", "old");
@@ -273,7 +273,7 @@ TEST_P(basekit2_file_ways_test, only_the_owner_may_read_and_write_the_copy)
     }
 }
 
-TEST_P(basekit2_file_ways_test, short_reads_and_writes_are_gone_on_with)
+TEST_P(basekit2_file_ways_test, short_reads_and_writes_are_continued)
 {
     write_file("source", content_of(1000));
     for (const std::size_t most : {1U, 7U, 999U}) {
@@ -294,7 +294,7 @@ TEST_P(basekit2_file_ways_test, a_write_that_writes_nothing_is_a_failure)
     EXPECT_EQ(names(), std::set<std::string>{"source"});
 }
 
-TEST_P(basekit2_file_ways_test, interruptions_are_gone_on_with)
+TEST_P(basekit2_file_ways_test, interrupted_calls_are_repeated)
 {
     write_file("source", content_of(200000));
     const std::set<std::string> interrupted = {"open", "open unnamed", "mkostemp", "pread",
@@ -313,7 +313,7 @@ TEST_P(basekit2_file_ways_test, interruptions_are_gone_on_with)
     EXPECT_GE(seen.size(), 4U);
 }
 
-TEST_P(basekit2_file_ways_test, an_error_of_the_system_leaves_nothing_behind)
+TEST_P(basekit2_file_ways_test, a_system_error_leaves_no_new_file)
 {
     const std::pair<std::string, int> rows[] = {
         {"open", EACCES},  {"pread", EIO},       {"write", ENOSPC}, {"write", EDQUOT},
@@ -333,7 +333,7 @@ TEST_P(basekit2_file_ways_test, an_error_of_the_system_leaves_nothing_behind)
     }
 }
 
-TEST_P(basekit2_file_ways_test, a_disk_that_fills_up_on_the_way_leaves_nothing_behind)
+TEST_P(basekit2_file_ways_test, a_disk_that_fills_up_during_the_copy_leaves_no_new_file)
 {
     write_file("source", content_of(300000));
     for (int good = 0; good != 4; ++good) {
@@ -346,7 +346,7 @@ TEST_P(basekit2_file_ways_test, a_disk_that_fills_up_on_the_way_leaves_nothing_b
     }
 }
 
-TEST_P(basekit2_file_ways_test, the_process_size_limit_leaves_nothing_behind)
+TEST_P(basekit2_file_ways_test, the_file_size_limit_of_the_process_leaves_no_new_file)
 {
     write_file("source", content_of(200000));
     const int status = status_of_child([this] {
@@ -360,7 +360,7 @@ TEST_P(basekit2_file_ways_test, the_process_size_limit_leaves_nothing_behind)
     EXPECT_EQ(names(), std::set<std::string>{"source"});
 }
 
-TEST_P(basekit2_file_ways_test, killed_before_any_call_it_leaves_no_partial_copy)
+TEST_P(basekit2_file_ways_test, a_kill_before_any_call_leaves_no_partial_copy)
 {
     const std::string content = content_of(200000);
     write_file("source", content);
@@ -384,7 +384,7 @@ TEST_P(basekit2_file_ways_test, killed_before_any_call_it_leaves_no_partial_copy
     EXPECT_GE(kills, 12);
 }
 
-TEST_P(basekit2_file_ways_test, killed_at_any_instant_it_leaves_no_partial_copy)
+TEST_P(basekit2_file_ways_test, a_kill_at_any_instant_leaves_no_partial_copy)
 {
     const std::string content = content_of(1000000);
     write_file("source", content);
@@ -405,7 +405,7 @@ TEST_P(basekit2_file_ways_test, killed_at_any_instant_it_leaves_no_partial_copy)
     }
 }
 
-TEST_P(basekit2_file_one_step_test, of_several_at_once_one_makes_the_copy)
+TEST_P(basekit2_file_one_step_test, one_of_several_concurrent_calls_creates_the_copy)
 {
     constexpr std::size_t count = 8;
     std::array<bool, count> made{};
@@ -480,7 +480,7 @@ TEST_P(basekit2_file_ways_test, a_bare_name_is_in_the_current_directory)
     EXPECT_EQ(names(), (std::set<std::string>{"source", "copy"}));
 }
 
-TEST_P(basekit2_file_ways_test, a_destination_that_cannot_be_made_is_a_failure)
+TEST_P(basekit2_file_ways_test, a_destination_that_cannot_be_created_is_a_failure)
 {
     write_file("source", "text");
     std::filesystem::create_directory(at("directory"));
@@ -493,7 +493,7 @@ TEST_P(basekit2_file_ways_test, a_destination_that_cannot_be_made_is_a_failure)
     }
 }
 
-TEST_F(basekit2_file_test, a_file_without_unnamed_ones_is_copied_whatever_the_error_says)
+TEST_F(basekit2_file_test, a_file_is_copied_if_unnamed_files_fail_with_any_error)
 {
     write_file("source", "text");
     for (const int error : {EOPNOTSUPP, EISDIR, EINVAL, ENOENT, EPERM, ENOSYS}) {
@@ -506,7 +506,7 @@ TEST_F(basekit2_file_test, a_file_without_unnamed_ones_is_copied_whatever_the_er
     }
 }
 
-TEST_F(basekit2_file_test, a_temporary_name_is_made_only_where_there_are_no_unnamed_files)
+TEST_F(basekit2_file_test, a_temporary_name_is_created_only_without_unnamed_files)
 {
     write_file("source", "text");
     const int unnamed = open(at("").c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0600);
@@ -536,7 +536,7 @@ TEST_F(basekit2_file_test, a_destination_that_appears_meanwhile_stays)
     }
 }
 
-TEST_F(basekit2_file_test, what_is_no_regular_file_is_not_copied_and_not_waited_for)
+TEST_F(basekit2_file_test, a_path_that_is_not_a_regular_file_is_not_copied_and_does_not_block)
 {
     make_odd_files();
     std::filesystem::create_symlink("fifo", at("link"));
@@ -585,7 +585,7 @@ TEST_F(basekit2_file_test, a_path_that_names_nothing_makes_every_operation_fail)
     }
 }
 
-TEST_F(basekit2_file_test, nothing_is_begun_for_a_destination_that_names_nothing)
+TEST_F(basekit2_file_test, a_destination_that_names_nothing_causes_no_system_call)
 {
     write_file("source", "text");
     std::vector<std::string> calls;
@@ -598,7 +598,7 @@ TEST_F(basekit2_file_test, nothing_is_begun_for_a_destination_that_names_nothing
     EXPECT_EQ(calls, std::vector<std::string>());
 }
 
-TEST_F(basekit2_file_test, the_whole_of_a_file_is_read)
+TEST_F(basekit2_file_test, a_whole_file_is_read)
 {
     for (const std::size_t size : {0U, 1U, 65536U, 200000U}) {
         write_file("source", content_of(size));
@@ -608,7 +608,7 @@ TEST_F(basekit2_file_test, the_whole_of_a_file_is_read)
     }
 }
 
-TEST_F(basekit2_file_test, a_file_that_is_read_in_short_and_interrupted_pieces_is_whole)
+TEST_F(basekit2_file_test, a_file_is_read_whole_despite_short_and_interrupted_reads)
 {
     write_file("source", content_of(1000));
     const with_short_pieces pieces(7, 7);
@@ -655,7 +655,7 @@ TEST_F(basekit2_file_test, remove_file_removes_a_name_of_any_kind_but_a_director
     EXPECT_EQ(names(), std::set<std::string>{"directory"});
 }
 
-TEST_F(basekit2_file_test, remove_file_changes_nothing_where_it_answers_false)
+TEST_F(basekit2_file_test, remove_file_changes_nothing_if_it_returns_false)
 {
     write_file("file", "text");
     std::filesystem::create_directory(at("directory"));

@@ -86,7 +86,7 @@ TEST(basekit2_path_test, the_text_is_kept_as_it_was_given)
     EXPECT_EQ(path_t(L"from a pointer").as_string(), L"from a pointer");
 }
 
-TEST(basekit2_path_test, a_copy_does_not_follow_its_original)
+TEST(basekit2_path_test, a_copy_is_independent_of_its_original)
 {
     path_t original(L"a");
     const path_t copy(original);
@@ -97,7 +97,7 @@ TEST(basekit2_path_test, a_copy_does_not_follow_its_original)
     EXPECT_EQ(assigned.as_string(), L"a");
 }
 
-TEST(basekit2_path_test, assign_takes_a_path_or_a_text_and_answers_the_path)
+TEST(basekit2_path_test, assign_takes_a_path_or_a_text_and_returns_the_path)
 {
     path_t path(L"old");
     EXPECT_EQ(&path.assign(path_t(L"path")), &path);
@@ -177,7 +177,7 @@ TEST(basekit2_path_test, branch_and_leaf_are_the_parts_around_the_last_separator
     }
 }
 
-TEST(basekit2_path_test, branch_and_leaf_joined_name_the_same_again)
+TEST(basekit2_path_test, branch_and_leaf_joined_give_the_path_again)
 {
     for (const std::wstring text : {L"x", L"/x", L"a/b", L"/a/b", L"a/", L"/a/b/"}) {
         const path_t path(text);
@@ -188,7 +188,7 @@ TEST(basekit2_path_test, branch_and_leaf_joined_name_the_same_again)
     }
 }
 
-TEST(basekit2_path_test, paths_are_equal_where_their_texts_are)
+TEST(basekit2_path_test, paths_are_equal_if_their_texts_are)
 {
     EXPECT_TRUE(path_t() == path_t(L""));
     EXPECT_TRUE(path_t(L"a/b") == path_t(L"a/b"));
@@ -213,7 +213,7 @@ TEST(basekit2_path_test, the_order_is_that_of_the_code_units)
     }
 }
 
-TEST(basekit2_path_test, what_is_there_exists)
+TEST(basekit2_path_test, files_directories_and_links_exist)
 {
     const scratch_folder_t folder;
     folder.write("file", "x");
@@ -225,7 +225,7 @@ TEST(basekit2_path_test, what_is_there_exists)
     }
 }
 
-TEST(basekit2_path_test, what_is_not_there_does_not_exist)
+TEST(basekit2_path_test, missing_files_and_broken_links_do_not_exist)
 {
     const scratch_folder_t folder;
     folder.write("file", "x");

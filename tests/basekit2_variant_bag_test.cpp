@@ -255,7 +255,7 @@ class basekit2_variant_bag_forms_test : public basekit2_variant_bag_test,
 
 } // namespace
 
-TEST(basekit2_variant_test, a_default_value_holds_nothing)
+TEST(basekit2_variant_test, a_default_value_is_empty)
 {
     const variant_t value;
     EXPECT_FALSE(value.can_get<const wchar_t*>());
@@ -265,7 +265,7 @@ TEST(basekit2_variant_test, a_default_value_holds_nothing)
     EXPECT_FALSE(value.can_get<double>());
 }
 
-TEST(basekit2_variant_test, a_text_is_there_in_both_forms_and_no_other)
+TEST(basekit2_variant_test, a_text_can_be_read_in_both_forms_and_as_no_other_type)
 {
     for (const variant_t& value : {variant_t(L"text"), variant_t(L"text"s)}) {
         EXPECT_TRUE(value.can_get<const wchar_t*>());
@@ -278,7 +278,7 @@ TEST(basekit2_variant_test, a_text_is_there_in_both_forms_and_no_other)
     }
 }
 
-TEST(basekit2_variant_test, a_truth_is_no_number_and_no_text)
+TEST(basekit2_variant_test, a_boolean_is_not_a_number_or_a_text)
 {
     const variant_t value(true);
     EXPECT_TRUE(value.get<bool>());
@@ -288,7 +288,7 @@ TEST(basekit2_variant_test, a_truth_is_no_number_and_no_text)
     EXPECT_FALSE(value.can_get<const wchar_t*>());
 }
 
-TEST(basekit2_variant_test, a_whole_number_keeps_all_its_bits)
+TEST(basekit2_variant_test, an_integer_keeps_all_its_bits)
 {
     for (const std::int64_t number : {INT64_MIN, INT64_MAX, std::int64_t{0}, std::int64_t{-1}}) {
         const variant_t value(number);
@@ -298,26 +298,26 @@ TEST(basekit2_variant_test, a_whole_number_keeps_all_its_bits)
     }
 }
 
-TEST(basekit2_variant_test, a_real_number_is_no_whole_one)
+TEST(basekit2_variant_test, a_floating_point_number_is_not_an_integer)
 {
     const variant_t value(1.0);
     EXPECT_EQ(value.get<double>(), 1.0);
     EXPECT_FALSE(value.can_get<std::int64_t>());
 }
 
-TEST(basekit2_variant_test, a_null_text_is_an_empty_one)
+TEST(basekit2_variant_test, a_null_text_is_an_empty_text)
 {
     const variant_t value(static_cast<const wchar_t*>(nullptr));
     EXPECT_STREQ(value.get<const wchar_t*>(), L"");
     EXPECT_EQ(value.get<std::wstring>(), L"");
 }
 
-TEST(basekit2_variant_test, a_text_keeps_what_is_behind_a_zero_character)
+TEST(basekit2_variant_test, a_text_keeps_the_characters_after_a_zero_character)
 {
     EXPECT_EQ(variant_t(L"a\0b"s).get<std::wstring>(), L"a\0b"s);
 }
 
-TEST(basekit2_variant_test, a_value_that_is_there_is_not_reported)
+TEST(basekit2_variant_test, reading_a_value_as_its_type_reports_nothing)
 {
     const with_kept_reports reports;
     EXPECT_EQ(variant_t(L"text").get<std::wstring>(), L"text");
@@ -325,35 +325,35 @@ TEST(basekit2_variant_test, a_value_that_is_there_is_not_reported)
     EXPECT_EQ(reported, "");
 }
 
-TEST(basekit2_variant_test, a_pointer_to_a_text_of_another_kind_is_reported)
+TEST(basekit2_variant_test, reading_another_type_as_a_pointer_to_a_text_is_reported)
 {
     const with_kept_reports reports;
     EXPECT_STREQ(variant_t(true).get<const wchar_t*>(), L"");
     EXPECT_EQ(reported, "can_get<const wchar_t*>()");
 }
 
-TEST(basekit2_variant_test, a_text_of_another_kind_is_reported)
+TEST(basekit2_variant_test, reading_another_type_as_a_text_is_reported)
 {
     const with_kept_reports reports;
     EXPECT_EQ(variant_t(1.5).get<std::wstring>(), L"");
     EXPECT_EQ(reported, "can_get<std::wstring>()");
 }
 
-TEST(basekit2_variant_test, a_truth_of_another_kind_is_reported)
+TEST(basekit2_variant_test, reading_another_type_as_a_boolean_is_reported)
 {
     const with_kept_reports reports;
     EXPECT_FALSE(variant_t(std::int64_t{1}).get<bool>());
     EXPECT_EQ(reported, "can_get<bool>()");
 }
 
-TEST(basekit2_variant_test, a_whole_number_of_another_kind_is_reported)
+TEST(basekit2_variant_test, reading_another_type_as_an_integer_is_reported)
 {
     const with_kept_reports reports;
     EXPECT_EQ(variant_t(L"1").get<std::int64_t>(), 0);
     EXPECT_EQ(reported, "can_get<std::int64_t>()");
 }
 
-TEST(basekit2_variant_test, a_real_number_of_another_kind_is_reported)
+TEST(basekit2_variant_test, reading_another_type_as_a_floating_point_number_is_reported)
 {
     const with_kept_reports reports;
     EXPECT_EQ(variant_t().get<double>(), 0.0);
@@ -369,7 +369,7 @@ TEST_F(basekit2_variant_bag_test, a_new_bag_is_empty)
     EXPECT_FALSE(bag.has(L""));
 }
 
-TEST_F(basekit2_variant_bag_test, of_values_with_one_name_the_first_is_found)
+TEST_F(basekit2_variant_bag_test, the_first_of_several_values_with_one_name_is_found)
 {
     variant_bag_t bag;
     bag.add_value(L"a", L"1");
@@ -379,7 +379,7 @@ TEST_F(basekit2_variant_bag_test, of_values_with_one_name_the_first_is_found)
     EXPECT_EQ(written(bag), "a=[1]a=[2]");
 }
 
-TEST_F(basekit2_variant_bag_test, the_default_stands_for_a_value_that_is_not_there)
+TEST_F(basekit2_variant_bag_test, the_default_is_returned_for_a_missing_value)
 {
     variant_bag_t bag;
     bag.add_bag(L"a");
@@ -387,7 +387,7 @@ TEST_F(basekit2_variant_bag_test, the_default_stands_for_a_value_that_is_not_the
     EXPECT_EQ(bag.get_variant(L"a", L"default").get<std::wstring>(), L"default");
 }
 
-TEST_F(basekit2_variant_bag_test, a_value_is_asked_for_without_a_copy)
+TEST_F(basekit2_variant_bag_test, a_value_is_returned_without_a_copy)
 {
     variant_bag_t bag;
     bag.add_value(L"a", L"1");
@@ -396,7 +396,7 @@ TEST_F(basekit2_variant_bag_test, a_value_is_asked_for_without_a_copy)
     EXPECT_EQ(&bag.get_variant(L"b", missing), &missing);
 }
 
-TEST_F(basekit2_variant_bag_test, the_walk_by_name_stops_at_the_bags_of_that_name_only)
+TEST_F(basekit2_variant_bag_test, iteration_by_name_visits_only_the_bags_of_that_name)
 {
     variant_bag_t bag;
     for (const wchar_t* const name : {L"x", L"a", L"x", L"x", L"a", L"b"})
@@ -408,7 +408,7 @@ TEST_F(basekit2_variant_bag_test, the_walk_by_name_stops_at_the_bags_of_that_nam
     EXPECT_TRUE(bag.begin_by_name(L"").at_end());
 }
 
-TEST_F(basekit2_variant_bag_test, bags_with_an_empty_name_are_walked_over_by_it)
+TEST_F(basekit2_variant_bag_test, iteration_by_an_empty_name_visits_the_bags_with_that_name)
 {
     variant_bag_t bag;
     bag.add_bag(L"a");
@@ -419,7 +419,7 @@ TEST_F(basekit2_variant_bag_test, bags_with_an_empty_name_are_walked_over_by_it)
     EXPECT_TRUE(at.at_end());
 }
 
-TEST_F(basekit2_variant_bag_test, a_copy_does_not_follow_its_original)
+TEST_F(basekit2_variant_bag_test, a_copy_is_independent_of_its_original)
 {
     variant_bag_t bag;
     variant_bag_t& child = bag.add_bag(L"a");
@@ -432,7 +432,7 @@ TEST_F(basekit2_variant_bag_test, a_copy_does_not_follow_its_original)
     EXPECT_EQ(written(assigned), "a()");
 }
 
-TEST_F(basekit2_variant_bag_test, a_bag_may_become_a_copy_of_one_below_it)
+TEST_F(basekit2_variant_bag_test, a_bag_can_be_assigned_a_copy_of_its_child)
 {
     variant_bag_t bag;
     variant_bag_t& child = bag.add_bag(L"a");
@@ -442,7 +442,7 @@ TEST_F(basekit2_variant_bag_test, a_bag_may_become_a_copy_of_one_below_it)
     EXPECT_EQ(written(bag), "v=[1]b(w=[2])");
 }
 
-TEST_F(basekit2_variant_bag_test, a_bag_may_be_replaced_by_one_below_it)
+TEST_F(basekit2_variant_bag_test, a_bag_can_be_move_assigned_from_its_child)
 {
     variant_bag_t bag;
     variant_bag_t& child = bag.add_bag(L"a");
@@ -452,7 +452,7 @@ TEST_F(basekit2_variant_bag_test, a_bag_may_be_replaced_by_one_below_it)
     EXPECT_EQ(written(bag), "v=[1]b(w=[2])");
 }
 
-TEST_P(basekit2_variant_bag_forms_test, is_read_as_it_stands)
+TEST_P(basekit2_variant_bag_forms_test, is_read_with_the_expected_content)
 {
     EXPECT_EQ(load_bytes(GetParam().bytes), GetParam().result);
 }
@@ -505,12 +505,12 @@ TEST_F(basekit2_variant_bag_test, names_and_texts_beyond_the_bmp_are_pairs_of_el
     EXPECT_EQ(bag.get_variant(L"a", L"").get<std::wstring>(), L"\xD83D\xDE00");
 }
 
-TEST_F(basekit2_variant_bag_test, what_was_in_the_bag_goes_when_another_is_loaded)
+TEST_F(basekit2_variant_bag_test, loading_replaces_the_former_content)
 {
     EXPECT_EQ(load_bytes("<r a='1'/>"), "a=[1]");
 }
 
-TEST_F(basekit2_variant_bag_test, only_the_root_that_is_asked_for_is_read)
+TEST_F(basekit2_variant_bag_test, only_the_requested_root_is_read)
 {
     EXPECT_EQ(load_bytes("<r>1</r>", L"r"), "=[1]");
     for (const wchar_t* const root : {L"", L"R", L"r ", L"rr", L"a:r"})
@@ -519,7 +519,7 @@ TEST_F(basekit2_variant_bag_test, only_the_root_that_is_asked_for_is_read)
     EXPECT_EQ(load_bytes("<r><x/></r>", L"x"), "failed");
 }
 
-TEST_F(basekit2_variant_bag_test, a_root_beyond_the_bmp_is_known_in_either_form)
+TEST_F(basekit2_variant_bag_test, a_root_beyond_the_bmp_is_recognized_in_either_form)
 {
     EXPECT_EQ(load_bytes("<\xF0\x90\x90\x80>1</\xF0\x90\x90\x80>", L"\U00010400"), "=[1]");
     EXPECT_EQ(load_bytes("<\xF0\x90\x90\x80>1</\xF0\x90\x90\x80>", L"\xD801\xDC00"), "=[1]");
@@ -547,7 +547,7 @@ TEST_F(basekit2_variant_bag_test, a_missing_file_is_a_failure)
     EXPECT_EQ(load_name(L""), "failed");
 }
 
-TEST_F(basekit2_variant_bag_test, a_missing_file_is_an_empty_bag_where_that_is_allowed)
+TEST_F(basekit2_variant_bag_test, a_missing_file_is_an_empty_bag_if_that_is_allowed)
 {
     m_folder.write("file", "<r/>");
     std::filesystem::create_symlink("nothing", m_folder.name("dangling"));
@@ -555,7 +555,7 @@ TEST_F(basekit2_variant_bag_test, a_missing_file_is_an_empty_bag_where_that_is_a
         EXPECT_EQ(load_name(m_folder.wide_name(name), L"r", true), "") << name;
 }
 
-TEST_F(basekit2_variant_bag_test, a_file_that_is_there_is_not_missing)
+TEST_F(basekit2_variant_bag_test, a_file_that_exists_does_not_count_as_missing)
 {
     m_folder.write("file", "<r>");
     EXPECT_EQ(load_name(m_folder.wide_name("file"), nullptr, true), "failed");
@@ -564,14 +564,14 @@ TEST_F(basekit2_variant_bag_test, a_file_that_is_there_is_not_missing)
     EXPECT_EQ(load_name(m_folder.wide_name(""), nullptr, true), "failed");
 }
 
-TEST_F(basekit2_variant_bag_test, a_name_with_a_zero_character_is_no_files)
+TEST_F(basekit2_variant_bag_test, a_name_with_a_zero_character_names_no_file)
 {
     m_folder.write("file", "<r/>");
     EXPECT_EQ(load_name(m_folder.wide_name("file") + L"\0"s), "failed");
     EXPECT_EQ(load_name(L"\0"s, nullptr, true), "failed");
 }
 
-TEST_F(basekit2_variant_bag_test, what_is_no_regular_file_is_refused_at_once)
+TEST_F(basekit2_variant_bag_test, a_path_that_is_not_a_regular_file_is_refused_at_once)
 {
     ASSERT_EQ(mkfifo(m_folder.name("fifo").c_str(), 0600), 0);
     std::filesystem::create_directory(m_folder.name("directory"));
@@ -581,7 +581,7 @@ TEST_F(basekit2_variant_bag_test, what_is_no_regular_file_is_refused_at_once)
     EXPECT_EQ(load_name(L"/dev/zero"), "failed");
 }
 
-TEST_F(basekit2_variant_bag_test, a_file_that_may_not_be_read_is_refused)
+TEST_F(basekit2_variant_bag_test, a_file_without_read_permission_is_refused)
 {
     m_folder.write("file", "<r/>");
     ASSERT_EQ(chmod(m_folder.name("file").c_str(), 0), 0);
@@ -589,7 +589,7 @@ TEST_F(basekit2_variant_bag_test, a_file_that_may_not_be_read_is_refused)
     EXPECT_EQ(load_name(m_folder.wide_name("file"), nullptr, true), may_read_all ? "" : "failed");
 }
 
-TEST_F(basekit2_variant_bag_test, what_is_no_well_formed_xml_is_refused)
+TEST_F(basekit2_variant_bag_test, malformed_xml_is_refused)
 {
     const std::vector<std::string> files = {
         "",
@@ -636,7 +636,7 @@ TEST_F(basekit2_variant_bag_test, what_is_no_well_formed_xml_is_refused)
         EXPECT_EQ(load_bytes(bytes), "failed") << testing::PrintToString(bytes);
 }
 
-TEST_F(basekit2_variant_bag_test, a_file_that_its_encoding_does_not_admit_is_refused)
+TEST_F(basekit2_variant_bag_test, bytes_that_are_invalid_in_the_encoding_are_refused)
 {
     for (const std::string encoding : {"US-ASCII", "EUC-JP", "Shift_JIS", "ISO-2022-JP"}) {
         const std::string head = "<?xml version='1.0' encoding='" + encoding + "'?><r>";
@@ -656,7 +656,7 @@ TEST_F(basekit2_variant_bag_test, a_long_file_in_another_encoding_is_read_to_its
               "=[\xC3\xA4" + blanks + "]");
 }
 
-TEST_F(basekit2_variant_bag_test, a_file_cut_off_anywhere_is_refused)
+TEST_F(basekit2_variant_bag_test, a_file_that_is_cut_anywhere_is_refused)
 {
     const std::string whole = "<?xml version='1.0'?><!-- c --><r a='1'>t&amp;&#65;<b c=\"2\"/>"
                               "<![CDATA[d]]><?p i?><e>\xC3\xA4</e></r>";
@@ -665,7 +665,7 @@ TEST_F(basekit2_variant_bag_test, a_file_cut_off_anywhere_is_refused)
         EXPECT_EQ(load_bytes(whole.substr(0, size)), "failed") << size;
 }
 
-TEST_F(basekit2_variant_bag_test, a_text_behind_an_error_is_refused)
+TEST_F(basekit2_variant_bag_test, a_text_after_an_error_is_refused)
 {
     for (const std::string head :
          {"<r a='1' a='2'>", "<r a=1>", "<r a>", "<r><a b='1' b='2'>", "<r>&undefined;",
@@ -682,7 +682,7 @@ TEST_F(basekit2_variant_bag_test, a_tag_of_repeated_attributes_is_not_read_to_it
     EXPECT_LT((std::clock() - before) / CLOCKS_PER_SEC, 20) << "seconds";
 }
 
-TEST_F(basekit2_variant_bag_test, a_file_of_errors_is_refused)
+TEST_F(basekit2_variant_bag_test, a_file_with_many_errors_is_refused)
 {
     EXPECT_EQ(load_bytes("<bag>" + std::string(5000000, '&')), "failed");
     EXPECT_EQ(load_bytes("<bag>" + repeated("&u;", 1000000) + "</bag>"), "failed");
@@ -788,7 +788,7 @@ TEST_F(basekit2_variant_bag_test, nothing_is_printed)
               "");
 }
 
-TEST_F(basekit2_variant_bag_test, the_threads_handlers_of_libxml2_stay_and_are_not_called)
+TEST_F(basekit2_variant_bag_test, the_libxml2_handlers_of_the_thread_stay_and_are_not_called)
 {
     const with_foreign_handlers handlers;
     for (const std::string bytes : {"<r/>", "<r>", "<!DOCTYPE r><r/>", "<r a='1' a='2'/>"}) {

@@ -50,7 +50,7 @@ private:
 
 } // namespace
 
-TEST(components_test, components_that_are_loaded_apart_have_one_registry)
+TEST(components_test, separately_loaded_components_share_one_registry)
 {
     const component_t one(COMPONENT_ONE);
     const component_t two(COMPONENT_TWO);
@@ -65,7 +65,7 @@ TEST(components_test, components_that_are_loaded_apart_have_one_registry)
     EXPECT_TRUE(one.end_to_listen());
 }
 
-TEST(components_test, components_that_are_loaded_apart_get_different_numbers)
+TEST(components_test, separately_loaded_components_get_different_numbers)
 {
     const component_t one(COMPONENT_ONE);
     const component_t two(COMPONENT_TWO);
@@ -74,7 +74,7 @@ TEST(components_test, components_that_are_loaded_apart_get_different_numbers)
     EXPECT_EQ(one.next_number(), first + 2);
 }
 
-TEST(components_test, numbers_go_on_after_the_last_component_went)
+TEST(components_test, numbers_continue_after_the_last_component_is_unloaded)
 {
     const int last = component_t(COMPONENT_ONE).next_number();
     EXPECT_EQ(component_t(COMPONENT_TWO).next_number(), last + 1);
@@ -97,7 +97,7 @@ TEST(components_test, a_component_whose_handler_was_popped_can_be_unloaded)
     EXPECT_TRUE(stays.end_to_listen());
 }
 
-TEST(components_test, the_last_component_may_go_and_come_again)
+TEST(components_test, the_last_component_can_be_unloaded_and_loaded_again)
 {
     for (int round = 0; round < 3; ++round) {
         const component_t component(COMPONENT_ONE);

@@ -74,7 +74,7 @@ TEST_F(config_file_test, a_text_is_found_without_a_report)
     EXPECT_TRUE(reports.empty());
 }
 
-TEST_F(config_file_test, a_value_that_is_no_text_is_reported)
+TEST_F(config_file_test, a_value_that_is_not_a_text_is_reported)
 {
     for (const auto& [kind, value] : other_kinds) {
         reports.clear();
@@ -85,7 +85,7 @@ TEST_F(config_file_test, a_value_that_is_no_text_is_reported)
     }
 }
 
-TEST_F(config_file_test, a_childs_text_that_is_no_text_is_reported)
+TEST_F(config_file_test, a_child_value_that_is_not_a_text_is_reported)
 {
     for (const auto& [kind, value] : other_kinds) {
         reports.clear();
@@ -96,14 +96,14 @@ TEST_F(config_file_test, a_childs_text_that_is_no_text_is_reported)
     }
 }
 
-TEST_F(config_file_test, an_id_that_is_no_text_is_reported_and_matches_nothing)
+TEST_F(config_file_test, an_id_that_is_not_a_text_is_reported_and_matches_nothing)
 {
     add_entry(variant_t(std::int64_t{7})).add_value(L"p", L"a");
     EXPECT_EQ(find(L"p", L"7"), L"");
     EXPECT_EQ(reports, one_report);
 }
 
-TEST_F(config_file_test, a_prefix_that_is_no_text_is_reported_and_matches_no_prefix)
+TEST_F(config_file_test, a_prefix_that_is_not_a_text_is_reported_and_matches_no_prefix)
 {
     variant_bag_t& entry = add_entry();
     entry.add_value(L"prefix", variant_t(true));
@@ -112,7 +112,7 @@ TEST_F(config_file_test, a_prefix_that_is_no_text_is_reported_and_matches_no_pre
     EXPECT_EQ(reports, one_report);
 }
 
-TEST_F(config_file_test, a_value_that_is_not_asked_for_is_not_reported)
+TEST_F(config_file_test, a_value_that_is_not_requested_is_not_reported)
 {
     variant_bag_t& entry = add_entry();
     entry.add_value(L"q", variant_t(true));
@@ -157,14 +157,14 @@ TEST_F(config_file_test, without_a_prefix_all_entries_of_the_type_are_searched)
     EXPECT_EQ(find(), L"prefixed");
 }
 
-TEST_F(config_file_test, an_empty_id_and_an_empty_type_do_not_meet)
+TEST_F(config_file_test, an_empty_id_and_an_empty_type_do_not_match)
 {
     add_entry(L"").add_value(L"p", L"a");
     m_bag.add_bag(L"message_type").add_value(L"p", L"b");
     EXPECT_EQ(find(L"p", L""), L"");
 }
 
-TEST_F(config_file_test, a_bag_of_another_name_is_no_entry)
+TEST_F(config_file_test, a_bag_of_another_name_is_not_an_entry)
 {
     variant_bag_t& other = m_bag.add_bag(L"message_types");
     other.add_value(L"id", L"t");
@@ -172,7 +172,7 @@ TEST_F(config_file_test, a_bag_of_another_name_is_no_entry)
     EXPECT_EQ(find(), L"");
 }
 
-TEST_F(config_file_test, a_file_that_is_not_there_is_null)
+TEST_F(config_file_test, a_missing_file_is_null)
 {
     EXPECT_FALSE(config_file_t::load(L"/nowhere/src.xml"));
     EXPECT_FALSE(config_file_t::load(L""));

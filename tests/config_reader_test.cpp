@@ -162,32 +162,32 @@ void expect_nothing_printed(const std::function<void()>& action)
 
 // ---- one reader per process, as long as it has an owner
 
-TEST_F(config_reader_test, all_get_the_same_reader_while_one_is_held)
+TEST_F(config_reader_test, all_callers_get_the_same_reader_while_it_has_an_owner)
 {
     EXPECT_EQ(config_reader_t::get(), m_reader);
 }
 
-TEST_F(config_reader_test, the_process_does_not_hold_the_reader)
+TEST_F(config_reader_test, the_process_does_not_own_the_reader)
 {
     const boost::weak_ptr<config_reader_t> watched = m_reader;
     m_reader.reset();
     EXPECT_TRUE(watched.expired());
 }
 
-TEST_F(config_reader_test, a_directory_dies_with_its_reader)
+TEST_F(config_reader_test, a_directory_is_forgotten_with_its_reader)
 {
     m_reader.reset();
     EXPECT_TRUE(config_reader_t::get()->get_cfg_dir().is_empty());
 }
 
-TEST_F(config_reader_test, a_directory_stays_set_as_long_as_anybody_holds_the_reader)
+TEST_F(config_reader_test, a_directory_stays_set_while_the_reader_has_an_owner)
 {
     const reader_ptr other = config_reader_t::get();
     m_reader.reset();
     EXPECT_EQ(config_reader_t::get()->get_cfg_dir(), folder());
 }
 
-TEST_F(config_reader_test, a_copy_is_not_the_process_s_reader)
+TEST_F(config_reader_test, a_copy_is_not_the_reader_of_the_process)
 {
     const config_reader_t copy(*m_reader);
     m_reader.reset();
@@ -205,14 +205,14 @@ TEST_F(config_reader_test, the_file_is_named_after_the_source)
     EXPECT_EQ(read(of_source(L"two")), L"b");
 }
 
-TEST_F(config_reader_test, messages_of_one_source_share_a_file_whatever_their_types)
+TEST_F(config_reader_test, messages_of_one_source_with_different_types_share_a_file)
 {
     write("<message_type id='t' p='a'/><message_type id='u' p='b'/>");
     EXPECT_EQ(read(of_type(L"t")), L"a");
     EXPECT_EQ(read(of_type(L"u")), L"b");
 }
 
-TEST_F(config_reader_test, type_and_prefix_take_no_part_in_the_name)
+TEST_F(config_reader_test, the_file_name_depends_on_neither_type_nor_prefix)
 {
     write(entry_of("a"), "t.xml");
     write(entry_of("b"), "x.xml");
@@ -232,7 +232,7 @@ TEST_F(config_reader_test, an_empty_source_has_a_file_too)
     EXPECT_EQ(read(of_source(L"")), L"a");
 }
 
-TEST_F(config_reader_test, a_source_is_joined_as_it_is_spelled)
+TEST_F(config_reader_test, a_source_is_appended_to_the_directory_unchanged)
 {
     std::filesystem::create_directory(m_folder.name("below"));
     m_reader->set_cfg_dir(folder("below"));
@@ -250,7 +250,7 @@ TEST_F(config_reader_test, a_source_with_a_zero_inside_has_no_file)
     EXPECT_EQ(read(of_source(L"src.xml" + units({0}))), L"");
 }
 
-TEST_F(config_reader_test, another_directory_brings_its_own_files)
+TEST_F(config_reader_test, a_change_of_directory_reads_the_files_of_the_new_one)
 {
     std::filesystem::create_directory(m_folder.name("other"));
     write(entry_of("a"));
@@ -260,7 +260,7 @@ TEST_F(config_reader_test, another_directory_brings_its_own_files)
     EXPECT_EQ(read(), L"b");
 }
 
-TEST_F(config_reader_test, a_change_of_directory_keeps_what_was_read)
+TEST_F(config_reader_test, a_change_of_directory_keeps_the_files_that_were_read)
 {
     write(entry_of("a"));
     EXPECT_EQ(read(), L"a");
@@ -272,7 +272,7 @@ TEST_F(config_reader_test, a_change_of_directory_keeps_what_was_read)
 
 // ---- the host's directory
 
-TEST_F(config_reader_test, without_a_directory_the_hosts_configuration_directory_is_taken)
+TEST_F(config_reader_test, without_a_directory_the_hosts_configuration_directory_is_used)
 {
     const locations_t locations(m_folder);
     for (const char* leaf : {"install", "data", "config"})
@@ -281,7 +281,7 @@ TEST_F(config_reader_test, without_a_directory_the_hosts_configuration_directory
     EXPECT_EQ(read(), L"config");
 }
 
-TEST_F(config_reader_test, a_directory_that_is_set_comes_before_the_hosts)
+TEST_F(config_reader_test, a_directory_that_is_set_is_preferred_to_the_hosts)
 {
     const locations_t locations(m_folder);
     write(entry_of("host"), "config/src.xml");
@@ -290,7 +290,7 @@ TEST_F(config_reader_test, a_directory_that_is_set_comes_before_the_hosts)
     EXPECT_EQ(read(), L"set");
 }
 
-TEST_F(config_reader_test, the_hosts_directory_is_not_answered_as_one_that_was_set)
+TEST_F(config_reader_test, get_cfg_dir_does_not_return_the_hosts_directory)
 {
     const locations_t locations(m_folder);
     write(entry_of("host"), "config/src.xml");
@@ -309,7 +309,7 @@ TEST_F(config_reader_test, without_any_directory_nothing_is_configured)
     EXPECT_EQ(read(of_source(L"")), L"");
 }
 
-TEST_F(config_reader_test, a_host_that_comes_later_is_asked_at_the_next_call)
+TEST_F(config_reader_test, locations_that_are_set_later_are_used_by_the_next_call)
 {
     m_reader->set_cfg_dir(basekit2::path_t());
     EXPECT_EQ(read(), L"");
@@ -318,7 +318,7 @@ TEST_F(config_reader_test, a_host_that_comes_later_is_asked_at_the_next_call)
     EXPECT_EQ(read(), L"host");
 }
 
-TEST_F(config_reader_test, another_directory_of_the_host_brings_its_own_files)
+TEST_F(config_reader_test, a_new_directory_of_the_host_is_used_by_the_next_call)
 {
     const scratch_folder_t other;
     m_reader->set_cfg_dir(basekit2::path_t());
@@ -332,7 +332,7 @@ TEST_F(config_reader_test, another_directory_of_the_host_brings_its_own_files)
     EXPECT_EQ(read(), L"b");
 }
 
-TEST_F(config_reader_test, a_host_that_names_no_directory_any_more_configures_nothing)
+TEST_F(config_reader_test, nothing_is_configured_after_the_locations_are_reset)
 {
     m_reader->set_cfg_dir(basekit2::path_t());
     {
@@ -345,37 +345,37 @@ TEST_F(config_reader_test, a_host_that_names_no_directory_any_more_configures_no
 
 // ---- which entry: by prefix first, then by type alone
 
-TEST_F(config_reader_test, an_entry_with_the_prefix_comes_before_an_earlier_one_without)
+TEST_F(config_reader_test, an_entry_with_the_prefix_is_preferred_to_an_earlier_one_without)
 {
     write("<message_type id='t' p='bare'/><message_type id='t' prefix='P' p='prefixed'/>");
     EXPECT_EQ(read(of_prefix(L"P")), L"prefixed");
 }
 
-TEST_F(config_reader_test, without_an_entry_of_the_prefix_one_without_a_prefix_answers)
+TEST_F(config_reader_test, without_an_entry_of_the_prefix_one_without_a_prefix_is_used)
 {
     write("<message_type id='t' p='bare'/>");
     EXPECT_EQ(read(of_prefix(L"P")), L"bare");
 }
 
-TEST_F(config_reader_test, without_an_entry_of_the_prefix_one_of_another_prefix_answers_too)
+TEST_F(config_reader_test, without_an_entry_of_the_prefix_one_of_another_prefix_is_used_too)
 {
     write("<message_type id='t' prefix='Q' p='other'/>");
     EXPECT_EQ(read(of_prefix(L"P")), L"other");
 }
 
-TEST_F(config_reader_test, the_second_search_takes_the_first_entry_whatever_its_prefix)
+TEST_F(config_reader_test, the_second_search_takes_the_first_entry_with_any_prefix)
 {
     write("<message_type id='t' prefix='Q' p='other'/><message_type id='t' p='bare'/>");
     EXPECT_EQ(read(of_prefix(L"P")), L"other");
 }
 
-TEST_F(config_reader_test, an_empty_prefix_takes_the_first_entry_whatever_its_prefix)
+TEST_F(config_reader_test, an_empty_prefix_takes_the_first_entry_with_any_prefix)
 {
     write("<message_type id='t' prefix='Q' p='other'/><message_type id='t' p='bare'/>");
     EXPECT_EQ(read(), L"other");
 }
 
-TEST_F(config_reader_test, an_empty_prefix_in_an_entry_is_none)
+TEST_F(config_reader_test, an_entry_with_an_empty_prefix_has_no_prefix)
 {
     write("<message_type id='t' prefix='' p='bare'/><message_type id='t' prefix='P' p='a'/>");
     EXPECT_EQ(read(of_prefix(L"P")), L"a");
@@ -394,13 +394,13 @@ TEST_F(config_reader_test,
     EXPECT_EQ(read(of_prefix(L"P")), L"a");
 }
 
-TEST_F(config_reader_test, where_the_entries_of_the_prefix_lack_the_property_others_answer)
+TEST_F(config_reader_test, other_entries_are_used_if_those_of_the_prefix_do_not_have_the_property)
 {
     write("<message_type id='t' prefix='P' q='x'/><message_type id='t' p='bare'/>");
     EXPECT_EQ(read(of_prefix(L"P")), L"bare");
 }
 
-TEST_F(config_reader_test, of_several_entries_the_first_in_the_file_counts)
+TEST_F(config_reader_test, the_first_of_several_entries_in_the_file_counts)
 {
     write(entry_of("a") + entry_of("b"));
     EXPECT_EQ(read(), L"a");
@@ -450,7 +450,7 @@ TEST_F(config_reader_test, names_of_properties_are_compared_exactly)
     EXPECT_EQ(read(), L"");
 }
 
-TEST_F(config_reader_test, types_that_only_fold_to_the_same_are_different)
+TEST_F(config_reader_test, types_that_differ_only_in_unicode_normalization_are_different)
 {
     write("<message_type id='\xC3\xA9' p='composed'/><message_type id='e\xCC\x81' p='two'/>");
     EXPECT_EQ(read(of_type(units({'e', 0x301}))), L"two");
@@ -463,7 +463,7 @@ TEST_F(config_reader_test, other_elements_are_ignored)
     EXPECT_EQ(read(), L"d");
 }
 
-TEST_F(config_reader_test, an_attribute_of_the_root_is_no_entry)
+TEST_F(config_reader_test, an_attribute_of_the_root_is_not_an_entry)
 {
     m_folder.write("src.xml", "<bag id='t' p='a' message_type='t'/>");
     EXPECT_EQ(read(), L"");
@@ -485,7 +485,7 @@ TEST_F(config_reader_test, thousands_of_entries_of_other_types_change_nothing)
     EXPECT_EQ(read(), L"right");
 }
 
-TEST_F(config_reader_test, a_lookup_takes_no_walk_through_the_entries_of_other_types)
+TEST_F(config_reader_test, a_lookup_does_not_iterate_over_the_entries_of_other_types)
 {
     const int count = 50000;
     std::string entries;
@@ -516,7 +516,7 @@ TEST_F(config_reader_test, id_and_prefix_may_be_child_elements)
     EXPECT_EQ(read(of_prefix(L"P")), L"prefixed");
 }
 
-TEST_F(config_reader_test, an_attribute_comes_before_a_child_element)
+TEST_F(config_reader_test, an_attribute_is_preferred_to_a_child_element)
 {
     write("<message_type id='t' p='attribute'><p>child</p></message_type>");
     EXPECT_EQ(read(), L"attribute");
@@ -528,14 +528,14 @@ TEST_F(config_reader_test, an_empty_attribute_hides_a_child_element)
     EXPECT_EQ(read(), L"");
 }
 
-TEST_F(config_reader_test, an_attribute_comes_before_a_child_element_in_an_id_too)
+TEST_F(config_reader_test, an_attribute_is_preferred_to_a_child_element_for_an_id_too)
 {
     write("<message_type id='u'><id>t</id><p>a</p></message_type>");
     EXPECT_EQ(read(of_type(L"t")), L"");
     EXPECT_EQ(read(of_type(L"u")), L"a");
 }
 
-TEST_F(config_reader_test, a_child_element_without_a_text_is_passed_over)
+TEST_F(config_reader_test, a_child_element_without_a_text_is_skipped)
 {
     for (const std::string empty :
          {"<p/>", "<p></p>", "<p> \n</p>", "<p a='x'/>", "<p><b>x</b></p>"}) {
@@ -551,7 +551,7 @@ TEST_F(config_reader_test, the_first_child_element_with_a_text_counts)
     EXPECT_EQ(read(), L"a");
 }
 
-TEST_F(config_reader_test, child_elements_of_other_names_are_no_value_for_the_property)
+TEST_F(config_reader_test, child_elements_of_other_names_do_not_set_the_property)
 {
     write("<message_type id='t'>text<P>a</P><q><p>b</p></q></message_type>");
     EXPECT_EQ(read(), L"");
@@ -564,13 +564,13 @@ TEST_F(config_reader_test, white_space_around_a_value_stays)
     EXPECT_EQ(read(of_name(L"q")), L" a ");
 }
 
-TEST_F(config_reader_test, references_and_sections_of_characters_are_read)
+TEST_F(config_reader_test, references_and_cdata_sections_are_read)
 {
     write("<message_type id='t'><p>a&lt;&#x42;<![CDATA[<c>]]></p></message_type>");
     EXPECT_EQ(read(), L"a<B<c>");
 }
 
-TEST_F(config_reader_test, non_ascii_text_works_everywhere)
+TEST_F(config_reader_test, non_ascii_text_works_in_all_names_and_values)
 {
     const std::string word = "gr\xC3\xB6\xC3\x9F"
                              "e";
@@ -593,7 +593,7 @@ TEST_F(config_reader_test, a_file_that_is_edited_later_is_not_read_again)
     EXPECT_EQ(read(), L"old");
 }
 
-TEST_F(config_reader_test, a_file_that_is_removed_later_still_answers)
+TEST_F(config_reader_test, a_file_that_is_removed_later_is_still_used)
 {
     write("<message_type id='t' p='a' q='b'/>");
     EXPECT_EQ(read(), L"a");
@@ -601,7 +601,7 @@ TEST_F(config_reader_test, a_file_that_is_removed_later_still_answers)
     EXPECT_EQ(read(of_name(L"q")), L"b");
 }
 
-TEST_F(config_reader_test, a_new_reader_reads_the_file_anew)
+TEST_F(config_reader_test, a_new_reader_reads_the_file_again)
 {
     write(entry_of("old"));
     EXPECT_EQ(read(), L"old");
@@ -610,7 +610,7 @@ TEST_F(config_reader_test, a_new_reader_reads_the_file_anew)
     EXPECT_EQ(read(), L"new");
 }
 
-TEST_F(config_reader_test, a_file_that_gave_no_property_is_kept_as_well)
+TEST_F(config_reader_test, a_file_without_the_property_is_kept_as_well)
 {
     write("");
     EXPECT_EQ(read(), L"");
@@ -618,7 +618,7 @@ TEST_F(config_reader_test, a_file_that_gave_no_property_is_kept_as_well)
     EXPECT_EQ(read(), L"");
 }
 
-TEST_F(config_reader_test, a_file_that_comes_after_a_failed_lookup_is_found)
+TEST_F(config_reader_test, a_file_that_is_created_after_a_failed_lookup_is_found)
 {
     EXPECT_EQ(read(), L"");
     write(entry_of("a"));
@@ -627,7 +627,7 @@ TEST_F(config_reader_test, a_file_that_comes_after_a_failed_lookup_is_found)
 
 // ---- copies
 
-TEST_F(config_reader_test, a_copy_shares_what_was_read)
+TEST_F(config_reader_test, a_copy_shares_the_files_that_were_read)
 {
     write(entry_of("old"));
     EXPECT_EQ(read(), L"old");
@@ -636,7 +636,7 @@ TEST_F(config_reader_test, a_copy_shares_what_was_read)
     EXPECT_EQ(read_from(copy), L"old");
 }
 
-TEST_F(config_reader_test, a_copy_answers_when_the_original_is_gone)
+TEST_F(config_reader_test, a_copy_works_after_the_original_is_destroyed)
 {
     write(entry_of("old"));
     EXPECT_EQ(read(), L"old");
@@ -646,7 +646,7 @@ TEST_F(config_reader_test, a_copy_answers_when_the_original_is_gone)
     EXPECT_EQ(read_from(copy), L"old");
 }
 
-TEST_F(config_reader_test, the_original_answers_when_a_copy_is_gone)
+TEST_F(config_reader_test, the_original_works_after_a_copy_is_destroyed)
 {
     write(entry_of("old"));
     EXPECT_EQ(read(), L"old");
@@ -658,7 +658,7 @@ TEST_F(config_reader_test, the_original_answers_when_a_copy_is_gone)
     EXPECT_EQ(read(), L"old");
 }
 
-TEST_F(config_reader_test, what_a_copy_reads_later_is_its_own)
+TEST_F(config_reader_test, files_that_a_copy_reads_later_are_its_own)
 {
     config_reader_t copy(*m_reader);
     write(entry_of("old"));
@@ -778,7 +778,7 @@ std::vector<hostile_row> hostile_rows()
 
 } // namespace
 
-TEST_F(config_reader_test, a_file_that_is_no_configuration_answers_nothing_and_is_not_kept)
+TEST_F(config_reader_test, a_file_that_is_not_a_configuration_gives_nothing_and_is_not_kept)
 {
     m_folder.write(secret, "secret");
     for (const hostile_row& row : hostile_rows()) {
@@ -799,7 +799,7 @@ TEST_F(config_reader_test, a_file_of_16_mib_is_read)
     EXPECT_EQ(read(), L"a");
 }
 
-TEST_F(config_reader_test, a_file_that_is_cut_anywhere_answers_nothing_and_is_not_kept)
+TEST_F(config_reader_test, a_file_that_is_cut_anywhere_gives_nothing_and_is_not_kept)
 {
     const std::string whole =
         "<?xml version='1.0' encoding='UTF-8'?>\n<!-- c --><bag>\n" + entry_of("g\xC3\xBC") +
@@ -812,7 +812,7 @@ TEST_F(config_reader_test, a_file_that_is_cut_anywhere_answers_nothing_and_is_no
     EXPECT_EQ(read(), L"g" + units({0xFC}));
 }
 
-TEST_F(config_reader_test, a_directory_in_the_place_of_the_file_answers_nothing_and_is_not_kept)
+TEST_F(config_reader_test, a_directory_instead_of_the_file_gives_nothing_and_is_not_kept)
 {
     std::filesystem::create_directory(m_folder.name("src.xml"));
     expect_nothing_printed([&] { EXPECT_EQ(read(), L""); });
@@ -821,7 +821,7 @@ TEST_F(config_reader_test, a_directory_in_the_place_of_the_file_answers_nothing_
     EXPECT_EQ(read(), L"good");
 }
 
-TEST_F(config_reader_test, a_fifo_in_the_place_of_the_file_answers_nothing_and_is_not_kept)
+TEST_F(config_reader_test, a_fifo_instead_of_the_file_gives_nothing_and_is_not_kept)
 {
     ASSERT_EQ(mkfifo(m_folder.name("src.xml").c_str(), 0600), 0);
     expect_nothing_printed([&] { EXPECT_EQ(read(), L""); });
@@ -830,13 +830,13 @@ TEST_F(config_reader_test, a_fifo_in_the_place_of_the_file_answers_nothing_and_i
     EXPECT_EQ(read(), L"good");
 }
 
-TEST_F(config_reader_test, a_device_in_the_place_of_the_file_answers_nothing)
+TEST_F(config_reader_test, a_device_instead_of_the_file_gives_nothing)
 {
     ASSERT_EQ(symlink("/dev/zero", m_folder.name("src.xml").c_str()), 0);
     expect_nothing_printed([&] { EXPECT_EQ(read(), L""); });
 }
 
-TEST_F(config_reader_test, a_missing_file_is_not_printed_either)
+TEST_F(config_reader_test, a_missing_file_prints_nothing_either)
 {
     expect_nothing_printed([&] { EXPECT_EQ(read(), L""); });
 }

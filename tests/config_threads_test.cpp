@@ -97,7 +97,7 @@ private:
 
 } // namespace
 
-TEST_F(config_threads_test, one_reader_answers_all_threads)
+TEST_F(config_threads_test, one_reader_serves_all_threads)
 {
     const reader_ptr reader = config_reader_t::get();
     run_threads(thread_count, [&](int thread) {
@@ -108,7 +108,7 @@ TEST_F(config_threads_test, one_reader_answers_all_threads)
     });
 }
 
-TEST_F(config_threads_test, one_reader_answers_while_copies_of_another_are_made_and_dropped)
+TEST_F(config_threads_test, one_reader_works_while_copies_of_another_are_created_and_destroyed)
 {
     const reader_ptr reader = config_reader_t::get();
     config_reader_t other(*reader);
@@ -126,7 +126,7 @@ TEST_F(config_threads_test, one_reader_answers_while_copies_of_another_are_made_
     });
 }
 
-TEST_F(config_threads_test, readers_that_nobody_else_holds_are_made_used_and_dropped)
+TEST_F(config_threads_test, readers_with_one_owner_are_created_used_and_destroyed)
 {
     const boost::weak_ptr<config_reader_t> watched = config_reader_t::get();
     run_threads(thread_count, [](int thread) {
@@ -139,7 +139,7 @@ TEST_F(config_threads_test, readers_that_nobody_else_holds_are_made_used_and_dro
     EXPECT_TRUE(watched.expired());
 }
 
-TEST_F(config_threads_test, threads_that_ask_at_once_get_one_reader)
+TEST_F(config_threads_test, concurrent_calls_of_get_return_one_reader)
 {
     for (int round = 0; round < 200; ++round) {
         std::vector<reader_ptr> readers(thread_count);
@@ -150,7 +150,7 @@ TEST_F(config_threads_test, threads_that_ask_at_once_get_one_reader)
     }
 }
 
-TEST_F(config_threads_test, a_reader_with_files_outlives_those_that_drop_it)
+TEST_F(config_threads_test, a_reader_with_files_outlives_the_owners_that_release_it)
 {
     std::atomic<int> answers{0};
     const reader_ptr reader = config_reader_t::get();

@@ -67,7 +67,7 @@ const std::size_t large = 9900000;
 
 } // namespace
 
-TEST(document_parser_test, a_fault_after_the_message_counts_as_for_libxml2s_reader)
+TEST(document_parser_test, a_fault_after_the_message_counts_as_in_libxml2s_reader)
 {
     for (const char* const fault : faults)
         for (std::size_t distance = 0; distance != 1100; distance += distance < 8 ? 1 : 7)
@@ -116,7 +116,7 @@ TEST(document_parser_test, a_message_is_read_wherever_long_documents_are_split)
     }
 }
 
-TEST(document_parser_test, a_fault_counts_in_the_piece_in_which_the_message_ends)
+TEST(document_parser_test, a_fault_counts_in_the_chunk_in_which_the_message_ends)
 {
     const std::string message = in_message("");
     for (const char* const fault : {"<", "x", "</x>"})
@@ -140,7 +140,7 @@ TEST(document_parser_test, a_fault_far_after_the_message_counts_unless_a_comment
         }
 }
 
-TEST(document_parser_test, what_libxml2_accepts_beyond_xml_is_read)
+TEST(document_parser_test, malformed_xml_that_libxml2_accepts_is_read)
 {
     for (const char* const begin :
          {"<?xml version=\"1.0\" encoding=\"UTF-8\"standalone=\"no\"?>",
@@ -170,7 +170,7 @@ TEST(document_parser_test, tokens_of_any_size_are_read_as_by_libxml2s_reader)
     expect_as_read_unrefused(in_message("<" + name + ">x</" + name + ">"));
 }
 
-TEST(document_parser_test, what_libxml2_does_not_read_is_not_read)
+TEST(document_parser_test, a_document_that_libxml2_refuses_is_not_read)
 {
     const std::string text(10100000, 'x');
     for (const std::string& document :

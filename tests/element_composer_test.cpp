@@ -130,7 +130,7 @@ TEST(element_composer_test, keys_with_colons_are_written_as_libxml2_does)
         }
 }
 
-TEST(element_composer_test, an_attribute_is_written_once_in_whichever_way_its_name_is_spelled)
+TEST(element_composer_test, an_attribute_with_two_spellings_of_its_name_is_written_once)
 {
     const std::wstring pair = units({0xD83D, 0xDE00});
     for (const unsigned character : {0x1F600U, 0x1F601U, 0xFFFDU, 0xD83DU}) {
@@ -140,7 +140,7 @@ TEST(element_composer_test, an_attribute_is_written_once_in_whichever_way_its_na
     }
 }
 
-TEST(element_composer_test, an_empty_key_ends_the_content_as_libxml2_refuses_it)
+TEST(element_composer_test, an_empty_key_ends_the_content_since_libxml2_refuses_it)
 {
     const texts_t texts = {{L"", L"1"}, {L"a", L"2"}};
     expect_as_written(*make_message(make_content(texts, {{L"b", L"3"}}, {{L"c", L"4"}})));

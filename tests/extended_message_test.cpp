@@ -117,7 +117,7 @@ TEST_F(extended_message_test, the_text_is_the_message_of_the_type_in_the_prefixe
     EXPECT_EQ(asked(), journal_t({L"p.src:t"}));
 }
 
-TEST_F(extended_message_test, an_empty_text_of_the_prefixed_catalog_leads_to_the_bare_one)
+TEST_F(extended_message_test, an_empty_text_of_the_prefixed_catalog_falls_back_to_the_bare_one)
 {
     add(L"p.src");
     add(L"src", {{L"t", L"bare"}});
@@ -125,13 +125,13 @@ TEST_F(extended_message_test, an_empty_text_of_the_prefixed_catalog_leads_to_the
     EXPECT_EQ(asked(), journal_t({L"p.src:t", L"src:t"}));
 }
 
-TEST_F(extended_message_test, a_missing_prefixed_catalog_leads_to_the_bare_one)
+TEST_F(extended_message_test, a_missing_prefixed_catalog_falls_back_to_the_bare_one)
 {
     add(L"src", {{L"t", L"bare"}});
     EXPECT_EQ(make().get_text(), L"bare");
 }
 
-TEST_F(extended_message_test, a_pattern_that_arguments_leave_empty_leads_to_the_bare_catalog)
+TEST_F(extended_message_test, a_pattern_that_arguments_leave_empty_falls_back_to_the_bare_catalog)
 {
     set_args({{L"a", L""}});
     add(L"p.src", {{L"t", L"{a}"}});
@@ -139,7 +139,7 @@ TEST_F(extended_message_test, a_pattern_that_arguments_leave_empty_leads_to_the_
     EXPECT_EQ(make().get_text(), L"bare");
 }
 
-TEST_F(extended_message_test, the_texts_fall_back_is_remembered)
+TEST_F(extended_message_test, the_fallback_of_the_text_is_remembered)
 {
     add(L"p.src");
     add(L"src", {{L"t", L"bare"}});
@@ -151,7 +151,7 @@ TEST_F(extended_message_test, the_texts_fall_back_is_remembered)
     EXPECT_EQ(asked(), journal_t({L"src:t"}));
 }
 
-TEST_F(extended_message_test, the_titles_fall_back_is_remembered)
+TEST_F(extended_message_test, the_fallback_of_the_title_is_remembered)
 {
     configure_title();
     add(L"p.src");
@@ -163,7 +163,7 @@ TEST_F(extended_message_test, the_titles_fall_back_is_remembered)
     EXPECT_EQ(asked(), journal_t({L"src:title"}));
 }
 
-TEST_F(extended_message_test, title_and_text_fall_back_each_for_itself)
+TEST_F(extended_message_test, title_and_text_fall_back_independently)
 {
     configure_title();
     add(L"p.src", {{L"t", L"text"}});
@@ -174,7 +174,8 @@ TEST_F(extended_message_test, title_and_text_fall_back_each_for_itself)
     EXPECT_EQ(asked(), journal_t({L"p.src:title", L"src:title", L"p.src:t"}));
 }
 
-TEST_F(extended_message_test, where_no_catalog_has_a_text_both_are_asked_then_only_the_bare_one)
+TEST_F(extended_message_test,
+       without_a_text_both_catalogs_are_searched_first_and_then_only_the_bare_one)
 {
     add(L"p.src");
     add(L"src");
@@ -193,7 +194,7 @@ TEST_F(extended_message_test, without_any_catalog_title_and_text_are_empty)
     EXPECT_EQ(message.get_text(), L"");
 }
 
-TEST_F(extended_message_test, a_catalog_that_comes_later_is_found)
+TEST_F(extended_message_test, a_catalog_that_is_registered_later_is_found)
 {
     open_message_t message = make();
     EXPECT_EQ(message.get_text(), L"");
@@ -201,7 +202,7 @@ TEST_F(extended_message_test, a_catalog_that_comes_later_is_found)
     EXPECT_EQ(message.get_text(), L"bare");
 }
 
-TEST_F(extended_message_test, an_empty_prefix_asks_the_catalog_of_a_dot_and_the_source_first)
+TEST_F(extended_message_test, an_empty_prefix_searches_the_catalog_of_a_dot_and_the_source_first)
 {
     add(L".src");
     add(L"src", {{L"t", L"bare"}});
@@ -219,7 +220,7 @@ TEST_F(extended_message_test, catalogs_are_named_by_prefix_and_source)
     EXPECT_EQ(make().generate_filename(false), L"");
 }
 
-TEST_F(extended_message_test, the_titles_id_is_the_configured_one)
+TEST_F(extended_message_test, the_id_of_the_title_is_the_configured_one)
 {
     configure("<message_type id='t' title_msgid='bare'/>"
               "<message_type id='t' prefix='p' title_msgid='prefixed'/>");
@@ -228,7 +229,7 @@ TEST_F(extended_message_test, the_titles_id_is_the_configured_one)
     EXPECT_EQ(asked(), journal_t({L"p.src:prefixed"}));
 }
 
-TEST_F(extended_message_test, without_a_configured_id_the_title_is_asked_for_with_an_empty_one)
+TEST_F(extended_message_test, without_a_configured_id_the_title_is_looked_up_with_an_empty_one)
 {
     add(L"p.src");
     add(L"src", {{L"", L"whatever"}});
@@ -236,7 +237,7 @@ TEST_F(extended_message_test, without_a_configured_id_the_title_is_asked_for_wit
     EXPECT_EQ(asked(), journal_t({L"p.src:", L"src:"}));
 }
 
-TEST_F(extended_message_test, an_id_configured_for_another_type_is_not_the_titles)
+TEST_F(extended_message_test, an_id_configured_for_another_type_is_not_used_for_the_title)
 {
     configure("<message_type id='u' title_msgid='title'/>");
     add(L"p.src", {{L"title", L"title"}});
@@ -256,7 +257,7 @@ TEST_F(extended_message_test, arguments_fill_the_placeholders_of_their_names)
     EXPECT_EQ(message.get_title(), L"1 of 2");
 }
 
-TEST_F(extended_message_test, attributes_and_elements_are_no_arguments)
+TEST_F(extended_message_test, attributes_and_elements_are_not_arguments)
 {
     m_message->set_content(make_content({{L"a", L"attribute"}}, {}, {{L"e", L"element"}}));
     set_source(L"src");
@@ -292,7 +293,7 @@ TEST_F(extended_message_test, getting_the_title_twice_adds_no_arguments)
     EXPECT_EQ(message.get_title(), L"{b}");
 }
 
-TEST_F(extended_message_test, updating_the_text_adds_to_the_arguments_that_are_there)
+TEST_F(extended_message_test, updating_the_text_adds_to_the_existing_arguments)
 {
     set_args({{L"a", L"1"}});
     add(L"p.src", {{L"t", L"{a}{b}"}});
@@ -303,7 +304,7 @@ TEST_F(extended_message_test, updating_the_text_adds_to_the_arguments_that_are_t
     EXPECT_EQ(message.get_text(), L"13");
 }
 
-TEST_F(extended_message_test, updating_the_title_adds_to_the_arguments_that_are_there)
+TEST_F(extended_message_test, updating_the_title_adds_to_the_existing_arguments)
 {
     configure_title();
     set_args({{L"a", L"1"}});
@@ -315,7 +316,7 @@ TEST_F(extended_message_test, updating_the_title_adds_to_the_arguments_that_are_
     EXPECT_EQ(message.get_title(), L"13");
 }
 
-TEST_F(extended_message_test, updating_the_text_goes_back_to_the_prefixed_catalog)
+TEST_F(extended_message_test, updating_the_text_returns_to_the_prefixed_catalog)
 {
     add(L"p.src");
     add(L"src", {{L"t", L"bare"}});
@@ -329,7 +330,7 @@ TEST_F(extended_message_test, updating_the_text_goes_back_to_the_prefixed_catalo
 
 // ---- when the texts are read
 
-TEST_F(extended_message_test, construction_and_updates_ask_no_catalog)
+TEST_F(extended_message_test, construction_and_updates_search_no_catalog)
 {
     configure_title();
     add(L"p.src");
@@ -339,7 +340,7 @@ TEST_F(extended_message_test, construction_and_updates_ask_no_catalog)
     EXPECT_EQ(asked(), journal_t());
 }
 
-TEST_F(extended_message_test, construction_looks_nothing_up)
+TEST_F(extended_message_test, construction_does_no_lookup)
 {
     add(L"p.later", {{L"u", L"{a}"}});
     open_message_t message = make();
@@ -349,7 +350,7 @@ TEST_F(extended_message_test, construction_looks_nothing_up)
     EXPECT_EQ(message.get_text(), L"1");
 }
 
-TEST_F(extended_message_test, a_later_type_is_not_seen)
+TEST_F(extended_message_test, a_later_change_of_the_type_has_no_effect_on_the_text)
 {
     add(L"p.src", {{L"t", L"old"}, {L"u", L"new"}});
     open_message_t message = make();
@@ -358,7 +359,7 @@ TEST_F(extended_message_test, a_later_type_is_not_seen)
     EXPECT_EQ(message.get_text(), L"old");
 }
 
-TEST_F(extended_message_test, a_later_type_is_not_seen_in_the_title_either)
+TEST_F(extended_message_test, a_later_change_of_the_type_has_no_effect_on_the_title)
 {
     configure("<message_type id='t' title_msgid='old'/><message_type id='u' title_msgid='new'/>");
     add(L"p.src", {{L"old", L"old"}, {L"new", L"new"}});
@@ -368,7 +369,7 @@ TEST_F(extended_message_test, a_later_type_is_not_seen_in_the_title_either)
     EXPECT_EQ(message.get_title(), L"old");
 }
 
-TEST_F(extended_message_test, title_and_text_are_looked_up_each_at_its_first_call)
+TEST_F(extended_message_test, title_and_text_are_each_looked_up_at_the_first_call)
 {
     configure("<message_type id='t' title_msgid='old'/><message_type id='u' title_msgid='new'/>");
     add(L"p.src", {{L"t", L"text {a}"}, {L"old", L"old {a}"}, {L"new", L"new {a}"}});
@@ -381,7 +382,7 @@ TEST_F(extended_message_test, title_and_text_are_looked_up_each_at_its_first_cal
     EXPECT_EQ(message.get_text(), L"text 1");
 }
 
-TEST_F(extended_message_test, a_later_source_is_not_seen_until_the_fall_back_is_taken)
+TEST_F(extended_message_test, a_later_change_of_the_source_has_no_effect_until_the_fallback)
 {
     add(L"p.src", {{L"t", L"old"}});
     add(L"p.other", {{L"t", L"wrong"}});
@@ -396,7 +397,7 @@ TEST_F(extended_message_test, a_later_source_is_not_seen_until_the_fall_back_is_
     EXPECT_EQ(asked(), journal_t({L"p.src:t", L"other:t"}));
 }
 
-TEST_F(extended_message_test, a_fall_back_to_the_bare_catalog_keeps_the_type_and_the_arguments)
+TEST_F(extended_message_test, a_fallback_to_the_bare_catalog_keeps_the_type_and_the_arguments)
 {
     set_args({{L"a", L"1"}});
     add(L"p.src", {{L"t", L"old"}});
@@ -409,7 +410,7 @@ TEST_F(extended_message_test, a_fall_back_to_the_bare_catalog_keeps_the_type_and
     EXPECT_EQ(message.get_text(), L"bare 1");
 }
 
-TEST_F(extended_message_test, the_text_is_composed_anew_at_each_call)
+TEST_F(extended_message_test, the_text_is_composed_again_at_each_call)
 {
     add(L"p.src", {{L"t", L"old"}});
     open_message_t message = make();
@@ -418,7 +419,8 @@ TEST_F(extended_message_test, the_text_is_composed_anew_at_each_call)
     EXPECT_EQ(message.get_text(), L"new");
 }
 
-TEST_F(extended_message_test, without_source_and_type_it_asks_its_catalogs_and_does_not_grow)
+TEST_F(extended_message_test,
+       without_source_and_type_the_catalogs_are_searched_and_no_argument_is_added)
 {
     set_source(L"");
     m_message->set_type(L"");
@@ -434,7 +436,7 @@ TEST_F(extended_message_test, without_source_and_type_it_asks_its_catalogs_and_d
 
 // ---- configuration and message
 
-TEST_F(extended_message_test, a_configured_property_is_given_as_the_reader_gives_it)
+TEST_F(extended_message_test, a_configured_property_is_the_one_that_the_reader_returns)
 {
     configure("<message_type id='t' help='bare'/><message_type id='t' prefix='p' help='own'/>");
     EXPECT_EQ(make().get_cfg_prop(L"help"), L"own");
@@ -442,7 +444,7 @@ TEST_F(extended_message_test, a_configured_property_is_given_as_the_reader_gives
     EXPECT_EQ(make().get_cfg_prop(L"other"), L"");
 }
 
-TEST_F(extended_message_test, a_property_is_that_of_the_type_as_it_stands_now)
+TEST_F(extended_message_test, a_property_is_that_of_the_current_type)
 {
     configure("<message_type id='t' help='old'/><message_type id='u' help='new'/>");
     open_message_t message = make();
@@ -451,7 +453,7 @@ TEST_F(extended_message_test, a_property_is_that_of_the_type_as_it_stands_now)
     EXPECT_EQ(message.get_cfg_prop(L"help"), L"new");
 }
 
-TEST_F(extended_message_test, several_properties_are_never_given)
+TEST_F(extended_message_test, get_cfg_props_returns_nothing)
 {
     configure("<message_type id='t' help='a'><help>b</help></message_type>");
     EXPECT_TRUE(make().get_cfg_props(L"help").empty());
@@ -459,7 +461,7 @@ TEST_F(extended_message_test, several_properties_are_never_given)
     EXPECT_TRUE(make().get_cfg_props(L"").empty());
 }
 
-TEST_F(extended_message_test, several_properties_read_no_configuration)
+TEST_F(extended_message_test, get_cfg_props_reads_no_configuration)
 {
     configure("<message_type id='t' help='old'/>");
     make().get_cfg_props(L"help");
@@ -472,7 +474,7 @@ TEST_F(extended_message_test, the_message_is_shared_with_the_caller)
     EXPECT_EQ(make().get_message(), m_message);
 }
 
-TEST_F(extended_message_test, message_and_extension_object_are_held)
+TEST_F(extended_message_test, message_and_extension_object_are_owned)
 {
     add(L"p.src", {{L"t", L"text"}});
     open_message_t message = make();
@@ -484,7 +486,7 @@ TEST_F(extended_message_test, message_and_extension_object_are_held)
 
 // ---- copies
 
-TEST_F(extended_message_test, a_copy_takes_the_fall_back_along)
+TEST_F(extended_message_test, a_copy_keeps_the_fallback)
 {
     add(L"p.src");
     add(L"src", {{L"t", L"bare"}});
@@ -496,7 +498,7 @@ TEST_F(extended_message_test, a_copy_takes_the_fall_back_along)
     EXPECT_EQ(asked(), journal_t({L"src:t"}));
 }
 
-TEST_F(extended_message_test, a_copy_takes_along_what_was_looked_up)
+TEST_F(extended_message_test, a_copy_keeps_the_results_of_the_lookup)
 {
     set_args({{L"a", L"1"}});
     add(L"p.src", {{L"t", L"{a}"}});
@@ -507,7 +509,7 @@ TEST_F(extended_message_test, a_copy_takes_along_what_was_looked_up)
     EXPECT_EQ(copy.get_text(), L"1");
 }
 
-TEST_F(extended_message_test, a_copy_falls_back_for_itself)
+TEST_F(extended_message_test, a_copy_falls_back_independently)
 {
     add(L"p.src", {{L"t", L"prefixed"}});
     add(L"src", {{L"t", L"bare"}});
@@ -521,7 +523,7 @@ TEST_F(extended_message_test, a_copy_falls_back_for_itself)
     EXPECT_EQ(copy.get_text(), L"bare");
 }
 
-TEST_F(extended_message_test, an_assigned_one_is_as_the_other)
+TEST_F(extended_message_test, an_assigned_message_equals_its_original)
 {
     add(L"p.src");
     add(L"src", {{L"t", L"bare"}});
@@ -589,20 +591,20 @@ protected:
 
 } // namespace
 
-TEST_F(extended_message_files_test, title_and_text_read_in_english)
+TEST_F(extended_message_files_test, title_and_text_are_in_english)
 {
     EXPECT_EQ(show(L"en_GB.UTF-8", L"1"), L"File scanned: 1 byte in /" + wide(face));
     EXPECT_EQ(show(L"en_GB.UTF-8", L"1234"), L"File scanned: 1,234 bytes in /" + wide(face));
 }
 
-TEST_F(extended_message_files_test, title_and_text_read_in_german)
+TEST_F(extended_message_files_test, title_and_text_are_in_german)
 {
     EXPECT_EQ(show(L"de_DE.UTF-8", L"1234"), wide("Datei gepr\xC3\xBC"
                                                   "ft: 1.234 Zeichen in /") +
                                                  wide(face));
 }
 
-TEST_F(extended_message_files_test, a_languages_plural_forms_are_its_own)
+TEST_F(extended_message_files_test, plural_forms_are_those_of_the_language)
 {
     EXPECT_EQ(show(L"pl", L"1"), L"Plik: 1 bajt w /" + wide(face));
     EXPECT_EQ(show(L"pl", L"2"), L"Plik: 2 bajty w /" + wide(face));
@@ -611,7 +613,7 @@ TEST_F(extended_message_files_test, a_languages_plural_forms_are_its_own)
     EXPECT_EQ(show(L"en", L"22"), L"File scanned: 22 bytes in /" + wide(face));
 }
 
-TEST_F(extended_message_files_test, the_prefixes_files_come_before_the_sources)
+TEST_F(extended_message_files_test, the_files_of_the_prefix_are_preferred_to_those_of_the_source)
 {
     m_catalogs.make("de", "p.src", po_of({{"t", "eigener Text"}}));
     EXPECT_EQ(show(L"de", L"1"), wide("Datei gepr\xC3\xBC"

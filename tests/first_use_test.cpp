@@ -131,7 +131,7 @@ TEST_F(first_use_test, without_memory_a_recording_is_not_ended)
     EXPECT_TRUE(has_exited_with(status_without_memory(stop, m_start), threw));
 }
 
-TEST_F(first_use_test, without_memory_the_last_owner_lets_go_of_a_recording_all_the_same)
+TEST_F(first_use_test, without_memory_the_last_owner_still_releases_a_recording)
 {
     const auto let_go = [&] {
         m_storage.reset();
@@ -139,7 +139,7 @@ TEST_F(first_use_test, without_memory_the_last_owner_lets_go_of_a_recording_all_
     EXPECT_TRUE(has_exited_with(status_without_memory(let_go, m_start), went_on));
 }
 
-TEST_F(first_use_test, without_memory_a_process_that_records_forks_all_the_same)
+TEST_F(first_use_test, without_memory_a_process_that_records_can_still_fork)
 {
     const auto fork_once = [] {
         EXPECT_TRUE(has_exited_with(status_of_child([] { return 0; }), 0));

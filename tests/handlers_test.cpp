@@ -30,7 +30,7 @@ protected:
 
 } // namespace
 
-TEST_F(handlers_test, a_function_gets_each_message_and_consumes_what_it_returns_true_for)
+TEST_F(handlers_test, a_function_gets_each_message_and_consumes_those_for_which_it_returns_true)
 {
     std::wstring types;
     m_ex->push_handler(make_handler([&](const message_ptr& msg) {
@@ -105,7 +105,7 @@ TEST_F(handlers_test, scopes_may_end_in_any_order)
     EXPECT_EQ(m_ex->pop_handler(), m_bottom);
 }
 
-TEST_F(handlers_test, a_scope_leaves_the_stack_alone_if_its_handler_was_popped)
+TEST_F(handlers_test, a_scope_does_not_change_the_stack_if_its_handler_was_popped)
 {
     {
         const scoped_handler_t scope(m_ex, boost::make_shared<recording_handler_t>());

@@ -78,7 +78,7 @@ TEST_F(log_sax_reader_test, delivers_every_message_of_a_log_in_its_order)
     EXPECT_EQ(m_messages.at(1)->get_severity(), message_t::none);
 }
 
-TEST_F(log_sax_reader_test, a_message_alone_is_delivered_too)
+TEST_F(log_sax_reader_test, a_message_without_a_log_element_is_delivered_too)
 {
     EXPECT_EQ(m_reader.parse("<msg><type>t</type></msg>"), 0);
     EXPECT_EQ(m_types, L"t;");
@@ -114,7 +114,7 @@ TEST_F(log_sax_reader_test, a_source_attribute_does_not_replace_a_tool)
               (texts_t{{L"source", L"s"}, {L"tool", L"t"}}));
 }
 
-TEST_F(log_sax_reader_test, an_empty_source_attribute_makes_an_empty_tool)
+TEST_F(log_sax_reader_test, an_empty_source_attribute_gives_an_empty_tool)
 {
     m_reader.parse("<log><msg source=''><type>t</type></msg></log>");
     EXPECT_EQ(m_messages.at(0)->get_content().attributes,
@@ -133,7 +133,7 @@ TEST_F(log_sax_reader_test, an_unnamed_argument_without_text_takes_a_number)
     EXPECT_EQ(read("<arg/><arg>2</arg>").args, (texts_t{{L"arg2", L"2"}}));
 }
 
-TEST_F(log_sax_reader_test, an_argument_without_text_is_none)
+TEST_F(log_sax_reader_test, an_argument_without_text_is_dropped)
 {
     EXPECT_TRUE(read("<arg name='a'></arg><arg name='b'/>").args.empty());
     EXPECT_EQ(string_message_serializer_t::xml_string_to_message(
@@ -150,7 +150,7 @@ TEST_F(log_sax_reader_test, the_first_of_several_arguments_or_elements_of_a_name
     EXPECT_EQ(content.elements, (texts_t{{L"e", L"3"}}));
 }
 
-TEST_F(log_sax_reader_test, a_text_that_is_dropped_takes_the_name_of_its_argument_along)
+TEST_F(log_sax_reader_test, a_text_that_is_dropped_drops_the_name_of_its_argument_too)
 {
     EXPECT_EQ(read("<arg name='a'>1</arg><arg name='a'>2&amp;3</arg>").args,
               (texts_t{{L"", L"&"}, {L"a", L"1"}}));
@@ -180,7 +180,7 @@ TEST_F(log_sax_reader_test, white_space_alone_is_a_text)
     EXPECT_EQ(read("<arg name='a'>  \n</arg>").args, (texts_t{{L"a", L"  \n"}}));
 }
 
-TEST_F(log_sax_reader_test, a_text_that_only_begins_like_a_severity_is_none)
+TEST_F(log_sax_reader_test, a_text_that_only_begins_like_a_severity_is_not_a_severity)
 {
     for (const char* const text : {"criticality", "ERROR ERROR", "INFO\n", "WARNING&amp;"}) {
         m_reader.parse("<msg><type>t</type><severity>" + std::string(text) + "</severity></msg>");
@@ -207,14 +207,14 @@ TEST_F(log_sax_reader_test, an_entity_in_an_element_stays_as_it_is_written)
     EXPECT_EQ(read("<e>a &lt; b</e>").elements, (texts_t{{L"e", L"a &lt; b"}}));
 }
 
-TEST_F(log_sax_reader_test, of_the_pieces_of_a_type_the_last_counts)
+TEST_F(log_sax_reader_test, the_last_chunk_of_a_type_counts)
 {
     EXPECT_EQ(read_type("a &amp; b"), L" b");
     EXPECT_EQ(read_type("a &amp;"), L"&");
     EXPECT_EQ(read_type("&lt;a"), L"a");
 }
 
-TEST_F(log_sax_reader_test, non_ascii_text_is_kept_up_to_where_libxml2_breaks_it)
+TEST_F(log_sax_reader_test, non_ascii_text_is_kept_up_to_the_end_of_its_chunk)
 {
     const auto content = read("<arg name='n'>\xC3\xA4 plain</arg><e>plain</e>");
     EXPECT_EQ(content.args, (texts_t{{L"n", L"\xE4 plain"}}));
@@ -222,7 +222,7 @@ TEST_F(log_sax_reader_test, non_ascii_text_is_kept_up_to_where_libxml2_breaks_it
     EXPECT_EQ(broken.args, (texts_t{{L"", L"\xE4"}, {L"n", L"plain \xE4"}}));
 }
 
-TEST_F(log_sax_reader_test, a_character_beyond_ascii_is_read_at_every_place_of_a_text)
+TEST_F(log_sax_reader_test, a_character_beyond_ascii_is_read_at_every_position_of_a_text)
 {
     for (std::size_t size = 1; size <= 20; ++size)
         for (std::size_t place = 0; place != size; ++place) {
@@ -237,7 +237,7 @@ TEST_F(log_sax_reader_test, a_character_beyond_ascii_is_read_at_every_place_of_a
         }
 }
 
-TEST_F(log_sax_reader_test, a_long_text_is_one_piece_wherever_it_begins)
+TEST_F(log_sax_reader_test, a_long_text_is_one_chunk_wherever_it_begins)
 {
     const std::wstring text(9000, L'x');
     const std::string utf8(text.begin(), text.end());
@@ -248,14 +248,14 @@ TEST_F(log_sax_reader_test, a_long_text_is_one_piece_wherever_it_begins)
     }
 }
 
-TEST_F(log_sax_reader_test, a_section_of_character_data_is_a_piece)
+TEST_F(log_sax_reader_test, a_cdata_section_is_a_chunk)
 {
     EXPECT_EQ(read("<arg name='n'><![CDATA[a <b]]></arg>").args, (texts_t{{L"n", L"a "}}));
     EXPECT_EQ(read("<arg name='n'>x<![CDATA[y]]></arg>").args,
               (texts_t{{L"", L"y"}, {L"n", L"x"}}));
 }
 
-TEST_F(log_sax_reader_test, a_comment_ends_a_piece)
+TEST_F(log_sax_reader_test, a_comment_ends_a_chunk)
 {
     EXPECT_EQ(read("<arg name='n'>a<!-- c -->b</arg>").args, (texts_t{{L"", L"b"}, {L"n", L"a"}}));
 }
@@ -272,7 +272,7 @@ TEST_F(log_sax_reader_test, an_element_within_a_child_is_a_child_too)
     EXPECT_EQ(content.elements, (texts_t{{L"b", L"c"}}));
 }
 
-TEST_F(log_sax_reader_test, namespaces_mean_nothing_here)
+TEST_F(log_sax_reader_test, namespaces_are_not_resolved)
 {
     const auto content = read("<p:e xmlns:p='u'>1</p:e>");
     EXPECT_EQ(content.elements, (texts_t{{L"p:e", L"1"}}));
@@ -280,7 +280,7 @@ TEST_F(log_sax_reader_test, namespaces_mean_nothing_here)
 
 // ---- logs that are odd or broken
 
-TEST_F(log_sax_reader_test, elements_before_any_message_do_nothing)
+TEST_F(log_sax_reader_test, elements_before_any_message_have_no_effect)
 {
     m_reader.parse("<log><arg name='a'>1</arg><arg>2</arg><type>x</type><severity>INFO</severity>"
                    "<e>3</e><msg><type>t</type></msg></log>");
@@ -295,7 +295,7 @@ TEST_F(log_sax_reader_test, a_foreign_root_delivers_nothing)
     EXPECT_EQ(m_messages.size(), 0U);
 }
 
-TEST_F(log_sax_reader_test, what_follows_a_message_still_fills_it)
+TEST_F(log_sax_reader_test, elements_after_a_message_are_still_added_to_it)
 {
     m_reader.parse("<log><msg><type>t</type></msg><arg name='a'>1</arg><type>late</type></log>");
     EXPECT_EQ(m_types, L"t;");
@@ -310,7 +310,7 @@ TEST_F(log_sax_reader_test, a_message_within_a_message_replaces_it_and_is_delive
     EXPECT_EQ(m_messages.at(0), m_messages.at(1));
 }
 
-TEST_F(log_sax_reader_test, a_log_without_its_end_delivers_what_is_complete)
+TEST_F(log_sax_reader_test, a_log_without_its_end_delivers_its_complete_messages)
 {
     EXPECT_GT(m_reader.parse("<log><msg><type>a</type></msg><msg><type>b</type>"), 0);
     EXPECT_EQ(m_types, L"a;");
@@ -363,7 +363,8 @@ TEST_F(log_sax_reader_test, one_reader_reads_one_text_after_the_other)
     EXPECT_EQ(m_types, L"a;b;");
 }
 
-TEST_F(log_sax_reader_test, what_a_later_text_holds_outside_of_messages_fills_the_last_one)
+TEST_F(log_sax_reader_test,
+       elements_outside_of_messages_in_a_later_text_are_added_to_the_last_message)
 {
     m_reader.parse("<msg><type>a</type></msg>");
     m_reader.parse("<arg>1</arg>");
@@ -372,7 +373,7 @@ TEST_F(log_sax_reader_test, what_a_later_text_holds_outside_of_messages_fills_th
     EXPECT_EQ(m_messages.at(0)->get_content().args, (texts_t{{L"arg1", L"1"}, {L"arg2", L"2"}}));
 }
 
-TEST_F(log_sax_reader_test, nothing_is_printed_whatever_is_read)
+TEST_F(log_sax_reader_test, nothing_is_printed_for_any_input)
 {
     testing::internal::CaptureStderr();
     testing::internal::CaptureStdout();
@@ -387,7 +388,7 @@ TEST_F(log_sax_reader_test, nothing_is_printed_whatever_is_read)
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
-TEST_F(log_sax_reader_test, the_errors_of_the_process_go_where_they_went_before)
+TEST_F(log_sax_reader_test, the_error_handler_of_the_process_is_restored)
 {
     static int heard = 0;
     heard = 0;
@@ -425,7 +426,7 @@ TEST_F(log_sax_reader_test, without_a_callback_a_log_without_messages_is_read)
     EXPECT_EQ(log_sax_reader().parse("<log><msg/></log>"), 0);
 }
 
-TEST_F(log_sax_reader_test, what_the_callback_throws_passes_out_and_ends_the_delivery)
+TEST_F(log_sax_reader_test, an_exception_of_the_callback_propagates_and_ends_the_delivery)
 {
     int calls = 0;
     m_reader.set_callback([&](message_ptr) {
@@ -437,7 +438,7 @@ TEST_F(log_sax_reader_test, what_the_callback_throws_passes_out_and_ends_the_del
     EXPECT_EQ(calls, 1);
 }
 
-TEST_F(log_sax_reader_test, what_is_thrown_leaves_the_last_error_of_the_thread_as_it_was)
+TEST_F(log_sax_reader_test, an_exception_leaves_the_last_error_of_the_thread_unchanged)
 {
     m_reader.set_callback([](message_ptr) { throw 1; });
     xmlResetLastError();
@@ -454,7 +455,7 @@ TEST_F(log_sax_reader_test, a_reader_whose_callback_threw_can_be_used_again)
     EXPECT_EQ(m_types, L"b");
 }
 
-TEST_F(log_sax_reader_test, a_new_callback_replaces_the_former_and_lets_go_of_it)
+TEST_F(log_sax_reader_test, a_new_callback_replaces_the_former_and_releases_it)
 {
     const auto held = boost::make_shared<int>(0);
     m_reader.set_callback([held](message_ptr) {});
@@ -465,7 +466,7 @@ TEST_F(log_sax_reader_test, a_new_callback_replaces_the_former_and_lets_go_of_it
 
 // ---- cost
 
-TEST_F(log_sax_reader_cost_test, a_long_log_takes_no_square_of_time)
+TEST_F(log_sax_reader_cost_test, a_long_log_takes_linear_time)
 {
     std::string log = "<log>";
     for (int i = 0; i < 100000; ++i)
@@ -474,7 +475,7 @@ TEST_F(log_sax_reader_cost_test, a_long_log_takes_no_square_of_time)
     EXPECT_EQ(m_messages.size(), 100000U);
 }
 
-TEST_F(log_sax_reader_cost_test, very_many_arguments_take_no_square_of_time)
+TEST_F(log_sax_reader_cost_test, many_arguments_take_linear_time)
 {
     std::string args;
     for (int i = 0; i < 100000; ++i)
@@ -482,7 +483,7 @@ TEST_F(log_sax_reader_cost_test, very_many_arguments_take_no_square_of_time)
     EXPECT_EQ(read(args).args.size(), 100000U);
 }
 
-TEST_F(log_sax_reader_cost_test, very_many_entities_in_a_type_take_no_square_of_time)
+TEST_F(log_sax_reader_cost_test, many_entities_in_a_type_take_linear_time)
 {
     std::string text = "x";
     for (int i = 0; i < 200000; ++i)
@@ -491,7 +492,7 @@ TEST_F(log_sax_reader_cost_test, very_many_entities_in_a_type_take_no_square_of_
     EXPECT_EQ(read_type(text + "end"), L"end");
 }
 
-TEST_F(log_sax_reader_cost_test, very_many_pieces_of_a_type_take_no_square_of_time)
+TEST_F(log_sax_reader_cost_test, many_chunks_of_a_type_take_linear_time)
 {
     for (const char* const piece : {"a&#65;", "a\r\n", "&#65;\r\n"}) {
         std::string text;
@@ -502,7 +503,7 @@ TEST_F(log_sax_reader_cost_test, very_many_pieces_of_a_type_take_no_square_of_ti
     }
 }
 
-TEST_F(log_sax_reader_cost_test, very_many_pieces_of_an_element_take_no_square_of_time)
+TEST_F(log_sax_reader_cost_test, many_chunks_of_an_element_take_linear_time)
 {
     const std::string name(49000, 'n');
     std::string text = "x";
@@ -511,7 +512,7 @@ TEST_F(log_sax_reader_cost_test, very_many_pieces_of_an_element_take_no_square_o
     EXPECT_EQ(read("<" + name + ">" + text + "</" + name + ">").elements.size(), 1U);
 }
 
-TEST_F(log_sax_reader_cost_test, very_many_pieces_of_a_severity_take_no_square_of_time)
+TEST_F(log_sax_reader_cost_test, many_chunks_of_a_severity_take_linear_time)
 {
     std::string text = "x";
     for (int i = 0; i < 200000; ++i)
@@ -524,7 +525,7 @@ TEST_F(log_sax_reader_cost_test, very_many_pieces_of_a_severity_take_no_square_o
     EXPECT_EQ(m_messages.at(1)->get_severity(), message_t::error);
 }
 
-TEST_F(log_sax_reader_cost_test, very_many_pieces_of_an_argument_take_no_square_of_time)
+TEST_F(log_sax_reader_cost_test, many_chunks_of_an_argument_take_linear_time)
 {
     std::string text = "x";
     for (int i = 0; i < 200000; ++i)

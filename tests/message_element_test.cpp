@@ -98,7 +98,7 @@ TEST(message_element_test, a_default_message_has_only_an_empty_type)
     EXPECT_EQ(write(boost::make_shared<message_t>()), "<msg><type></type></msg>");
 }
 
-TEST(message_element_test, a_severity_without_a_word_is_not_written)
+TEST(message_element_test, a_severity_without_a_name_is_not_written)
 {
     for (const int severity : {0, -1, 5})
         EXPECT_EQ(write(make_message(L"t", static_cast<message_t::severity_t>(severity))),
@@ -150,7 +150,7 @@ TEST(message_element_test, all_attributes_of_a_msg_are_read)
               (texts_t{{L"other", L""}, {L"source", L"b"}, {L"tool", L"a"}}));
 }
 
-TEST(message_element_test, a_source_attribute_does_not_make_a_tool)
+TEST(message_element_test, a_source_attribute_does_not_set_the_tool)
 {
     EXPECT_EQ(read("<msg source='b'/>")->get_content().attributes, (texts_t{{L"source", L"b"}}));
 }
@@ -178,12 +178,12 @@ TEST(message_element_test, unnamed_arguments_are_counted_and_named_ones_take_no_
               (texts_t{{L"arg1", L"1"}, {L"arg2", L"3"}, {L"n", L"2"}}));
 }
 
-TEST(message_element_test, the_counter_stands_behind_the_last_unnamed_argument)
+TEST(message_element_test, the_counter_follows_the_last_unnamed_argument)
 {
     EXPECT_EQ(read("<msg><arg/><arg/></msg>")->get_content().next_arg_number, 3);
 }
 
-TEST(message_element_test, the_counter_goes_on_with_the_smallest_number_after_the_largest)
+TEST(message_element_test, the_counter_wraps_to_the_smallest_number_after_the_largest)
 {
     std::int32_t number = std::numeric_limits<std::int32_t>::max();
     EXPECT_EQ(generate_arg_name(number), L"arg2147483647");
@@ -217,7 +217,7 @@ TEST(message_element_test, texts_are_not_trimmed)
     EXPECT_EQ(read("<msg><type> t\n</type></msg>")->get_type(), L" t\n");
 }
 
-TEST(message_element_test, all_text_beneath_a_child_counts_and_comments_do_not)
+TEST(message_element_test, all_text_below_a_child_counts_and_comments_do_not)
 {
     EXPECT_EQ(read("<msg><type>a<b>c<d/>e</b><!-- no -->f<![CDATA[<g>]]><?pi no?>&#104;&amp;"
                    "</type></msg>")

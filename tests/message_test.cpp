@@ -9,7 +9,7 @@
 
 using namespace velmoext_1_4_8;
 
-TEST(message_test, a_fresh_message_is_empty_and_has_every_default)
+TEST(message_test, a_new_message_is_empty_and_has_all_defaults)
 {
     const message_t message;
     EXPECT_TRUE(message.empty());
@@ -33,7 +33,7 @@ TEST(message_test, a_type_without_a_severity_is_not_empty)
     EXPECT_FALSE(make_message(L"file_large")->empty());
 }
 
-TEST(message_test, content_and_flags_do_not_fill_an_empty_message)
+TEST(message_test, a_message_with_only_content_and_flags_is_empty)
 {
     message_t message;
     message.set_content(make_content({{L"tool", L"x"}}, {{L"a", L"1"}}, {{L"e", L"2"}}));
@@ -50,7 +50,7 @@ TEST(message_test, the_severities_have_their_numbers)
     EXPECT_EQ(message_t::critical, 4);
 }
 
-TEST(message_test, a_severity_that_no_name_stands_for_is_kept)
+TEST(message_test, a_severity_without_a_name_is_kept)
 {
     for (const int value :
          {-1, 5, 1000, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()}) {
@@ -130,7 +130,7 @@ TEST(message_test, setting_the_content_replaces_all_of_it)
     EXPECT_EQ(message.get_content().next_arg_number, 7);
 }
 
-TEST(message_test, the_content_that_was_got_is_a_copy)
+TEST(message_test, get_content_returns_a_copy)
 {
     message_t message;
     message.set_content(make_content({}, {{L"a", L"1"}}));
@@ -168,7 +168,7 @@ TEST(message_test, content_flags_and_source_do_not_matter_to_equality)
     EXPECT_TRUE(other->equal_to(one));
 }
 
-TEST(message_test, types_that_differ_in_case_or_length_or_severities_are_not_equal)
+TEST(message_test, messages_with_different_types_or_severities_are_not_equal)
 {
     const auto message = make_message(L"type", message_t::info);
     EXPECT_FALSE(message->equal_to(make_message(L"Type", message_t::info)));

@@ -55,7 +55,7 @@ TEST_F(messages_storage_test, the_same_path_gives_the_same_storage_while_it_live
     EXPECT_NE(get("other.xml"), storage);
 }
 
-TEST_F(messages_storage_test, a_path_whose_storage_is_gone_gives_a_new_one)
+TEST_F(messages_storage_test, a_path_whose_storage_is_destroyed_gives_a_new_one)
 {
     storage_ptr storage = get();
     const boost::weak_ptr<messages_storage_t> watched = storage;
@@ -87,7 +87,7 @@ TEST_F(messages_storage_test, messages_are_written_in_their_order)
     EXPECT_EQ(log(), log_of(message_of("a") + message_of("b")));
 }
 
-TEST_F(messages_storage_test, a_log_is_its_owners_alone)
+TEST_F(messages_storage_test, only_its_owner_can_read_and_write_a_log)
 {
     record_all(L"a");
     struct stat status = {};
@@ -112,7 +112,7 @@ TEST_F(messages_storage_test, stopping_without_a_recording_is_harmless)
     EXPECT_FALSE(m_folder.has("log.xml"));
 }
 
-TEST_F(messages_storage_test, a_second_recording_goes_on_in_the_same_log)
+TEST_F(messages_storage_test, a_second_recording_continues_the_same_log)
 {
     record_all(L"ab");
     record_all(L"cd");
@@ -166,7 +166,7 @@ TEST_F(messages_storage_test, no_message_is_consumed)
 }
 
 // In a child process, so that a call that never returns is ended.
-TEST_F(messages_storage_test, an_argument_that_nobody_else_owns_may_call_the_storage_as_it_ends)
+TEST_F(messages_storage_test, an_argument_with_one_owner_may_call_the_storage_when_it_is_destroyed)
 {
     record_all(L"a");
     EXPECT_TRUE(
@@ -225,7 +225,7 @@ TEST_F(messages_storage_test, a_storage_on_a_stack_records_and_passes_on)
     EXPECT_EQ(log(), empty_log) << "flags do not cross the channel";
 }
 
-TEST_F(messages_storage_test, any_unicode_name_works_whatever_the_locale)
+TEST_F(messages_storage_test, any_unicode_name_works_in_the_c_locale)
 {
     ASSERT_STREQ(std::setlocale(LC_ALL, nullptr), "C");
     record_all(L"a", "l\xC3\xB6g \xF0\x9F\x98\x80.xml");
@@ -241,7 +241,7 @@ TEST_F(messages_storage_test, a_log_without_its_end_still_contributes_its_messag
     EXPECT_EQ(types_in(), L"a;b;");
 }
 
-TEST_F(messages_storage_test, a_log_that_is_cut_anywhere_contributes_what_is_complete)
+TEST_F(messages_storage_test, a_log_that_is_cut_anywhere_contributes_its_complete_messages)
 {
     const std::string first =
         "<?xml version=\"1.0\"?>\n<log>\n <msg a='1'>\n  <type>a</type>\n </msg>";
@@ -257,7 +257,7 @@ TEST_F(messages_storage_test, a_log_that_is_cut_anywhere_contributes_what_is_com
     }
 }
 
-TEST_F(messages_storage_test, damage_in_the_middle_ends_what_is_carried_over)
+TEST_F(messages_storage_test, damage_in_the_middle_ends_the_carry_over)
 {
     m_folder.write("log.xml", log_of(message_of("a") + " <msg></mag>\n" + message_of("b")));
     record_all(L"c");
@@ -265,7 +265,7 @@ TEST_F(messages_storage_test, damage_in_the_middle_ends_what_is_carried_over)
     EXPECT_FALSE(has_copy());
 }
 
-TEST_F(messages_storage_test, what_is_no_log_is_replaced)
+TEST_F(messages_storage_test, a_file_that_is_not_a_log_is_replaced)
 {
     m_folder.write("log.xml", "plain text");
     record_all(L"a");
@@ -274,7 +274,8 @@ TEST_F(messages_storage_test, what_is_no_log_is_replaced)
 
 // ---- permission to record
 
-TEST_F(messages_storage_test, a_storage_of_another_spelling_cannot_record_at_the_same_time)
+TEST_F(messages_storage_test,
+       a_storage_with_another_spelling_of_the_path_cannot_record_at_the_same_time)
 {
     record_all(L"a");
     ASSERT_EQ(symlink(m_folder.name("log.xml").c_str(), m_folder.name("link.xml").c_str()), 0);
@@ -290,7 +291,7 @@ TEST_F(messages_storage_test, a_storage_of_another_spelling_cannot_record_at_the
     EXPECT_TRUE(second->start_recording());
 }
 
-TEST_F(messages_storage_test, a_log_that_another_process_holds_is_left_alone)
+TEST_F(messages_storage_test, a_log_that_another_process_has_locked_is_not_changed)
 {
     record_all(L"a");
     const std::string before = log();
@@ -335,7 +336,7 @@ TEST_F(messages_storage_test, recording_starts_while_the_log_is_read)
     EXPECT_EQ(types_in(), L"a;");
 }
 
-TEST_F(messages_storage_test, a_program_that_is_started_meanwhile_does_not_get_the_log)
+TEST_F(messages_storage_test, a_program_that_is_started_during_a_recording_does_not_inherit_the_log)
 {
     const storage_ptr storage = get();
     ASSERT_TRUE(storage->start_recording());
@@ -347,7 +348,7 @@ TEST_F(messages_storage_test, a_program_that_is_started_meanwhile_does_not_get_t
 
 // ---- odd files
 
-TEST_F(messages_storage_test, what_is_no_regular_file_is_refused_at_once)
+TEST_F(messages_storage_test, a_path_that_is_not_a_regular_file_is_refused_at_once)
 {
     ASSERT_EQ(mkdir(m_folder.name("directory").c_str(), 0700), 0);
     ASSERT_EQ(mkfifo(m_folder.name("fifo").c_str(), 0600), 0);
@@ -365,7 +366,7 @@ TEST_F(messages_storage_test, what_is_no_regular_file_is_refused_at_once)
     close(listener);
 }
 
-TEST_F(messages_storage_test, a_fifo_that_somebody_reads_is_refused_too)
+TEST_F(messages_storage_test, a_fifo_with_a_reader_is_refused_too)
 {
     ASSERT_EQ(mkfifo(m_folder.name("fifo").c_str(), 0600), 0);
     const int reader = open(m_folder.name("fifo").c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
@@ -374,7 +375,7 @@ TEST_F(messages_storage_test, a_fifo_that_somebody_reads_is_refused_too)
 }
 
 // The owner of a lease releases it when the system signals that another process opens the file.
-TEST_F(messages_storage_test, a_log_with_a_lease_is_waited_for)
+TEST_F(messages_storage_test, a_start_waits_for_the_release_of_a_lease)
 {
     record_all(L"a");
     std::array<int, 2> has_lease = {-1, -1};
@@ -448,7 +449,7 @@ TEST_F(messages_storage_test, a_replay_delivers_the_log_in_its_order)
     EXPECT_EQ(handler->exs().front(), m_ex.get());
 }
 
-TEST_F(messages_storage_test, a_replay_needs_a_started_reading)
+TEST_F(messages_storage_test, a_replay_requires_a_started_reading)
 {
     record_all(L"a");
     const storage_ptr storage = get();
@@ -478,7 +479,7 @@ TEST_F(messages_storage_test, a_missing_log_cannot_be_read)
     EXPECT_FALSE(m_folder.has("log.xml"));
 }
 
-TEST_F(messages_storage_test, a_log_that_vanished_cannot_be_replayed)
+TEST_F(messages_storage_test, a_log_that_was_removed_cannot_be_replayed)
 {
     record_all(L"a");
     const storage_ptr storage = get();
@@ -505,7 +506,7 @@ TEST_F(messages_storage_test, a_second_replay_of_an_unchanged_log_delivers_nothi
     EXPECT_EQ(replay(storage), L"");
 }
 
-TEST_F(messages_storage_test, a_later_replay_delivers_what_was_appended)
+TEST_F(messages_storage_test, a_later_replay_delivers_the_appended_messages)
 {
     const std::string start = "<log>\n" + message_of("a");
     m_folder.write("log.xml", start);
@@ -515,7 +516,7 @@ TEST_F(messages_storage_test, a_later_replay_delivers_what_was_appended)
     EXPECT_EQ(replay(storage), L"b;");
 }
 
-TEST_F(messages_storage_test, a_replay_goes_on_where_the_last_one_ended_whatever_was_recorded_since)
+TEST_F(messages_storage_test, a_replay_continues_at_the_former_offset_after_a_new_recording)
 {
     const storage_ptr storage = get();
     ASSERT_TRUE(storage->start_recording());
@@ -540,7 +541,8 @@ TEST_F(messages_storage_test, a_log_that_became_shorter_is_not_replayed)
     EXPECT_FALSE(storage->replay(m_ex)) << "the position went back";
 }
 
-TEST_F(messages_storage_test, a_log_that_became_shorter_and_longer_is_replayed_from_the_old_place)
+TEST_F(messages_storage_test,
+       a_log_that_became_shorter_and_longer_is_replayed_from_the_former_offset)
 {
     const std::string start = "<log>\n" + message_of("a");
     m_folder.write("log.xml", start);
@@ -583,7 +585,7 @@ TEST_F(messages_storage_test, a_foreign_message_of_1200_attributes_is_replayed)
     EXPECT_EQ(messages.front()->get_content().attributes.size(), 1200U);
 }
 
-TEST_F(messages_storage_test, very_many_names_after_a_fault_or_a_message_take_no_square_of_time)
+TEST_F(messages_storage_test, many_names_after_a_fault_or_a_message_take_linear_time)
 {
     std::string names;
     for (int i = 0; i < 750000; ++i)
@@ -596,7 +598,7 @@ TEST_F(messages_storage_test, very_many_names_after_a_fault_or_a_message_take_no
     EXPECT_LT(usage.seconds(), 10);
 }
 
-TEST_F(messages_storage_test, very_many_foreign_attributes_are_read_or_damage_at_once)
+TEST_F(messages_storage_test, many_foreign_attributes_are_read_or_refused_quickly)
 {
     std::string attributes;
     for (int i = 0; i < 100000; ++i)
@@ -637,7 +639,7 @@ TEST_F(messages_storage_test, percent_signs_and_brackets_in_a_log_are_text)
         }
 }
 
-TEST_F(messages_storage_test, a_type_whose_last_character_is_an_escaped_less_sign_is_empty)
+TEST_F(messages_storage_test, a_type_whose_last_character_is_an_escaped_less_than_sign_is_empty)
 {
     std::string text;
     for (int i = 0; i < 150; ++i)
@@ -648,7 +650,7 @@ TEST_F(messages_storage_test, a_type_whose_last_character_is_an_escaped_less_sig
     EXPECT_EQ(types_in(), L"b;;") << "the first one has neither type nor severity";
 }
 
-TEST_F(messages_storage_test, a_log_with_a_long_document_type_is_damaged_there)
+TEST_F(messages_storage_test, a_long_document_type_counts_as_damage)
 {
     std::string values = "v";
     for (int i = 0; i < 300000; ++i)
@@ -698,7 +700,7 @@ TEST_F(messages_storage_test, a_log_in_another_encoding_is_replayed_and_carried_
     }
 }
 
-TEST_F(messages_storage_test, a_log_that_begins_in_ebcdic_is_read_in_it)
+TEST_F(messages_storage_test, a_log_that_begins_in_ebcdic_is_read_as_ebcdic)
 {
     // <log><msg><type>a</type></msg></log>, after a declaration without an encoding.
     m_folder.write(
@@ -751,7 +753,7 @@ TEST_F(messages_storage_test, a_message_that_a_handler_consumes_does_not_end_the
     EXPECT_TRUE(below->messages().empty());
 }
 
-TEST_F(messages_storage_test, a_log_that_is_cut_within_a_message_replays_what_is_complete)
+TEST_F(messages_storage_test, a_log_that_is_cut_within_a_message_replays_its_complete_messages)
 {
     m_folder.write("log.xml", "<log>\n" + message_of("a") + " <msg>\n  <type>b</type>");
     const storage_ptr storage = get();
@@ -762,7 +764,7 @@ TEST_F(messages_storage_test, a_log_that_is_cut_within_a_message_replays_what_is
     EXPECT_EQ(handler->messages().size(), 1U);
 }
 
-TEST_F(messages_storage_test, a_log_without_a_single_tag_answers_false)
+TEST_F(messages_storage_test, a_replay_of_a_log_without_a_tag_returns_false)
 {
     m_folder.write("log.xml", "plain text");
     const storage_ptr storage = get();
@@ -770,7 +772,7 @@ TEST_F(messages_storage_test, a_log_without_a_single_tag_answers_false)
     EXPECT_FALSE(storage->replay(m_ex));
 }
 
-TEST_F(messages_storage_test, a_log_that_begins_with_a_zero_answers_false)
+TEST_F(messages_storage_test, a_replay_of_a_log_that_begins_with_a_zero_returns_false)
 {
     m_folder.write("log.xml", std::string(1, '\0') + log_of(message_of("a")));
     const storage_ptr storage = get();
@@ -785,7 +787,8 @@ TEST_F(messages_storage_test, several_roots_are_read_up_to_the_second)
     EXPECT_EQ(replay(get()), L"a;");
 }
 
-TEST_F(messages_storage_test, what_a_handler_throws_leaves_the_replay_and_the_storage_works_on)
+TEST_F(messages_storage_test,
+       an_exception_of_a_handler_ends_the_replay_and_the_storage_stays_usable)
 {
     struct throwing_handler_t : base_handler_t
     {
@@ -806,7 +809,7 @@ TEST_F(messages_storage_test, what_a_handler_throws_leaves_the_replay_and_the_st
     EXPECT_EQ(types_in(), L"a;b;");
 }
 
-TEST_F(messages_storage_test, a_storage_may_be_replayed_into_a_stack_where_another_records)
+TEST_F(messages_storage_test, a_storage_may_be_replayed_into_a_stack_that_another_one_records)
 {
     record_all(L"ab");
     const storage_ptr copy = get("copy.xml");
@@ -845,7 +848,7 @@ TEST_F(messages_storage_test, handlers_get_the_extension_objects_own_pointer)
     }
 }
 
-TEST_F(messages_storage_test, a_replay_goes_on_when_a_handler_lets_go_of_the_extension_object)
+TEST_F(messages_storage_test, a_replay_continues_after_a_handler_releases_the_extension_object)
 {
     class letting_go_handler_t : public recording_handler_t
     {
@@ -870,7 +873,7 @@ TEST_F(messages_storage_test, a_replay_goes_on_when_a_handler_lets_go_of_the_ext
     EXPECT_EQ(handler->messages().size(), 2U);
 }
 
-TEST_F(messages_storage_test, very_many_different_names_cost_no_message)
+TEST_F(messages_storage_test, many_different_names_lose_no_message)
 {
     const storage_ptr storage = get();
     ASSERT_TRUE(storage->start_recording());
@@ -890,7 +893,7 @@ TEST_F(messages_storage_test, very_many_different_names_cost_no_message)
     EXPECT_EQ(handler->messages().size(), 601U);
 }
 
-TEST_F(messages_storage_test, the_last_message_of_a_long_log_is_read_whatever_its_size)
+TEST_F(messages_storage_test, the_last_message_of_a_long_log_is_read_at_any_size)
 {
     for (const std::size_t size : {10U, 400U, 600U, 5000U, 1000000U}) {
         std::string messages;

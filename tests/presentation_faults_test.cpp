@@ -84,7 +84,7 @@ TEST_F(presentation_faults_test, files_that_cannot_be_read_are_found_the_next_ti
     }
 }
 
-TEST_F(presentation_faults_test, short_reads_and_interruptions_are_gone_on_with)
+TEST_F(presentation_faults_test, short_and_interrupted_reads_are_continued)
 {
     const with_short_pieces pieces(3, SIZE_MAX);
     int calls = 0;
@@ -109,7 +109,7 @@ TEST_F(presentation_faults_test, a_directory_that_is_too_long_for_the_system_has
     EXPECT_EQ(shown(), L"The title|The text");
 }
 
-TEST_F(presentation_faults_test, in_a_working_folder_that_vanished_only_whole_paths_are_found)
+TEST_F(presentation_faults_test, only_absolute_paths_are_found_in_a_removed_working_directory)
 {
     std::filesystem::create_directory(m_folder.name("gone"));
     const with_current_directory gone(m_folder.name("gone"));

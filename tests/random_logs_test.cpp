@@ -94,7 +94,7 @@ protected:
 
 } // namespace
 
-TEST_F(random_logs_test, a_replay_delivers_what_libxml2_finds_in_a_log)
+TEST_F(random_logs_test, a_replay_delivers_the_messages_that_libxml2_finds_in_a_log)
 {
     const random_seeds_t seeds(8000);
     for (auto seed = seeds.first; seed != seeds.end(); ++seed) {
@@ -107,7 +107,7 @@ TEST_F(random_logs_test, a_replay_delivers_what_libxml2_finds_in_a_log)
     }
 }
 
-TEST_F(random_logs_test, a_replay_of_what_was_appended_delivers_what_libxml2_finds_in_it)
+TEST_F(random_logs_test, a_replay_of_appended_text_delivers_the_messages_that_libxml2_finds_in_it)
 {
     const random_seeds_t seeds(3000);
     for (auto seed = seeds.first; seed != seeds.end(); ++seed) {
@@ -124,7 +124,7 @@ TEST_F(random_logs_test, a_replay_of_what_was_appended_delivers_what_libxml2_fin
     }
 }
 
-TEST_F(random_logs_test, a_start_carries_over_what_libxml2_finds_in_a_log)
+TEST_F(random_logs_test, a_start_carries_over_the_messages_that_libxml2_finds_in_a_log)
 {
     const random_seeds_t seeds(2000);
     for (auto seed = seeds.first; seed != seeds.end(); ++seed) {
@@ -137,7 +137,7 @@ TEST_F(random_logs_test, a_start_carries_over_what_libxml2_finds_in_a_log)
     }
 }
 
-TEST_F(random_logs_test, a_log_that_is_cut_anywhere_delivers_what_libxml2_finds_in_it)
+TEST_F(random_logs_test, a_log_that_is_cut_anywhere_delivers_the_messages_that_libxml2_finds_in_it)
 {
     const random_seeds_t seeds(4);
     for (auto seed = seeds.first; seed != seeds.end(); ++seed) {

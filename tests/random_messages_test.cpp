@@ -23,7 +23,7 @@ typedef storage_test_t random_messages_test;
 
 } // namespace
 
-TEST_F(random_messages_test, a_document_is_what_libxml2s_writer_gives)
+TEST_F(random_messages_test, a_document_equals_the_output_of_libxml2s_writer)
 {
     const random_seeds_t seeds(8000);
     for (auto seed = seeds.first; seed != seeds.end(); ++seed) {
@@ -38,7 +38,7 @@ TEST_F(random_messages_test, a_document_is_what_libxml2s_writer_gives)
     }
 }
 
-TEST_F(random_messages_test, a_log_is_what_libxml2s_writer_gives)
+TEST_F(random_messages_test, a_log_equals_the_output_of_libxml2s_writer)
 {
     const random_seeds_t seeds(2500);
     for (auto seed = seeds.first; seed != seeds.end(); ++seed) {

@@ -65,7 +65,7 @@ TEST_F(readable_text_test, without_a_text_the_type_and_the_arguments_are_shown)
     EXPECT_EQ(plain_text(*m_message), L"file_large path=/a size=4096");
 }
 
-TEST_F(readable_text_test, a_message_without_anything_is_not_empty)
+TEST_F(readable_text_test, the_text_of_an_empty_message_is_not_empty)
 {
     EXPECT_EQ(plain_text(message_t()), L"message");
     EXPECT_EQ(readable_text(m_ex, boost::make_shared<message_t>()), L"message");

@@ -210,14 +210,14 @@ TEST(references_test, malformed_utf8_is_refused)
     }
 }
 
-TEST(references_test, an_ampersand_becomes_what_the_caller_wants)
+TEST(references_test, an_ampersand_becomes_the_text_that_the_caller_passes)
 {
     EXPECT_EQ(decode("a&amp;b&#38;c&#x26;d&lt;", place_t::attribute, "&#38;"),
               L"a&#38;b&#38;c&#38;d<");
     EXPECT_EQ(decode("&#38;#65;", place_t::element, "&"), L"&#65;");
 }
 
-TEST(references_test, a_fault_is_where_libxml2_finds_one)
+TEST(references_test, a_fault_is_found_if_libxml2_finds_one)
 {
     std::vector<std::string> texts = references();
     for (unsigned character = 1; character != 0x80; ++character)

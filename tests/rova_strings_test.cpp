@@ -162,7 +162,7 @@ TEST(rova_strings_test, an_unpaired_surrogate_becomes_the_replacement_character)
     }
 }
 
-TEST(rova_strings_test, what_is_no_character_is_replaced_and_its_neighbours_stay)
+TEST(rova_strings_test, an_invalid_element_is_replaced_and_its_neighbours_stay)
 {
     const text_pair rows[] = {
         {L"\xDC00\xD800"s, "\xEF\xBF\xBD\xEF\xBF\xBD"s},
@@ -190,7 +190,7 @@ TEST(rova_strings_test, what_is_no_character_is_replaced_and_its_neighbours_stay
     }
 }
 
-TEST(rova_strings_test, each_longest_part_of_malformed_utf8_is_replaced_once)
+TEST(rova_strings_test, each_maximal_subpart_of_malformed_utf8_is_replaced_once)
 {
     const text_pair rows[] = {
         // Trail bytes without a lead byte.
@@ -258,7 +258,7 @@ TEST(rova_strings_test, utf8_cut_at_any_byte_keeps_the_whole_characters)
     }
 }
 
-TEST(rova_strings_test, a_character_after_a_run_of_ascii_converts_wherever_it_stands)
+TEST(rova_strings_test, a_character_converts_after_a_run_of_ascii_of_any_length)
 {
     for (std::size_t length = 0; length < 70; ++length) {
         const std::string run(length, 'a');
@@ -315,7 +315,7 @@ TEST(rova_strings_test, to_upper_of_upper_case_changes_nothing)
     }
 }
 
-TEST(rova_strings_test, to_upper_leaves_what_is_no_character_as_it_is)
+TEST(rova_strings_test, to_upper_leaves_invalid_elements_unchanged)
 {
     const upper_pair rows[] = {
         {L"a\xD800z"s, L"A\xD800Z"s},
@@ -331,7 +331,7 @@ TEST(rova_strings_test, to_upper_leaves_what_is_no_character_as_it_is)
     }
 }
 
-TEST(rova_strings_test, to_upper_knows_no_dotted_capital_i_in_a_turkish_process)
+TEST(rova_strings_test, to_upper_does_not_use_turkish_rules_in_a_turkish_process)
 {
     expect_upper_in("tr_TR.UTF-8", L"title", L"TITLE");
 }

@@ -35,7 +35,7 @@ texts_t texts_of(const varg_list& list)
     return texts;
 }
 
-TEST(rova_varg_list_test, an_argument_gives_back_its_name_and_value)
+TEST(rova_varg_list_test, an_argument_returns_its_name_and_value)
 {
     const argument one("ma\xC3\x9F", L"12\x20AC"s);
     EXPECT_EQ(one.name(), "ma\xC3\x9F");
@@ -66,20 +66,20 @@ TEST(rova_varg_list_test, a_default_list_is_empty)
     EXPECT_EQ(list.begin(), list.end());
 }
 
-TEST(rova_varg_list_test, arguments_stand_in_the_order_in_which_they_were_added)
+TEST(rova_varg_list_test, arguments_are_in_the_order_in_which_they_were_added)
 {
     const varg_list list = list_of({{"path", L"/tmp"}, {"code", L"5"}, {"agent", L"x"}});
     EXPECT_FALSE(list.empty());
     EXPECT_EQ(texts_of(list), (texts_t{{"path", "/tmp"}, {"code", "5"}, {"agent", "x"}}));
 }
 
-TEST(rova_varg_list_test, a_name_may_stand_more_than_once)
+TEST(rova_varg_list_test, a_name_may_occur_more_than_once)
 {
     const varg_list list = list_of({{"path", L"one"}, {"path", L"two"}, {"path", L"one"}});
     EXPECT_EQ(texts_of(list), (texts_t{{"path", "one"}, {"path", "two"}, {"path", "one"}}));
 }
 
-TEST(rova_varg_list_test, size_counts_what_iteration_visits)
+TEST(rova_varg_list_test, size_is_the_number_of_arguments_that_iteration_visits)
 {
     varg_list list;
     for (std::size_t count = 1; count <= 100; ++count) {
