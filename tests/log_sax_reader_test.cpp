@@ -225,15 +225,15 @@ TEST_F(log_sax_reader_test, non_ascii_text_is_kept_up_to_the_end_of_its_chunk)
 TEST_F(log_sax_reader_test, a_character_beyond_ascii_is_read_at_every_position_of_a_text)
 {
     for (std::size_t size = 1; size <= 20; ++size)
-        for (std::size_t place = 0; place != size; ++place) {
-            const std::string before(place, 'a');
-            const std::string behind(size - place - 1, 'z');
+        for (std::size_t position = 0; position != size; ++position) {
+            const std::string before(position, 'a');
+            const std::string after(size - position - 1, 'z');
             const auto read_attribute =
-                read("<arg name='" + before + "\xC3\xA9" + behind + "'>x</arg>");
-            EXPECT_EQ(read_attribute.args, (texts_t{{std::wstring(place, L'a') + L'\xE9' +
-                                                         std::wstring(size - place - 1, L'z'),
+                read("<arg name='" + before + "\xC3\xA9" + after + "'>x</arg>");
+            EXPECT_EQ(read_attribute.args, (texts_t{{std::wstring(position, L'a') + L'\xE9' +
+                                                         std::wstring(size - position - 1, L'z'),
                                                      L"x"}}))
-                << place << " of " << size;
+                << position << " of " << size;
         }
 }
 
@@ -278,7 +278,7 @@ TEST_F(log_sax_reader_test, namespaces_are_not_resolved)
     EXPECT_EQ(content.elements, (texts_t{{L"p:e", L"1"}}));
 }
 
-// ---- logs that are odd or broken
+// ---- unusual or damaged logs
 
 TEST_F(log_sax_reader_test, elements_before_any_message_have_no_effect)
 {
@@ -327,7 +327,7 @@ TEST_F(log_sax_reader_test, damage_ends_the_delivery)
 // libxml2 scans the text once more after this fault.
 TEST_F(log_sax_reader_test, damage_in_a_long_log_ends_the_delivery)
 {
-    const own_memory_t own_memory;
+    const own_mappings_scope_t own_mappings;
     EXPECT_GT(
         m_reader.parse("<log><msg><type>a</type></msg><msg><arg>]]></arg><type>b</type></msg>" +
                        std::string(40000000, ' ') + "</log>"),
@@ -390,21 +390,21 @@ TEST_F(log_sax_reader_test, nothing_is_printed_for_any_input)
 
 TEST_F(log_sax_reader_test, the_error_handler_of_the_process_is_restored)
 {
-    static int heard = 0;
-    heard = 0;
-    const auto hear = [](void*, auto* /*constant since libxml2 2.12*/) {
-        ++heard;
+    static int error_count = 0;
+    error_count = 0;
+    const auto on_error = [](void*, auto* /*constant since libxml2 2.12*/) {
+        ++error_count;
     };
     void* const former_context = xmlStructuredErrorContext;
     const xmlStructuredErrorFunc former = xmlStructuredError;
-    xmlSetStructuredErrorFunc(nullptr, hear);
+    xmlSetStructuredErrorFunc(nullptr, on_error);
     m_reader.parse("<log>");
     string_message_serializer_t::xml_string_to_message(L"<log>");
-    EXPECT_EQ(xmlStructuredError, static_cast<xmlStructuredErrorFunc>(hear));
-    EXPECT_EQ(heard, 0);
+    EXPECT_EQ(xmlStructuredError, static_cast<xmlStructuredErrorFunc>(on_error));
+    EXPECT_EQ(error_count, 0);
     m_reader.set_callback([](message_ptr) { xmlReadDoc(BAD_CAST "<", nullptr, nullptr, 0); });
     m_reader.parse("<msg><type>t</type></msg>");
-    EXPECT_GT(heard, 0) << "a handler's own errors are the process's";
+    EXPECT_GT(error_count, 0) << "the process receives the errors of a handler";
     xmlSetStructuredErrorFunc(former_context, former);
 }
 
@@ -457,11 +457,11 @@ TEST_F(log_sax_reader_test, a_reader_whose_callback_threw_can_be_used_again)
 
 TEST_F(log_sax_reader_test, a_new_callback_replaces_the_former_and_releases_it)
 {
-    const auto held = boost::make_shared<int>(0);
-    m_reader.set_callback([held](message_ptr) {});
-    EXPECT_EQ(held.use_count(), 2);
+    const auto owned = boost::make_shared<int>(0);
+    m_reader.set_callback([owned](message_ptr) {});
+    EXPECT_EQ(owned.use_count(), 2);
     m_reader.set_callback([](message_ptr) {});
-    EXPECT_EQ(held.use_count(), 1);
+    EXPECT_EQ(owned.use_count(), 1);
 }
 
 // ---- cost
@@ -494,10 +494,10 @@ TEST_F(log_sax_reader_cost_test, many_entities_in_a_type_take_linear_time)
 
 TEST_F(log_sax_reader_cost_test, many_chunks_of_a_type_take_linear_time)
 {
-    for (const char* const piece : {"a&#65;", "a\r\n", "&#65;\r\n"}) {
+    for (const char* const chunk : {"a&#65;", "a\r\n", "&#65;\r\n"}) {
         std::string text;
         for (int i = 0; i < 300000; ++i)
-            text += piece;
+            text += chunk;
         EXPECT_EQ(read_type(text + "&#65;end"), L"end");
         EXPECT_EQ(read_type(text + "&#66;"), L"B");
     }

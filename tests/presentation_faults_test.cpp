@@ -86,7 +86,7 @@ TEST_F(presentation_faults_test, files_that_cannot_be_read_are_found_the_next_ti
 
 TEST_F(presentation_faults_test, short_and_interrupted_reads_are_continued)
 {
-    const with_short_pieces pieces(3, SIZE_MAX);
+    const with_short_pieces short_reads(3, SIZE_MAX);
     int calls = 0;
     const with_faults faults([&](const std::string& call, int) {
         return (call == "open" || call == "pread") && ++calls % 3 != 0 ? EINTR : 0;
@@ -112,7 +112,7 @@ TEST_F(presentation_faults_test, a_directory_that_is_too_long_for_the_system_has
 TEST_F(presentation_faults_test, only_absolute_paths_are_found_in_a_removed_working_directory)
 {
     std::filesystem::create_directory(m_folder.name("gone"));
-    const with_current_directory gone(m_folder.name("gone"));
+    const current_directory_scope_t removed(m_folder.name("gone"));
     std::filesystem::remove(m_folder.name("gone"));
     EXPECT_EQ(shown(), L"The title|The text");
     renew_reader();

@@ -61,7 +61,7 @@ inline std::string text_of(const types_t& types)
     return text;
 }
 
-const std::size_t foreign_forms = 4;
+const std::size_t foreign_form_count = 4;
 
 /// Returns a log that the library would write in another form.
 inline std::string foreign_log(const types_t& types, std::size_t form)
@@ -89,12 +89,12 @@ inline void record_types(const storage_ptr& storage, const types_t& types)
 
 /// Kills this process before the file system call with this number, counted from 0. If `has_links`
 /// is false, hard links fail until then.
-class with_kill
+class kill_scope_t
 {
 public:
     static constexpr int never = -1;
 
-    explicit with_kill(int call, bool has_links = true)
+    explicit kill_scope_t(int call, bool has_links = true)
         : m_faults([call, has_links](const std::string& name, int) mutable {
               if (call-- == 0)
                   raise(SIGKILL);
@@ -168,25 +168,25 @@ struct recorder_t
     types_t second; ///< in a recording of its own
     bool is_stopped = false;
     bool has_links = true;
-    int last_call = with_kill::never;
+    int last_call = kill_scope_t::never;
     std::size_t max_written = SIZE_MAX;
 
     types_t all() const { return join(first, second); }
 
-    int run(const storage_ptr& storage, shared_number_t& certain) const
+    int run(const storage_ptr& storage, shared_number_t& certain_count) const
     {
-        const with_short_pieces pieces(SIZE_MAX, max_written);
-        const with_kill kill(last_call, has_links);
+        const with_short_pieces short_writes(SIZE_MAX, max_written);
+        const kill_scope_t kill(last_call, has_links);
         if (!storage->start_recording())
             return is_refused;
         record_types(storage, first);
         storage->stop_recording();
-        certain.set(first.size());
+        certain_count.set(first.size());
         if (!storage->start_recording())
             return 2;
         record_types(storage, second);
         if (is_stopped && storage->stop_recording())
-            certain.set(all().size());
+            certain_count.set(all().size());
         return 0;
     }
 };
@@ -206,13 +206,16 @@ struct daemon_t
     types_t after_fork;
     types_t of_child;       ///< while the parent lives
     types_t of_child_alone; ///< after the parent's end, but perhaps while others record
-    types_t of_child_at_last;
+    types_t of_child_after_others;
     bool forks_twice = false;
     bool is_stopped = false;
-    int last_call = with_kill::never; ///< after the fork
+    int last_call = kill_scope_t::never; ///< after the fork
 
     types_t of_parent() const { return join(before_fork, after_fork); }
-    types_t of_children() const { return join(of_child, join(of_child_alone, of_child_at_last)); }
+    types_t of_children() const
+    {
+        return join(of_child, join(of_child_alone, of_child_after_others));
+    }
 
     int run(storage_ptr storage, daemon_gates_t& gates) const
     {
@@ -223,7 +226,7 @@ struct daemon_t
         if (fork() == 0)
             run_child(storage, has_recorded, gates);
         has_recorded.wait();
-        const with_kill kill(last_call);
+        const kill_scope_t kill(last_call);
         record_types(storage, after_fork);
         if (is_stopped)
             storage->stop_recording();
@@ -242,7 +245,7 @@ private:
         record_types(storage, of_child_alone);
         gates.has_tried.open();
         gates.end_of_others.wait();
-        record_types(storage, of_child_at_last);
+        record_types(storage, of_child_after_others);
         storage.reset();
         _exit(0);
     }

@@ -26,7 +26,7 @@ report_t last_report;
 std::atomic<int> first_count{0};
 std::atomic<int> second_count{0};
 
-void keep(const char* expression, const char* file, int line, const char* function)
+void keep_report(const char* expression, const char* file, int line, const char* function)
 {
     last_report = {expression, file, line, function};
 }
@@ -41,7 +41,7 @@ void count_second(const char*, const char*, int, const char*)
     ++second_count;
 }
 
-void count_first_and_leave(const char*, const char*, int, const char*)
+void count_first_and_set_second(const char*, const char*, int, const char*)
 {
     ++first_count;
     set_assert_handler(count_second);
@@ -86,7 +86,7 @@ TEST_F(rova_debug_test, setting_a_handler_returns_the_former_one)
 
 TEST_F(rova_debug_test, the_handler_gets_the_report)
 {
-    set_assert_handler(keep);
+    set_assert_handler(keep_report);
     report("index != 0 && \"a 100% text\"", "dir/file.cpp", 7, "void f(int)");
     EXPECT_EQ(last_report.expression, "index != 0 && \"a 100% text\"");
     EXPECT_EQ(last_report.file, "dir/file.cpp");
@@ -131,7 +131,7 @@ TEST_F(rova_debug_test, a_handler_that_was_removed_is_not_called)
 
 TEST_F(rova_debug_test, a_handler_may_set_another_handler)
 {
-    set_assert_handler(count_first_and_leave);
+    set_assert_handler(count_first_and_set_second);
     report_often(3);
     EXPECT_EQ(first_count, 1);
     EXPECT_EQ(second_count, 2);

@@ -163,15 +163,15 @@ public:
     environment_t(const char* name, const char* value) : m_name(name)
     {
         const char* const former = std::getenv(name);
-        m_was_there = former != nullptr;
-        m_former = m_was_there ? former : "";
+        m_was_set = former != nullptr;
+        m_former = m_was_set ? former : "";
         setenv(name, value, 1);
     }
     environment_t(const environment_t&) = delete;
     environment_t& operator=(const environment_t&) = delete;
     ~environment_t()
     {
-        if (m_was_there)
+        if (m_was_set)
             setenv(m_name, m_former.c_str(), 1);
         else
             unsetenv(m_name);
@@ -179,12 +179,12 @@ public:
 
 private:
     const char* m_name;
-    bool m_was_there = false;
+    bool m_was_set = false;
     std::string m_former;
 };
 
 /// Uses a new process, since ICU sets its default locale and time zone once. ICU reads them from
-/// the environment, whatever locales the machine has.
+/// the environment, for any locales that the machine has.
 void expect_in_new_process(const row_t& row, const std::string& locale)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
@@ -209,7 +209,7 @@ void expect_in_tokyo(const row_t& row, const std::string& locale = "en")
 }
 
 /// Compares without printing, since such texts are long.
-bool is_own_text(const std::wstring& pattern, const arguments_t& arguments)
+bool is_returned_unchanged(const std::wstring& pattern, const arguments_t& arguments)
 {
     return format(pattern, arguments) == pattern;
 }
@@ -338,7 +338,7 @@ TEST(rova_i18n_test, a_decimal_number_is_read_if_a_number_is_required)
 
 TEST(rova_i18n_test, a_long_number_keeps_its_digits)
 {
-    const std::wstring most(100, L'9');
+    const std::wstring digits(100, L'9');
     const row_t rows[] = {
         {L"{n, number}", {{"n", L"9223372036854775808"}}, L"9,223,372,036,854,775,808"},
         {L"{n, number}", {{"n", L"18446744073709551615"}}, L"18,446,744,073,709,551,615"},
@@ -347,8 +347,8 @@ TEST(rova_i18n_test, a_long_number_keeps_its_digits)
         {L"{n, number,0.0###################}",
          {{"n", L"0.1234567890123456789"}},
          L"0.1234567890123456789"},
-        {L"{n, number,0}", {{"n", most}}, most},
-        {L"{n, number,0}", {{"n", most + L"9"}}, L"1" + std::wstring(101, L'0')},
+        {L"{n, number,0}", {{"n", digits}}, digits},
+        {L"{n, number,0}", {{"n", digits + L"9"}}, L"1" + std::wstring(101, L'0')},
         {L"{n, plural, one{#} other{# files}}",
          {{"n", L"18446744073709551615"}},
          L"18,446,744,073,709,551,615 files"},
@@ -651,13 +651,13 @@ TEST(rova_i18n_test, a_single_element_beyond_the_bmp_is_written_as_its_character
 TEST(rova_i18n_test, a_character_beyond_the_bmp_is_written_at_every_position_of_a_text)
 {
     for (std::size_t size = 1; size <= 20; ++size)
-        for (std::size_t place = 0; place != size; ++place) {
+        for (std::size_t position = 0; position != size; ++position) {
             std::wstring text(size, L'a');
-            text[place] = L'\x1F4C1';
+            text[position] = L'\x1F4C1';
             std::wstring written(size + 1, L'a');
-            written[place] = L'\xD83D';
-            written[place + 1] = L'\xDCC1';
-            EXPECT_EQ(format(L"{a}", {{"a", text}}), written) << place << " of " << size;
+            written[position] = L'\xD83D';
+            written[position + 1] = L'\xDCC1';
+            EXPECT_EQ(format(L"{a}", {{"a", text}}), written) << position << " of " << size;
         }
 }
 
@@ -795,11 +795,11 @@ TEST(rova_i18n_test, a_pattern_of_more_than_ten_thousand_placeholders_is_returne
 {
     const std::wstring numbers = L"{n,plural,other{" + std::wstring(9999, L'#') + L"}}";
     EXPECT_TRUE(format(numbers, {{"n", L"1"}}) == std::wstring(9999, L'1'));
-    EXPECT_TRUE(is_own_text(numbers + L"{n}", {{"n", L"1"}}));
-    EXPECT_TRUE(is_own_text(repeat(L"{n}", 10001), {{"n", L"1"}}));
+    EXPECT_TRUE(is_returned_unchanged(numbers + L"{n}", {{"n", L"1"}}));
+    EXPECT_TRUE(is_returned_unchanged(repeat(L"{n}", 10001), {{"n", L"1"}}));
     const std::wstring date = L"{n,date,'" + std::wstring(9997, L'x') + L"'}";
     EXPECT_TRUE(format(date, {{"n", L"1"}}) == std::wstring(9997, L'x'));
-    EXPECT_TRUE(is_own_text(date + L"{n}", {{"n", L"1"}}));
+    EXPECT_TRUE(is_returned_unchanged(date + L"{n}", {{"n", L"1"}}));
 }
 
 TEST(rova_i18n_test, a_number_sign_outside_of_a_plural_is_not_a_placeholder)
@@ -812,14 +812,14 @@ TEST(rova_i18n_test, a_pattern_of_many_names_and_many_placeholders_is_returned_u
 {
     const row_t row = many_names(1000);
     EXPECT_TRUE(format(row.pattern + row.pattern, row.arguments) == row.text + row.text);
-    EXPECT_TRUE(is_own_text(row.pattern + row.pattern + L"{n0}", row.arguments));
+    EXPECT_TRUE(is_returned_unchanged(row.pattern + row.pattern + L"{n0}", row.arguments));
 }
 
 TEST(rova_i18n_test, a_pattern_of_more_than_a_million_characters_is_returned_unchanged)
 {
-    const std::wstring most(1048576 - 3, L'x');
-    EXPECT_TRUE(format(most + L"{n}", {{"n", L"1"}}) == most + L"1");
-    EXPECT_TRUE(is_own_text(most + L"{n}x", {{"n", L"1"}}));
+    const std::wstring longest(1048576 - 3, L'x');
+    EXPECT_TRUE(format(longest + L"{n}", {{"n", L"1"}}) == longest + L"1");
+    EXPECT_TRUE(is_returned_unchanged(longest + L"{n}x", {{"n", L"1"}}));
 }
 
 TEST(rova_i18n_test,
@@ -827,9 +827,9 @@ TEST(rova_i18n_test,
 {
     const std::wstring pattern = repeat(L"{n}", 10000);
     EXPECT_EQ(format(pattern, {{"n", std::wstring(1674, L'x')}}).size(), 16740000U);
-    EXPECT_TRUE(is_own_text(pattern, {{"n", std::wstring(1675, L'x')}}));
+    EXPECT_TRUE(is_returned_unchanged(pattern, {{"n", std::wstring(1675, L'x')}}));
     const std::wstring mixed = L"{n}{n}{n,select,other{}}{n,plural,other{}}";
-    EXPECT_TRUE(is_own_text(mixed, {{"n", std::wstring(8388608, L'x')}}));
+    EXPECT_TRUE(is_returned_unchanged(mixed, {{"n", std::wstring(8388608, L'x')}}));
 }
 
 TEST(rova_i18n_test, a_text_that_only_selects_may_be_long)
@@ -866,10 +866,10 @@ TEST(rova_i18n_test, a_style_may_have_a_power_of_ten)
 TEST(rova_i18n_test, a_hostile_pattern_is_refused_quickly)
 {
     const usage_t usage;
-    EXPECT_TRUE(is_own_text(repeat(L"{a}", 1000000), {{"a", std::wstring(1000, L'x')}}));
+    EXPECT_TRUE(is_returned_unchanged(repeat(L"{a}", 1000000), {{"a", std::wstring(1000, L'x')}}));
     for (const std::size_t count : {std::size_t{100000}, std::size_t{8000000}}) {
         const std::wstring pattern = L"{a,plural,other{" + std::wstring(count, L'#') + L"}}";
-        EXPECT_TRUE(is_own_text(pattern, {{"a", L"1e300"}}));
+        EXPECT_TRUE(is_returned_unchanged(pattern, {{"a", L"1e300"}}));
     }
     std::wstring pattern;
     for (int i = 0; i != 500; ++i) {
@@ -877,7 +877,7 @@ TEST(rova_i18n_test, a_hostile_pattern_is_refused_quickly)
         pattern.append(L"{n").append(name).append(L",plural,other{}}{n");
         pattern.append(name).append(L"}");
     }
-    EXPECT_TRUE(is_own_text(repeat(pattern, 1000), many_names(500).arguments));
+    EXPECT_TRUE(is_returned_unchanged(repeat(pattern, 1000), many_names(500).arguments));
     EXPECT_LT(usage.seconds(), 10);
 }
 
@@ -979,16 +979,16 @@ TEST(rova_i18n_test, one_message_is_formatted_by_threads_at_the_same_time)
     const message_t message(
         L"{n} {n, plural, one{# file} other{# files}} {n, number} {n, selectordinal, other{#}}",
         "en");
-    std::atomic<int> right{0};
+    std::atomic<int> correct{0};
     run_threads(8, [&](int thread) {
         const message_t copy = message;
         const std::wstring number = std::to_wstring(thread + 2);
         const varg_list list = list_of({{"n", number}});
         const std::wstring text = number + L" " + number + L" files " + number + L" " + number;
         for (int round = 0; round != 200; ++round)
-            right += copy.as_ustring(list) == text ? 1 : 0;
+            correct += copy.as_ustring(list) == text ? 1 : 0;
     });
-    EXPECT_EQ(right.load(), 8 * 200);
+    EXPECT_EQ(correct.load(), 8 * 200);
 }
 
 TEST(rova_i18n_test, a_catalog_is_used_and_deleted_through_its_base)
