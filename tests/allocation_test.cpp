@@ -61,7 +61,7 @@ attempt_t get_ex()
             [=]() -> std::string {
                 if (*ex)
                     return utf16_to_utf8((*ex)->get_prefix());
-                return velmo_ex_t::get(id, L"") ? "" : "an entry without an object";
+                return velmo_ex_t::get(id, L"") ? "" : "an id without an object";
             }};
 }
 
@@ -166,7 +166,7 @@ const std::vector<document_t> documents = {
     {"unknown_namespaces", L"<msg tool='a'><e a:b='x'>c</e><d:arg>t</d:arg></msg>",
      R"(type "";severity none;attribute "tool" = "a";)"
      R"(element "d:arg" = "t";element "e" = "c";)"},
-    {"pieces", L"<msg a='" + long_text + L"'><e>" + long_text + L"&lt;</e></msg>",
+    {"chunks", L"<msg a='" + long_text + L"'><e>" + long_text + L"&lt;</e></msg>",
      R"(type "";severity none;attribute "a" = ")" + std::string(9000, 'l') +
          R"(";element "e" = ")" + std::string(9000, 'l') + R"(<";)"},
 };

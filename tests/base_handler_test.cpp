@@ -24,9 +24,9 @@ struct throwing_handler_t : base_handler_t
 class base_handler_test : public testing::Test
 {
 protected:
-    typedef boost::shared_ptr<recording_handler_t> handler_ptr;
+    typedef boost::shared_ptr<recording_handler_t> handler_ptr_t;
 
-    handler_ptr push(bool consumes = false)
+    handler_ptr_t push(bool consumes = false)
     {
         auto handler = boost::make_shared<recording_handler_t>(consumes);
         m_ex->push_handler(handler);
@@ -51,7 +51,7 @@ TEST_F(base_handler_test, consumes_nothing_by_default)
 
 TEST_F(base_handler_test, passes_messages_on_by_default)
 {
-    const handler_ptr below = push();
+    const handler_ptr_t below = push();
     m_ex->push_handler(boost::make_shared<base_handler_t>());
     deliver_one();
     EXPECT_EQ(below->messages().size(), 1U);
@@ -80,8 +80,8 @@ TEST_F(base_handler_test, the_last_pushed_handler_is_called_first)
 
 TEST_F(base_handler_test, a_handler_that_consumes_ends_the_delivery)
 {
-    const handler_ptr below = push();
-    const handler_ptr above = push(true);
+    const handler_ptr_t below = push();
+    const handler_ptr_t above = push(true);
     deliver_one();
     EXPECT_EQ(above->messages().size(), 1U);
     EXPECT_TRUE(below->messages().empty());
@@ -90,14 +90,14 @@ TEST_F(base_handler_test, a_handler_that_consumes_ends_the_delivery)
 TEST_F(base_handler_test, a_message_without_handlers_is_dropped)
 {
     deliver_one();
-    const handler_ptr later = push();
+    const handler_ptr_t later = push();
     EXPECT_TRUE(later->messages().empty());
 }
 
 TEST_F(base_handler_test, popping_returns_the_last_pushed_first_and_null_at_the_end)
 {
-    const handler_ptr a = push();
-    const handler_ptr b = push();
+    const handler_ptr_t a = push();
+    const handler_ptr_t b = push();
     EXPECT_EQ(m_ex->pop_handler(), b);
     EXPECT_EQ(m_ex->pop_handler(), a);
     EXPECT_FALSE(m_ex->pop_handler());
@@ -106,7 +106,7 @@ TEST_F(base_handler_test, popping_returns_the_last_pushed_first_and_null_at_the_
 
 TEST_F(base_handler_test, a_popped_handler_receives_no_more_messages)
 {
-    const handler_ptr handler = push();
+    const handler_ptr_t handler = push();
     m_ex->pop_handler();
     deliver_one();
     EXPECT_TRUE(handler->messages().empty());
@@ -114,7 +114,7 @@ TEST_F(base_handler_test, a_popped_handler_receives_no_more_messages)
 
 TEST_F(base_handler_test, a_handler_that_is_pushed_twice_receives_a_message_twice)
 {
-    const handler_ptr handler = push();
+    const handler_ptr_t handler = push();
     m_ex->push_handler(handler);
     deliver_one();
     EXPECT_EQ(handler->messages().size(), 2U);
@@ -122,7 +122,7 @@ TEST_F(base_handler_test, a_handler_that_is_pushed_twice_receives_a_message_twic
 
 TEST_F(base_handler_test, a_consuming_handler_that_is_pushed_twice_receives_a_message_once)
 {
-    const handler_ptr handler = push(true);
+    const handler_ptr_t handler = push(true);
     m_ex->push_handler(handler);
     deliver_one();
     EXPECT_EQ(handler->messages().size(), 1U);
@@ -130,8 +130,8 @@ TEST_F(base_handler_test, a_consuming_handler_that_is_pushed_twice_receives_a_me
 
 TEST_F(base_handler_test, all_handlers_receive_an_empty_message_pointer)
 {
-    const handler_ptr below = push();
-    const handler_ptr above = push();
+    const handler_ptr_t below = push();
+    const handler_ptr_t above = push();
     say_to(m_ex, L"no message");
     EXPECT_EQ(above->messages(), std::vector<message_ptr>(1));
     EXPECT_EQ(below->messages(), std::vector<message_ptr>(1));
@@ -139,7 +139,7 @@ TEST_F(base_handler_test, all_handlers_receive_an_empty_message_pointer)
 
 TEST_F(base_handler_test, a_handler_that_consumes_stops_an_empty_message_pointer_too)
 {
-    const handler_ptr below = push();
+    const handler_ptr_t below = push();
     push(true);
     say_to(m_ex, L"no message");
     EXPECT_TRUE(below->messages().empty());
@@ -147,7 +147,7 @@ TEST_F(base_handler_test, a_handler_that_consumes_stops_an_empty_message_pointer
 
 TEST_F(base_handler_test, receives_the_object_that_delivers)
 {
-    const handler_ptr handler = push();
+    const handler_ptr_t handler = push();
     deliver_one();
     EXPECT_EQ(handler->exs(), std::vector<velmo_ex_t*>{m_ex.get()});
 }
@@ -169,7 +169,7 @@ TEST_F(base_handler_test, the_stack_releases_its_handlers_with_the_object)
 
 TEST_F(base_handler_test, an_exception_of_a_handler_propagates_and_ends_the_delivery)
 {
-    const handler_ptr below = push();
+    const handler_ptr_t below = push();
     m_ex->push_handler(boost::make_shared<throwing_handler_t>());
     EXPECT_THROW(deliver_one(), std::runtime_error);
     EXPECT_TRUE(below->messages().empty());
@@ -177,7 +177,7 @@ TEST_F(base_handler_test, an_exception_of_a_handler_propagates_and_ends_the_deli
 
 TEST_F(base_handler_test, an_exception_leaves_the_stack_unchanged_and_unlocked)
 {
-    const handler_ptr below = push();
+    const handler_ptr_t below = push();
     const auto throwing = boost::make_shared<throwing_handler_t>();
     m_ex->push_handler(throwing);
     EXPECT_THROW(deliver_one(), std::runtime_error);
@@ -189,8 +189,8 @@ TEST_F(base_handler_test, an_exception_leaves_the_stack_unchanged_and_unlocked)
 TEST_F(base_handler_test, may_deliver_to_another_object)
 {
     const auto other = velmo_ex_t::get(velmo_ex_t::generate_id(L"other."), L"");
-    const auto far = boost::make_shared<recording_handler_t>();
-    other->push_handler(far);
+    const auto other_handler = boost::make_shared<recording_handler_t>();
+    other->push_handler(other_handler);
     struct forwarding_handler_t : base_handler_t
     {
         explicit forwarding_handler_t(boost::shared_ptr<velmo_ex_t> to) : m_to(std::move(to)) {}
@@ -204,5 +204,5 @@ TEST_F(base_handler_test, may_deliver_to_another_object)
     };
     m_ex->push_handler(boost::make_shared<forwarding_handler_t>(other));
     deliver_one();
-    EXPECT_EQ(far->messages().size(), 1U);
+    EXPECT_EQ(other_handler->messages().size(), 1U);
 }

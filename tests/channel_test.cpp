@@ -11,7 +11,7 @@ using namespace velmoext_1_4_8;
 namespace
 {
 
-// Creates messages of every kind that XML can carry, the same ones in every run.
+// Creates messages of every kind that XML allows, the same ones in every run.
 class random_messages_t
 {
 public:
@@ -19,7 +19,7 @@ public:
     {
         const auto message = make_message(text(), static_cast<message_t::severity_t>(number(5)));
         message->set_content(make_content(texts(&random_messages_t::name, 4),
-                                          texts(&random_messages_t::arg_name, many()),
+                                          texts(&random_messages_t::arg_name, max_args()),
                                           texts(&random_messages_t::element_name, 4)));
         return message;
     }
@@ -30,7 +30,7 @@ private:
         return std::uniform_int_distribution<unsigned>(0, below - 1)(m_engine);
     }
 
-    unsigned many() { return number(100) == 0 ? 300 : 8; }
+    unsigned max_args() { return number(100) == 0 ? 300 : 8; }
 
     void append(std::wstring& text, unsigned character)
     {
@@ -59,40 +59,40 @@ private:
 
     std::wstring text()
     {
-        std::wstring made;
+        std::wstring result;
         for (unsigned length = number(12); length > 0; --length)
-            append(made, character());
-        return made;
+            append(result, character());
+        return result;
     }
 
     std::wstring arg_name() { return L"a" + text(); }
 
     std::wstring name()
     {
-        std::wstring made(1, static_cast<wchar_t>('a' + number(26)));
+        std::wstring result(1, static_cast<wchar_t>('a' + number(26)));
         for (unsigned length = number(6); length > 0; --length)
             switch (number(3)) {
             case 0:
-                append(made, 0x10000 + number(0xE0000));
+                append(result, 0x10000 + number(0xE0000));
                 break;
             case 1:
-                append(made, 0x3001 + number(0xA7FF));
+                append(result, 0x3001 + number(0xA7FF));
                 break;
             default:
-                append(made, '0' + number(10));
+                append(result, '0' + number(10));
             }
-        return made;
+        return result;
     }
 
     // Not one of the names that have a meaning in the message itself.
     std::wstring element_name() { return L"x-" + name(); }
 
-    texts_t texts(std::wstring (random_messages_t::*key)(), unsigned most)
+    texts_t texts(std::wstring (random_messages_t::*key)(), unsigned max_texts)
     {
-        texts_t made;
-        for (unsigned count = number(most); count > 0; --count)
-            made[(this->*key)()] = text();
-        return made;
+        texts_t result;
+        for (unsigned count = number(max_texts); count > 0; --count)
+            result[(this->*key)()] = text();
+        return result;
     }
 
     std::mt19937 m_engine{20260101};

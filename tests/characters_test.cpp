@@ -17,8 +17,8 @@ using namespace velmoext_1_4_8;
 namespace
 {
 
-// The bounds of what XML counts as a name, and the characters just outside.
-std::vector<unsigned> interesting_characters()
+// The bounds of the characters that XML allows in names, and the characters just outside.
+std::vector<unsigned> boundary_characters()
 {
     std::vector<unsigned> characters;
     for (unsigned c = 1; c < 0x400; ++c)
@@ -33,7 +33,7 @@ std::vector<unsigned> interesting_characters()
     return characters;
 }
 
-bool libxml2_reads_name(const std::wstring& name)
+bool is_name_for_libxml2(const std::wstring& name)
 {
     const std::string document = "<" + ROVA_2_18::strings::utf16_to_utf8(name) + "/>";
     const std::unique_ptr<xmlDoc, void (*)(xmlDocPtr)> read(
@@ -75,14 +75,15 @@ TEST(characters_test, each_character_that_xml_does_not_allow_becomes_the_replace
 
 TEST(characters_test, the_first_character_of_a_name_is_accepted_as_by_libxml2)
 {
-    for (const unsigned c : interesting_characters())
-        EXPECT_EQ(is_xml_name(units({c, 'a'})), libxml2_reads_name(units({c, 'a'}))) << c;
+    for (const unsigned c : boundary_characters())
+        EXPECT_EQ(is_xml_name(units({c, 'a'})), is_name_for_libxml2(units({c, 'a'}))) << c;
 }
 
 TEST(characters_test, a_later_character_of_a_name_is_accepted_as_by_libxml2)
 {
-    for (const unsigned c : interesting_characters())
-        EXPECT_EQ(is_xml_name(units({'a', c, 'b'})), libxml2_reads_name(units({'a', c, 'b'}))) << c;
+    for (const unsigned c : boundary_characters())
+        EXPECT_EQ(is_xml_name(units({'a', c, 'b'})), is_name_for_libxml2(units({'a', c, 'b'})))
+            << c;
 }
 
 TEST(characters_test, a_name_may_have_a_colon_anywhere)
@@ -127,7 +128,7 @@ TEST(characters_test, an_ascii_name_is_a_name_with_only_ascii_characters)
 
 TEST(characters_test, an_xml_character_is_not_replaced_in_a_text)
 {
-    for (const unsigned c : interesting_characters()) {
+    for (const unsigned c : boundary_characters()) {
         const std::wstring text = units({c});
         EXPECT_EQ(is_xml_character(c), xml_utf8(text) == ROVA_2_18::strings::utf16_to_utf8(text))
             << c;

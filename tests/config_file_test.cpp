@@ -18,7 +18,8 @@ using ROVA_2_18::debug::set_assert_handler;
 
 std::vector<std::string> reports;
 
-void keep(const char* expression, const char* /*file*/, int /*line*/, const char* /*function*/)
+void on_assertion(const char* expression, const char* /*file*/, int /*line*/,
+                  const char* /*function*/)
 {
     reports.emplace_back(expression);
 }
@@ -27,7 +28,7 @@ void keep(const char* expression, const char* /*file*/, int /*line*/, const char
 class config_file_test : public testing::Test
 {
 public:
-    config_file_test() : m_former(set_assert_handler(keep)) { reports.clear(); }
+    config_file_test() : m_former(set_assert_handler(on_assertion)) { reports.clear(); }
     ~config_file_test() override { set_assert_handler(m_former); }
 
 protected:
@@ -53,11 +54,11 @@ private:
 
 const std::vector<std::string> one_report = {"can_get<const wchar_t*>()"};
 
-const std::pair<const char*, variant_t> other_kinds[] = {
-    {"nothing", variant_t()},
-    {"truth", variant_t(true)},
-    {"whole number", variant_t(std::int64_t{7})},
-    {"real number", variant_t(0.5)},
+const std::pair<const char*, variant_t> other_types[] = {
+    {"empty", variant_t()},
+    {"boolean", variant_t(true)},
+    {"integer", variant_t(std::int64_t{7})},
+    {"floating point", variant_t(0.5)},
 };
 
 } // namespace
@@ -76,7 +77,7 @@ TEST_F(config_file_test, a_text_is_found_without_a_report)
 
 TEST_F(config_file_test, a_value_that_is_not_a_text_is_reported)
 {
-    for (const auto& [kind, value] : other_kinds) {
+    for (const auto& [kind, value] : other_types) {
         reports.clear();
         m_bag = variant_bag_t();
         add_entry().add_value(L"p", value);
@@ -87,7 +88,7 @@ TEST_F(config_file_test, a_value_that_is_not_a_text_is_reported)
 
 TEST_F(config_file_test, a_child_value_that_is_not_a_text_is_reported)
 {
-    for (const auto& [kind, value] : other_kinds) {
+    for (const auto& [kind, value] : other_types) {
         reports.clear();
         m_bag = variant_bag_t();
         add_entry().add_bag(L"p").add_value(L"", value);

@@ -19,10 +19,10 @@ using namespace velmoext_1_4_8;
 namespace
 {
 
-typedef boost::shared_ptr<config_reader_t> reader_ptr;
+typedef boost::shared_ptr<config_reader_t> reader_ptr_t;
 
 /// The input of one lookup. The defaults are those of most cases.
-struct question_t
+struct lookup_t
 {
     std::wstring type = L"t";
     std::wstring prefix;
@@ -30,42 +30,41 @@ struct question_t
     std::wstring source = L"src";
 };
 
-question_t of_prefix(const std::wstring& prefix)
+lookup_t of_prefix(const std::wstring& prefix)
 {
-    question_t question;
-    question.prefix = prefix;
-    return question;
+    lookup_t lookup;
+    lookup.prefix = prefix;
+    return lookup;
 }
 
-question_t of_type(const std::wstring& type, const std::wstring& prefix = std::wstring())
+lookup_t of_type(const std::wstring& type, const std::wstring& prefix = std::wstring())
 {
-    question_t question;
-    question.type = type;
-    question.prefix = prefix;
-    return question;
+    lookup_t lookup;
+    lookup.type = type;
+    lookup.prefix = prefix;
+    return lookup;
 }
 
-question_t of_name(const std::wstring& name)
+lookup_t of_name(const std::wstring& name)
 {
-    question_t question;
-    question.name = name;
-    return question;
+    lookup_t lookup;
+    lookup.name = name;
+    return lookup;
 }
 
-question_t of_source(const std::wstring& source)
+lookup_t of_source(const std::wstring& source)
 {
-    question_t question;
-    question.source = source;
-    return question;
+    lookup_t lookup;
+    lookup.source = source;
+    return lookup;
 }
 
-std::wstring read_from(config_reader_t& reader, const question_t& question = question_t())
+std::wstring read_from(config_reader_t& reader, const lookup_t& lookup = lookup_t())
 {
-    const message_ptr message = make_message(question.type);
-    message->set_source(question.source);
-    const auto ex =
-        velmo_ex_t::get(velmo_ex_t::generate_id(L"config_reader_test."), question.prefix);
-    return reader.read_property(ex, message, question.name);
+    const message_ptr message = make_message(lookup.type);
+    message->set_source(lookup.source);
+    const auto ex = velmo_ex_t::get(velmo_ex_t::generate_id(L"config_reader_test."), lookup.prefix);
+    return reader.read_property(ex, message, lookup.name);
 }
 
 std::string bag_of(const std::string& entries)
@@ -94,9 +93,9 @@ protected:
         m_folder.write(leaf, bag_of(entries));
     }
 
-    std::wstring read(const question_t& question = question_t()) const
+    std::wstring read(const lookup_t& lookup = lookup_t()) const
     {
-        return read_from(*m_reader, question);
+        return read_from(*m_reader, lookup);
     }
 
     void renew_reader()
@@ -107,7 +106,7 @@ protected:
     }
 
     scratch_folder_t m_folder;
-    reader_ptr m_reader = config_reader_t::get();
+    reader_ptr_t m_reader = config_reader_t::get();
 };
 
 /// The product's locations while in scope.
@@ -182,7 +181,7 @@ TEST_F(config_reader_test, a_directory_is_forgotten_with_its_reader)
 
 TEST_F(config_reader_test, a_directory_stays_set_while_the_reader_has_an_owner)
 {
-    const reader_ptr other = config_reader_t::get();
+    const reader_ptr_t other = config_reader_t::get();
     m_reader.reset();
     EXPECT_EQ(config_reader_t::get()->get_cfg_dir(), folder());
 }
@@ -195,7 +194,7 @@ TEST_F(config_reader_test, a_copy_is_not_the_reader_of_the_process)
     EXPECT_EQ(copy.get_cfg_dir(), folder());
 }
 
-// ---- which file
+// ---- the name of the file
 
 TEST_F(config_reader_test, the_file_is_named_after_the_source)
 {
@@ -343,7 +342,7 @@ TEST_F(config_reader_test, nothing_is_configured_after_the_locations_are_reset)
     EXPECT_EQ(read(), L"");
 }
 
-// ---- which entry: by prefix first, then by type alone
+// ---- the entry: by prefix first, then only by type
 
 TEST_F(config_reader_test, an_entry_with_the_prefix_is_preferred_to_an_earlier_one_without)
 {
@@ -696,7 +695,7 @@ namespace
 
 const char secret[] = "secret.txt";
 
-std::string bomb()
+std::string entity_bomb()
 {
     std::string declarations = "<!ENTITY e0 'aaaaaaaaaa'>";
     for (int i = 1; i < 12; ++i) {
@@ -714,27 +713,28 @@ std::string padded_to(std::size_t size)
 {
     const std::string start = "<bag>" + entry_of("a");
     const std::string end = "</bag>";
-    const std::size_t most = 1U << 20U;
+    const std::size_t max_comment = 1U << 20U;
     std::string text = start;
     while (text.size() + end.size() < size) {
-        const std::size_t room = size - text.size() - end.size();
-        text += room < 2 * most ? "<!--" + std::string(room - 7, ' ') + "-->"
-                                : "<!--" + std::string(most, ' ') + "-->";
+        const std::size_t remaining = size - text.size() - end.size();
+        text += remaining < 2 * max_comment ? "<!--" + std::string(remaining - 7, ' ') + "-->"
+                                            : "<!--" + std::string(max_comment, ' ') + "-->";
     }
     return text + end;
 }
 
-struct hostile_row
+struct hostile_file_t
 {
     const char* name;
     std::string bytes;
 };
 
-const std::size_t largest_file = 16U << 20U;
+const std::size_t max_file_bytes = 16U << 20U;
 
-std::vector<hostile_row> hostile_rows()
+std::vector<hostile_file_t> hostile_files()
 {
-    const std::string asks = "<bag><message_type id='t'><p>&e;</p></message_type></bag>";
+    const std::string bag_with_reference =
+        "<bag><message_type id='t'><p>&e;</p></message_type></bag>";
     const std::string good = bag_of(entry_of("a"));
     return {
         {"empty", ""},
@@ -746,24 +746,24 @@ std::vector<hostile_row> hostile_rows()
         {"zero_inside", good + std::string(1, '\0')},
         {"bad_utf8", bag_of(entry_of("\xC3("))},
         {"external_entity",
-         "<!DOCTYPE bag [<!ENTITY e SYSTEM '" + std::string(secret) + "'>]>" + asks},
+         "<!DOCTYPE bag [<!ENTITY e SYSTEM '" + std::string(secret) + "'>]>" + bag_with_reference},
         {"external_parameter",
          "<!DOCTYPE bag [<!ENTITY % d SYSTEM '" + std::string(secret) + "'>%d;]>" + good},
         {"external_subset", "<!DOCTYPE bag SYSTEM '" + std::string(secret) + "'>" + good},
-        {"internal_entity", "<!DOCTYPE bag [<!ENTITY e 'a'>]>" + asks},
+        {"internal_entity", "<!DOCTYPE bag [<!ENTITY e 'a'>]>" + bag_with_reference},
         {"defaulted",
          "<!DOCTYPE bag [<!ATTLIST message_type p CDATA 'a'>]><bag><message_type id='t'/></bag>"},
-        {"bomb", bomb()},
-        {"undeclared_entity", asks},
-        {"too_long", padded_to(largest_file + 1)},
+        {"bomb", entity_bomb()},
+        {"undeclared_entity", bag_with_reference},
+        {"too_long", padded_to(max_file_bytes + 1)},
         {"wrong_root", "<bags>" + entry_of("a") + "</bags>"},
         {"upper_root", "<BAG>" + entry_of("a") + "</BAG>"},
         {"bag_below", "<root>" + good + "</root>"},
         {"two_roots", good + good},
         {"mismatched", "<bag>" + entry_of("a") + "</gab>"},
         {"repeated_attribute", bag_of("<message_type id='t' p='a' p='a'/>")},
-        {"text_behind", good + "text"},
-        {"text_behind_an_error", "<bag a='1' a='1'>text" + entry_of("a") + "</bag>"},
+        {"text_after", good + "text"},
+        {"text_after_an_error", "<bag a='1' a='1'>text" + entry_of("a") + "</bag>"},
         {"text_not_as_declared", "<?xml version='1.0' encoding='UTF-16'?>" + bag_of("text")},
         {"errors", "<bag>" + std::string(5000000, '&')},
         {"deep", "<bag>" + entry_of("a") +
@@ -781,21 +781,20 @@ std::vector<hostile_row> hostile_rows()
 TEST_F(config_reader_test, a_file_that_is_not_a_configuration_gives_nothing_and_is_not_kept)
 {
     m_folder.write(secret, "secret");
-    for (const hostile_row& row : hostile_rows()) {
+    for (const hostile_file_t& row : hostile_files()) {
         const std::string leaf = row.name + std::string(".xml");
-        const question_t question =
-            of_source(std::wstring(row.name, row.name + std::strlen(row.name)));
+        const lookup_t lookup = of_source(std::wstring(row.name, row.name + std::strlen(row.name)));
         m_folder.write(leaf, row.bytes);
-        expect_nothing_printed([&] { EXPECT_EQ(read(question), L"") << row.name; });
+        expect_nothing_printed([&] { EXPECT_EQ(read(lookup), L"") << row.name; });
         write(entry_of("good"), leaf);
-        EXPECT_EQ(read(question), L"good") << row.name;
+        EXPECT_EQ(read(lookup), L"good") << row.name;
     }
 }
 
 TEST_F(config_reader_test, a_file_of_16_mib_is_read)
 {
-    m_folder.write("src.xml", padded_to(largest_file));
-    ASSERT_EQ(std::filesystem::file_size(m_folder.name("src.xml")), largest_file);
+    m_folder.write("src.xml", padded_to(max_file_bytes));
+    ASSERT_EQ(std::filesystem::file_size(m_folder.name("src.xml")), max_file_bytes);
     EXPECT_EQ(read(), L"a");
 }
 

@@ -201,21 +201,21 @@ TEST(cost_test, the_time_is_linear_in_the_size)
     expect_linear("empty tags", "", "<a/>");
     expect_linear("name", "<", "a");
     expect_linear("blanks in a tag", "<a", " ");
-    expect_linear("blanks before a sign", "<a b", " ");
-    expect_linear("blanks after a sign", "<a b=", " ");
+    expect_linear("blanks before an equals sign", "<a b", " ");
+    expect_linear("blanks after an equals sign", "<a b=", " ");
     expect_linear("value", "<a b='", "\"");
     expect_linear("short tags with attributes", "", "<a b='c'/>");
     expect_linear("long tags with attributes", "", "<a b='' c='' d='' e='' f='' g='' h='' i=''>");
     expect_linear("document types", "", "<!DOCTYPE a>");
     expect_linear("quotes of a type", "<!DOCTYPE a [", "'\"");
-    expect_linear("remarks of a type", "<!DOCTYPE a [", "<!---->");
-    expect_linear("open remarks of a type", "<!DOCTYPE a [", "<!-- ");
+    expect_linear("comments of a type", "<!DOCTYPE a [", "<!---->");
+    expect_linear("open comments of a type", "<!DOCTYPE a [", "<!-- ");
     expect_linear("instructions of a type", "<!DOCTYPE a [", "<?p?>");
     expect_linear("brackets of a type", "<!DOCTYPE a ", "[]");
     expect_linear("percent signs of a type", "<!DOCTYPE a [", "% ");
     expect_linear("quoted percent signs", "<!DOCTYPE a [<!ENTITY e '", "% ");
     expect_linear("entities of a type", "<!DOCTYPE a [", "<!ENTITY a '% '>");
     expect_linear("words of a type", "<!DOCTYPE a [<!ENTITY a ", "SYSTEM ID ");
-    expect_linear("lower than signs", "", "<");
+    expect_linear("less-than signs", "", "<");
     expect_linear("exclamation marks", "", "<!");
 }

@@ -52,8 +52,8 @@ void expect_characters_as_written(const Add& add)
     const std::vector<unsigned> all = characters();
     for (std::size_t at = 0; at < all.size(); at += 256) {
         message_t::message_content_t content;
-        for (std::size_t place = at; place != std::min(at + 256, all.size()); ++place)
-            add(content, all.at(place));
+        for (std::size_t index = at; index != std::min(at + 256, all.size()); ++index)
+            add(content, all.at(index));
         const message_ptr message = make_message(content);
         ASSERT_EQ(compose_document(*message), utf8_to_utf16(written_document(*message)))
             << all.at(at);
@@ -104,13 +104,13 @@ TEST(element_composer_test, each_character_of_a_type_is_written_as_libxml2_does)
 
 TEST(element_composer_test, a_character_is_written_as_libxml2_does_wherever_it_is_in_a_text)
 {
-    for (std::size_t place = 0; place != 20; ++place)
+    for (std::size_t position = 0; position != 20; ++position)
         expect_characters_as_written(
             [=](message_t::message_content_t& content, unsigned character) {
                 if (character < 0x102 || (character > 0xD7FE && character < 0xE002) ||
                     character > 0xFFFC) {
                     std::wstring text(20, L'x');
-                    text[place] = static_cast<wchar_t>(character);
+                    text[position] = static_cast<wchar_t>(character);
                     content.args[std::to_wstring(character)] = text;
                 }
             });

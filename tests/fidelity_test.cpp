@@ -92,7 +92,7 @@ struct row_t
     message_ptr message;
     std::string string;
     std::string log;
-    std::string carried;
+    std::string carried_over;
 };
 
 // Prints the row's name if a test fails.
@@ -398,7 +398,7 @@ TEST_P(fidelity_table_test, a_log_and_a_replay_transport_it_as_documented)
 TEST_P(fidelity_table_test, a_carried_over_log_and_a_replay_transport_it_as_documented)
 {
     EXPECT_EQ(text_of(m_log.log_carry_over_and_replay(GetParam().message)),
-              expectation(GetParam().carried));
+              expectation(GetParam().carried_over));
 }
 
 const auto name_of_row = [](const auto& row) {

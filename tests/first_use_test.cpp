@@ -23,10 +23,10 @@ namespace
 thread_local bool has_memory = true;
 
 template <typename Allocate>
-void* allocate(const Allocate& allocate_really)
+void* allocate(const Allocate& c_allocate)
 {
     if (has_memory)
-        return allocate_really();
+        return c_allocate();
     errno = ENOMEM;
     return nullptr;
 }
@@ -57,7 +57,7 @@ namespace
 
 enum outcome_t
 {
-    went_on,
+    returned,
     threw
 };
 
@@ -68,7 +68,7 @@ int status_without_memory(
 {
     return status_of_child([&] {
         before();
-        int outcome = went_on;
+        int outcome = returned;
         std::thread([&] {
             has_memory = false;
             try {
@@ -133,10 +133,10 @@ TEST_F(first_use_test, without_memory_a_recording_is_not_ended)
 
 TEST_F(first_use_test, without_memory_the_last_owner_still_releases_a_recording)
 {
-    const auto let_go = [&] {
+    const auto release = [&] {
         m_storage.reset();
     };
-    EXPECT_TRUE(has_exited_with(status_without_memory(let_go, m_start), went_on));
+    EXPECT_TRUE(has_exited_with(status_without_memory(release, m_start), returned));
 }
 
 TEST_F(first_use_test, without_memory_a_process_that_records_can_still_fork)
@@ -144,5 +144,5 @@ TEST_F(first_use_test, without_memory_a_process_that_records_can_still_fork)
     const auto fork_once = [] {
         EXPECT_TRUE(has_exited_with(status_of_child([] { return 0; }), 0));
     };
-    EXPECT_TRUE(has_exited_with(status_without_memory(fork_once, m_start), went_on));
+    EXPECT_TRUE(has_exited_with(status_without_memory(fork_once, m_start), returned));
 }

@@ -14,12 +14,12 @@ namespace
 std::int32_t& id_counter();
 
 template <std::int32_t* Counter>
-struct reach_t
+struct member_access_t
 {
     friend std::int32_t& id_counter() { return *Counter; }
 };
 
-template struct reach_t<&velmo_ex_t::m_id_counter>;
+template struct member_access_t<&velmo_ex_t::m_id_counter>;
 
 } // namespace
 

@@ -1,4 +1,4 @@
-// Logs, read with libxml2's breaks in their text. Each file of the folder LOGS comes with
+// Replays logs whose text libxml2 delivers in chunks. Each file of the folder LOGS comes with
 // - NAME.expected: the messages that its replay delivers. If later elements have changed a message
 //   after its delivery, the changed message follows it.
 // - NAME.carried, if it differs: the same after a recording has carried the log over.
@@ -69,13 +69,13 @@ public:
 
     std::vector<std::string> texts() const
     {
-        std::vector<std::string> made;
+        std::vector<std::string> result;
         for (std::size_t i = 0; i < m_texts.size(); ++i) {
             const std::string now = message_text(*m_messages[i], "  ", "\n");
-            made.push_back("message\n" + m_texts[i] +
-                           (now == m_texts[i] ? "" : "afterwards\n" + now));
+            result.push_back("message\n" + m_texts[i] +
+                             (now == m_texts[i] ? "" : "afterwards\n" + now));
         }
-        return made;
+        return result;
     }
 
     const std::vector<std::string>& texts_at_delivery() const { return m_texts; }
@@ -183,7 +183,7 @@ TEST_F(log_fidelity_test, a_storage_that_has_replayed_a_log_misses_messages_that
     record_all(L"a");
     EXPECT_EQ(replay(storage), L"a;");
     record_all(L"bc");
-    EXPECT_EQ(replay(storage), L"") << "the end of the root stood where b begins now";
+    EXPECT_EQ(replay(storage), L"") << "b begins at the former offset of the end of the root";
     storage.reset();
     EXPECT_EQ(replay(get()), L"a;b;c;");
 }

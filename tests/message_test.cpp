@@ -198,9 +198,9 @@ protected:
         if (GetParam())
             return message_t(original);
         message_t assigned;
-        message_t& answer = assigned = original;
-        EXPECT_EQ(&answer, &assigned);
-        return answer;
+        message_t& result = assigned = original;
+        EXPECT_EQ(&result, &assigned);
+        return result;
     }
 };
 

@@ -63,7 +63,7 @@ TEST_F(messages_storage_test, a_path_whose_storage_is_destroyed_gives_a_new_one)
     EXPECT_TRUE(watched.expired());
     storage = get();
     ASSERT_TRUE(storage);
-    EXPECT_EQ(get(), storage) << "the entry of the former one stands in its way";
+    EXPECT_EQ(get(), storage) << "the former storage is still registered";
 }
 
 TEST_F(messages_storage_test, getting_a_storage_touches_no_file)
@@ -392,9 +392,9 @@ TEST_F(messages_storage_test, a_start_waits_for_the_release_of_a_lease)
         sigwait(&signals, &signal);
         _exit(fcntl(file, F_SETLEASE, F_UNLCK) == 0 ? 0 : 1);
     }
-    char answer = 0;
-    ASSERT_EQ(read(has_lease[0], &answer, 1), 1);
-    EXPECT_EQ(answer, 'y') << "the scratch folder's file system must have leases";
+    char reply = 0;
+    ASSERT_EQ(read(has_lease[0], &reply, 1), 1);
+    EXPECT_EQ(reply, 'y') << "the scratch folder's file system must have leases";
     record_all(L"b");
     kill(holder, SIGIO);
     int status = 0;
@@ -457,7 +457,7 @@ TEST_F(messages_storage_test, a_replay_requires_a_started_reading)
     EXPECT_TRUE(storage->start_reading());
     storage->stop_reading();
     EXPECT_FALSE(storage->replay(m_ex));
-    EXPECT_EQ(replay(storage), L"a;") << "nothing was read by the refused ones";
+    EXPECT_EQ(replay(storage), L"a;") << "the refused replays read nothing";
 }
 
 TEST_F(messages_storage_test, a_storage_that_records_does_not_replay)
@@ -655,13 +655,13 @@ TEST_F(messages_storage_test, a_long_document_type_counts_as_damage)
     std::string values = "v";
     for (int i = 0; i < 300000; ++i)
         values += "|n" + std::to_string(i);
-    for (const char* const remark :
+    for (const char* const prolog :
          {"", "<!---->", "<!--><a -->", "<?p <!DOCTYPE log>?>", "<?xml-p ><!DOCTYPE log><?p ?>",
           "<?xml version='1.0' >", "<?xml version='1.0' encoding='>'?>",
           "\xEF\xBB\xBF<?xml version='1.0' encoding='UTF-8' >"}) {
-        m_folder.write("log.xml", remark + ("<!DOCTYPE log [<!ATTLIST log a (" + values) +
+        m_folder.write("log.xml", prolog + ("<!DOCTYPE log [<!ATTLIST log a (" + values) +
                                       ") 'v'>]><log><msg><type>a</type></msg></log>");
-        EXPECT_EQ(types_in(), L"") << remark;
+        EXPECT_EQ(types_in(), L"") << prolog;
     }
     const storage_ptr storage = get();
     EXPECT_TRUE(storage->start_recording());
@@ -850,10 +850,10 @@ TEST_F(messages_storage_test, handlers_get_the_extension_objects_own_pointer)
 
 TEST_F(messages_storage_test, a_replay_continues_after_a_handler_releases_the_extension_object)
 {
-    class letting_go_handler_t : public recording_handler_t
+    class releasing_handler_t : public recording_handler_t
     {
     public:
-        explicit letting_go_handler_t(boost::shared_ptr<velmo_ex_t>& ex) : m_ex(ex) {}
+        explicit releasing_handler_t(boost::shared_ptr<velmo_ex_t>& ex) : m_ex(ex) {}
         bool on_message(boost::shared_ptr<velmo_ex_t> ex, message_ptr msg) override
         {
             m_ex.reset();
@@ -865,7 +865,7 @@ TEST_F(messages_storage_test, a_replay_continues_after_a_handler_releases_the_ex
     };
     record_all(L"ab");
     auto ex = velmo_ex_t::get(velmo_ex_t::generate_id(L"messages_storage_test."), L"");
-    const auto handler = boost::make_shared<letting_go_handler_t>(ex);
+    const auto handler = boost::make_shared<releasing_handler_t>(ex);
     ex->push_handler(handler);
     const storage_ptr storage = get();
     EXPECT_TRUE(storage->start_reading());

@@ -29,7 +29,10 @@ struct report_t
 class assertions_t
 {
 public:
-    assertions_t() : m_former(ROVA_2_18::debug::set_assert_handler(collect)) { reports().clear(); }
+    assertions_t() : m_former(ROVA_2_18::debug::set_assert_handler(on_assertion))
+    {
+        reports().clear();
+    }
     ~assertions_t() { ROVA_2_18::debug::set_assert_handler(m_former); }
     assertions_t(const assertions_t&) = delete;
     assertions_t& operator=(const assertions_t&) = delete;
@@ -41,7 +44,8 @@ public:
     }
 
 private:
-    static void collect(const char* expression, const char* file, int line, const char* function)
+    static void on_assertion(const char* expression, const char* file, int line,
+                             const char* function)
     {
         reports().push_back({expression, file, line, function});
     }

@@ -150,23 +150,25 @@ TEST(references_test, a_value_of_an_attribute_is_decoded_as_libxml2_does)
 TEST(references_test, a_character_is_decoded_as_libxml2_does_wherever_it_is_in_a_text)
 {
     for (const std::size_t size : {7U, 8U, 9U, 17U})
-        for (std::size_t place = 0; place != size; ++place)
+        for (std::size_t position = 0; position != size; ++position)
             for (unsigned character = 1; character != 0x102; ++character) {
                 std::string text(size, 'x');
-                text.replace(place, 1, encoded(character));
+                text.replace(position, 1, encoded(character));
                 const bool is_changed = character == '\r';
                 const auto expected = is_changed ? std::nullopt : parse(text, place_t::element);
-                ASSERT_EQ(decode(text, place_t::element), expected) << character << " at " << place;
+                ASSERT_EQ(decode(text, place_t::element), expected)
+                    << character << " at " << position;
                 ASSERT_EQ(is_plain_text(text), expected && character < 0x80);
             }
 }
 
 TEST(references_test, the_end_of_a_section_is_found_wherever_it_is_in_a_text)
 {
-    for (std::size_t place = 0; place != 20; ++place) {
-        const std::string text = std::string(place, 'x') + "]]>" + std::string(20 - place, 'x');
+    for (std::size_t position = 0; position != 20; ++position) {
+        const std::string text =
+            std::string(position, 'x') + "]]>" + std::string(20 - position, 'x');
         EXPECT_EQ(decode(text, place_t::element), std::nullopt);
-        EXPECT_EQ(find_fault(text), place);
+        EXPECT_EQ(find_fault(text), position);
     }
 }
 
