@@ -13,7 +13,7 @@
 namespace
 {
 
-using bench::message_ptr;
+using bench::message_ptr_t;
 using bench::workload_t;
 using velmoext_1_4_8::string_message_serializer_t;
 
@@ -37,7 +37,7 @@ std::vector<std::wstring> make_wide_documents(const workload_t& workload, std::s
     });
 }
 
-void require_same(const message_ptr& left, const message_ptr& right)
+void require_same(const message_ptr_t& left, const message_ptr_t& right)
 {
     const auto left_content = left->get_content();
     const auto right_content = right->get_content();

@@ -30,7 +30,7 @@ std::size_t encode_plain(const bench::plain_message_t& message)
     return size;
 }
 
-std::size_t encode(const bench::message_ptr& message)
+std::size_t encode(const bench::message_ptr_t& message)
 {
     return string_message_serializer_t::message_to_xml_string(message).size();
 }

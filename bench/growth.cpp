@@ -38,11 +38,11 @@ namespace
 
 using namespace velmoext_1_4_8;
 using bench::cost_t;
-using bench::message_ptr;
+using bench::message_ptr_t;
 using bench::require;
 using bench::workload_t;
 
-typedef boost::shared_ptr<messages_storage_t> storage_ptr;
+typedef boost::shared_ptr<messages_storage_t> storage_ptr_t;
 
 const char* const constant = "1.1 or less";
 
@@ -93,7 +93,7 @@ void print(const std::string& what, const figure_t& few, const figure_t& many, c
     std::fflush(stdout);
 }
 
-storage_ptr open_log(const scratch_folder_t& folder)
+storage_ptr_t open_log(const scratch_folder_t& folder)
 {
     return messages_storage_t::get(folder.wide_name("log.xml"));
 }
@@ -110,7 +110,7 @@ std::uintmax_t log_size(const scratch_folder_t& folder)
 
 void record(const scratch_folder_t& folder, const workload_t& workload, std::size_t count)
 {
-    const storage_ptr storage = open_log(folder);
+    const storage_ptr_t storage = open_log(folder);
     require(storage->start_recording(), "the log cannot be recorded into");
     for (std::size_t i = 0; i < count; ++i)
         storage->on_message(boost::shared_ptr<velmo_ex_t>(),
@@ -121,7 +121,7 @@ void record(const scratch_folder_t& folder, const workload_t& workload, std::siz
 void carry_over(const scratch_folder_t& folder)
 {
     const std::uintmax_t before = log_size(folder);
-    const storage_ptr storage = open_log(folder);
+    const storage_ptr_t storage = open_log(folder);
     require(storage->start_recording(), "the log cannot be recorded into");
     storage->stop_recording();
     require(log_size(folder) >= before, "a start lost messages");
@@ -132,7 +132,7 @@ void replay(const scratch_folder_t& folder, std::size_t count)
     const auto handler = boost::make_shared<bench::counting_handler_t>();
     const auto ex = velmo_ex_t::get(L"bench", L"");
     ex->push_handler(handler);
-    const storage_ptr storage = open_log(folder);
+    const storage_ptr_t storage = open_log(folder);
     storage->start_reading();
     require(storage->replay(ex) && handler->count() == count, "a replay lost messages");
 }

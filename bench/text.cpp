@@ -26,7 +26,7 @@
 namespace
 {
 
-using bench::message_ptr;
+using bench::message_ptr_t;
 using bench::workload_t;
 using ROVA_2_18::strings::utf8_to_utf16;
 using velmoext_1_4_8::config_reader_t;
@@ -34,7 +34,7 @@ using velmoext_1_4_8::extended_message_t;
 using velmoext_1_4_8::velmo_ex_t;
 
 typedef std::wstring (extended_message_t::*part_t)();
-typedef boost::shared_ptr<velmo_ex_t> ex_ptr;
+typedef boost::shared_ptr<velmo_ex_t> ex_ptr_t;
 
 // Only the known prefix has its own catalog.
 const wchar_t qualified[] = L"console.bench";
@@ -136,10 +136,10 @@ std::wstring pattern_of(const std::wstring& id)
 std::vector<bare_text_t> make_bare_texts(const workload_t& workload, part_t part)
 {
     const configuration_t reader;
-    const ex_ptr ex = velmo_ex_t::get(L"floor", known_prefix);
+    const ex_ptr_t ex = velmo_ex_t::get(L"floor", known_prefix);
     std::map<std::wstring, std::shared_ptr<const bare_format_t>> formats;
     std::vector<bare_text_t> texts;
-    for (const message_ptr& message : workload.messages()) {
+    for (const message_ptr_t& message : workload.messages()) {
         const bool is_title = part == &extended_message_t::get_title;
         const std::wstring id = is_title
                                     ? extended_message_t(ex, message).get_cfg_prop(L"title_msgid")
@@ -173,8 +173,8 @@ bench::candidate_t velmoext1_first(const workload_t& workload, part_t part, cons
 {
     return {name, [&workload, part, prefix](std::size_t) -> bench::work_t {
                 const auto reader = std::make_shared<configuration_t>();
-                const ex_ptr ex = velmo_ex_t::get(prefix, prefix);
-                const auto compose = [ex, part](const message_ptr& message) {
+                const ex_ptr_t ex = velmo_ex_t::get(prefix, prefix);
+                const auto compose = [ex, part](const message_ptr_t& message) {
                     return (extended_message_t(ex, message).*part)();
                 };
                 // Loads the catalog and the configuration.
@@ -193,7 +193,7 @@ bench::candidate_t velmoext1(const workload_t& workload, part_t part)
 {
     return {"velmoext1", [&workload, part](std::size_t all) -> bench::work_t {
                 const configuration_t reader;
-                const ex_ptr ex = velmo_ex_t::get(known_prefix, known_prefix);
+                const ex_ptr_t ex = velmo_ex_t::get(known_prefix, known_prefix);
                 const auto shown = std::make_shared<std::vector<extended_message_t>>();
                 shown->reserve(all); // a copy would be at another position in the heap
                 for (std::size_t i = 0; i < all; ++i) {

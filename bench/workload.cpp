@@ -124,7 +124,7 @@ std::size_t size_of(const string_pairs_t& texts)
 
 const char* const tool = "bench";
 
-message_ptr make_message(const plain_message_t& plain)
+message_ptr_t make_message(const plain_message_t& plain)
 {
     message_t::message_content_t content;
     content.attributes = wide(plain.attributes);

@@ -13,7 +13,7 @@
 namespace bench
 {
 
-typedef boost::shared_ptr<velmoext_1_4_8::message_t> message_ptr;
+typedef boost::shared_ptr<velmoext_1_4_8::message_t> message_ptr_t;
 
 /// Names and texts in UTF-8, in the order in which a message has them.
 typedef std::vector<std::pair<std::string, std::string>> string_pairs_t;
@@ -51,7 +51,7 @@ public:
     std::size_t size() const { return m_plain.size(); }
     /// Allocated separately, like the messages, so that they are not in adjacent cache lines.
     const std::vector<std::unique_ptr<plain_message_t>>& plain() const { return m_plain; }
-    const std::vector<message_ptr>& messages() const { return m_messages; }
+    const std::vector<message_ptr_t>& messages() const { return m_messages; }
 
     /// Returns the input of a floor or a peer: make(i) for each i below the count. Creates the
     /// items in the same order as the messages.
@@ -73,13 +73,13 @@ private:
 
     heap_t m_heap;
     std::vector<std::unique_ptr<plain_message_t>> m_plain;
-    std::vector<message_ptr> m_messages;
-    std::vector<message_ptr> m_others; ///< between the messages
+    std::vector<message_ptr_t> m_messages;
+    std::vector<message_ptr_t> m_others; ///< between the messages
 };
 
 /// Value of the attribute "tool" of all messages: their source.
 extern const char* const tool;
 
-message_ptr make_message(const plain_message_t& plain);
+message_ptr_t make_message(const plain_message_t& plain);
 
 } // namespace bench

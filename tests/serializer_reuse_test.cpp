@@ -35,7 +35,7 @@ const std::wstring odd_texts[] = {
     L"<msg><type>" + std::wstring(100000, L'x') + L"</type></msg>",
 };
 
-std::wstring text_of(const message_ptr& message)
+std::wstring text_of(const message_ptr_t& message)
 {
     if (!message)
         return L"none";
@@ -60,14 +60,14 @@ std::wstring read_first(const std::wstring& text)
     return result;
 }
 
-std::wstring write_first(const message_ptr& message)
+std::wstring write_first(const message_ptr_t& message)
 {
     std::wstring result;
     std::thread([&] { result = serializer::message_to_xml_string(message); }).join();
     return result;
 }
 
-std::vector<message_ptr> make_odd_messages()
+std::vector<message_ptr_t> make_odd_messages()
 {
     return {make_message(L""),
             make_message(L"type", message_t::error),
@@ -94,9 +94,9 @@ TEST(serializer_reuse_test, a_text_is_read_the_same_after_any_other_text)
 TEST(serializer_reuse_test, a_message_is_written_the_same_after_any_other_message)
 {
     const auto messages = make_odd_messages();
-    for (const message_ptr& message : messages) {
+    for (const message_ptr_t& message : messages) {
         const std::wstring expected = write_first(message);
-        for (const message_ptr& before : messages) {
+        for (const message_ptr_t& before : messages) {
             serializer::message_to_xml_string(before);
             EXPECT_EQ(serializer::message_to_xml_string(message), expected);
         }

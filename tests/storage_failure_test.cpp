@@ -165,7 +165,7 @@ TEST_F(storage_failure_test, a_child_that_runs_out_of_memory_at_its_first_messag
         const pid_t child = fork();
         if (child == 0) {
             has_stopped.wait();
-            const message_ptr message = make_flagged(L"b");
+            const message_ptr_t message = make_flagged(L"b");
             try {
                 const failing_allocations_t failing(memory_t::cxx, extent_t::one, successes);
                 outcome = 0;
@@ -179,7 +179,7 @@ TEST_F(storage_failure_test, a_child_that_runs_out_of_memory_at_its_first_messag
             _exit(outcome);
         }
         storage->stop_recording();
-        has_stopped.give();
+        has_stopped.send();
         int status = 0;
         ASSERT_EQ(waitpid(child, &status, 0), child);
         outcome = WEXITSTATUS(status);

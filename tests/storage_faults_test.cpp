@@ -517,7 +517,7 @@ TEST_F(storage_faults_test, a_device_is_not_even_opened)
 TEST_F(storage_faults_test, in_a_removed_working_directory_only_absolute_paths_can_be_recorded)
 {
     std::filesystem::create_directory(m_folder.name("gone"));
-    const with_current_directory removed(m_folder.name("gone"));
+    const current_directory_scope_t removed(m_folder.name("gone"));
     std::filesystem::remove(m_folder.name("gone"));
     const auto relative = messages_storage_t::get(basekit2::path_t(L"log.xml"));
     EXPECT_FALSE(relative->start_recording());

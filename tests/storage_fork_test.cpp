@@ -45,18 +45,18 @@ protected:
             before_fork();
             if (fork() == 0) {
                 while_both_live(storage);
-                child_is_ready.give();
+                child_is_ready.send();
                 parent_has_ended.wait();
                 child(storage);
                 storage->stop_recording();
-                child_has_ended.give();
+                child_has_ended.send();
                 _exit(0);
             }
             child_is_ready.wait();
             parent(storage);
             return 0;
         });
-        parent_has_ended.give();
+        parent_has_ended.send();
         child_has_ended.wait();
     }
 
@@ -217,7 +217,7 @@ TEST_F(storage_fork_test, a_process_that_becomes_a_daemon_loses_nothing)
                                         return 1;
                                     record_many(storage, L"behind", 1000);
                                     storage->stop_recording();
-                                    has_ended.give();
+                                    has_ended.send();
                                     return 0;
                                 }),
                                 0));
@@ -228,7 +228,7 @@ TEST_F(storage_fork_test, a_process_that_becomes_a_daemon_loses_nothing)
 TEST_F(storage_fork_test, a_child_in_another_directory_records_at_the_relative_path_of_its_parent)
 {
     std::filesystem::create_directory(m_folder.name("elsewhere"));
-    const with_current_directory directory(m_folder.name("."));
+    const current_directory_scope_t directory(m_folder.name("."));
     const signal_t has_ended;
     status_of_child([&] {
         const storage_ptr storage = messages_storage_t::get(basekit2::path_t(L"log.xml"));
@@ -238,7 +238,7 @@ TEST_F(storage_fork_test, a_child_in_another_directory_records_at_the_relative_p
             EXPECT_EQ(chdir("elsewhere"), 0);
             record(storage, L"b");
             storage->stop_recording();
-            has_ended.give();
+            has_ended.send();
             _exit(0);
         }
         return 0;
@@ -304,9 +304,9 @@ TEST_F(storage_fork_test, a_child_that_stops_waits_for_the_end_of_its_parent)
         record(storage, L"a");
         if (fork() == 0) {
             record(storage, L"b");
-            child_stops.give();
+            child_stops.send();
             storage->stop_recording();
-            child_has_ended.give();
+            child_has_ended.send();
             _exit(0);
         }
         child_stops.wait();
@@ -473,7 +473,7 @@ TEST_F(storage_fork_test, a_process_created_without_the_fork_handlers_writes_not
         _exit(0);
     }
     EXPECT_TRUE(storage->stop_recording());
-    is_closed.give();
+    is_closed.send();
     EXPECT_EQ(waitpid(child, nullptr, 0), child);
     EXPECT_EQ(types_in(), numbered_types(L"parent", 300));
 }
@@ -502,7 +502,7 @@ TEST_F(storage_fork_test, a_message_handler_may_fork_during_a_replay)
     struct forking_handler_t : base_handler_t
     {
         using base_handler_t::on_message;
-        bool on_message(boost::shared_ptr<velmo_ex_t> /*ex*/, message_ptr /*msg*/) override
+        bool on_message(boost::shared_ptr<velmo_ex_t> /*ex*/, message_ptr_t /*msg*/) override
         {
             EXPECT_TRUE(has_exited_with(status_of_child([] { return 0; }), 0));
             return true;
@@ -526,7 +526,7 @@ TEST_F(storage_fork_test,
     EXPECT_TRUE(was_killed(status_of_child([&] {
         storage->start_recording();
         if (fork() == 0) {
-            is_forked.give();
+            is_forked.send();
             may_end.wait();
             _exit(0);
         }
@@ -534,7 +534,7 @@ TEST_F(storage_fork_test,
         return raise(SIGKILL);
     })));
     is_free = storage->start_recording();
-    may_end.give();
+    may_end.send();
     EXPECT_TRUE(is_free);
 }
 
@@ -566,7 +566,7 @@ TEST_F(storage_fork_test, a_child_whose_start_is_refused_does_not_retry_at_each_
     storage->stop_recording();
     record_all(L"c");
     m_folder.write("log.xml.tmp", foreign_log({"d"}));
-    is_refused.give();
+    is_refused.send();
     int status = -1;
     EXPECT_EQ(waitpid(child, &status, 0), child);
     EXPECT_TRUE(has_exited_with(status, 0));
@@ -579,7 +579,7 @@ TEST_F(storage_fork_test, a_fork_writes_all_messages_while_another_thread_uses_t
     const storage_ptr storage = get();
     ASSERT_TRUE(storage->start_recording());
     std::atomic<bool> is_over{false};
-    const message_ptr unflagged = make_flagged(L"dropped", 0);
+    const message_ptr_t unflagged = make_flagged(L"dropped", 0);
     std::thread other = repeat_until(is_over, [&] { storage->on_message(nullptr, unflagged); });
     for (int i = 0; i < 200; ++i) {
         record(storage, std::to_wstring(i));
@@ -675,7 +675,7 @@ TEST_F(storage_fork_test, a_fork_does_not_wait_for_a_long_start_and_its_child_ke
         if (fork() == 0) {
             record(get(), L"child");
             get()->stop_recording();
-            is_usable.give();
+            is_usable.send();
             may_end.wait();
             _exit(0);
         }
@@ -683,7 +683,7 @@ TEST_F(storage_fork_test, a_fork_does_not_wait_for_a_long_start_and_its_child_ke
         return raise(SIGKILL);
     })));
     EXPECT_TRUE(get()->start_recording());
-    may_end.give();
+    may_end.send();
 }
 
 TEST_F(storage_fork_test, a_fork_does_not_change_errno)

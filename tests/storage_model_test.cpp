@@ -115,7 +115,7 @@ private:
         add_to_history("process through " + start.spelling + ", last call " +
                        std::to_string(recorder.last_call) + ", status " + std::to_string(status) +
                        "\n" + text_of(recorder.first) + " " + text_of(recorder.second));
-        if (has_exited_with(status, is_refused))
+        if (has_exited_with(status, refused_exit_code))
             return expect_refused(start);
         EXPECT_TRUE(was_killed(status) || has_exited_with(status, 0));
         expect_recorded(start, recorder.all(), m_certain.get());
@@ -136,7 +136,7 @@ private:
                        std::to_string(daemon.last_call) + ", status " + std::to_string(status) +
                        "\n" + text_of(daemon.before_fork) + " " + text_of(daemon.after_fork) + " " +
                        text_of(daemon.of_children()));
-        if (has_exited_with(status, is_refused))
+        if (has_exited_with(status, refused_exit_code))
             return expect_refused(start);
         EXPECT_TRUE(start.can_succeed);
         m_copies.erase(start.copy_name);
@@ -214,7 +214,7 @@ private:
     {
         if (m_random.one_in(3))
             m_log = new_types();
-        const std::size_t form = m_random.below(foreign_forms);
+        const std::size_t form = m_random.below(foreign_form_count);
         add_to_history("foreign log " + std::to_string(form) + "\n" + text_of(m_log));
         m_folder.write("log.xml", foreign_log(m_log, form));
     }

@@ -40,9 +40,9 @@ inline std::string foreign_log(const std::vector<std::string>& types)
     return log + "</log>";
 }
 
-inline message_ptr make_flagged(const std::wstring& type, int flags = 1)
+inline message_ptr_t make_flagged(const std::wstring& type, int flags = 1)
 {
-    const message_ptr message = make_message(type, message_t::info);
+    const message_ptr_t message = make_message(type, message_t::info);
     message->set_flags(flags);
     return message;
 }
@@ -94,7 +94,7 @@ protected:
         storage->replay(ex);
         storage->stop_reading();
         std::wstring types;
-        for (const message_ptr& message : handler->messages())
+        for (const message_ptr_t& message : handler->messages())
             types += message->get_type() + L";";
         return types;
     }

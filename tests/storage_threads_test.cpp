@@ -28,7 +28,7 @@ public:
     explicit action_handler_t(std::function<void()> action) : m_action(std::move(action)) {}
 
     using base_handler_t::on_message;
-    bool on_message(boost::shared_ptr<velmo_ex_t> /*ex*/, message_ptr /*msg*/) override
+    bool on_message(boost::shared_ptr<velmo_ex_t> /*ex*/, message_ptr_t /*msg*/) override
     {
         m_action();
         return false;
@@ -130,7 +130,7 @@ TEST_F(storage_threads_test, each_operation_of_a_storage_waits_for_the_end_of_it
         [](messages_storage_t& storage) { storage.stop_reading(); },
         [](messages_storage_t& storage) { storage.replay(make_ex()); },
         [](messages_storage_t& storage) {
-            storage.on_message(nullptr, message_ptr());
+            storage.on_message(nullptr, message_ptr_t());
         }};
     record_all(L"a");
     for (const auto& operation : operations) {

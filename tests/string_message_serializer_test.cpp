@@ -15,19 +15,19 @@ namespace
 
 const wchar_t* const declaration = L"<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
 
-std::wstring encode(const message_ptr& message)
+std::wstring encode(const message_ptr_t& message)
 {
     return string_message_serializer_t::message_to_xml_string(message);
 }
 
-message_ptr decode(const std::wstring& text)
+message_ptr_t decode(const std::wstring& text)
 {
     return string_message_serializer_t::xml_string_to_message(text);
 }
 
 message_t::message_content_t encode_and_decode(const message_t::message_content_t& content)
 {
-    const message_ptr message = decode(encode(make_message(content)));
+    const message_ptr_t message = decode(encode(make_message(content)));
     if (message)
         return message->get_content();
     ADD_FAILURE() << "the document cannot be read";
@@ -95,7 +95,7 @@ TEST(string_message_serializer_test, a_decoded_message_has_all_fields_but_the_fl
     sent->set_type(L"]]>");
     sent->set_severity(message_t::critical);
     sent->set_flags(3);
-    const message_ptr read = decode(encode(sent));
+    const message_ptr_t read = decode(encode(sent));
     ASSERT_TRUE(read);
     EXPECT_TRUE(read->equal_to(sent));
     EXPECT_EQ(read->get_content().args, sent->get_content().args);
@@ -113,7 +113,7 @@ TEST(string_message_serializer_test, an_argument_with_an_empty_name_is_decoded_w
 
 TEST(string_message_serializer_test, a_timestamp_element_survives_both_ways)
 {
-    const message_ptr message = decode(L"<msg><timestamp>2026</timestamp><type>t</type></msg>");
+    const message_ptr_t message = decode(L"<msg><timestamp>2026</timestamp><type>t</type></msg>");
     ASSERT_TRUE(message);
     EXPECT_EQ(encode_and_decode(message->get_content()).elements,
               (string_map_t{{L"timestamp", L"2026"}}));
@@ -130,7 +130,7 @@ TEST(string_message_serializer_test, severities_are_read_by_the_table)
                  {L" ERROR", message_t::none},
                  {L"", message_t::none}};
     for (const auto& c : cases) {
-        const message_ptr message =
+        const message_ptr_t message =
             decode(std::wstring(L"<msg><severity>") + c.text + L"</severity></msg>");
         ASSERT_TRUE(message) << testing::PrintToString(std::wstring(c.text));
         EXPECT_EQ(message->get_severity(), c.severity);
@@ -168,7 +168,7 @@ TEST(string_message_serializer_test, markup_before_and_after_the_message_is_igno
          {L"<msg><type>t</type></msg>", L"<!-- c --><?pi x?>\n<msg><type>t</type></msg>",
           L"<?xml version='1.0'?><!DOCTYPE msg><msg><type>t</type></msg><!-- c -->\n",
           L"<?xml version='1.0' encoding='UTF-8' standalone='yes'?><msg><type>t</type></msg>"}) {
-        const message_ptr message = decode(text);
+        const message_ptr_t message = decode(text);
         ASSERT_TRUE(message) << testing::PrintToString(text);
         EXPECT_EQ(message->get_type(), L"t");
     }
@@ -211,7 +211,7 @@ TEST(string_message_serializer_test, nothing_is_printed_for_any_document)
 
 TEST(string_message_serializer_test, namespaces_are_read_as_libxml2_reports_them)
 {
-    const message_ptr message =
+    const message_ptr_t message =
         decode(L"<p:msg xmlns:p='u' p:a='1' q:b='2' xml:id='i'><p:type>t</p:type></p:msg>");
     ASSERT_TRUE(message);
     EXPECT_EQ(message->get_type(), L"t");
@@ -229,7 +229,7 @@ TEST(string_message_serializer_test, an_unwritable_character_is_replaced_in_any_
                                   L"b";
         const auto message = make_message(make_content({{L"k", bad}}, {{bad, bad}}, {{L"e", bad}}));
         message->set_type(bad);
-        const message_ptr read = decode(encode(message));
+        const message_ptr_t read = decode(encode(message));
         ASSERT_TRUE(read) << c;
         EXPECT_EQ(read->get_type(), good) << c;
         EXPECT_EQ(read->get_content().attributes, (string_map_t{{L"k", good}})) << c;
@@ -353,7 +353,7 @@ TEST(string_message_serializer_test, a_foreign_document_of_1200_attributes_is_re
     std::wstring text = L"<msg";
     for (const auto& [name, value] : make_texts(L"a", 1200))
         text += L"\n\t" + name + L" = '" + value + L"'";
-    const message_ptr message = decode(text + L"><!-- c --><type>t</type></msg>");
+    const message_ptr_t message = decode(text + L"><!-- c --><type>t</type></msg>");
     ASSERT_TRUE(message);
     EXPECT_TRUE(message->get_content().attributes == make_texts(L"a", 1200));
 }
@@ -376,7 +376,7 @@ TEST(string_message_serializer_test, any_number_of_names_is_written_and_read)
 TEST(string_message_serializer_test, a_written_text_of_any_length_is_read)
 {
     const std::wstring text(10000001, L'x');
-    const message_ptr message = decode(encode(make_message(text)));
+    const message_ptr_t message = decode(encode(make_message(text)));
     ASSERT_TRUE(message);
     EXPECT_TRUE(message->get_type() == text);
 }
@@ -436,7 +436,7 @@ TEST(string_message_serializer_test, very_many_foreign_attributes_are_read_or_re
     for (int i = 0; i < 100000; ++i)
         attributes += L" a" + std::to_wstring(i) + (i % 2 == 0 ? L"='>'" : L" =\n\"/>\"");
     const usage_t usage;
-    const message_ptr own = decode(L"<msg" + attributes + L"><type>t</type></msg>");
+    const message_ptr_t own = decode(L"<msg" + attributes + L"><type>t</type></msg>");
     ASSERT_TRUE(own);
     EXPECT_EQ(own->get_content().attributes.size(), 100000U);
     EXPECT_FALSE(decode(L"<msg" + attributes + L"><!-- c --><type>t</type></msg>"));
@@ -447,7 +447,7 @@ TEST(string_message_serializer_test, very_many_foreign_attributes_are_read_or_re
 TEST(string_message_serializer_test, many_quotes_outside_of_tags_are_kept)
 {
     const std::wstring quotes = repeat(L" a='\"'", 10000);
-    const message_ptr message = decode(L"<!--" + quotes + L"--><msg><arg name='b'>" + quotes +
+    const message_ptr_t message = decode(L"<!--" + quotes + L"--><msg><arg name='b'>" + quotes +
                                        L"</arg><c><![CDATA[" + quotes + L"]]></c><?p " + quotes +
                                        L"?><d e=\"" + quotes.substr(0, 3) + L"\"/></msg>");
     ASSERT_TRUE(message);
@@ -458,7 +458,7 @@ TEST(string_message_serializer_test, many_quotes_outside_of_tags_are_kept)
 TEST(string_message_serializer_test, many_quotes_after_malformed_tags_are_kept)
 {
     const std::wstring code = L"if a <b then {" + repeat(L"\"key\":\"value\", ", 5000) + L"}";
-    const message_ptr message =
+    const message_ptr_t message =
         decode(L"<!-- <a it's " + repeat(L"\"x\" ", 5000) + L"--><msg><arg name='b'><![CDATA[" +
                code + L"]]></arg></msg>");
     ASSERT_TRUE(message);
@@ -472,7 +472,7 @@ TEST(string_message_serializer_test,
     for (int i = 0; i < 1500; ++i)
         tag += L" k" + std::to_wstring(i) + L"='v'";
     for (const std::wstring& text : {tag, tag + L"/>", tag + L">"}) {
-        const message_ptr message =
+        const message_ptr_t message =
             decode(L"<!--" + text + L"--><?p " + text + L"?><msg><arg name='a'><![CDATA[" + text +
                    L"]]></arg><!--" + text + L"--><?p " + text + L"?><arg name='b'>1<!--" + text +
                    L"-->2<?p " + text + L"?>3</arg></msg>");
@@ -491,7 +491,7 @@ TEST(string_message_serializer_test, percent_signs_and_brackets_in_a_text_are_te
         for (const wchar_t* const type :
              {L"", L"<!DOCTYPE msg>", L"<!DOCTYPE msg [<!ENTITY e 'x'>]>",
               L"<!DOCTYPE msg SYSTEM 'x'>"}) {
-            const message_ptr message =
+            const message_ptr_t message =
                 decode(type + (L"<msg><type>" + written) + L"</type></msg>");
             ASSERT_TRUE(message) << testing::PrintToString(type + written);
             EXPECT_EQ(message->get_type(), text);
@@ -537,7 +537,7 @@ TEST(string_message_serializer_test, a_document_type_of_70000_bytes_is_read)
     for (const std::wstring& content :
          {L"<!-- " + text + L" -->", L"<?p " + text + L"?>", L"<!ENTITY e '" + text + L"'>",
           repeat(L"<!ELEMENT e ANY>\n", 4200)}) {
-        const message_ptr message =
+        const message_ptr_t message =
             decode(L"<!DOCTYPE msg [" + content + L"]><msg><type>t</type></msg>");
         ASSERT_TRUE(message) << testing::PrintToString(content.substr(0, 30));
         EXPECT_EQ(message->get_type(), L"t");
@@ -551,7 +551,7 @@ TEST(string_message_serializer_test, text_that_looks_like_the_end_of_a_document_
          {L"<!-- ]><!DOCTYPE --><?p ]>?><!DOCTYPE msg [<!-- ]> --><?p ]>?><!ENTITY e ']>'>"
           L"<!ENTITY f ''>]>",
           L"<!DOCTYPE msg []>"}) {
-        const message_ptr message =
+        const message_ptr_t message =
             decode(type + (L"<msg><type>" + text) + L"]>" + text + L"</type></msg>");
         ASSERT_TRUE(message);
         EXPECT_TRUE(message->get_type() == text + L"]>" + text);
@@ -587,7 +587,7 @@ TEST(string_message_serializer_test, long_texts_full_of_brackets_take_linear_tim
 {
     const std::wstring text(9900000, L'>');
     const usage_t usage;
-    const message_ptr message =
+    const message_ptr_t message =
         decode(L"<!-- " + text + L"--><msg a='" + text + L"'><?p " + text + L"?><arg name='b'>" +
                text + L"</arg><arg name='c'><![CDATA[" + text + L"]]></arg></msg>");
     ASSERT_TRUE(message);
@@ -624,7 +624,7 @@ TEST(string_message_serializer_test, an_entity_may_contain_elements_of_a_namespa
 {
     const std::wstring entity = L"<!DOCTYPE msg [<!ENTITY e '<b>x</b>y<p:c/>'>]>";
     for (const wchar_t* const declared : {L"xmlns='u'", L"xmlns:p='u'"}) {
-        const message_ptr message =
+        const message_ptr_t message =
             decode(entity + L"<msg " + declared + L"><arg name='a'>&e;</arg></msg>");
         ASSERT_TRUE(message);
         EXPECT_EQ(message->get_content().args, (string_map_t{{L"a", L"xy"}}));
@@ -633,7 +633,7 @@ TEST(string_message_serializer_test, an_entity_may_contain_elements_of_a_namespa
 
 TEST(string_message_serializer_test, an_entity_is_resolved)
 {
-    const message_ptr message = decode(in_type(L"<!ENTITY e 'x&amp;y'>", L"1&e;2"));
+    const message_ptr_t message = decode(in_type(L"<!ENTITY e 'x&amp;y'>", L"1&e;2"));
     ASSERT_TRUE(message);
     EXPECT_EQ(message->get_type(), L"1x&y2");
 }
@@ -685,7 +685,7 @@ TEST(string_message_serializer_test, entities_that_refer_to_each_other_give_null
 TEST(string_message_serializer_test, a_declared_default_names_an_argument)
 {
     const auto read = [](const std::wstring& list) {
-        const message_ptr message = decode(L"<!DOCTYPE msg [" + list +
+        const message_ptr_t message = decode(L"<!DOCTYPE msg [" + list +
                                            L"]><msg><arg>1</arg><arg name='n'>2</arg>"
                                            L"<arg name=''>3</arg></msg>");
         return message ? message->get_content().args : string_map_t();
@@ -701,7 +701,7 @@ TEST(string_message_serializer_test, a_declared_default_names_an_argument)
 
 TEST(string_message_serializer_test, a_declared_default_is_not_an_attribute_of_a_message)
 {
-    const message_ptr message =
+    const message_ptr_t message =
         decode(L"<!DOCTYPE msg [<!ATTLIST msg a CDATA 'd'>]><msg b='1'><type>t</type></msg>");
     ASSERT_TRUE(message);
     EXPECT_EQ(message->get_content().attributes, (string_map_t{{L"b", L"1"}}));
@@ -716,7 +716,7 @@ TEST(string_message_serializer_test, declared_defaults_beside_a_long_text_are_re
     for (const auto& [list, size] : std::map<std::wstring, std::size_t>{
              {L"<!ATTLIST arg a CDATA 'd'>", 1000000}, {ten_defaults + L">", 100000}}) {
         const std::wstring text(size, L'x');
-        const message_ptr message =
+        const message_ptr_t message =
             decode(L"<!DOCTYPE msg [" + list + L"]><msg><arg>" + text + L"</arg></msg>");
         ASSERT_TRUE(message) << size;
         EXPECT_TRUE((message->get_content().args == string_map_t{{L"arg1", text}})) << size;
@@ -727,7 +727,7 @@ TEST(string_message_serializer_test, declared_defaults_beside_a_long_text_are_re
 TEST(string_message_serializer_test, a_namespace_on_each_of_12000_children_is_read)
 {
     const usage_t usage;
-    const message_ptr message =
+    const message_ptr_t message =
         decode(L"<msg>" + repeat(L"<arg xmlns='u'>x</arg>", 12000) + L"</msg>");
     ASSERT_TRUE(message);
     EXPECT_EQ(message->get_content().args.size(), 12000U);
@@ -788,7 +788,7 @@ TEST(string_message_serializer_test, entities_may_add_ten_million_bytes_to_a_mes
 
 TEST(string_message_serializer_test, the_first_of_two_attributes_of_one_local_name_stays)
 {
-    const message_ptr message = decode(L"<msg xmlns:p='u' xmlns:q='v' p:a='1' a='2' q:a='3'/>");
+    const message_ptr_t message = decode(L"<msg xmlns:p='u' xmlns:q='v' p:a='1' a='2' q:a='3'/>");
     ASSERT_TRUE(message);
     EXPECT_EQ(message->get_content().attributes, (string_map_t{{L"a", L"1"}}));
 }
@@ -805,7 +805,7 @@ TEST(string_message_serializer_test, no_file_that_the_text_names_is_opened)
           L"<!DOCTYPE msg PUBLIC 'p' '" + dtd + L"'><msg><type>a&e;b</type></msg>",
           in_type(L"<!ENTITY e SYSTEM '" + file + L"'>", L"a&e;b"),
           in_type(L"<!ENTITY e SYSTEM 'file://" + file + L"'>", L"a&e;b")}) {
-        const message_ptr message = decode(text);
+        const message_ptr_t message = decode(text);
         ASSERT_TRUE(message) << testing::PrintToString(text);
         EXPECT_EQ(message->get_type(), L"ab");
     }
@@ -819,7 +819,7 @@ TEST(string_message_serializer_test, two_hundred_levels_are_read_and_a_hundred_t
         return L"<msg><type>" + repeat(L"<a>", levels) + L"x" + repeat(L"</a>", levels) +
                L"</type></msg>";
     };
-    const message_ptr message = decode(nested(200));
+    const message_ptr_t message = decode(nested(200));
     ASSERT_TRUE(message);
     EXPECT_EQ(message->get_type(), L"x");
     EXPECT_FALSE(decode(nested(100000)));
@@ -838,7 +838,7 @@ TEST(string_message_serializer_test, the_declared_encoding_is_ignored)
                 const std::wstring beginning =
                     mark + (L"<?xml version=\"1.0\" encoding=" + (quote + wide(encoding) + quote)) +
                     L"?>\n";
-                const message_ptr message =
+                const message_ptr_t message =
                     decode(beginning + L"<msg a='\xE9'><type>\xE9\x4E2D+AOk-\x5C</type></msg>");
                 ASSERT_TRUE(message) << encoding;
                 EXPECT_EQ(message->get_type(), L"\xE9\x4E2D+AOk-\x5C") << encoding;
@@ -851,7 +851,7 @@ TEST(string_message_serializer_test, the_declared_encoding_of_a_long_document_is
 {
     const std::wstring text(100000, L'\xE9');
     for (const char* const encoding : {"ISO-8859-1", "windows-1252", "GBK", "UTF-7", "x-unknown"}) {
-        const message_ptr message = decode(L"<?xml version='1.0' encoding='" + wide(encoding) +
+        const message_ptr_t message = decode(L"<?xml version='1.0' encoding='" + wide(encoding) +
                                            L"'?><msg><type>" + text + L"</type></msg>");
         ASSERT_TRUE(message) << encoding;
         EXPECT_TRUE(message->get_type() == text) << encoding;

@@ -24,7 +24,7 @@ class exclusive_handler_t : public base_handler_t
 {
 public:
     using base_handler_t::on_message;
-    bool on_message(boost::shared_ptr<velmo_ex_t> ex, message_ptr msg) override
+    bool on_message(boost::shared_ptr<velmo_ex_t> ex, message_ptr_t msg) override
     {
         EXPECT_EQ(++m_active_calls, 1);
         EXPECT_TRUE(ex);
@@ -50,7 +50,7 @@ TEST(threads_test, all_threads_may_create_use_and_release_objects_of_few_ids)
     std::atomic<long> delivered{0};
     run_threads(thread_count, [&](int thread) {
         std::minstd_rand random(static_cast<unsigned>(thread) + 1);
-        const message_ptr message = make_message(L"t", message_t::info);
+        const message_ptr_t message = make_message(L"t", message_t::info);
         while (std::chrono::steady_clock::now() < end) {
             const std::wstring id = base + std::to_wstring(random() % 4);
             const boost::shared_ptr<velmo_ex_t> ex = velmo_ex_t::get(id, L"p");
@@ -121,7 +121,7 @@ TEST(threads_test, the_first_use_in_a_process_may_come_from_all_threads_at_once)
 {
     testing::FLAGS_gtest_death_test_style = "threadsafe";
     const auto use = [] {
-        const message_ptr message = make_message(L"t");
+        const message_ptr_t message = make_message(L"t");
         run_threads(thread_count, [&](int) {
             string_message_serializer_t::xml_string_to_message(
                 string_message_serializer_t::message_to_xml_string(message));
@@ -133,7 +133,7 @@ TEST(threads_test, the_first_use_in_a_process_may_come_from_all_threads_at_once)
 
 TEST(threads_test, one_message_is_encoded_by_all_threads_at_once)
 {
-    const message_ptr message = make_message(make_content({{L"tool", L"x"}}, {{L"\xE9", L"&"}}));
+    const message_ptr_t message = make_message(make_content({{L"tool", L"x"}}, {{L"\xE9", L"&"}}));
     const std::wstring text = string_message_serializer_t::message_to_xml_string(message);
     run_threads(thread_count, [&](int) {
         for (int i = 0; i < 500; ++i) {

@@ -49,7 +49,7 @@ protected:
         static_cast<velmo2::IMessenger&>(adapter).say(severity, text.c_str());
     }
 
-    static message_ptr make_full_message()
+    static message_ptr_t make_full_message()
     {
         const auto message = make_message(
             make_content({{L"tool", L"audit"}}, {{L"path", L"a <b> & c"}}, {{L"note", L"\x4E00"}}));
@@ -71,10 +71,10 @@ TEST_F(velmo_adapter_test, a_message_arrives_over_the_channel_as_it_was_sent)
     host_messenger_t host(&m_receiver);
     velmo_adapter_t sender;
     sender.set_output_velmo(&host);
-    const message_ptr sent = make_full_message();
+    const message_ptr_t sent = make_full_message();
     sender.send_to_velmo(sent);
     ASSERT_EQ(m_handler->messages().size(), 1U);
-    const message_ptr arrived = m_handler->messages().front();
+    const message_ptr_t arrived = m_handler->messages().front();
     EXPECT_TRUE(arrived->equal_to(sent));
     EXPECT_EQ(arrived->get_content().args, sent->get_content().args);
     EXPECT_EQ(arrived->get_content().attributes, sent->get_content().attributes);
@@ -98,7 +98,7 @@ TEST_F(velmo_adapter_test, the_hosts_severity_has_no_effect)
     for (const auto severity : {velmo2::debug, velmo2::info, velmo2::warning, velmo2::error})
         say(m_receiver, text, severity);
     ASSERT_EQ(m_handler->messages().size(), 4U);
-    for (const message_ptr& message : m_handler->messages())
+    for (const message_ptr_t& message : m_handler->messages())
         EXPECT_EQ(message->get_severity(), message_t::critical);
 }
 
@@ -125,7 +125,7 @@ TEST_F(velmo_adapter_test, a_text_without_a_message_arrives_as_null)
 {
     for (const wchar_t* text : {L"plain text", L"", L"<log><msg><type>t</type></msg></log>"})
         say(m_receiver, text);
-    EXPECT_EQ(m_handler->messages(), std::vector<message_ptr>(3));
+    EXPECT_EQ(m_handler->messages(), std::vector<message_ptr_t>(3));
 }
 
 TEST_F(velmo_adapter_test, the_encoded_text_is_the_text_that_is_sent)
@@ -133,7 +133,7 @@ TEST_F(velmo_adapter_test, the_encoded_text_is_the_text_that_is_sent)
     host_messenger_t host;
     velmo_adapter_t sender;
     sender.set_output_velmo(&host);
-    const message_ptr message = make_full_message();
+    const message_ptr_t message = make_full_message();
     sender.send_to_velmo(message);
     EXPECT_EQ(host.texts(), std::vector<std::wstring>{sender.encode_to_velmo(message)});
     EXPECT_EQ(host.texts().front(), string_message_serializer_t::message_to_xml_string(message));
@@ -218,7 +218,7 @@ TEST_F(velmo_adapter_test, a_handler_may_reset_the_output_and_so_release_the_ext
     {
         explicit closing_handler_t(velmo_adapter_t& adapter) : m_adapter(adapter) {}
         using base_handler_t::on_message;
-        bool on_message(boost::shared_ptr<velmo_ex_t> ex, message_ptr /*msg*/) override
+        bool on_message(boost::shared_ptr<velmo_ex_t> ex, message_ptr_t /*msg*/) override
         {
             m_adapter.set_output_velmoext(boost::shared_ptr<velmo_ex_t>());
             return !ex;
@@ -238,7 +238,7 @@ TEST_F(velmo_adapter_test, an_exception_of_a_handler_propagates_and_the_next_mes
     struct throwing_handler_t : base_handler_t
     {
         using base_handler_t::on_message;
-        bool on_message(boost::shared_ptr<velmo_ex_t> /*ex*/, message_ptr /*msg*/) override
+        bool on_message(boost::shared_ptr<velmo_ex_t> /*ex*/, message_ptr_t /*msg*/) override
         {
             throw 1;
         }

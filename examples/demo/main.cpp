@@ -12,7 +12,7 @@
 #include "quoted.h"
 #include "readable_line.h"
 #include "reporter.h"
-#include "tally.h"
+#include "counting_handler.h"
 #include "terminal_progress.h"
 #include "tree_walker.h"
 
@@ -160,12 +160,12 @@ int host_t::replay()
     const auto log = open_log(m_options.replayed_log);
     if (!log->start_reading())
         return reject_path(m_options.replayed_log, unreadable);
-    const auto tally = boost::make_shared<tally_t>();
-    m_consumer.ex()->push_handler(tally);
+    const auto counter = boost::make_shared<counting_handler_t>();
+    m_consumer.ex()->push_handler(counter);
     // A replay also succeeds for some texts that are not logs, but delivers nothing.
-    if (!log->replay(m_consumer.ex()) || tally->count() == 0)
+    if (!log->replay(m_consumer.ex()) || counter->count() == 0)
         return reject_path(m_options.replayed_log, without_message);
-    return end(complete, tally->count(), "were replayed");
+    return end(complete, counter->count(), "were replayed");
 }
 
 void host_t::show(const std::string& line)

@@ -19,7 +19,7 @@ namespace
 
 using velmoext_1_4_8::message_t;
 
-typedef boost::shared_ptr<message_t> message_ptr;
+typedef boost::shared_ptr<message_t> message_ptr_t;
 typedef std::unique_ptr<xmlTextReader, decltype(&xmlFreeTextReader)> reader_t;
 typedef std::unique_ptr<xmlParserCtxt, decltype(&xmlFreeParserCtxt)> parser_t;
 
@@ -84,7 +84,7 @@ void remove_comments_and_instructions_of_entities(const xmlDoc* document)
             remove_comments_and_instructions(reinterpret_cast<xmlEntity*>(node));
 }
 
-message_ptr read_element(const xmlNode* node)
+message_ptr_t read_element(const xmlNode* node)
 {
     remove_comments_and_instructions_of_entities(node->doc);
     const auto message = boost::make_shared<message_t>();
@@ -210,13 +210,13 @@ public:
     }
 
     // Returns null after any fault.
-    message_ptr message() const
+    message_ptr_t message() const
     {
         if (m_parser->wellFormed == 0)
-            return message_ptr();
+            return message_ptr_t();
         const xmlNode* const root = xmlDocGetRootElement(m_parser->myDoc);
         const bool is_readable = is_message(root) && expansion_t::is_within_limit(root);
-        return is_readable ? read_element(root) : message_ptr();
+        return is_readable ? read_element(root) : message_ptr_t();
     }
 
 private:

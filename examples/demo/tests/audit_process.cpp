@@ -72,7 +72,7 @@ audit_process_t::audit_process_t(const std::vector<std::string>& arguments, cons
     : m_out(std::tmpfile()), m_err(std::tmpfile()), m_id(::fork())
 {
     if (m_id == 0)
-        become(arguments, launch);
+        exec(arguments, launch);
 }
 
 audit_process_t::~audit_process_t()
@@ -109,7 +109,7 @@ result_t audit_process_t::finish()
     return {exit_code, contents(m_out.get()), contents(m_err.get())};
 }
 
-void audit_process_t::become(std::vector<std::string> arguments, const launch_t& launch)
+void audit_process_t::exec(std::vector<std::string> arguments, const launch_t& launch)
 {
     if (launch.is_plain)
         arguments.insert(arguments.begin(), "--plain");
@@ -124,7 +124,7 @@ void audit_process_t::become(std::vector<std::string> arguments, const launch_t&
     const bool is_ready =
         redirect(launch.out) && set_language(launch.language) &&
         (launch.is_privileged || drop_privileges()) &&
-        (launch.most_descriptors == 0 || limit_descriptors(launch.most_descriptors));
+        (launch.max_descriptors == 0 || limit_descriptors(launch.max_descriptors));
     if (is_ready)
         ::execv(AUDIT_PROGRAM, words.data());
     ::_exit(could_not_start);

@@ -225,7 +225,7 @@ TEST_F(findings_test, a_tree_of_3000_levels_is_walked_with_few_descriptors)
 {
     m_tree.make_depth(3000);
     launch_t launch;
-    launch.most_descriptors = 64;
+    launch.max_descriptors = 64;
     const lines_t lines = walk({"--severity", "info"}, launch);
     ASSERT_EQ(lines.size(), 2U);
     std::string bottom = m_tree.path();
