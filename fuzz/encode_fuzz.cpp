@@ -66,7 +66,7 @@ void add_field(message_t& message, message_t::message_content_t& content, char k
     }
 }
 
-message_ptr make_message(const std::string& fields)
+message_ptr_t make_message(const std::string& fields)
 {
     auto message = boost::make_shared<message_t>();
     message_t::message_content_t content;
@@ -77,12 +77,12 @@ message_ptr make_message(const std::string& fields)
     return message;
 }
 
-void require_document(const message_ptr& message)
+void require_document(const message_ptr_t& message)
 {
     const std::wstring written = string_message_serializer_t::message_to_xml_string(message);
     require_equal(utf16_to_utf8(written), written_document(*message),
                   "a document is written as libxml2 writes it");
-    const message_ptr read = string_message_serializer_t::xml_string_to_message(written);
+    const message_ptr_t read = string_message_serializer_t::xml_string_to_message(written);
     require_equal(document_oracle_t(written).difference(read), "",
                   "a written document is read as libxml2 reads it");
     require(read != nullptr, "a written document can be read");
@@ -90,7 +90,7 @@ void require_document(const message_ptr& message)
 }
 
 // The caller writes the line break after the root's start tag.
-void require_log(const message_ptr& message)
+void require_log(const message_ptr_t& message)
 {
     const std::unique_ptr<xmlBuffer, decltype(&xmlBufferFree)> buffer(xmlBufferCreate(),
                                                                       xmlBufferFree);
@@ -114,7 +114,7 @@ void require_log(const message_ptr& message)
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     forbid_xml_output();
-    const message_ptr message = make_message(std::string(data, data + size));
+    const message_ptr_t message = make_message(std::string(data, data + size));
     require_document(message);
     require_log(message);
     return 0;

@@ -43,7 +43,7 @@ public:
     std::string take()
     {
         std::string text = std::exchange(m_at_delivery, std::string()) + "afterwards\n";
-        for (const message_ptr& message : m_messages)
+        for (const message_ptr_t& message : m_messages)
             text += fields_of(message);
         m_messages.clear();
         return text;
@@ -51,7 +51,7 @@ public:
 
 private:
     std::string m_at_delivery;
-    std::vector<message_ptr> m_messages;
+    std::vector<message_ptr_t> m_messages;
 };
 
 // Returns a folder in memory, unless TMPDIR names another: a disk is slow.

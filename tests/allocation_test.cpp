@@ -88,7 +88,7 @@ message_ptr_t make_full_message(const std::wstring& word, int number)
     for (int i = 0; i < number; ++i)
         texts[word + L" that is too long for its string object " + std::to_wstring(i)] = word;
     const message_ptr_t message = make_message(word + L" that is too long for its string object",
-                                             static_cast<message_t::severity_t>(number));
+                                               static_cast<message_t::severity_t>(number));
     message_t::message_content_t content = make_content(texts, texts, texts);
     content.next_arg_number = number;
     message->set_content(content);

@@ -180,8 +180,8 @@ TEST(element_composer_test, a_text_of_any_size_is_written)
 {
     const std::size_t size = 10100000;
     const std::size_t name_size = 60000;
-    const message_ptr_t message = make_message(make_content({{L"a", std::wstring(size, L'v')}}, {},
-                                                          {{std::wstring(name_size, L'e'), L"x"}}));
+    const message_ptr_t message = make_message(make_content(
+        {{L"a", std::wstring(size, L'v')}}, {}, {{std::wstring(name_size, L'e'), L"x"}}));
     EXPECT_TRUE(compose_document(*message) ==
                 L"<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<msg a=\"" +
                     std::wstring(size, L'v') + L"\">\n <" + std::wstring(name_size, L'e') +

@@ -37,7 +37,7 @@ public:
     }
 
     std::vector<message_ptr_t> log_carry_over_and_replay(const message_ptr_t& message,
-                                                       int times = 1) const
+                                                         int times = 1) const
     {
         record(boost::make_shared<message_t>(*message));
         for (; times > 0; --times)
@@ -172,7 +172,7 @@ message_ptr_t with_severity(const std::wstring& type, int severity)
 }
 
 message_ptr_t with_severity_and_element(int severity, const std::wstring& name,
-                                      const std::wstring& text)
+                                        const std::wstring& text)
 {
     const message_ptr_t message = with_element(name, text);
     message->set_severity(static_cast<message_t::severity_t>(severity));

@@ -33,14 +33,14 @@ struct dotted_numbers_t : std::numpunct<wchar_t>
 TEST(message_builder_test, a_message_has_all_that_was_set)
 {
     const message_ptr_t message = message_builder_t(L"file_large")
-                                    .severity(message_t::warning)
-                                    .source(L"audit")
-                                    .flags(3)
-                                    .arg(L"path", L"/a")
-                                    .arg(L"size", 4096)
-                                    .attribute(L"host", L"alpha")
-                                    .element(L"note", L"b")
-                                    .build();
+                                      .severity(message_t::warning)
+                                      .source(L"audit")
+                                      .flags(3)
+                                      .arg(L"path", L"/a")
+                                      .arg(L"size", 4096)
+                                      .attribute(L"host", L"alpha")
+                                      .element(L"note", L"b")
+                                      .build();
     const message_t::message_content_t content = message->get_content();
     EXPECT_EQ(message->get_type(), L"file_large");
     EXPECT_EQ(message->get_severity(), message_t::warning);

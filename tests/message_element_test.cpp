@@ -166,7 +166,7 @@ TEST(message_element_test, attributes_of_another_element_are_not_read)
 TEST(message_element_test, the_last_type_and_severity_count)
 {
     const message_ptr_t message = read("<msg><type>a</type><severity>INFO</severity>"
-                                     "<type>b</type><severity>nothing</severity></msg>");
+                                       "<type>b</type><severity>nothing</severity></msg>");
     EXPECT_EQ(message->get_type(), L"b");
     EXPECT_EQ(message->get_severity(), message_t::none);
 }
@@ -247,8 +247,8 @@ TEST(message_element_test, the_entities_of_the_document_are_resolved)
               message_ptr_t())
         << "an unknown entity is not well-formed";
     const message_ptr_t message = read("<!DOCTYPE msg [<!ENTITY e 'x<b>y</b>'><!ENTITY f '&e;&e;'>"
-                                     "<!ENTITY g 'z'>]>"
-                                     "<msg a='&g;!'><type>1&e;2&f;3</type></msg>");
+                                       "<!ENTITY g 'z'>]>"
+                                       "<msg a='&g;!'><type>1&e;2&f;3</type></msg>");
     EXPECT_EQ(message->get_type(), L"1xy2xyxy3");
     EXPECT_EQ(message->get_content().attributes, (string_map_t{{L"a", L"z!"}}));
 }

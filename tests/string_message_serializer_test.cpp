@@ -448,8 +448,8 @@ TEST(string_message_serializer_test, many_quotes_outside_of_tags_are_kept)
 {
     const std::wstring quotes = repeat(L" a='\"'", 10000);
     const message_ptr_t message = decode(L"<!--" + quotes + L"--><msg><arg name='b'>" + quotes +
-                                       L"</arg><c><![CDATA[" + quotes + L"]]></c><?p " + quotes +
-                                       L"?><d e=\"" + quotes.substr(0, 3) + L"\"/></msg>");
+                                         L"</arg><c><![CDATA[" + quotes + L"]]></c><?p " + quotes +
+                                         L"?><d e=\"" + quotes.substr(0, 3) + L"\"/></msg>");
     ASSERT_TRUE(message);
     EXPECT_TRUE(message->get_content().args == (string_map_t{{L"b", quotes}}));
     EXPECT_TRUE(message->get_content().elements == (string_map_t{{L"c", quotes}, {L"d", L""}}));
@@ -686,8 +686,8 @@ TEST(string_message_serializer_test, a_declared_default_names_an_argument)
 {
     const auto read = [](const std::wstring& list) {
         const message_ptr_t message = decode(L"<!DOCTYPE msg [" + list +
-                                           L"]><msg><arg>1</arg><arg name='n'>2</arg>"
-                                           L"<arg name=''>3</arg></msg>");
+                                             L"]><msg><arg>1</arg><arg name='n'>2</arg>"
+                                             L"<arg name=''>3</arg></msg>");
         return message ? message->get_content().args : string_map_t();
     };
     const string_map_t named = {{L"arg1", L"3"}, {L"dflt", L"1"}, {L"n", L"2"}};
@@ -852,7 +852,7 @@ TEST(string_message_serializer_test, the_declared_encoding_of_a_long_document_is
     const std::wstring text(100000, L'\xE9');
     for (const char* const encoding : {"ISO-8859-1", "windows-1252", "GBK", "UTF-7", "x-unknown"}) {
         const message_ptr_t message = decode(L"<?xml version='1.0' encoding='" + wide(encoding) +
-                                           L"'?><msg><type>" + text + L"</type></msg>");
+                                             L"'?><msg><type>" + text + L"</type></msg>");
         ASSERT_TRUE(message) << encoding;
         EXPECT_TRUE(message->get_type() == text) << encoding;
     }

@@ -1,6 +1,7 @@
 #include "catalogs.h"
 #include "channel.h"
 #include "consumer.h"
+#include "counting_handler.h"
 #include "interrupt.h"
 #include "library_names.h"
 #include "locations.h"
@@ -12,7 +13,6 @@
 #include "quoted.h"
 #include "readable_line.h"
 #include "reporter.h"
-#include "counting_handler.h"
 #include "terminal_progress.h"
 #include "tree_walker.h"
 
