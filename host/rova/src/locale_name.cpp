@@ -38,9 +38,8 @@ icu::Locale to_icu_locale(const std::string& name)
     if (modifier.find('=') != std::string::npos)
         return icu::Locale(name.c_str());
     const std::string base = name.substr(0, std::min(at, name.find('.')));
-    const auto script = modifier.empty()
-                            ? std::int32_t{UCHAR_INVALID_CODE}
-                            : u_getPropertyValueEnum(UCHAR_SCRIPT, modifier.c_str());
+    const auto script = modifier.empty() ? std::int32_t{UCHAR_INVALID_CODE}
+                                         : u_getPropertyValueEnum(UCHAR_SCRIPT, modifier.c_str());
     if (script != UCHAR_INVALID_CODE)
         return with_parts(base, uscript_getShortName(static_cast<UScriptCode>(script)), "");
     const bool is_variant = modifier.size() >= min_variant && modifier.size() <= max_variant;

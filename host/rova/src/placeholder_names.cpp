@@ -14,19 +14,32 @@ namespace i18n
 namespace
 {
 
-// A character for private use, so that the names of a pattern do not begin with it.
-constexpr char16_t name_prefix = u'\xE001';
+// The characters for private use that can begin the new names.
+constexpr char16_t min_prefix = u'\xE001';
+constexpr char16_t max_prefix = u'\xE010';
 
 bool is_blank(char16_t unit)
 {
     return u_hasBinaryProperty(unit, UCHAR_PATTERN_WHITE_SPACE) != 0;
 }
 
+/// Returns whether ICU refuses the name. A name with an apostrophe stays as it is, because it is
+/// more likely a mistake in quoting.
+bool can_be_renamed(const icu::UnicodeString& name)
+{
+    return !name.isEmpty() && name.indexOf(u'\'') < 0 &&
+           icu::MessagePattern::validateArgumentName(name) == UMSGPAT_ARG_NAME_NOT_VALID;
+}
+
 /// Copies a pattern with other names, by ICU's rules for apostrophes and braces.
 class renamer_t
 {
 public:
-    explicit renamer_t(const icu::UnicodeString& pattern) : m_pattern(pattern) {}
+    explicit renamer_t(const icu::UnicodeString& pattern) : m_pattern(pattern)
+    {
+        while (m_prefix <= max_prefix && pattern.indexOf(m_prefix) >= 0)
+            ++m_prefix;
+    }
 
     renamed_pattern_t rename()
     {
@@ -87,8 +100,7 @@ private:
     {
         const icu::UnicodeString name = read_word();
         const std::int32_t begin = m_at - name.length();
-        if (!name.isEmpty() && icu::MessagePattern::validateArgumentName(name) ==
-                                   UMSGPAT_ARG_NAME_NOT_VALID) {
+        if (m_prefix <= max_prefix && can_be_renamed(name)) {
             m_result.pattern.append(m_pattern, m_copied, begin - m_copied).append(new_name(name));
             m_copied = m_at;
         }
@@ -151,13 +163,14 @@ private:
     {
         auto& known = m_new_names[name];
         if (known.isEmpty())
-            known = icu::UnicodeString(name_prefix)
-                        .append(icu::UnicodeString::fromUTF8(std::to_string(m_new_names.size())));
+            known = icu::UnicodeString(m_prefix).append(
+                icu::UnicodeString::fromUTF8(std::to_string(m_new_names.size())));
         m_result.names[known] = name;
         return known;
     }
 
     const icu::UnicodeString& m_pattern;
+    char16_t m_prefix = min_prefix; ///< of the new names; not in the pattern
     std::int32_t m_at = 0;
     std::int32_t m_copied = 0; ///< up to here the pattern is in the result
     std::map<icu::UnicodeString, icu::UnicodeString> m_new_names;

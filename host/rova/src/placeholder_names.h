@@ -17,7 +17,8 @@ struct renamed_pattern_t
 };
 
 /// Replaces the placeholders' names that ICU refuses, such as "file-name" and "007". A name extends
-/// to the next comma or brace. Requires a limited depth of braces.
+/// to the next comma or brace; one with an apostrophe is not replaced. Requires a limited depth of
+/// braces.
 renamed_pattern_t rename_placeholders(const icu::UnicodeString& pattern);
 
 } // namespace i18n
