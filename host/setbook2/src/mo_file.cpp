@@ -44,7 +44,7 @@ bool mo_file_t::read()
     const std::uint64_t count = word(8);
     const std::uint64_t ids = word(12);
     const std::uint64_t texts = word(16);
-    if (word(0) != magic || revision >> 16U > 1 || (revision & 0xFFFFU) > 1 ||
+    if (word(0) != magic || revision >> 16U > 1 || (revision & 0xFFFFU) > 1 || count == 0 ||
         std::max(ids, texts) + count * descriptor_size > m_bytes.size())
         return false;
     m_entries.reserve(count);

@@ -23,7 +23,8 @@ public:
         bool has_plural;
     };
 
-    /// Returns nothing if a string is not completely in the file, or if the ids overlap.
+    /// Returns nothing if there is no string, if one is not completely in the file, or if the ids
+    /// overlap.
     static std::optional<mo_file_t> parse(std::vector<char> bytes);
 
     /// Returns the text of the id, an empty one if there is none.
