@@ -11,13 +11,13 @@
 #include <boost/thread/mutex.hpp>
 #include <boost/weak_ptr.hpp>
 
-#include <map>
 #include <string>
 
 namespace velmoext_1_4_8
 {
 
 class config_file_t;
+class config_files_t;
 
 /// Reads configured properties of messages, by message type and prefix.
 ///
@@ -80,19 +80,14 @@ public:
                                boost::shared_ptr<message_t> message, const std::wstring& name);
 
 private:
-    typedef std::map<std::wstring, boost::shared_ptr<const config_file_t>> files_t;
-
     VELMOEXT1_LOCAL config_reader_t();
 
-    VELMOEXT1_LOCAL const config_file_t* find_file(const std::wstring& source);
-    VELMOEXT1_LOCAL const config_file_t* find_file(const basekit2::path_t& dir,
-                                                   const std::wstring& source);
-    VELMOEXT1_LOCAL boost::shared_ptr<const config_file_t> get_file(const std::wstring& path);
+    VELMOEXT1_LOCAL std::wstring find_property(const message_t& message, const std::wstring& name,
+                                               const std::wstring& prefix);
+    VELMOEXT1_LOCAL const config_file_t* find_file(const message_t& message);
 
-    files_t m_files;             ///< by their paths; guarded by m_lookup_mutex
-    basekit2::path_t m_cfg_dir;  ///< not guarded, see set_cfg_dir()
-    basekit2::path_t m_host_dir; ///< from the host, last time; guarded by m_lookup_mutex
-    files_t m_last_files;        ///< of the directory in use, by sources; guarded by m_lookup_mutex
+    boost::shared_ptr<config_files_t> m_files; ///< what it points to is guarded by m_lookup_mutex
+    basekit2::path_t m_cfg_dir;                ///< not guarded, see set_cfg_dir()
 
     VELMOEXT1_LOCAL static boost::mutex m_creation_mutex;
     VELMOEXT1_LOCAL static boost::mutex m_lookup_mutex;
