@@ -20,6 +20,13 @@ set_tests_properties(example.remove_log PROPERTIES FIXTURES_SETUP no_log)
 set_tests_properties(example.record PROPERTIES FIXTURES_REQUIRED no_log FIXTURES_SETUP log)
 set_tests_properties(example.record_again PROPERTIES FIXTURES_REQUIRED log)
 
+set(log ${CMAKE_CURRENT_BINARY_DIR}/file_names.xml)
+add_test(NAME example.remove_file_names COMMAND ${CMAKE_COMMAND} -E rm -f ${log})
+velmoext1_example_test(file_names "file_large path=/srv/Tom & Žofie.txt"
+  example_file_names ${log})
+set_tests_properties(example.remove_file_names PROPERTIES FIXTURES_SETUP no_file_names)
+set_tests_properties(example.file_names PROPERTIES FIXTURES_REQUIRED no_file_names)
+
 set(share $<TARGET_FILE_DIR:audit>/share)
 foreach(case
     "de;Inhalt: /var/log/syslog hat 1.048.576 Bytes."

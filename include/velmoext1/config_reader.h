@@ -21,7 +21,8 @@ class config_files_t;
 
 /// Reads configured properties of messages, by message type and prefix.
 ///
-/// The messages of a source are configured in SOURCE.xml, in the configuration directory:
+/// The messages of a source are configured in SOURCE.xml, in the configuration directory. A message
+/// without a source has the file ".xml".
 ///
 ///     <bag>
 ///       <message_type id="file_large" title_msgid="title.size"/>
@@ -50,8 +51,9 @@ public:
     config_reader_t& operator=(const config_reader_t& other);
     virtual ~config_reader_t();
 
-    /// Sets the configuration directory. An empty path means that of the host's
-    /// `setbook2::IProductLocations`. The directory is set until the reader is destroyed.
+    /// Sets the configuration directory, until the reader is destroyed. An empty path means the
+    /// result of the host's `IProductLocations::get_config_dir()`; if that is empty or null too,
+    /// the current directory. Without an `IProductLocations`, there is no directory.
     ///
     /// Not synchronized: no other thread may use the reader meanwhile, nor copy it while a property
     /// is read.
@@ -62,17 +64,18 @@ public:
     /// Returns the property of that name, for a message of an extension object. Neither pointer may
     /// be null.
     ///
-    /// Uses the first entry in the file whose "id" is the message's type, whose "prefix" is the
-    /// object's prefix, and which has the property. If there is none, or the object's prefix is
-    /// empty, uses the first entry with that "id" and the property. Texts are compared exactly.
+    /// Uses the first entry whose "id" is the message's type, whose "prefix" is the object's
+    /// prefix, and whose property is not empty. If there is none, or the object's prefix is empty,
+    /// uses the first entry with that "id" and a property that is not empty. Texts are compared
+    /// exactly.
     ///
-    /// Returns an empty text if there is no such entry, the type is empty, or the directory or the
-    /// file is missing or cannot be read. A file that could not be read is tried again by the next
-    /// call. Throws std::bad_alloc also if libxml2 runs out of memory.
+    /// Returns an empty text if
+    /// - there is no such entry, or the type is empty;
+    /// - the directory or the file is missing or cannot be read. The next call tries again.
     ///
-    /// The source is appended to the directory unchanged, so "../x" leads out of it, and "./x" is
-    /// read and kept like another file. A host that gets messages from untrusted senders must check
-    /// their sources.
+    /// Throws std::bad_alloc also if libxml2 runs out of memory.
+    ///
+    /// The source is appended to the directory unchanged: see "Names" in SECURITY.md.
     ///
     /// Calls are serialized in the process. The host's `IProductLocations` and assertion handler,
     /// which are called meanwhile, must not read a property: that call never returns.

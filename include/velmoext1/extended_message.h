@@ -23,11 +23,12 @@ namespace velmoext_1_4_8
 /// the placeholders with their names.
 ///
 /// The catalog is "PREFIX.SOURCE": the prefix of the extension object and the source of the
-/// message. If it gives an empty text, "SOURCE" is used instead, from then on.
+/// message. With an empty prefix, it is ".SOURCE". If it gives an empty text, "SOURCE" is used,
+/// also by later calls. Title and text fall back separately.
 ///
 /// Shares the message and the extension object. The first get_title() and the first get_text() read
-/// type, prefix, source, configuration and arguments; later changes have no effect. Only the
-/// catalog "SOURCE" is named after the source at the time of its use.
+/// type, prefix, source, configuration and arguments. Later changes have no effect, except that the
+/// fall-back uses the message's source at that time.
 ///
 /// Thread safety: not synchronized; an object is used by one thread at a time.
 class VELMOEXT1_API extended_message_t
@@ -54,9 +55,10 @@ public:
     boost::shared_ptr<message_t> get_message() const;
 
 protected:
-    /// Reads the catalog's name, the id and the arguments for the title or the text. A second call
-    /// adds the arguments again.
+    /// Reads the catalog's name, the id and the arguments for the title. A second call adds the
+    /// arguments again.
     void update_title();
+    /// Reads the same for the text.
     void update_text();
 
     /// Returns the name of the catalog, "PREFIX.SOURCE" or "SOURCE".

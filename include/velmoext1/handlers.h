@@ -66,9 +66,11 @@ inline boost::shared_ptr<base_handler_t> make_flagger(message_t::severity_t seve
 
 /// Keeps a handler on an extension object's stack while in scope. Shares ownership of both.
 ///
-/// Scopes of one extension object may end in any order. If other handlers were pushed meanwhile,
-/// they are popped and pushed again, and a message that another thread delivers in between misses
-/// them; if that runs out of memory, those not yet pushed again are lost.
+/// Scopes of one extension object may end in any order. Handlers above are popped and pushed again.
+/// A message that another thread delivers in between misses them. If pushing runs out of memory,
+/// the handlers not yet pushed again are lost.
+///
+/// Not synchronized: two scopes of one extension object must not end at once.
 class scoped_handler_t
 {
 public:
@@ -81,7 +83,10 @@ public:
     scoped_handler_t(const scoped_handler_t&) = delete;
     scoped_handler_t& operator=(const scoped_handler_t&) = delete;
 
-    /// Removes the handler from the stack. Does nothing else if it was popped already.
+    /// Removes the handler, or its topmost occurrence. If it was popped already, the stack is the
+    /// same afterwards, but all handlers are popped and pushed again.
+    ///
+    /// Must not run in a handler of the same object: the call never returns.
     ~scoped_handler_t()
     {
         try {

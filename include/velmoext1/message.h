@@ -65,9 +65,8 @@ public:
 
     /// Replaces the whole content. If std::bad_alloc is thrown, the message is unchanged.
     ///
-    /// The channel carries any argument. A log does not: after a replay, an argument with markup or
-    /// beyond ASCII, such as the file name "Tom & Jerry", is only a part of what it was. See
-    /// docs/fidelity.md.
+    /// The channel carries any argument. A log loses an empty argument or element. It can change
+    /// one with markup or beyond ASCII, such as "Tom & Jerry". See docs/fidelity.md.
     void set_content(const message_content_t& content);
     /// Returns a copy of the content. To change one part, change the copy and set it again.
     message_content_t get_content() const;

@@ -16,8 +16,8 @@
 namespace velmoext_1_4_8
 {
 
-/// Builds messages. Each operation but build() sets one part and returns the builder. Throws
-/// std::bad_alloc only. Not synchronized: a builder is used by one thread at a time.
+/// Builds messages. Each operation but build() sets one part and returns the builder. A later call
+/// replaces the part with the same name. Throws std::bad_alloc only. Not synchronized.
 ///
 ///     message_builder_t message(L"file_large");
 ///     message.severity(message_t::warning).source(L"audit").arg(L"path", path).arg(L"size", 4096);
@@ -46,8 +46,7 @@ public:
         return *this;
     }
 
-    /// Sets a named argument. The channel carries any text. A log can lose parts of a text with
-    /// markup or beyond ASCII, such as "Tom & Jerry": docs/fidelity.md has the details.
+    /// Sets a named argument. A log does not carry every text, see message_t::set_content().
     message_builder_t& arg(const std::wstring& name, const std::wstring& value)
     {
         m_content.args[name] = value;
@@ -56,6 +55,7 @@ public:
 
     /// Sets a named argument to a number in plain decimal digits, or to "true" or "false". The
     /// locale has no effect. A floating-point number gets the fewest digits that give it back.
+    /// Infinity and NaN become "inf" and "nan", after "-" if negative.
     template <typename Number, typename = std::enable_if_t<std::is_arithmetic_v<Number>>>
     message_builder_t& arg(const std::wstring& name, Number value)
     {
@@ -74,7 +74,7 @@ public:
         return *this;
     }
 
-    /// Returns a new message with all that was set. The builder keeps it for the next message.
+    /// Returns a new message. The builder keeps its parts, so build() can be called again.
     boost::shared_ptr<message_t> build() const
     {
         auto message = boost::make_shared<message_t>();

@@ -22,7 +22,7 @@ namespace velmoext_1_4_8
 class VELMOEXT1_API progress_message_t
 {
 public:
-    /// Creates a cancelable one without message and progress object.
+    /// Creates a cancelable object without message and progress object.
     progress_message_t();
     progress_message_t(const progress_message_t& other);
     progress_message_t& operator=(const progress_message_t& other);
@@ -33,8 +33,8 @@ public:
     /// Sets the message, or null for none.
     void set_message(boost::shared_ptr<message_t> message);
 
-    /// Returns the progress object. If none was set, reports an assertion to the host and, if that
-    /// returns, returns null.
+    /// Returns the progress object. If none was set, reports an assertion to the host, and returns
+    /// null if the assertion handler returns.
     boost::shared_ptr<velmo2::IProgress> get_progress();
     /// Sets the progress object, or null for none.
     void set_progress(boost::shared_ptr<velmo2::IProgress> progress);

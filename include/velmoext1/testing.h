@@ -50,8 +50,8 @@ private:
     std::vector<boost::shared_ptr<message_t>> m_messages;
 };
 
-/// Messenger that keeps each text and delivers it to an extension object of the same process, as a
-/// host with a component on its far side does:
+/// Messenger that keeps each text and delivers it to an extension object of the same process. It
+/// replaces the host and its channel in a test. Not synchronized.
 ///
 ///     loop_back_messenger_t channel(ex);
 ///     component.set_output_velmo(&channel); // a velmo_adapter_t
@@ -98,7 +98,8 @@ inline void PrintTo(const boost::shared_ptr<message_t>& message, // NOLINT: Goog
         *stream << "no message";
 }
 
-/// Matches a pointer to a message of this type and severity with exactly these arguments:
+/// Matches a pointer to a message of this type and severity with exactly these arguments. Ignores
+/// attributes, elements and flags:
 ///
 ///     EXPECT_THAT(handler->messages(), testing::ElementsAre(is_message(
 ///         L"file_large", message_t::warning, {{L"path", L"/a"}})));

@@ -45,10 +45,14 @@ public:
     void send_to_velmo(boost::shared_ptr<message_t> msg);
 
 protected:
-    /// Delivers the message in `text` to the extension object, or null if `text` is not a message.
-    /// Ignores the host's severity. Does nothing without an extension object; otherwise `text` must
-    /// not be null. Propagates the exceptions of handlers. Throws boost::bad_weak_ptr if there is a
-    /// handler but the extension object has no owner.
+    /// Called by the host through velmo2::IMessenger. Delivers the message in `text` to the
+    /// extension object. Delivers null if string_message_serializer_t cannot read it: it is not a
+    /// message, exceeds a limit, or libxml2 ran out of memory. Ignores the host's severity. Does
+    /// nothing without an extension object; otherwise `text` must not be null.
+    ///
+    /// Propagates the exceptions of handlers. Throws boost::bad_weak_ptr if there is a handler but
+    /// the extension object has no owner. This needs a pointer that does not own the object; one
+    /// from velmo_ex_t::get() does.
     void say(velmo2::ESeverity severity, const wchar_t* text) override;
 
 private:

@@ -24,6 +24,9 @@ namespace velmoext_1_4_8
 /// consumes it. A message that no handler consumes is dropped. The prefix selects the preferred
 /// texts, see extended_message_t.
 ///
+/// Messages are delivered by velmo_adapter_t::say() and messages_storage_t::replay().
+/// push_handler() and pop_handler() wait for a delivery in progress.
+///
 /// Callers share the object, which is destroyed with its last owner. It owns its handlers until
 /// they are popped or it is destroyed.
 ///
@@ -47,7 +50,8 @@ public:
     velmo_ex_t& operator=(const velmo_ex_t&) = delete;
     virtual ~velmo_ex_t();
 
-    /// Sets the prefix. Not synchronized: no other thread may set or get it meanwhile.
+    /// Sets the prefix. Not synchronized: no other thread may meanwhile use the prefix, or read a
+    /// property, a title or a text through this object.
     void set_prefix(const std::wstring& prefix);
     /// Returns the prefix. See set_prefix() for threads.
     std::wstring get_prefix();

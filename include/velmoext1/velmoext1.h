@@ -1,9 +1,11 @@
 /// @file
 /// All public headers but testing.h.
 ///
-/// Every operation that runs out of memory throws std::bad_alloc, and leaves its objects unchanged
-/// unless documented otherwise. Exceptions of handlers and of the host propagate. docs/errors.md
-/// has the details.
+/// Every operation throws std::bad_alloc if it runs out of memory, and then leaves its objects
+/// unchanged. Requirements are not checked: violating one is undefined behaviour. Exceptions to
+/// both are documented at the operation.
+///
+/// Exceptions of handlers and of the host propagate. docs/errors.md has the details.
 #pragma once
 
 #include <velmoext1/base_handler.h>

@@ -13,6 +13,7 @@
 #include <boost/shared_ptr.hpp>
 
 #include <algorithm>
+#include <optional>
 
 namespace velmoext_1_4_8
 {
@@ -116,12 +117,20 @@ item_t find_item(std::string_view text)
     return {item_t::kind_t::complete, size_of(scanner, text)};
 }
 
-// Returns the size up to which libxml2 parses a text with a malformed item at `begin`, so that it
-// reports the messages before the fault. Returns npos if no fault is known, or not far enough.
-std::size_t find_parse_end(std::string_view text, std::size_t begin, const item_t& item)
+// Returns the offset up to which libxml2 parses the text that ends with the item, so that it
+// reports the messages before the item. Returns nothing at the root's end, or if more text is
+// needed.
+std::optional<std::size_t> find_parse_end(std::string_view text, std::size_t begin,
+                                          const item_t& item, bool is_last)
 {
-    return item.kind == item_t::kind_t::malformed ? size_with_fault(text, begin + item.size)
-                                                  : std::string_view::npos;
+    if (item.kind == item_t::kind_t::root_end)
+        return std::nullopt;
+    const std::size_t end = item.kind == item_t::kind_t::malformed
+                                ? size_with_fault(text, begin + item.size)
+                                : std::string_view::npos;
+    if (end == std::string_view::npos && !is_last)
+        return std::nullopt;
+    return std::min(end, text.size());
 }
 
 } // namespace
@@ -167,15 +176,11 @@ std::size_t log_walker_t::walk_elements(std::string_view text, bool is_last)
     std::size_t parsed = 0;
     std::size_t walked = 0;
     bool is_own = false; // whether the text between the two is in the library's written form
-    const auto parse_walked = [&] {
-        parse_elements(text.substr(parsed, walked - parsed), is_own);
-        parsed = walked;
-    };
     item_t item = {item_t::kind_t::complete, 0};
     while (!m_is_finished && item.kind == item_t::kind_t::complete) {
         walked += count_blanks(text.substr(walked));
         if (const std::string_view lines = find_stable_lines(text, walked); !lines.empty()) {
-            parse_walked();
+            parse_elements(text, parsed, walked, is_own);
             on_lines(lines);
             walked += lines.size() - 1;
             parsed = walked;
@@ -186,24 +191,23 @@ std::size_t log_walker_t::walk_elements(std::string_view text, bool is_last)
         const bool is_next_own = recognized.size != 0;
         item = is_next_own ? item_t{item_t::kind_t::complete, recognized.size} : find_item(rest);
         if (recognized.message || is_next_own != is_own || item.size >= max_collected_bytes)
-            parse_walked();
+            parsed = parse_elements(text, parsed, walked, is_own);
         is_own = is_next_own;
-        if (recognized.message && !m_is_finished)
-            m_reader.take(recognized.message);
         if (item.kind == item_t::kind_t::complete)
             walked += item.size;
-        if (recognized.message)
+        if (recognized.message) {
+            on_message(recognized.message);
             parsed = walked;
-        if (walked - parsed >= max_collected_bytes)
-            parse_walked();
+        } else if (walked - parsed >= max_collected_bytes) {
+            parsed = parse_elements(text, parsed, walked, is_own);
+        }
     }
-    const std::size_t end = find_parse_end(text, walked, item);
-    const bool is_rest_known = is_last || end != std::string_view::npos;
-    if (is_rest_known && item.kind != item_t::kind_t::root_end)
-        parse_rest(text.substr(0, end).substr(parsed));
+    const auto end = find_parse_end(text, walked, item, is_last);
+    if (end)
+        parse_rest(text.substr(parsed, *end - parsed));
     else
-        parse_walked();
-    m_is_finished = m_is_finished || item.kind == item_t::kind_t::root_end || is_rest_known;
+        parse_elements(text, parsed, walked, is_own);
+    m_is_finished = m_is_finished || end || item.kind == item_t::kind_t::root_end;
     return walked;
 }
 
@@ -216,25 +220,34 @@ std::string_view log_walker_t::find_stable_lines(std::string_view text, std::siz
     return rest.substr(0, measure_stable_lines(rest));
 }
 
+void log_walker_t::on_message(const boost::shared_ptr<message_t>& message)
+{
+    if (!m_is_finished)
+        m_reader.take(message);
+}
+
 void log_walker_t::on_lines(std::string_view lines) const
 {
     if (!m_is_finished)
         m_lines_callback(lines);
 }
 
-// A message of the library's own that exceeds a limit costs only itself, whatever its size.
-void log_walker_t::parse_elements(std::string_view elements, bool is_own)
+// Returns the end. A message of the library's own that exceeds a limit costs only itself, whatever
+// its size.
+std::size_t log_walker_t::parse_elements(std::string_view text, std::size_t begin, std::size_t end,
+                                         bool is_own)
 {
+    const std::string_view elements = text.substr(begin, end - begin);
     if (m_is_finished || is_blank_text(elements))
-        return;
+        return end;
     if (!is_within_limits(elements)) {
         m_is_finished = !is_own;
-        return;
+        return end;
     }
-    const std::string document = make_document(log_start, elements);
     const auto sizes =
         is_own ? log_sax_reader::sizes_t::unlimited : log_sax_reader::sizes_t::limited;
-    m_is_finished = m_reader.parse(document, sizes) != 0;
+    m_is_finished = m_reader.parse(make_document(log_start, elements), sizes) != 0;
+    return end;
 }
 
 // Up to the fault that is in it, or to its end.

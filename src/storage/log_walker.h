@@ -2,6 +2,10 @@
 
 #include "xml/limits.h"
 
+#include <velmoext1/message.h>
+
+#include <boost/shared_ptr.hpp>
+
 #include <cstddef>
 #include <functional>
 #include <string>
@@ -43,15 +47,17 @@ public:
     /// Returns whether nothing that follows counts: the root has ended, or there was a fault.
     bool is_finished() const { return m_is_finished; }
 
-    /// The limit for which something was not read, if any.
+    /// Returns the limit for which something was not read, if any.
     refusal_t refusal() const { return m_refusal; }
 
 private:
     std::size_t find_beginning(std::string_view text, bool is_last);
     std::size_t walk_elements(std::string_view text, bool is_last);
     std::string_view find_stable_lines(std::string_view text, std::size_t element) const;
+    void on_message(const boost::shared_ptr<message_t>& message);
     void on_lines(std::string_view lines) const;
-    void parse_elements(std::string_view elements, bool is_own);
+    std::size_t parse_elements(std::string_view text, std::size_t begin, std::size_t end,
+                               bool is_own);
     void parse_rest(std::string_view rest);
     void parse_whole(std::string_view text);
     bool is_within_limits(std::string_view markup);

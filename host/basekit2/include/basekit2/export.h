@@ -1,5 +1,5 @@
 /// @file
 #pragma once
 
-/// Marks what callers outside the shared library may use.
+/// Marks names that are exported.
 #define BASEKIT2_API __attribute__((visibility("default")))

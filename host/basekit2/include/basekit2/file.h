@@ -18,14 +18,16 @@ namespace basekit2
 /// Returns true if this call has created the copy. Returns false, with nothing created, if
 /// - something exists at the destination, even a dangling link;
 /// - the source is missing, cannot be read, or is not a regular file; this never blocks;
-/// - the destination's directory is missing or refuses it, the disk is full, or the copy exceeds
-///   the file-size limit of the process while SIGXFSZ is ignored;
+/// - the destination's directory is missing or refuses it;
+/// - the disk is full, or the copy exceeds the file-size limit of the process while SIGXFSZ is
+///   ignored;
 /// - a path is empty or has a zero character.
 ///
 /// On a file system without unnamed files, the copy has the name `.copy-XXXXXX` beside the
-/// destination until it is complete. If the process is killed meanwhile, that file remains. On one
-/// without hard links and without a renaming that replaces nothing, a destination that another
-/// process creates in the last moment is replaced.
+/// destination until it is complete. If the process is killed meanwhile, that file remains.
+///
+/// On a file system without hard links and RENAME_NOREPLACE, a destination that another process
+/// creates at the same time is replaced.
 BASEKIT2_API bool copy_file(const path_t& from, const path_t& to);
 
 /// Reads a whole regular file, or the one that a link points to. Returns false, with `bytes`

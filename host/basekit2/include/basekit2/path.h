@@ -11,8 +11,8 @@ namespace basekit2
 /// The path of a file or directory: a wide text in UTF-16 code units, which is not normalized. It
 /// is passed to the system in UTF-8, in every locale. The separator is `/`.
 ///
-/// A path with a zero character is valid, but every operation on files fails with it. Operations
-/// throw std::bad_alloc only.
+/// A path may be empty or have a zero character, but every operation on files fails with it.
+/// Operations throw std::bad_alloc only.
 ///
 /// Thread safety: not synchronized. Any number of threads may read a path if none modifies it.
 class BASEKIT2_API path_t
@@ -42,7 +42,8 @@ public:
     bool is_empty() const { return m_text.empty(); }
 
     /// Returns whether something exists at the path. Follows links, so a dangling link does not
-    /// exist. Returns false also for an invalid path, and if a permission is missing.
+    /// exist. Returns false also for a path that is empty or has a zero character, and if a
+    /// permission is missing.
     static bool exists(const std::wstring& text);
 
     /// Compares the texts, not the files.

@@ -147,10 +147,12 @@ constexpr std::uint32_t load_failed = std::uint32_t{1} << 30U;
 /// Returns 0 on success. Otherwise returns a status with the bit load_failed, and `bag` is
 /// unchanged:
 /// - the file is missing, cannot be read, is not a regular file or has more than 16 MiB;
-/// - it is not well-formed XML, or exceeds a limit of libxml2: elements deeper than 256, a value or
-///   text between elements of more than 10,000,000 bytes;
+/// - it is not well-formed XML;
+/// - it exceeds a limit of libxml2: elements deeper than 256, or a value or text between elements
+/// of
+///   more than 10,000,000 bytes;
 /// - an element has more than 256 attributes, or the different names in the file have more than
-///   about 64 KiB together, in which libxml2 is quadratic;
+///   about 64 KiB together. libxml2's time is quadratic in both;
 /// - it has a document type declaration;
 /// - its root element is not named `root`; null accepts any name.
 ///

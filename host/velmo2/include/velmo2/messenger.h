@@ -13,7 +13,8 @@ enum ESeverity
     error = 3
 };
 
-/// The host's text channel: one line of text per call, on the reporting thread.
+/// The host's text channel: one line of text per call, on the reporting thread. Several threads can
+/// call it at once if the program reports from several.
 class IMessenger
 {
 public:
