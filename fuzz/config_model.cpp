@@ -12,7 +12,7 @@
 namespace
 {
 
-const std::size_t max_attributes = 256;
+const std::size_t max_attributes = 10000;
 
 std::wstring to_text(const xmlChar* text)
 {

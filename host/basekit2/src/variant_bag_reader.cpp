@@ -1,6 +1,7 @@
 #include <basekit2/variant_bag.h>
 
 #include "file_content.h"
+#include "limits.h"
 #include "xml_errors.h"
 
 #include <rova/strings.h>
@@ -8,6 +9,7 @@
 #include <libxml/parser.h>
 #include <libxml/parserInternals.h>
 
+#include <algorithm>
 #include <exception>
 #include <memory>
 #include <new>
@@ -23,13 +25,6 @@ namespace
 using ROVA_2_18::strings::utf16_to_utf8;
 using ROVA_2_18::strings::utf8_to_utf16;
 
-constexpr std::size_t most_bytes = std::size_t{16} << 20U;
-constexpr std::size_t max_text_bytes = 10000000;
-constexpr std::size_t max_depth = 256;
-// libxml2's time for a tag is quadratic in the number of its attributes. They are counted only
-// after the tag was read, so max_name_bytes must limit the time for one tag.
-constexpr std::size_t max_attributes = 256;
-constexpr std::size_t max_name_bytes = 65536;
 constexpr std::size_t thread_bytes = 4096; // more than libxml2 allocates per thread
 
 const char* from_xml(const xmlChar* text)
@@ -93,6 +88,8 @@ private:
     xml_errors_t m_errors;
     std::unique_ptr<xmlParserCtxt, parser_deleter_t> m_parser;
     std::string_view m_unread;
+    std::size_t m_equals_since_event = 0; ///< equals signs that were read since the last event
+    std::size_t m_compared_attributes = 0;
     bool m_has_root;
     std::string m_root;
     variant_bag_t m_tree;
@@ -130,7 +127,7 @@ bool tree_reader_t::parse(const std::string& bytes)
 // libxml2 reports too many names as an allocation failure.
 bool tree_reader_t::has_too_many_names() const
 {
-    return xmlDictGetUsage(dictionary_of(*m_parser)) > max_name_bytes;
+    return xmlDictGetUsage(dictionary_of(*m_parser)) > limits::max_name_bytes;
 }
 
 bool tree_reader_t::has_ended() const
@@ -139,15 +136,21 @@ bool tree_reader_t::has_ended() const
 }
 
 // Ends the input at the first fault. Otherwise libxml2 would compare each repeat of an attribute
-// with all attributes of its tag. xmlStopParser() cannot be used: before 2.14, it frees the input,
-// which libxml2 still reads after some errors.
+// with all attributes of its tag. Ends it also in a tag with too many attributes, of which each has
+// an equals sign: libxml2 reports them only at the end of the tag. xmlStopParser() cannot be used:
+// before 2.14, it frees the input, which libxml2 still reads after some errors.
 int tree_reader_t::on_read(void* reader, char* buffer, int size)
 {
     auto& self = *static_cast<tree_reader_t*>(reader);
     if (self.has_ended())
         return 0;
+    if (self.m_equals_since_event > limits::max_element_attributes) {
+        self.m_has_refused = true;
+        return 0;
+    }
     const std::size_t count = self.m_unread.copy(buffer, static_cast<std::size_t>(size));
     self.m_unread.remove_prefix(count);
+    self.m_equals_since_event += static_cast<std::size_t>(std::count(buffer, buffer + count, '='));
     return static_cast<int>(count);
 }
 
@@ -155,7 +158,7 @@ int tree_reader_t::on_read(void* reader, char* buffer, int size)
 void tree_reader_t::on_document(void* reader)
 {
     const auto& self = *static_cast<tree_reader_t*>(reader);
-    xmlDictSetLimit(dictionary_of(*self.m_parser), max_name_bytes);
+    xmlDictSetLimit(dictionary_of(*self.m_parser), limits::max_name_bytes);
 }
 
 xmlSAXHandler tree_reader_t::make_table()
@@ -204,6 +207,7 @@ void tree_reader_t::guard(const Step& step) noexcept
 {
     if (has_ended())
         return;
+    m_equals_since_event = 0;
     try {
         m_has_refused = !step();
     } catch (...) {
@@ -218,17 +222,18 @@ bool tree_reader_t::start(const std::string& name, const xmlChar** attributes)
         return false;
     std::size_t count = 0;
     for (const xmlChar** at = attributes; at != nullptr && at[0] != nullptr; at += 2) {
-        if (++count > max_attributes || at[1] == nullptr)
+        if (++count > limits::max_element_attributes || at[1] == nullptr)
             return false;
         bag->add_value(utf8_to_utf16(from_xml(at[0])), utf8_to_utf16(from_xml(at[1])));
     }
-    return true;
+    m_compared_attributes += count * count / 2;
+    return m_compared_attributes <= limits::max_compared_attributes;
 }
 
 variant_bag_t* tree_reader_t::open_bag(const std::string& name)
 {
     const bool is_root = m_open.empty();
-    if (m_open.size() == max_depth || (is_root && m_has_root && name != m_root))
+    if (m_open.size() == limits::max_element_depth || (is_root && m_has_root && name != m_root))
         return nullptr;
     variant_bag_t* const bag = is_root ? &m_tree : &m_open.back().bag->add_bag(utf8_to_utf16(name));
     m_open.push_back({bag, std::string()});
@@ -248,7 +253,7 @@ bool tree_reader_t::add_text(const xmlChar* text, std::size_t length)
 {
     std::string& joined = m_open.back().text;
     joined.append(from_xml(text), length);
-    return joined.size() <= max_text_bytes;
+    return joined.size() <= limits::max_value_bytes;
 }
 
 // libxml2 allocates data per thread on first use, and ends the process if that fails. An allocation
@@ -279,7 +284,7 @@ std::uint32_t load_variant_bag2(variant_bag_t& bag, const std::wstring& file, co
 {
     initialize_xml_library();
     std::string bytes;
-    const content_t content = read_content(file, most_bytes, bytes);
+    const content_t content = read_content(file, limits::max_file_bytes, bytes);
     tree_reader_t reader(root);
     const bool is_loaded = content == content_t::missing
                                ? allow_missing
