@@ -22,6 +22,17 @@ function(install_library target component development_component)
     NAMELINK_COMPONENT ${development_component})
 endfunction()
 
+if(VELMOEXT1_APPS)
+  install(TARGETS velmolint RUNTIME COMPONENT velmolint)
+  install(FILES apps/velmolint/velmolint.1
+    DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
+    COMPONENT velmolint)
+  install(FILES apps/velmolint/velmolint.bash
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
+    RENAME velmolint
+    COMPONENT velmolint)
+endif()
+
 install_headers(include/ development)
 
 # A package file would have to name the embedding project's host libraries. Only that project knows

@@ -1,0 +1,190 @@
+#include "pattern.h"
+
+#include "output_text.h"
+#include "quoted_placeholders.h"
+
+#include <unicode/messagepattern.h>
+#include <unicode/parseerr.h>
+#include <unicode/unistr.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+
+namespace velmolint
+{
+namespace
+{
+
+// The limits of rova/i18n.h. ICU parses nested arguments recursively.
+constexpr std::int32_t max_pattern = std::int32_t{1} << 20;
+constexpr std::size_t max_depth = 100;
+constexpr std::int32_t max_nested_texts = 50;
+constexpr std::size_t max_names = 1000;
+constexpr std::size_t max_typed_arguments = 1000;
+
+constexpr std::int32_t max_excerpt = 20;
+
+std::string to_utf8(const icu::UnicodeString& text)
+{
+    std::string result;
+    return text.toUTF8String(result);
+}
+
+/// Returns whether the braces may be nested too deeply. Ignores closing braces after the first
+/// apostrophe, since they may be quoted.
+bool is_too_deep(const icu::UnicodeString& text)
+{
+    const std::int32_t apostrophe = text.indexOf(u'\'');
+    std::size_t depth = 0;
+    for (std::int32_t i = 0; i != text.length() && depth <= max_depth; ++i) {
+        if (text[i] == u'{')
+            ++depth;
+        else if (text[i] == u'}' && depth != 0 && (apostrophe < 0 || i < apostrophe))
+            --depth;
+    }
+    return depth > max_depth;
+}
+
+std::string excerpt(const icu::UnicodeString& text, std::int32_t offset)
+{
+    const std::int32_t end = text.getChar32Limit(std::min(offset + max_excerpt, text.length()));
+    return in_quotes(to_utf8(text.tempSubStringBetween(offset, end)));
+}
+
+void set_fault(pattern_t& pattern, const std::string& check, const std::string& message)
+{
+    pattern.fault_check = check;
+    pattern.fault = message;
+}
+
+void set_syntax_fault(pattern_t& pattern, const icu::UnicodeString& text, UErrorCode status,
+                      const UParseError& error)
+{
+    if (status == U_DEFAULT_KEYWORD_MISSING)
+        return set_fault(pattern, "pattern-other",
+                         "A plural or select has no branch \"other\". Add other {...}.");
+    if (status == U_UNMATCHED_BRACES)
+        return set_fault(pattern, "pattern-syntax",
+                         "A \"{\" has no matching \"}\", so the pattern is shown as it is. Add the "
+                         "brace, or write '{' for a brace.");
+    const std::int32_t offset = std::clamp(error.offset, 0, text.length());
+    set_fault(pattern, "pattern-syntax",
+              "The pattern is invalid at character " +
+                  std::to_string(text.countChar32(0, offset) + 1) + ", before " +
+                  excerpt(text, offset) + ", so it is shown as it is. Correct it there.");
+}
+
+class pattern_reader_t
+{
+public:
+    pattern_reader_t(const icu::MessagePattern& parsed, pattern_t& pattern)
+        : m_parsed(parsed), m_pattern(pattern)
+    {}
+
+    void read();
+
+private:
+    std::string substring(std::int32_t index) const
+    {
+        return to_utf8(m_parsed.getSubstring(m_parsed.getPart(index)));
+    }
+    void read_argument(std::int32_t start);
+    void read_typed(std::int32_t start);
+    void read_plural(std::int32_t start, bool is_ordinal);
+    void check_limits();
+
+    const icu::MessagePattern& m_parsed;
+    pattern_t& m_pattern;
+    std::int32_t m_nested_texts = 0;
+};
+
+void pattern_reader_t::read()
+{
+    for (std::int32_t i = 0; i != m_parsed.countParts(); ++i) {
+        const icu::MessagePattern::Part& part = m_parsed.getPart(i);
+        if (part.getType() == UMSGPAT_PART_TYPE_ARG_START)
+            read_argument(i);
+        else if (part.getType() == UMSGPAT_PART_TYPE_MSG_START)
+            m_nested_texts = std::max(m_nested_texts, part.getValue());
+    }
+    check_limits();
+}
+
+void pattern_reader_t::read_argument(std::int32_t start)
+{
+    m_pattern.arguments.insert(substring(start + 1));
+    const UMessagePatternArgType type = m_parsed.getPart(start).getArgType();
+    if (type == UMSGPAT_ARG_TYPE_SIMPLE)
+        read_typed(start);
+    else if (type == UMSGPAT_ARG_TYPE_PLURAL || type == UMSGPAT_ARG_TYPE_SELECTORDINAL)
+        read_plural(start, type == UMSGPAT_ARG_TYPE_SELECTORDINAL);
+}
+
+// The parts are ARG_START, ARG_NAME, ARG_TYPE, and ARG_STYLE if there is a style.
+void pattern_reader_t::read_typed(std::int32_t start)
+{
+    const std::int32_t style = start + 3;
+    const bool has_style = m_parsed.getPartType(style) == UMSGPAT_PART_TYPE_ARG_STYLE;
+    m_pattern.typed_arguments.push_back(
+        {substring(start + 1), substring(start + 2), has_style ? substring(style) : std::string()});
+}
+
+// Each branch is ARG_SELECTOR, the number of a selector such as =1, and a nested text.
+void pattern_reader_t::read_plural(std::int32_t start, bool is_ordinal)
+{
+    plural_t plural;
+    plural.argument = substring(start + 1);
+    plural.is_ordinal = is_ordinal;
+    const std::int32_t end = m_parsed.getLimitPartIndex(start);
+    for (std::int32_t i = start + 2; i < end; ++i) {
+        const icu::MessagePattern::Part& part = m_parsed.getPart(i);
+        if (part.getType() == UMSGPAT_PART_TYPE_MSG_START)
+            i = m_parsed.getLimitPartIndex(i);
+        else if (part.getType() != UMSGPAT_PART_TYPE_ARG_SELECTOR)
+            continue;
+        else if (icu::MessagePattern::Part::hasNumericValue(m_parsed.getPartType(i + 1)))
+            plural.numbers.insert(m_parsed.getNumericValue(m_parsed.getPart(i + 1)));
+        else
+            plural.categories.insert(substring(i));
+    }
+    m_pattern.plurals.push_back(std::move(plural));
+}
+
+void pattern_reader_t::check_limits()
+{
+    if (m_nested_texts > max_nested_texts)
+        set_fault(m_pattern, "pattern-limit",
+                  "Texts are nested more than 50 deep, so the pattern is shown as it is. Nest "
+                  "fewer.");
+    else if (m_pattern.arguments.size() > max_names ||
+             m_pattern.typed_arguments.size() > max_typed_arguments)
+        set_fault(m_pattern, "pattern-limit",
+                  "The pattern has more than 1,000 arguments, so it is shown as it is. Use fewer.");
+}
+
+} // namespace
+
+pattern_t parse_pattern(const std::string& text)
+{
+    pattern_t pattern;
+    const icu::UnicodeString characters = icu::UnicodeString::fromUTF8(text);
+    if (characters.length() > max_pattern || is_too_deep(characters)) {
+        set_fault(pattern, "pattern-limit",
+                  "The pattern has more than 1,048,576 characters or 100 nested braces, so it is "
+                  "shown as it is. Shorten it.");
+        return pattern;
+    }
+    UErrorCode status = U_ZERO_ERROR;
+    UParseError error = {};
+    const icu::MessagePattern parsed(characters, &error, status);
+    if (U_FAILURE(status)) {
+        set_syntax_fault(pattern, characters, status, error);
+        return pattern;
+    }
+    pattern.quoted_placeholders = find_quoted_placeholders(parsed);
+    pattern_reader_t(parsed, pattern).read();
+    return pattern;
+}
+
+} // namespace velmolint

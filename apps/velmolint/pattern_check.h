@@ -1,0 +1,33 @@
+#pragma once
+
+#include "finding.h"
+#include "pattern.h"
+#include "plural_check.h"
+#include "style_check.h"
+
+#include <string>
+
+namespace velmolint
+{
+
+/// Checks patterns one by one.
+class pattern_check_t
+{
+public:
+    void check(const pattern_t& pattern, const std::string& language, const location_t& location,
+               findings_t& findings);
+
+private:
+    void check_styles(const pattern_t& pattern, const std::string& language,
+                      const location_t& location, findings_t& findings);
+
+    plural_check_t m_plurals;
+    style_check_t m_styles;
+};
+
+/// Compares the placeholders of a translation with those of the reference language.
+void compare_placeholders(const pattern_t& reference, const std::string& reference_language,
+                          const pattern_t& translation, const location_t& location,
+                          findings_t& findings);
+
+} // namespace velmolint
