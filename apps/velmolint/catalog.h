@@ -34,7 +34,7 @@ struct catalog_name_t
 {
     std::string source; ///< empty if it is unknown
     std::optional<std::string> prefix;
-    std::string language;         ///< empty if it is unknown
+    std::string language;          ///< empty if it is unknown
     bool is_locale_folder = false; ///< the language is that of DIRECTORY/LANGUAGE/LC_MESSAGES
 
     /// Returns the name under which the library looks the catalog up.

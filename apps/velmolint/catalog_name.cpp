@@ -54,8 +54,8 @@ void split_unknown(const std::string& stem, catalog_name_t& name)
     name.prefix = stem.substr(0, dot);
 }
 
-/// Splits a language from the end, as in "audit-de" or "audit.pt_BR". Returns whether the rest names
-/// a known source, or any source after a hyphen.
+/// Splits a language from the end, as in "audit-de" or "audit.pt_BR". Returns whether the rest
+/// names a known source, or any source after a hyphen.
 bool split_language(const std::string& stem, const std::set<std::string>& sources,
                     catalog_name_t& name)
 {

@@ -46,9 +46,9 @@ void set_language(catalog_t& catalog, findings_t& findings)
         language = in_header;
     if (is_locale(language))
         return;
-    const std::string reason =
-        language.empty() ? "Neither the header nor the name of the file has a language."
-                         : "The language " + in_quotes(language) + " is unknown.";
+    const std::string reason = language.empty()
+                                   ? "Neither the header nor the name of the file has a language."
+                                   : "The language " + in_quotes(language) + " is unknown.";
     findings.warning(header, "language-unknown",
                      reason + " Set Language in the header, as in \"Language: de\\n\".");
     if (language.empty())

@@ -80,8 +80,7 @@ void shadow_check_t::check(const std::string& id, const std::string& prefix,
     else if (prefix.empty() && !seen.by_prefix.empty())
         report(property, id,
                "the entry with the prefix " + in_quotes(seen.first_prefix) + " " +
-                   in_line(seen.first) +
-                   " precedes it. Put the entry without a prefix first.");
+                   in_line(seen.first) + " precedes it. Put the entry without a prefix first.");
     if (seen.by_prefix.empty()) {
         seen.first = property.position;
         seen.first_prefix = prefix;
@@ -144,8 +143,7 @@ private:
     std::set<std::string> m_checked_types;
 };
 
-id_check_t::id_check_t(const config_file_t& config, const text_index_t& texts,
-                           findings_t& findings)
+id_check_t::id_check_t(const config_file_t& config, const text_index_t& texts, findings_t& findings)
     : m_config(config), m_texts(texts), m_findings(findings)
 {
     for (const entry_t& entry : config.entries)
@@ -159,7 +157,8 @@ void id_check_t::check()
         check_type(entry);
         const std::string prefix = entry.value(prefix_name);
         for (const property_t& property : entry.properties)
-            if (!is_key(property) && !property.value.empty() && !m_texts.has(property.value, prefix))
+            if (!is_key(property) && !property.value.empty() &&
+                !m_texts.has(property.value, prefix))
                 check_property(property, prefix);
     }
 }

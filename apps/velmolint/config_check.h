@@ -19,8 +19,8 @@ public:
     text_index_t(const std::string& source, const std::vector<const catalog_t*>& catalogs);
 
     const std::string& source() const { return m_source; }
-    /// Returns whether a catalog has the text for receivers with that prefix; for an entry without a
-    /// prefix, which is for all receivers, whether any catalog has it.
+    /// Returns whether a catalog has the text for receivers with that prefix; for an entry without
+    /// a prefix, which is for all receivers, whether any catalog has it.
     bool has(const std::string& id, const std::string& prefix) const;
 
 private:

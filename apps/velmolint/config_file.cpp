@@ -9,6 +9,7 @@
 #include <libxml/parser.h>
 #include <libxml/parserInternals.h>
 
+#include <cstring>
 #include <exception>
 #include <memory>
 #include <new>
@@ -22,6 +23,7 @@ namespace
 
 const char root_name[] = "bag";
 const char entry_name[] = "message_type";
+const char no_line[] = " line 0";
 
 // The library's limits, without which libxml2's time could be quadratic.
 constexpr std::size_t max_text_bytes = 10000000;
@@ -82,6 +84,9 @@ private:
     void guard(const Step& step) noexcept;
 
     position_t current_position() const;
+    /// Position of the markup before the root, whose columns are unknown: libxml2 reports no event
+    /// for white space there.
+    position_t current_line() const { return {current_position().line, 0}; }
     void refuse(const position_t& position, const std::string& check, const std::string& message);
     void start(const std::string& name, const xmlChar** attributes);
     void add_attributes(const xmlChar** attributes);
@@ -170,7 +175,7 @@ void config_parser_t::on_document_type(void* parser, const xmlChar* /*name*/,
 {
     auto& self = *static_cast<config_parser_t*>(parser);
     self.guard([&self] {
-        self.refuse(self.m_event_end, "config-doctype",
+        self.refuse(self.current_line(), "config-doctype",
                     "The library ignores a file with a document type. Remove it.");
     });
 }
@@ -245,7 +250,7 @@ void config_parser_t::start(const std::string& name, const xmlChar** attributes)
         return refuse(m_event_end, "config-limit",
                       "Elements are nested more than 256 deep. Nest fewer of them.");
     if (m_depth == root_depth && name != root_name)
-        return refuse(m_event_end, "config-root",
+        return refuse(current_line(), "config-root",
                       "The root element is " + in_quotes(name) + ". Name it \"bag\".");
     if (m_depth == entry_depth && name == entry_name) {
         m_is_in_entry = true;
@@ -294,7 +299,11 @@ void config_parser_t::end()
 
 void config_parser_t::add_error(const basekit2::xml_error_t& error)
 {
-    const std::string reason = error.message != nullptr ? trimmed(error.message) : "unknown reason";
+    std::string reason = error.message != nullptr ? trimmed(error.message) : "unknown reason";
+    // libxml2 knows no line of a start tag without a tree.
+    const std::size_t unknown_line = reason.find(no_line);
+    if (unknown_line != std::string::npos)
+        reason.erase(unknown_line, std::strlen(no_line));
     const position_t position = {static_cast<std::size_t>(error.line),
                                  static_cast<std::size_t>(error.int2)};
     refuse(position, "config-syntax",

@@ -34,7 +34,8 @@ struct config_file_t
     std::vector<entry_t> entries;
 };
 
-/// Reads the file as the library does. Returns none, with a finding, if the library would ignore it.
+/// Reads the file as the library does. Returns none, with a finding, if the library would ignore
+/// it.
 std::optional<config_file_t> read_config(const std::filesystem::path& file, findings_t& findings);
 
 } // namespace velmolint

@@ -44,7 +44,8 @@ void coverage_count_t::report(findings_t& findings) const
             report_absent(known->second, findings);
         else
             findings.warning({m_catalogs.front()->file, {}}, "catalog-missing",
-                             "There is no catalog " + in_quotes(m_catalogs.front()->name.catalog()) +
+                             "There is no catalog " +
+                                 in_quotes(m_catalogs.front()->name.catalog()) +
                                  " for the language " + in_quotes(language) +
                                  ", which other catalogs have. Add it.");
     }

@@ -34,7 +34,8 @@ struct finding_t
     std::string message;
 };
 
-/// All findings of one run. Keeps a limited number, so that a hostile file cannot use up the memory.
+/// All findings of one run. Keeps a limited number, so that a hostile file cannot use up the
+/// memory.
 class findings_t
 {
 public:

@@ -59,7 +59,8 @@ result_t linter_t::run()
 bool linter_t::is_selected(const catalog_name_t& name) const
 {
     const bool is_source = !m_selection.source || name.source == *m_selection.source;
-    const bool is_prefix = !m_selection.prefix || !name.prefix || *name.prefix == *m_selection.prefix;
+    const bool is_prefix =
+        !m_selection.prefix || !name.prefix || *name.prefix == *m_selection.prefix;
     return is_source && is_prefix;
 }
 
@@ -117,11 +118,14 @@ void linter_t::check_source(const std::string& source)
     }
 }
 
-void linter_t::check_config(const std::string& source, const catalogs_t& readable,
-                            bool is_complete)
+void linter_t::check_config(const std::string& source, const catalogs_t& readable, bool is_complete)
 {
     const auto file = std::filesystem::path(m_selection.config_directory) / (source + ".xml");
     const std::string name = file.lexically_normal().string();
+    if (readable.empty() && is_complete)
+        m_result.findings.error({name, {}}, "no-catalog",
+                                "There is no catalog of the source " + in_quotes(source) +
+                                    ". Add one, or name its directory.");
     if (m_config_sources.count(source) == 0) {
         m_result.findings.warning({name, {}}, "config-missing",
                                   "The source " + in_quotes(source) +
@@ -134,13 +138,7 @@ void linter_t::check_config(const std::string& source, const catalogs_t& readabl
         return;
     check_entries(*config, m_result.findings);
     // A catalog that cannot be read may have the texts.
-    if (!is_complete)
-        return;
-    if (readable.empty())
-        m_result.findings.error({name, {}}, "no-catalog",
-                                "There is no catalog of the source " + in_quotes(source) +
-                                    ". Add one, or name its directory.");
-    else
+    if (!readable.empty() && is_complete)
         check_texts(*config, text_index_t(source, readable), m_result.findings);
 }
 

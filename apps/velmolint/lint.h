@@ -24,8 +24,8 @@ struct result_t
     coverage_t coverage;
 };
 
-/// Checks the configuration files and catalogs of the selection. Throws usage_error_t if a directory
-/// or a file of the selection is missing.
+/// Checks the configuration files and catalogs of the selection. Throws usage_error_t if a
+/// directory or a file of the selection is missing.
 result_t lint(const selection_t& selection);
 
 } // namespace velmolint

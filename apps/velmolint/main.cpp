@@ -40,8 +40,7 @@ void add_options(CLI::App& app, velmolint::selection_t& selection, std::string& 
         ->type_name("FORMAT")
         ->check(CLI::IsMember({"text", "json", "github"}));
     app.set_version_flag("--version", "velmolint " VELMOEXT1_VERSION, "Print the version");
-    app.add_option("CONFIG_DIR", selection.config_directory,
-                   "Directory of the configuration files")
+    app.add_option("CONFIG_DIR", selection.config_directory, "Directory of the configuration files")
         ->required()
         ->type_name("");
     app.add_option("PO_OR_LOCALE_DIR", selection.catalogs,

@@ -16,8 +16,8 @@ std::string shortened(const std::string& text);
 /// Returns the shortened text in quotation marks.
 std::string in_quotes(const std::string& text);
 
-/// Returns the shortened words with `begin` before and `end` after each, separated by commas. Leaves
-/// out the last of very many.
+/// Returns the shortened words with `begin` before and `end` after each, separated by commas.
+/// Leaves out the last of very many.
 std::string listed(const std::set<std::string>& words, const std::string& begin,
                    const std::string& end);
 

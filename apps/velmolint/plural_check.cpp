@@ -114,9 +114,9 @@ void plural_check_t::check(const plural_t& plural, const std::string& language,
                              " that the language " + in_quotes(language) + " needs. Add them.");
     if (!unused.empty())
         findings.warning(location, "plural-unused",
-                         subject(plural) + " has the forms " +
-                             joined(unused) + ", which the language " +
-                             in_quotes(language) + " does not use. Remove or correct them.");
+                         subject(plural) + " has the forms " + joined(unused) +
+                             ", which the language " + in_quotes(language) +
+                             " does not use. Remove or correct them.");
 }
 
 } // namespace velmolint

@@ -31,7 +31,8 @@ struct iterator_deleter_t
 {
     void operator()(po_message_iterator_t iterator) const { po_message_iterator_free(iterator); }
 };
-typedef std::unique_ptr<std::remove_pointer_t<po_message_iterator_t>, iterator_deleter_t> iterator_owner_t;
+typedef std::unique_ptr<std::remove_pointer_t<po_message_iterator_t>, iterator_deleter_t>
+    iterator_owner_t;
 
 struct free_t
 {
@@ -74,9 +75,9 @@ void add_error(int severity, const char* file, std::size_t line, std::size_t col
         return;
     errors.has_failed = true;
     try {
-        errors.findings->error({*errors.file, file != nullptr ? to_position(line, column)
-                                                              : position_t()},
-                               "po-syntax", "msgfmt would fail: " + one_line(text) + ".");
+        errors.findings->error(
+            {*errors.file, file != nullptr ? to_position(line, column) : position_t()}, "po-syntax",
+            "msgfmt would fail: " + one_line(text) + ".");
     } catch (...) {
         errors.failure = std::current_exception();
     }
@@ -154,20 +155,27 @@ std::string header_language(const std::string& header)
     return value ? trimmed(value.get()) : std::string();
 }
 
-std::vector<text_t> all_texts(po_file* file)
+void add_texts(std::vector<text_t>& texts, po_file* file, const char* domain)
 {
-    std::vector<text_t> texts;
-    const iterator_owner_t iterator(po_message_iterator(file, nullptr));
+    const iterator_owner_t iterator(po_message_iterator(file, domain));
     while (po_message_t message = po_next_message(iterator.get()))
         if (po_message_is_obsolete(message) == 0)
             texts.push_back(to_text(message));
+}
+
+/// Returns the texts of all domains: msgfmt ignores the domains if it is given an output file.
+std::vector<text_t> all_texts(po_file* file)
+{
+    std::vector<text_t> texts;
+    for (const char* const* domain = po_file_domains(file); *domain != nullptr; ++domain)
+        add_texts(texts, file, *domain);
     return texts;
 }
 
 void add_positions(std::vector<text_t>& texts, const std::vector<po_scan_t::entry_t>& entries)
 {
     if (texts.size() != entries.size())
-        return; // a file with several domains
+        return; // a domain occurs twice
     for (std::size_t i = 0; i != texts.size(); ++i) {
         texts[i].id_position = entries[i].id;
         texts[i].text_position = entries[i].text;

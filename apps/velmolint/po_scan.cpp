@@ -76,7 +76,8 @@ void po_scanner_t::scan_line_end()
     m_is_obsolete = false;
 }
 
-// Keeps the mark of an obsolete entry: otherwise the flags before it would belong to the next entry.
+// Keeps the mark of an obsolete entry: otherwise the flags before it would belong to the next
+// entry.
 void po_scanner_t::scan_comment()
 {
     const char kind = m_next + 1 < m_text.size() ? m_text[m_next + 1] : '\0';

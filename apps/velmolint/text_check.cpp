@@ -77,7 +77,8 @@ text_check_t::patterns_t text_check_t::check_patterns(const catalog_t& catalog)
     for (const text_t& text : catalog.content.texts) {
         if (!is_used(text))
             continue;
-        const pattern_t& pattern = patterns.emplace(text.id, parse_pattern(text.text)).first->second;
+        const pattern_t& pattern =
+            patterns.emplace(text.id, parse_pattern(text.text)).first->second;
         m_pattern_check.check(pattern, catalog.name.language, {catalog.file, text.text_position},
                               m_findings);
     }
