@@ -11,6 +11,7 @@ namespace
 {
 
 constexpr std::size_t max_file_bytes = std::size_t{16} << 20U;
+constexpr std::size_t chunk_bytes = 65536;
 
 } // namespace
 
@@ -28,9 +29,12 @@ std::optional<std::string> read_input(const std::filesystem::path& file, std::st
         reason = std::generic_category().message(errno);
         return std::nullopt;
     }
-    std::string bytes(max_file_bytes + 1, '\0');
-    stream.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    bytes.resize(static_cast<std::size_t>(stream.gcount()));
+    std::string bytes;
+    std::string chunk(chunk_bytes, '\0');
+    while (stream && bytes.size() <= max_file_bytes) {
+        stream.read(chunk.data(), static_cast<std::streamsize>(chunk.size()));
+        bytes.append(chunk, 0, static_cast<std::size_t>(stream.gcount()));
+    }
     if (stream.bad()) {
         reason = "a read failed";
         return std::nullopt;
@@ -39,7 +43,6 @@ std::optional<std::string> read_input(const std::filesystem::path& file, std::st
         reason = "larger than 16 MiB";
         return std::nullopt;
     }
-    bytes.shrink_to_fit();
     return bytes;
 }
 
