@@ -30,6 +30,12 @@ std::optional<catalog_content_t> read_content(const std::filesystem::path& file,
     return read_po(file.string(), *bytes, findings);
 }
 
+/// Returns whether it is the folder of the locales "C" and "POSIX".
+bool is_without_language(const std::string& folder)
+{
+    return folder == "c" || folder == "posix";
+}
+
 /// Sets the language: that of the folder of a locale, that of the header, or that of the name.
 void set_language(catalog_t& catalog, findings_t& findings)
 {
@@ -44,13 +50,13 @@ void set_language(catalog_t& catalog, findings_t& findings)
                              ". Correct one of them.");
     if (!in_header.empty() && !catalog.name.is_locale_folder)
         language = in_header;
-    if (is_locale(language))
+    if (is_locale(language) || is_without_language(language))
         return;
     const std::string reason = language.empty()
                                    ? "Neither the header nor the name of the file has a language."
                                    : "The language " + in_quotes(language) + " is unknown.";
     findings.warning(header, "language-unknown",
-                     reason + " Set Language in the header, as in \"Language: de\\n\".");
+                     reason + " Add a line such as Language: de to the header.");
     if (language.empty())
         language = unknown_language;
 }

@@ -10,15 +10,12 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstring>
 
 namespace velmolint
 {
 namespace
 {
 
-const char type[] = "Content-Type:";
-const char field[] = "charset=";
 const char sample[] = "msgid \"{x, plural, other {#}}\\n'";
 
 /// Returns whether the bytes of ASCII mean the same in the charset. Otherwise the file's own syntax
@@ -73,15 +70,6 @@ std::optional<std::string> convert(const std::string& bytes, UConverter& convert
 
 } // namespace
 
-std::string find_charset(const std::string& header)
-{
-    const std::size_t found = header.find(field, std::min(header.find(type), header.size()));
-    if (found == std::string::npos)
-        return std::string();
-    const std::size_t begin = found + std::strlen(field);
-    return header.substr(begin, header.find_first_of(" \t\r\n;\\\"", begin) - begin);
-}
-
 std::optional<std::string> to_utf8(const std::string& bytes, const std::string& charset,
                                    const location_t& header, findings_t& findings)
 {
@@ -103,7 +91,7 @@ std::optional<std::string> to_utf8(const std::string& bytes, const std::string& 
     if (line == 0)
         text = is_utf8 ? bytes : convert(bytes, *converter);
     if (!text)
-        findings.error({header.file, {line, 0}}, "text-encoding",
+        findings.error({header.file, {header.position.line != 0 ? line : 0, 0}}, "text-encoding",
                        "The file is not in the charset " + in_quotes(charset) +
                            " of its header. Save it in that charset.");
     return text;

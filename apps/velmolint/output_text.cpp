@@ -92,7 +92,7 @@ std::string listed(const std::set<std::string>& words, const std::string& begin,
             result += ", ";
         if (count++ == max_listed)
             return result + "...";
-        result += begin + shortened(word) + end;
+        result.append(begin).append(shortened(word)).append(end);
     }
     return result;
 }

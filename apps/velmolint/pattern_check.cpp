@@ -35,40 +35,39 @@ std::string joined(const names_t& names)
 } // namespace
 
 void pattern_check_t::check(const pattern_t& pattern, const std::string& language,
-                            const location_t& location, findings_t& findings)
+                            const text_report_t& report)
 {
     if (!pattern.quoted_placeholders.empty())
-        findings.error(location, "quoted-placeholder",
-                       "An apostrophe quotes " + joined(to_set(pattern.quoted_placeholders)) +
-                           ", which is shown and not replaced. Write '' for an apostrophe, and "
-                           "'{' or '}' for a brace.");
+        report.error("quoted-placeholder",
+                     "An apostrophe quotes " + joined(to_set(pattern.quoted_placeholders)) +
+                         ", which is shown and not replaced. Write '' for an apostrophe, and "
+                         "'{' or '}' for a brace.");
     if (!pattern.is_valid()) {
-        findings.error(location, pattern.fault_check, pattern.fault);
+        report.error(pattern.fault_check, pattern.fault);
         return;
     }
     for (const plural_t& plural : pattern.plurals)
-        m_plurals.check(plural, language, location, findings);
-    check_styles(pattern, language, location, findings);
+        m_plurals.check(plural, language, report);
+    check_styles(pattern, language, report);
 }
 
 void pattern_check_t::check_styles(const pattern_t& pattern, const std::string& language,
-                                   const location_t& location, findings_t& findings)
+                                   const text_report_t& report)
 {
     for (const typed_argument_t& argument : pattern.typed_arguments) {
         if (m_styles.is_valid(argument, language))
             continue;
         const std::string style = argument.style.empty() ? "" : ", " + argument.style;
-        findings.error(location, "pattern-type",
-                       "ICU knows no format " + in_quotes(argument.type + style) + " for {" +
-                           shortened(argument.argument) +
-                           "}, so the pattern is shown as it is. Use a type such as number or "
-                           "date, with a valid style.");
+        report.error("pattern-type",
+                     "ICU knows no format " + in_quotes(argument.type + style) + " for {" +
+                         shortened(argument.argument) +
+                         "}, so the pattern is shown as it is. Use a type such as number or "
+                         "date, with a valid style.");
     }
 }
 
 void compare_placeholders(const pattern_t& reference, const std::string& reference_language,
-                          const pattern_t& translation, const location_t& location,
-                          findings_t& findings)
+                          const pattern_t& translation, const text_report_t& report)
 {
     if (!reference.is_valid() || !translation.is_valid())
         return;
@@ -77,13 +76,13 @@ void compare_placeholders(const pattern_t& reference, const std::string& referen
     const names_t extra = without(without(translation.arguments, reference.arguments),
                                   to_set(reference.quoted_placeholders));
     if (!missing.empty())
-        findings.warning(location, "placeholder-missing",
-                         "The text lacks " + joined(missing) + " of the text in " +
-                             in_quotes(reference_language) + ". Add it, if nothing else says it.");
+        report.warning("placeholder-missing", "It lacks " + joined(missing) +
+                                                  ", which the text in " +
+                                                  in_quotes(reference_language) + " has. Add it.");
     if (!extra.empty())
-        findings.error(location, "placeholder-extra",
-                       "The text has " + joined(extra) + ", which the text in " +
-                           in_quotes(reference_language) + " does not have. Correct the name.");
+        report.error("placeholder-extra", "It has " + joined(extra) + ", which the text in " +
+                                              in_quotes(reference_language) +
+                                              " does not have. Correct the name.");
 }
 
 } // namespace velmolint

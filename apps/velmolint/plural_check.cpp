@@ -1,5 +1,6 @@
 #include "plural_check.h"
 
+#include "catalog_name.h"
 #include "output_text.h"
 
 #include <unicode/locid.h>
@@ -95,10 +96,12 @@ bool plural_check_t::is_covered(const category_t& category, const plural_t& plur
 }
 
 void plural_check_t::check(const plural_t& plural, const std::string& language,
-                           const location_t& location, findings_t& findings)
+                           const text_report_t& report)
 {
+    if (!is_locale(language))
+        return;
     const categories_t& known = categories(language, plural.is_ordinal);
-    if (known.empty() || language.empty())
+    if (known.empty())
         return;
     std::set<std::string> missing;
     std::set<std::string> unused = plural.categories;
@@ -109,14 +112,13 @@ void plural_check_t::check(const plural_t& plural, const std::string& language,
             missing.insert(category.name);
     }
     if (!missing.empty())
-        findings.warning(location, "plural-missing",
-                         subject(plural) + " lacks the forms " + joined(missing) +
-                             " that the language " + in_quotes(language) + " needs. Add them.");
+        report.warning("plural-missing", subject(plural) + " lacks " + joined(missing) +
+                                             ", which the language " + in_quotes(language) +
+                                             " needs. Add it.");
     if (!unused.empty())
-        findings.warning(location, "plural-unused",
-                         subject(plural) + " has the forms " + joined(unused) +
-                             ", which the language " + in_quotes(language) +
-                             " does not use. Remove or correct them.");
+        report.warning("plural-unused", subject(plural) + " has " + joined(unused) +
+                                            ", which the language " + in_quotes(language) +
+                                            " does not use. Remove or correct it.");
 }
 
 } // namespace velmolint

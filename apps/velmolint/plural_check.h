@@ -1,7 +1,7 @@
 #pragma once
 
-#include "finding.h"
 #include "pattern.h"
+#include "text_report.h"
 
 #include <unicode/plurrule.h>
 
@@ -20,8 +20,7 @@ public:
     /// Adds a finding for each category that the language needs and the pattern lacks, and for each
     /// that the pattern has and the language does not use. Does nothing if ICU does not know the
     /// language.
-    void check(const plural_t& plural, const std::string& language, const location_t& location,
-               findings_t& findings);
+    void check(const plural_t& plural, const std::string& language, const text_report_t& report);
 
 private:
     struct category_t

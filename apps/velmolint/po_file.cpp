@@ -1,5 +1,6 @@
 #include "po_file.h"
 
+#include "catalog_header.h"
 #include "charset.h"
 #include "output_text.h"
 #include "po_scan.h"
@@ -10,7 +11,6 @@
 #include <algorithm>
 #include <csetjmp>
 #include <cstddef>
-#include <cstdlib>
 #include <exception>
 #include <memory>
 #include <type_traits>
@@ -33,11 +33,6 @@ struct iterator_deleter_t
 };
 typedef std::unique_ptr<std::remove_pointer_t<po_message_iterator_t>, iterator_deleter_t>
     iterator_owner_t;
-
-struct free_t
-{
-    void operator()(char* text) const { std::free(text); }
-};
 
 /// The errors of one read. gettext's handlers have no parameter for it.
 struct po_errors_t
@@ -149,12 +144,6 @@ text_t to_text(po_message_t message)
     return text;
 }
 
-std::string header_language(const std::string& header)
-{
-    const std::unique_ptr<char, free_t> value(po_header_field(header.c_str(), "Language"));
-    return value ? trimmed(value.get()) : std::string();
-}
-
 void add_texts(std::vector<text_t>& texts, po_file* file, const char* domain)
 {
     const iterator_owner_t iterator(po_message_iterator(file, domain));
@@ -189,7 +178,7 @@ catalog_content_t split_header(std::vector<text_t> texts)
         return text.id.empty() && !text.has_context;
     });
     if (header != texts.end()) {
-        content.header_language = header_language(header->text);
+        content.header_language = find_language(header->text);
         content.header_position = header->id_position;
         texts.erase(header);
     }

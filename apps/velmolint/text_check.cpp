@@ -79,8 +79,9 @@ text_check_t::patterns_t text_check_t::check_patterns(const catalog_t& catalog)
             continue;
         const pattern_t& pattern =
             patterns.emplace(text.id, parse_pattern(text.text)).first->second;
-        m_pattern_check.check(pattern, catalog.name.language, {catalog.file, text.text_position},
-                              m_findings);
+        m_pattern_check.check(
+            pattern, catalog.name.language,
+            text_report_t(m_findings, {catalog.file, text.text_position}, text.id));
     }
     return patterns;
 }
@@ -92,8 +93,9 @@ void text_check_t::compare(const catalog_t& reference, const patterns_t& referen
         const auto expected = reference_patterns.find(text.id);
         const auto found = patterns.find(text.id);
         if (is_used(text) && expected != reference_patterns.end())
-            compare_placeholders(expected->second, reference.name.language, found->second,
-                                 {catalog.file, text.text_position}, m_findings);
+            compare_placeholders(
+                expected->second, reference.name.language, found->second,
+                text_report_t(m_findings, {catalog.file, text.text_position}, text.id));
     }
 }
 
