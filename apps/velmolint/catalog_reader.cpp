@@ -2,6 +2,7 @@
 
 #include "catalog_name.h"
 #include "input_file.h"
+#include "mo_catalog.h"
 #include "output_text.h"
 #include "po_file.h"
 
@@ -27,6 +28,8 @@ std::optional<catalog_content_t> read_content(const std::filesystem::path& file,
                        "The file cannot be read: " + reason + ".");
         return std::nullopt;
     }
+    if (file.extension() == ".mo")
+        return read_mo(file.string(), *bytes, findings);
     return read_po(file.string(), *bytes, findings);
 }
 

@@ -10,6 +10,8 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
+#include <utility>
 
 namespace velmolint
 {

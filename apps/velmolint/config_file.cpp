@@ -9,6 +9,7 @@
 #include <libxml/parser.h>
 #include <libxml/parserInternals.h>
 
+#include <cstddef>
 #include <cstring>
 #include <exception>
 #include <memory>

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <system_error>
 
 namespace velmolint
@@ -16,6 +17,7 @@ namespace fs = std::filesystem;
 // DIRECTORY/LOCALE/LC_MESSAGES/FILE, and one more folder above.
 constexpr int max_depth = 3;
 constexpr std::size_t max_files = 10000;
+constexpr std::uintmax_t max_total_bytes = std::uintmax_t{256} << 20U;
 
 bool is_catalog_name(const fs::path& file)
 {
@@ -71,6 +73,19 @@ void add_argument(std::vector<fs::path>& files, const std::string& argument)
         throw usage_error_t(in_quotes(argument) + " is neither a directory nor a .po or .mo file");
 }
 
+/// All catalogs are in memory at once.
+void check_total_size(const std::vector<fs::path>& files)
+{
+    std::uintmax_t total = 0;
+    for (const fs::path& file : files) {
+        std::error_code error;
+        const std::uintmax_t size = fs::file_size(file, error);
+        total += error ? 0 : std::min(size, max_total_bytes + 1);
+        if (total > max_total_bytes)
+            throw usage_error_t("the catalogs have more than 256 MiB; name fewer directories");
+    }
+}
+
 } // namespace
 
 std::set<std::string> find_config_sources(const fs::path& directory)
@@ -95,6 +110,7 @@ std::vector<fs::path> find_catalogs(const std::vector<std::string>& arguments)
         add_argument(files, argument);
     std::sort(files.begin(), files.end());
     files.erase(std::unique(files.begin(), files.end()), files.end());
+    check_total_size(files);
     return files;
 }
 

@@ -21,7 +21,8 @@ public:
 std::set<std::string> find_config_sources(const std::filesystem::path& directory);
 
 /// Returns the catalogs among the arguments and in the directories among them, sorted, each once.
-/// Throws usage_error_t if an argument is neither a directory nor a `.po` or `.mo` file.
+/// Throws usage_error_t if an argument is neither a directory nor a `.po` or `.mo` file, or if
+/// there are too many catalogs.
 std::vector<std::filesystem::path> find_catalogs(const std::vector<std::string>& arguments);
 
 } // namespace velmolint

@@ -43,7 +43,6 @@ public:
     void warning(const location_t& location, const std::string& check, const std::string& message);
 
     bool is_empty() const { return m_findings.empty(); }
-    std::size_t size() const { return m_findings.size(); }
 
     /// Returns the findings sorted by file, position and check.
     std::vector<finding_t> sorted() const;

@@ -36,7 +36,8 @@ private:
 
     const selection_t& m_selection;
     std::set<std::string> m_config_sources;
-    std::set<std::string> m_sources;
+    std::set<std::string> m_known_sources; ///< those that a file name can have
+    std::set<std::string> m_sources;       ///< those that are checked
     std::vector<catalog_t> m_catalogs;
     result_t m_result;
 };
@@ -45,10 +46,10 @@ result_t linter_t::run()
 {
     m_config_sources = find_config_sources(m_selection.config_directory);
     const std::vector<std::filesystem::path> files = find_catalogs(m_selection.catalogs);
+    m_known_sources = m_config_sources;
     if (m_selection.source)
-        m_sources.insert(*m_selection.source);
-    else
-        m_sources = m_config_sources;
+        m_known_sources.insert(*m_selection.source);
+    m_sources = m_selection.source ? std::set<std::string>{*m_selection.source} : m_config_sources;
     read_catalogs(files);
     for (const std::string& source : m_sources)
         check_source(source);
@@ -66,10 +67,7 @@ bool linter_t::is_selected(const catalog_name_t& name) const
 
 catalog_name_t linter_t::name_of(const std::filesystem::path& file) const
 {
-    std::set<std::string> known = m_config_sources;
-    if (m_selection.source)
-        known.insert(*m_selection.source);
-    catalog_name_t name = parse_catalog_name(file, known);
+    catalog_name_t name = parse_catalog_name(file, m_known_sources);
     if (name.source.empty() && m_selection.source)
         name.source = *m_selection.source;
     return name;

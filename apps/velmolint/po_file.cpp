@@ -11,15 +11,19 @@
 #include <algorithm>
 #include <csetjmp>
 #include <cstddef>
+#include <cstring>
 #include <exception>
 #include <memory>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 namespace velmolint
 {
 namespace
 {
+
+const char byte_order_mark[] = "\xEF\xBB\xBF";
 
 struct po_deleter_t
 {
@@ -205,14 +209,25 @@ position_t header_position(const po_scan_t& scan)
     return scan.entries.empty() ? position_t() : scan.entries.front().id;
 }
 
+/// Returns why gettext could not read the bytes, null if their encoding is no reason.
+const char* wrong_encoding(const std::string& bytes)
+{
+    if (bytes.find('\0') != std::string::npos)
+        return "The file has zero bytes, so it is no .po file in UTF-8. Save it in UTF-8.";
+    if (bytes.compare(0, std::strlen(byte_order_mark), byte_order_mark) == 0)
+        return "The file begins with a byte order mark, and msgfmt would fail. Save it without "
+               "one.";
+    return nullptr;
+}
+
 } // namespace
 
 std::optional<catalog_content_t> read_po(const std::string& file, const std::string& bytes,
                                          findings_t& findings)
 {
-    if (bytes.find('\0') != std::string::npos) {
-        findings.error({file, {}}, "po-syntax",
-                       "The file has zero bytes, so it is no .po file in UTF-8. Save it in UTF-8.");
+    const char* const reason = wrong_encoding(bytes);
+    if (reason != nullptr) {
+        findings.error({file, {}}, "po-syntax", reason);
         return std::nullopt;
     }
     const po_scan_t unconverted = scan_po(bytes);
