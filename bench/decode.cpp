@@ -13,7 +13,7 @@
 namespace
 {
 
-using bench::message_ptr;
+using bench::message_ptr_t;
 using bench::workload_t;
 using velmoext_1_4_8::string_message_serializer_t;
 
@@ -32,17 +32,18 @@ std::size_t decode_bare(const std::string& document)
 
 std::vector<std::wstring> make_wide_documents(const workload_t& workload, std::size_t count)
 {
-    return workload.make_items(count, [&](std::size_t place) {
-        return string_message_serializer_t::message_to_xml_string(workload.messages()[place]);
+    return workload.make_items(count, [&](std::size_t index) {
+        return string_message_serializer_t::message_to_xml_string(workload.messages()[index]);
     });
 }
 
-void require_same(const message_ptr& left, const message_ptr& right)
+void require_same(const message_ptr_t& left, const message_ptr_t& right)
 {
-    const auto here = left->get_content();
-    const auto there = right->get_content();
-    bench::require(left->equal_to(right) && here.args == there.args &&
-                       here.attributes == there.attributes && here.elements == there.elements,
+    const auto left_content = left->get_content();
+    const auto right_content = right->get_content();
+    bench::require(left->equal_to(right) && left_content.args == right_content.args &&
+                       left_content.attributes == right_content.attributes &&
+                       left_content.elements == right_content.elements,
                    "decoded something else");
 }
 
@@ -65,11 +66,11 @@ bench::candidate_t velmoext1(const workload_t& workload)
 
 std::vector<bench::subject_t> make_subjects(const workload_t& workload)
 {
-    const auto least = [](std::size_t count) {
+    const auto min_output = [](std::size_t count) {
         return count;
     };
     const auto floor = bench::make_decoder("floor", workload, decode_bare);
-    bench::subject_t subject = {"decode", {floor, velmoext1(workload)}, least};
+    bench::subject_t subject = {"decode", {floor, velmoext1(workload)}, min_output};
     add_peers(subject, workload);
     return {subject};
 }

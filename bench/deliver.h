@@ -11,7 +11,7 @@ namespace bench
 /// Its callers within the library take a hundred times longer. An explicit instantiation may name a
 /// private member.
 template <auto Dispatch>
-struct reach_t
+struct private_access_t
 {
     friend void deliver(const boost::shared_ptr<velmoext_1_4_8::velmo_ex_t>& ex,
                         const boost::shared_ptr<velmoext_1_4_8::message_t>& message)
@@ -23,7 +23,7 @@ struct reach_t
     }
 };
 
-template struct reach_t<&velmoext_1_4_8::velmo_ex_t::dispatch_message>;
+template struct private_access_t<&velmoext_1_4_8::velmo_ex_t::dispatch_message>;
 
 /// Offers the message to the handlers of the extension object.
 void deliver(const boost::shared_ptr<velmoext_1_4_8::velmo_ex_t>& ex,

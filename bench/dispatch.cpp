@@ -14,7 +14,7 @@ namespace
 {
 
 using bench::counting_handler_t;
-using bench::message_ptr;
+using bench::message_ptr_t;
 using bench::workload_t;
 using velmoext_1_4_8::velmo_ex_t;
 
@@ -46,7 +46,7 @@ public:
     {}
 
     [[gnu::noinline]] void
-    deliver(message_ptr message) // NOLINT(performance-unnecessary-value-param)
+    deliver(message_ptr_t message) // NOLINT(performance-unnecessary-value-param)
     {
         const boost::mutex::scoped_lock lock(m_mutex);
         for (auto at = m_handlers.rbegin(); at != m_handlers.rend(); ++at)

@@ -9,10 +9,10 @@ namespace bench
 
 std::vector<std::string> make_documents(const workload_t& workload, std::size_t count)
 {
-    return workload.make_items(count, [&](std::size_t place) {
+    return workload.make_items(count, [&](std::size_t index) {
         return ROVA_2_18::strings::utf16_to_utf8(
             velmoext_1_4_8::string_message_serializer_t::message_to_xml_string(
-                workload.messages()[place]));
+                workload.messages()[index]));
     });
 }
 

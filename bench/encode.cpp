@@ -30,7 +30,7 @@ std::size_t encode_plain(const bench::plain_message_t& message)
     return size;
 }
 
-std::size_t encode(const bench::message_ptr& message)
+std::size_t encode(const bench::message_ptr_t& message)
 {
     return string_message_serializer_t::message_to_xml_string(message).size();
 }
@@ -46,11 +46,11 @@ bench::candidate_t velmoext1(const workload_t& workload)
 
 std::vector<bench::subject_t> make_subjects(const workload_t& workload)
 {
-    const auto least = [&](std::size_t count) {
+    const auto min_output = [&](std::size_t count) {
         return workload.text_size(count) / 2;
     };
     const auto floor = bench::make_encoder("floor", workload, encode_plain);
-    bench::subject_t subject = {"encode", {floor, velmoext1(workload)}, least};
+    bench::subject_t subject = {"encode", {floor, velmoext1(workload)}, min_output};
     add_peers(subject, workload);
     return {subject};
 }

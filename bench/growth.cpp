@@ -1,7 +1,7 @@
 // Prints a table of how costs grow: the cost of a message, an argument or an object if there are
 // few, and if there are many.
 //
-// bench_growth [--messages MOST] [--log-messages MOST]
+// bench_growth [--messages N] [--log-messages N]
 // bench_growth --log-bytes BYTES      a replay of a log of that size, and a start on it
 //
 // A log of 10,000,000 messages takes 2.2 GB, and twice that while a recording starts on it. TMPDIR
@@ -38,11 +38,11 @@ namespace
 
 using namespace velmoext_1_4_8;
 using bench::cost_t;
-using bench::message_ptr;
+using bench::message_ptr_t;
 using bench::require;
 using bench::workload_t;
 
-typedef boost::shared_ptr<messages_storage_t> storage_ptr;
+typedef boost::shared_ptr<messages_storage_t> storage_ptr_t;
 
 const char* const constant = "1.1 or less";
 
@@ -59,9 +59,9 @@ int rounds_for(std::size_t messages)
     return messages <= large ? 3 : 1;
 }
 
-std::size_t few_messages(std::size_t most)
+std::size_t few_messages(std::size_t many)
 {
-    return std::clamp<std::size_t>(most / 100, 1, 10000);
+    return std::clamp<std::size_t>(many / 100, 1, 10000);
 }
 
 void print_heading()
@@ -93,7 +93,7 @@ void print(const std::string& what, const figure_t& few, const figure_t& many, c
     std::fflush(stdout);
 }
 
-storage_ptr open_log(const scratch_folder_t& folder)
+storage_ptr_t open_log(const scratch_folder_t& folder)
 {
     return messages_storage_t::get(folder.wide_name("log.xml"));
 }
@@ -110,7 +110,7 @@ std::uintmax_t log_size(const scratch_folder_t& folder)
 
 void record(const scratch_folder_t& folder, const workload_t& workload, std::size_t count)
 {
-    const storage_ptr storage = open_log(folder);
+    const storage_ptr_t storage = open_log(folder);
     require(storage->start_recording(), "the log cannot be recorded into");
     for (std::size_t i = 0; i < count; ++i)
         storage->on_message(boost::shared_ptr<velmo_ex_t>(),
@@ -121,7 +121,7 @@ void record(const scratch_folder_t& folder, const workload_t& workload, std::siz
 void carry_over(const scratch_folder_t& folder)
 {
     const std::uintmax_t before = log_size(folder);
-    const storage_ptr storage = open_log(folder);
+    const storage_ptr_t storage = open_log(folder);
     require(storage->start_recording(), "the log cannot be recorded into");
     storage->stop_recording();
     require(log_size(folder) >= before, "a start lost messages");
@@ -132,7 +132,7 @@ void replay(const scratch_folder_t& folder, std::size_t count)
     const auto handler = boost::make_shared<bench::counting_handler_t>();
     const auto ex = velmo_ex_t::get(L"bench", L"");
     ex->push_handler(handler);
-    const storage_ptr storage = open_log(folder);
+    const storage_ptr_t storage = open_log(folder);
     storage->start_reading();
     require(storage->replay(ex) && handler->count() == count, "a replay lost messages");
 }
@@ -141,8 +141,8 @@ void replay(const scratch_folder_t& folder, std::size_t count)
 class log_writer_t
 {
 public:
-    explicit log_writer_t(std::size_t most)
-        : m_messages(std::min<std::size_t>(most, block_messages))
+    explicit log_writer_t(std::size_t max_messages)
+        : m_messages(std::min<std::size_t>(max_messages, block_messages))
     {
         const scratch_folder_t folder;
         record(folder, workload_t(m_messages), m_messages);
@@ -194,11 +194,10 @@ double record_cost(std::size_t count)
     return cost.cpu / static_cast<double>(count);
 }
 
-void show_recording(std::size_t most)
+void show_recording(std::size_t many)
 {
-    const std::size_t least = few_messages(most);
-    print("record, us per message", {least, record_cost(least)}, {most, record_cost(most)},
-          constant);
+    const std::size_t few = few_messages(many);
+    print("record, us per message", {few, record_cost(few)}, {many, record_cost(many)}, constant);
 }
 
 // Returns NAN if the library refuses the log, since that is a result too.
@@ -225,28 +224,29 @@ reading_t measure_reading(const log_writer_t& writer, std::size_t count,
     const double mebibyte = 1024.0 * 1024.0;
     const scratch_folder_t folder;
     const log_writer_t one(1);
-    const cost_t least = bench::measure(
+    const cost_t baseline = bench::measure(
         1, [&] { read(folder, 1); }, [&] { one.write(folder, 1); });
     const cost_t cost = try_measure(
         rounds_for(count), [&] { read(folder, count); }, [&] { writer.write(folder, count); });
     return {{count, cost.cpu / static_cast<double>(count)},
-            {count, (cost.memory - least.memory) / mebibyte}};
+            {count, (cost.memory - baseline.memory) / mebibyte}};
 }
 
-void show_reading(const std::string& what, const log_writer_t& writer, std::size_t least,
-                  std::size_t most, void (*read)(const scratch_folder_t& folder, std::size_t count))
+void show_reading(const std::string& what, const log_writer_t& writer, std::size_t few,
+                  std::size_t many, void (*read)(const scratch_folder_t& folder, std::size_t count))
 {
-    const reading_t few = measure_reading(writer, least, read);
-    const reading_t many = measure_reading(writer, most, read);
-    print(what + ", us per message", few.time, many.time, constant);
-    print(what + ", peak memory in MiB", few.memory, many.memory, "64 or less each");
+    const reading_t few_reading = measure_reading(writer, few, read);
+    const reading_t many_reading = measure_reading(writer, many, read);
+    print(what + ", us per message", few_reading.time, many_reading.time, constant);
+    print(what + ", peak memory in MiB", few_reading.memory, many_reading.memory,
+          "64 or less each");
 }
 
-void show_logs(const log_writer_t& writer, std::size_t most)
+void show_logs(const log_writer_t& writer, std::size_t many)
 {
-    const std::size_t least = writer.round_up(few_messages(most));
-    show_reading("replay", writer, least, most, replay);
-    show_reading("carry over", writer, least, most,
+    const std::size_t few = writer.round_up(few_messages(many));
+    show_reading("replay", writer, few, many, replay);
+    show_reading("carry over", writer, few, many,
                  [](const scratch_folder_t& folder, std::size_t) { carry_over(folder); });
 }
 
@@ -272,10 +272,10 @@ double decode_cost(std::size_t args, std::size_t all)
     return cost.cpu / static_cast<double>(all);
 }
 
-void show_decode(std::size_t most)
+void show_decode(std::size_t messages)
 {
-    const std::size_t all = most / 100 * 20;
-    const std::size_t many = std::max<std::size_t>(most / 100, 10);
+    const std::size_t all = messages / 100 * 20;
+    const std::size_t many = std::max<std::size_t>(messages / 100, 10);
     print("decode, us per argument", {10, decode_cost(10, all)}, {many, decode_cost(many, all)},
           "1.5 or less");
 }
@@ -294,10 +294,10 @@ double object_cost(std::size_t count, std::size_t all)
     return cost.cpu / static_cast<double>(all);
 }
 
-void show_objects(std::size_t most)
+void show_objects(std::size_t messages)
 {
-    const std::size_t many = std::max<std::size_t>(most / 50, 200);
-    print("extension objects made and destroyed, us per object", {200, object_cost(200, many)},
+    const std::size_t many = std::max<std::size_t>(messages / 50, 200);
+    print("extension objects created and destroyed, us per object", {200, object_cost(200, many)},
           {many, object_cost(many, many)}, "3 or less");
 }
 
@@ -318,9 +318,9 @@ cost_t thread_cost(std::size_t threads, std::size_t all)
     });
 }
 
-void show_threads(std::size_t most)
+void show_threads(std::size_t messages)
 {
-    const std::size_t all = most * 4;
+    const std::size_t all = messages * 4;
     const auto thousands = static_cast<double>(all) / 1000;
     const cost_t one = thread_cost(1, all);
     const cost_t eight = thread_cost(8, all);
@@ -332,8 +332,8 @@ void show_threads(std::size_t most)
 
 struct options_t
 {
-    std::size_t most = 1000000;
-    std::size_t log_messages = 0; ///< 0: as many as `most`
+    std::size_t messages = 1000000;
+    std::size_t log_messages = 0; ///< 0: as many as `messages`
     std::uintmax_t log_bytes = 0;
 };
 
@@ -343,10 +343,10 @@ options_t parse_options(int argc, char** argv)
     for (int at = 1; at < argc; at += 2) {
         const std::string name = argv[at];
         const long long count = at + 1 < argc ? std::strtoll(argv[at + 1], nullptr, 10) : 0;
-        require(count > 0, "usage: bench_growth [--messages MOST] [--log-messages MOST]\n"
+        require(count > 0, "usage: bench_growth [--messages N] [--log-messages N]\n"
                            "       bench_growth --log-bytes BYTES");
         if (name == "--messages")
-            options.most = static_cast<std::size_t>(count);
+            options.messages = static_cast<std::size_t>(count);
         else if (name == "--log-messages")
             options.log_messages = static_cast<std::size_t>(count);
         else if (name == "--log-bytes")
@@ -355,7 +355,7 @@ options_t parse_options(int argc, char** argv)
             throw std::invalid_argument("no such option: " + name);
     }
     if (options.log_messages == 0)
-        options.log_messages = options.most;
+        options.log_messages = options.messages;
     return options;
 }
 
@@ -371,9 +371,9 @@ void show_all(const options_t& options)
     const log_writer_t writer(few_messages(options.log_messages));
     show_recording(options.log_messages);
     show_logs(writer, writer.round_up(options.log_messages));
-    show_decode(options.most);
-    show_objects(options.most);
-    show_threads(options.most);
+    show_decode(options.messages);
+    show_objects(options.messages);
+    show_threads(options.messages);
 }
 
 } // namespace

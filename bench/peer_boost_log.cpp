@@ -51,7 +51,7 @@ private:
         boost::make_shared<sink_t>(boost::make_shared<backend_t>());
 };
 
-void put(logging::record_ostream& stream, const bench::texts_t& texts)
+void put(logging::record_ostream& stream, const bench::string_pairs_t& texts)
 {
     for (const auto& [name, text] : texts)
         stream << ' ' << name << '=' << text;

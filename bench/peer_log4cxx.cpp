@@ -18,7 +18,7 @@ namespace
 
 using bench::workload_t;
 
-void add_context(const bench::texts_t& texts)
+void add_context(const bench::string_pairs_t& texts)
 {
     for (const auto& [name, text] : texts)
         log4cxx::MDC::put(name, text);

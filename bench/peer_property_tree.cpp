@@ -21,11 +21,11 @@ using property_tree::ptree;
 
 const char attributes[] = "<xmlattr>";
 
-void put_attributes(ptree& element, const bench::texts_t& texts)
+void put_attributes(ptree& element, const bench::string_pairs_t& texts)
 {
-    ptree& place = element.push_back({attributes, ptree()})->second;
+    ptree& node = element.push_back({attributes, ptree()})->second;
     for (const auto& [name, text] : texts)
-        place.push_back({name, ptree(text)});
+        node.push_back({name, ptree(text)});
 }
 
 std::size_t encode(const plain_message_t& message)
@@ -54,11 +54,11 @@ std::size_t decode(const std::string& text)
     std::string severity;
     std::map<std::string, std::string> args;
     std::map<std::string, std::string> elements;
-    std::map<std::string, std::string> facts;
+    std::map<std::string, std::string> attribute_values;
     for (const auto& [name, child] : document.get_child("msg")) {
         if (name == attributes)
             for (const auto& [key, value] : child)
-                facts.emplace(key, value.data());
+                attribute_values.emplace(key, value.data());
         else if (name == "type")
             type = child.data();
         else if (name == "severity")

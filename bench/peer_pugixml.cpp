@@ -20,15 +20,15 @@ namespace
 using bench::plain_message_t;
 using bench::workload_t;
 
-typedef std::map<std::wstring, std::wstring> texts_t;
+typedef std::map<std::wstring, std::wstring> string_map_t;
 
 struct read_message_t
 {
     std::wstring type;
     int severity = 0;
-    texts_t attributes;
-    texts_t args;
-    texts_t elements;
+    string_map_t attributes;
+    string_map_t args;
+    string_map_t elements;
 };
 
 class string_writer_t : public pugi::xml_writer
@@ -78,7 +78,7 @@ int parse_severity(const char* text)
 }
 
 // The hint suits most keys, which come in the order of the map.
-void add(texts_t& texts, const char* name, const char* text)
+void add(string_map_t& texts, const char* name, const char* text)
 {
     texts.emplace_hint(texts.end(), pugi::as_wide(name), pugi::as_wide(text));
 }
@@ -110,16 +110,17 @@ std::size_t decode(const std::string& text)
     return read(document.child("msg")).type.empty() ? 0 : 1;
 }
 
-std::size_t replay(const std::string& file, const std::function<void(const read_message_t&)>& see)
+std::size_t replay(const std::string& file,
+                   const std::function<void(const read_message_t&)>& on_message)
 {
-    std::size_t seen = 0;
+    std::size_t count = 0;
     pugi::xml_document document;
     document.load_file(file.c_str());
     for (const pugi::xml_node element : document.child("log").children("msg")) {
-        see(read(element));
-        ++seen;
+        on_message(read(element));
+        ++count;
     }
-    return seen;
+    return count;
 }
 
 bench::candidate_t make_encode(const workload_t& workload)

@@ -19,20 +19,20 @@ namespace
 
 using bench::workload_t;
 
-typedef QMap<QString, QString> texts_t;
+typedef QMap<QString, QString> string_map_t;
 
 struct message_t
 {
     QString type;
     QString severity;
-    texts_t attributes;
-    texts_t args;
-    texts_t elements;
+    string_map_t attributes;
+    string_map_t args;
+    string_map_t elements;
 };
 
-texts_t to_qt(const bench::texts_t& texts)
+string_map_t to_qt(const bench::string_pairs_t& texts)
 {
-    texts_t result;
+    string_map_t result;
     for (const auto& [name, text] : texts)
         result.insert(QString::fromStdString(name), QString::fromStdString(text));
     return result;
@@ -99,23 +99,23 @@ std::size_t decode(const QByteArray& text)
     return reader.readNextStartElement() && !read(reader).type.isEmpty() ? 1 : 0;
 }
 
-std::size_t replay(const QString& name, const std::function<void(const message_t&)>& see)
+std::size_t replay(const QString& name, const std::function<void(const message_t&)>& on_message)
 {
-    std::size_t seen = 0;
+    std::size_t count = 0;
     QFile file(name);
     bench::require(file.open(QIODevice::ReadOnly), "Qt cannot open the log");
     QXmlStreamReader reader(&file);
     reader.readNextStartElement();
-    for (; reader.readNextStartElement(); ++seen)
-        see(read(reader));
-    return seen;
+    for (; reader.readNextStartElement(); ++count)
+        on_message(read(reader));
+    return count;
 }
 
 bench::candidate_t make_encode(const workload_t& workload)
 {
     return {"Qt", [&](std::size_t all) -> bench::work_t {
-                const auto make = [&](std::size_t place) {
-                    return to_qt(*workload.plain()[place]);
+                const auto make = [&](std::size_t index) {
+                    return to_qt(*workload.plain()[index]);
                 };
                 return [messages = workload.make_items(all, make)](std::size_t count) {
                     return bench::sum_over(messages, count, encode);
@@ -127,8 +127,8 @@ bench::candidate_t make_decode(const workload_t& workload)
 {
     return {"Qt", [&](std::size_t all) -> bench::work_t {
                 const auto documents = make_documents(workload, all);
-                const auto make = [&](std::size_t place) {
-                    return QByteArray::fromStdString(documents[place]);
+                const auto make = [&](std::size_t index) {
+                    return QByteArray::fromStdString(documents[index]);
                 };
                 return [copies = workload.make_items(all, make)](std::size_t count) {
                     return bench::sum_over(copies, count, decode);

@@ -16,7 +16,7 @@
 namespace
 {
 
-using bench::message_ptr;
+using bench::message_ptr_t;
 using bench::workload_t;
 using ROVA_2_18::strings::utf8_to_utf16;
 using velmoext_1_4_8::config_reader_t;
@@ -35,9 +35,9 @@ std::string title(std::size_t entry)
 }
 
 // The step and the number of entries are coprime, so that each entry is used.
-std::vector<message_ptr> make_messages(std::size_t entries)
+std::vector<message_ptr_t> make_messages(std::size_t entries)
 {
-    std::vector<message_ptr> messages;
+    std::vector<message_ptr_t> messages;
     for (std::size_t i = 0; i < entries; ++i)
         messages.push_back(bench::make_message(
             {type(i * 7919 % entries), "INFO", {{"tool", bench::tool}}, {}, {}}));
@@ -71,7 +71,7 @@ bench::candidate_t floor(std::size_t entries)
     return {"floor", [entries](std::size_t) -> bench::work_t {
                 const auto reader = std::make_shared<bare_reader_t>(entries);
                 std::vector<std::wstring> types;
-                for (const message_ptr& message : make_messages(entries))
+                for (const message_ptr_t& message : make_messages(entries))
                     types.push_back(message->get_type());
                 return [reader, types](std::size_t count) {
                     std::size_t size = 0;
@@ -115,14 +115,14 @@ bench::candidate_t velmoext1(std::size_t entries)
 
 std::vector<bench::subject_t> make_subjects(const workload_t& /*workload*/)
 {
-    const auto least = [](std::size_t count) {
+    const auto min_output = [](std::size_t count) {
         return count * title(0).size();
     };
     std::vector<bench::subject_t> subjects;
     for (const std::size_t entries : {10U, 100U, 1000U})
         subjects.push_back({"property_" + std::to_string(entries),
                             {floor(entries), velmoext1(entries)},
-                            least,
+                            min_output,
                             10});
     return subjects;
 }

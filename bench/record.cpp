@@ -35,10 +35,10 @@ bench::candidate_t velmoext1(const workload_t& workload)
 
 std::vector<bench::subject_t> make_subjects(const workload_t& workload)
 {
-    const auto least = [&](std::size_t count) {
+    const auto min_output = [&](std::size_t count) {
         return workload.text_size(count);
     };
-    bench::subject_t subject = {"record", {floor(workload), velmoext1(workload)}, least};
+    bench::subject_t subject = {"record", {floor(workload), velmoext1(workload)}, min_output};
     add_peers(subject, workload);
     return {subject};
 }

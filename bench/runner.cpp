@@ -17,9 +17,9 @@ namespace bench
 // Not inlined: callgrind counts from its entry to its return.
 [[gnu::noinline]] std::size_t perform(const work_t& work, std::size_t count)
 {
-    std::size_t made = work(count);
-    benchmark::DoNotOptimize(made);
-    return made;
+    std::size_t output = work(count);
+    benchmark::DoNotOptimize(output);
+    return output;
 }
 
 namespace
@@ -37,7 +37,7 @@ struct options_t
 std::size_t parse_count(const char* text)
 {
     const long count = std::strtol(text, nullptr, 10);
-    require(count > 0, std::string("no count: ") + text);
+    require(count > 0, std::string("not a count: ") + text);
     return static_cast<std::size_t>(count);
 }
 
@@ -66,9 +66,9 @@ options_t parse_options(int& argc, char** argv)
     return options;
 }
 
-void check(const subject_t& subject, std::size_t made, std::size_t count)
+void check(const subject_t& subject, std::size_t output, std::size_t count)
 {
-    require(made >= subject.least(count), "made too little of it");
+    require(output >= subject.min_output(count), "the output is too small");
 }
 
 void measure(benchmark::State& state, const subject_t& subject, const candidate_t& candidate,
@@ -76,10 +76,10 @@ void measure(benchmark::State& state, const subject_t& subject, const candidate_
 {
     try {
         const work_t work = candidate.prepare(count);
-        std::size_t made = 0;
+        std::size_t output = 0;
         while (state.KeepRunning())
-            made = perform(work, count);
-        check(subject, made, count);
+            output = perform(work, count);
+        check(subject, output, count);
         state.SetItemsProcessed(static_cast<std::int64_t>(count) * subject.passes);
     } catch (const std::exception& error) {
         // Google Benchmark would print the error and report success.

@@ -28,8 +28,8 @@ struct subject_t
 {
     std::string name;
     std::vector<candidate_t> candidates;
-    /// Returns the least output of a candidate for `count` messages. One with less output fails.
-    std::function<std::size_t(std::size_t count)> least;
+    /// Returns the minimum output for `count` messages. A candidate with less output fails.
+    std::function<std::size_t(std::size_t count)> min_output;
     /// Passes over the messages in a round. Work that takes nanoseconds needs more than one.
     int passes = 1;
 };

@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""Prints what the benchmarks measured as one table of ratios to each subject's floor.
+"""Prints the results of the benchmarks as one table of ratios to the floor of each subject.
 
 table.py times FILE...          Google Benchmark's JSON files
-table.py instructions FILE      lines "SUBJECT/CANDIDATE MESSAGES INSTRUCTIONS", two for each name
+table.py instructions FILE      lines "SUBJECT/CANDIDATE MESSAGES INSTRUCTIONS", two per candidate
 """
 
 import json
@@ -35,7 +35,10 @@ SPREAD = "_spread"
 
 
 def read_times(files):
-    """Nanoseconds of CPU per message of every round: {subject: {candidate: [value]}}."""
+    """Returns the nanoseconds of CPU time per message in each round.
+
+    The result is {subject: {candidate: [value]}}.
+    """
     rounds = {}
     for name in files:
         with open(name, encoding="utf-8") as file:
@@ -50,7 +53,10 @@ def read_times(files):
 
 
 def read_instructions(name):
-    """Instructions per message, what the first one costs and a start left out."""
+    """Returns the instructions per message, without those of the start and of the first message.
+
+    The result is {subject: {candidate: [value]}}.
+    """
     counts = {}
     with open(name, encoding="utf-8") as file:
         for line in file:
@@ -65,7 +71,7 @@ def read_instructions(name):
 
 
 def spread(values):
-    """Half of the rounds lie within this part of the median."""
+    """Returns half the interquartile range relative to the median; empty for too few rounds."""
     if len(values) < 4:
         return ""
     low, _, high = statistics.quantiles(values, n=4)

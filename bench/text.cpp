@@ -26,7 +26,7 @@
 namespace
 {
 
-using bench::message_ptr;
+using bench::message_ptr_t;
 using bench::workload_t;
 using ROVA_2_18::strings::utf8_to_utf16;
 using velmoext_1_4_8::config_reader_t;
@@ -34,7 +34,7 @@ using velmoext_1_4_8::extended_message_t;
 using velmoext_1_4_8::velmo_ex_t;
 
 typedef std::wstring (extended_message_t::*part_t)();
-typedef boost::shared_ptr<velmo_ex_t> ex_ptr;
+typedef boost::shared_ptr<velmo_ex_t> ex_ptr_t;
 
 // Only the known prefix has its own catalog.
 const wchar_t qualified[] = L"console.bench";
@@ -64,7 +64,7 @@ private:
     boost::shared_ptr<config_reader_t> m_reader = config_reader_t::get();
 };
 
-icu::UnicodeString narrow(const std::wstring& text)
+icu::UnicodeString wide_to_unicode(const std::wstring& text)
 {
     const auto length = static_cast<std::int32_t>(text.size());
     icu::UnicodeString result;
@@ -75,7 +75,7 @@ icu::UnicodeString narrow(const std::wstring& text)
     return result;
 }
 
-std::wstring widen(const icu::UnicodeString& text)
+std::wstring unicode_to_wide(const icu::UnicodeString& text)
 {
     const char16_t* const units = text.getBuffer();
     return std::wstring(units, units + text.length());
@@ -86,35 +86,35 @@ class bare_format_t
 {
 public:
     explicit bare_format_t(const std::wstring& pattern)
-        : m_format(narrow(pattern), icu::Locale("en"), m_status)
+        : m_format(wide_to_unicode(pattern), icu::Locale("en"), m_status)
     {
         const std::unique_ptr<icu::StringEnumeration> names(m_format.getFormatNames(m_status));
         while (const icu::UnicodeString* const name = names->snext(m_status))
             m_names.push_back(*name);
-        bench::require(U_SUCCESS(m_status) && m_names.size() <= most, "no such pattern");
+        bench::require(U_SUCCESS(m_status) && m_names.size() <= max_arguments, "no such pattern");
     }
 
     std::vector<std::wstring> names() const
     {
         std::vector<std::wstring> names;
-        std::transform(m_names.begin(), m_names.end(), std::back_inserter(names), widen);
+        std::transform(m_names.begin(), m_names.end(), std::back_inserter(names), unicode_to_wide);
         return names;
     }
 
     std::wstring format(const std::vector<std::wstring>& texts) const
     {
-        boost::container::static_vector<icu::Formattable, most> values;
+        boost::container::static_vector<icu::Formattable, max_arguments> values;
         for (const std::wstring& text : texts)
-            values.emplace_back(narrow(text));
+            values.emplace_back(wide_to_unicode(text));
         icu::UnicodeString result;
         UErrorCode status = U_ZERO_ERROR;
         m_format.format(m_names.data(), values.data(), static_cast<std::int32_t>(texts.size()),
                         result, status);
-        return widen(result);
+        return unicode_to_wide(result);
     }
 
 private:
-    static const std::size_t most = 6;
+    static const std::size_t max_arguments = 6;
 
     UErrorCode m_status = U_ZERO_ERROR;
     icu::MessageFormat m_format;
@@ -136,10 +136,10 @@ std::wstring pattern_of(const std::wstring& id)
 std::vector<bare_text_t> make_bare_texts(const workload_t& workload, part_t part)
 {
     const configuration_t reader;
-    const ex_ptr ex = velmo_ex_t::get(L"floor", known_prefix);
+    const ex_ptr_t ex = velmo_ex_t::get(L"floor", known_prefix);
     std::map<std::wstring, std::shared_ptr<const bare_format_t>> formats;
     std::vector<bare_text_t> texts;
-    for (const message_ptr& message : workload.messages()) {
+    for (const message_ptr_t& message : workload.messages()) {
         const bool is_title = part == &extended_message_t::get_title;
         const std::wstring id = is_title
                                     ? extended_message_t(ex, message).get_cfg_prop(L"title_msgid")
@@ -173,8 +173,8 @@ bench::candidate_t velmoext1_first(const workload_t& workload, part_t part, cons
 {
     return {name, [&workload, part, prefix](std::size_t) -> bench::work_t {
                 const auto reader = std::make_shared<configuration_t>();
-                const ex_ptr ex = velmo_ex_t::get(prefix, prefix);
-                const auto compose = [ex, part](const message_ptr& message) {
+                const ex_ptr_t ex = velmo_ex_t::get(prefix, prefix);
+                const auto compose = [ex, part](const message_ptr_t& message) {
                     return (extended_message_t(ex, message).*part)();
                 };
                 // Loads the catalog and the configuration.
@@ -193,7 +193,7 @@ bench::candidate_t velmoext1(const workload_t& workload, part_t part)
 {
     return {"velmoext1", [&workload, part](std::size_t all) -> bench::work_t {
                 const configuration_t reader;
-                const ex_ptr ex = velmo_ex_t::get(known_prefix, known_prefix);
+                const ex_ptr_t ex = velmo_ex_t::get(known_prefix, known_prefix);
                 const auto shown = std::make_shared<std::vector<extended_message_t>>();
                 shown->reserve(all); // a copy would be at another position in the heap
                 for (std::size_t i = 0; i < all; ++i) {
@@ -212,7 +212,7 @@ bench::candidate_t velmoext1(const workload_t& workload, part_t part)
 bench::subject_t make_subject(const std::string& name, const workload_t& workload, part_t part)
 {
     // No title and no text is shorter than this one.
-    const auto least = [](std::size_t count) {
+    const auto min_output = [](std::size_t count) {
         return count * std::string("Host beta").size();
     };
     return {name,
@@ -220,7 +220,7 @@ bench::subject_t make_subject(const std::string& name, const workload_t& workloa
              velmoext1_first(workload, part, "velmoext1_first", known_prefix),
              velmoext1(workload, part),
              velmoext1_first(workload, part, "velmoext1_bare_name", other_prefix)},
-            least,
+            min_output,
             8};
 }
 

@@ -36,14 +36,14 @@ const char markup[] = " <a href=\"x\"> & more";
 const char non_ascii[] = " \u00dcbergr\u00f6\u00dfe \u0416\u0443\u043a";
 const char beyond_bmp[] = " \U0001F4C1\U00010348";
 
-class maker_t
+class message_maker_t
 {
 public:
-    explicit maker_t(std::uint32_t seed) : m_random(seed) {}
+    explicit message_maker_t(std::uint32_t seed) : m_random(seed) {}
 
-    plain_message_t make(std::size_t place)
+    plain_message_t make(std::size_t index)
     {
-        plain_message_t message = make_shape(place);
+        plain_message_t message = make_shape(index);
         message.severity = pick(severities);
         message.attributes = {{"tool", tool}};
         add_odd_characters(message.args.back().second);
@@ -52,9 +52,9 @@ public:
 
 private:
     // The names are in the order of a message's maps.
-    plain_message_t make_shape(std::size_t place)
+    plain_message_t make_shape(std::size_t index)
     {
-        switch (place % 4) {
+        switch (index % 4) {
         case 0:
             return {"file_large", "", {}, {{"path", path()}, {"size", number()}}, {}};
         case 1:
@@ -98,13 +98,13 @@ private:
     std::minstd_rand m_random; ///< cheap to seed
 };
 
-plain_message_t make_plain(std::size_t place, std::uint32_t seed)
+plain_message_t make_plain(std::size_t index, std::uint32_t seed)
 {
     const std::uint32_t spread_seeds = 2654435761;
-    return maker_t((static_cast<std::uint32_t>(place) + seed) * spread_seeds).make(place);
+    return message_maker_t((static_cast<std::uint32_t>(index) + seed) * spread_seeds).make(index);
 }
 
-std::map<std::wstring, std::wstring> wide(const texts_t& texts)
+std::map<std::wstring, std::wstring> wide(const string_pairs_t& texts)
 {
     std::map<std::wstring, std::wstring> result;
     for (const auto& [name, text] : texts)
@@ -112,7 +112,7 @@ std::map<std::wstring, std::wstring> wide(const texts_t& texts)
     return result;
 }
 
-std::size_t size_of(const texts_t& texts)
+std::size_t size_of(const string_pairs_t& texts)
 {
     std::size_t size = 0;
     for (const auto& text : texts)
@@ -124,7 +124,7 @@ std::size_t size_of(const texts_t& texts)
 
 const char* const tool = "bench";
 
-message_ptr make_message(const plain_message_t& plain)
+message_ptr_t make_message(const plain_message_t& plain)
 {
     message_t::message_content_t content;
     content.attributes = wide(plain.attributes);
@@ -144,11 +144,11 @@ message_ptr make_message(const plain_message_t& plain)
 workload_t::workload_t(std::size_t size, heap_t heap)
     : m_heap(heap), m_plain(size), m_messages(size)
 {
-    for (const std::size_t place : creation_order(size)) {
-        m_plain[place] = std::make_unique<plain_message_t>(make_plain(place, message_seed));
-        m_messages[place] = make_message(*m_plain[place]);
+    for (const std::size_t index : creation_order(size)) {
+        m_plain[index] = std::make_unique<plain_message_t>(make_plain(index, message_seed));
+        m_messages[index] = make_message(*m_plain[index]);
         if (heap == heap_t::spread)
-            m_others.push_back(make_message(make_plain(place, other_seed)));
+            m_others.push_back(make_message(make_plain(index, other_seed)));
     }
 }
 
@@ -166,8 +166,8 @@ std::vector<std::size_t> workload_t::creation_order(std::size_t count) const
 std::size_t workload_t::text_size(std::size_t count) const
 {
     std::size_t size = 0;
-    for (std::size_t place = 0; place < count; ++place) {
-        const plain_message_t& message = *m_plain[place];
+    for (std::size_t index = 0; index < count; ++index) {
+        const plain_message_t& message = *m_plain[index];
         size += message.type.size() + size_of(message.attributes) + size_of(message.args) +
                 size_of(message.elements);
     }

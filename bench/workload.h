@@ -13,19 +13,19 @@
 namespace bench
 {
 
-typedef boost::shared_ptr<velmoext_1_4_8::message_t> message_ptr;
+typedef boost::shared_ptr<velmoext_1_4_8::message_t> message_ptr_t;
 
 /// Names and texts in UTF-8, in the order in which a message has them.
-typedef std::vector<std::pair<std::string, std::string>> texts_t;
+typedef std::vector<std::pair<std::string, std::string>> string_pairs_t;
 
 /// A message for floors and peers, without types of the library.
 struct plain_message_t
 {
     std::string type;
     std::string severity;
-    texts_t attributes;
-    texts_t args;
-    texts_t elements;
+    string_pairs_t attributes;
+    string_pairs_t args;
+    string_pairs_t elements;
 };
 
 /// Layout of a run's data in the heap. A spread heap has no holes. glibc would search them at each
@@ -51,7 +51,7 @@ public:
     std::size_t size() const { return m_plain.size(); }
     /// Allocated separately, like the messages, so that they are not in adjacent cache lines.
     const std::vector<std::unique_ptr<plain_message_t>>& plain() const { return m_plain; }
-    const std::vector<message_ptr>& messages() const { return m_messages; }
+    const std::vector<message_ptr_t>& messages() const { return m_messages; }
 
     /// Returns the input of a floor or a peer: make(i) for each i below the count. Creates the
     /// items in the same order as the messages.
@@ -59,8 +59,8 @@ public:
     auto make_items(std::size_t count, const Make& make) const
     {
         std::vector<decltype(make(std::size_t()))> items(count);
-        for (const std::size_t place : creation_order(count))
-            items[place] = make(place);
+        for (const std::size_t index : creation_order(count))
+            items[index] = make(index);
         return items;
     }
 
@@ -73,13 +73,13 @@ private:
 
     heap_t m_heap;
     std::vector<std::unique_ptr<plain_message_t>> m_plain;
-    std::vector<message_ptr> m_messages;
-    std::vector<message_ptr> m_others; ///< between the messages
+    std::vector<message_ptr_t> m_messages;
+    std::vector<message_ptr_t> m_others; ///< between the messages
 };
 
 /// Value of the attribute "tool" of all messages: their source.
 extern const char* const tool;
 
-message_ptr make_message(const plain_message_t& plain);
+message_ptr_t make_message(const plain_message_t& plain);
 
 } // namespace bench

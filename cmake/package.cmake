@@ -1,13 +1,13 @@
 # Debian packages, by CPack: one for each component that cmake/install.cmake installs, and one for
 # the documentation. tools/package builds them.
-option(VELMOEXT1_PACKAGES "Make Debian packages; needs what tools/docs writes" OFF)
+option(VELMOEXT1_PACKAGES "Create Debian packages; requires the output of tools/docs" OFF)
 if(NOT (top_level AND VELMOEXT1_PACKAGES))
   return()
 endif()
 set(VELMOEXT1_PACKAGE_MAINTAINER "velmoext1 developers <velmoext1@example.org>" CACHE STRING
-  "Who answers for the packages")
+  "Maintainer of the packages, as name and e-mail address")
 set(VELMOEXT1_PACKAGE_REVISION 0upstream1 CACHE STRING
-  "Counts the packages made of one version; a distributor's own count begins above it, with 1")
+  "Debian revision of the packages; lower than a distributor's own revisions, which start at 1")
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_VERBATIM_VARIABLES ON)
@@ -52,9 +52,10 @@ function(package component name section)
     COMPONENT ${component})
 endfunction()
 
-# CPack's own shlibs file comes with maintainer scripts that call ldconfig, and CPack finds no
-# library of a neighbouring package. Both are therefore written here: the dependency that linking to
-# the library adds, and, after the build, the dependencies of the library itself.
+# CPack's own shlibs file comes with maintainer scripts that call ldconfig, and CPack does not find
+# the libraries of other packages of this build. So the shlibs file is written here, with the
+# dependency of programs that link to the library. The dependencies of the library itself are
+# computed after the build.
 set(shlibs "")
 set(config "include([[${PROJECT_SOURCE_DIR}/cmake/package/library_depends.cmake]])\n")
 macro(library_package target component name)
@@ -74,46 +75,48 @@ endmacro()
 library_package(velmoext1 runtime libvelmoext1-${PROJECT_VERSION}
   SUMMARY "structured message reporting over a text channel"
   TEXT
-"A component of a host application says what happened, how grave it is, with
-which named arguments and from which source. The library carries that over the
-host's text channel, delivers it to handlers on the far side, records it in a
-log that can be replayed, and gives it a title and a text in the user's
+"A component of a host application reports messages. Each has a type, a
+severity, a source and named arguments. The library carries a message over the
+host's text channel, delivers it to handlers on the other side, records it in
+a log that can be replayed, and gives it a title and a text in the user's
 language.
-\nThis package holds the shared library. Namespace and soname carry the whole
-version, so two releases can be installed side by side.")
+\nThis package contains the shared library. Namespace and soname carry the
+whole version, so two releases can be installed side by side.")
 
 library_package(rova rova librova2.18
   SUMMARY "host interface of velmoext1 for texts and named arguments"
   TEXT
 "Conversions of wide text, named arguments, message patterns in the user's
-language and the reporting of broken preconditions, as velmoext1 asks them of
-its host application.")
+language, and a handler of failed assertions. velmoext1 requires them of its
+host application.
+\nThis package contains the shared library.")
 
 library_package(basekit2 basekit2 libbasekit2-2
   SUMMARY "host interface of velmoext1 for paths, files and variant bags"
   TEXT
-"Paths, the copying and reading of files, and trees of named values that are
-loaded from XML, as velmoext1 asks them of its host application.")
+"Paths, operations that copy and remove files, and trees of named values that
+are loaded from XML. velmoext1 requires them of its host application.
+\nThis package contains the shared library.")
 
 library_package(setbook2 setbook2 libsetbook2-2
   SUMMARY "host interface of velmoext1 for locations and catalogs"
   TEXT
-"Where a product's files are, and its message catalogs: those that an
-application registers, and gettext's files in a directory. velmoext1 asks them
-of its host application.")
+"The directories of a product's files, and its message catalogs: those that an
+application registers, and gettext's files in a directory. velmoext1 requires
+them of its host application.
+\nThis package contains the shared library.")
 
 package(development libvelmoext1-dev libdevel
   DEPENDS
     "libvelmoext1-${PROJECT_VERSION} (= ${package_version})"
     "libvelmoext1-host-dev (= ${package_version})"
     "libboost-dev (>= 1.74)"
-    "libboost-thread-dev (>= 1.74)"
   SUMMARY "structured message reporting over a text channel, for development"
   TEXT
-"A component of a host application says what happened, how grave it is, with
-which named arguments and from which source; the library carries that to
-handlers, a log, and the user in the user's language.
-\nThis package holds the headers and what CMake and pkg-config need.")
+"A component of a host application reports messages. Each has a type, a
+severity, a source and named arguments. The library carries them to handlers,
+into a log, and to the user in the user's language.
+\nThis package contains the headers and the files for CMake and pkg-config.")
 
 package(host_development libvelmoext1-host-dev libdevel
   DEPENDS
@@ -123,9 +126,9 @@ package(host_development libvelmoext1-host-dev libdevel
     "libboost-dev (>= 1.74)"
   SUMMARY "host interfaces of velmoext1, for development"
   TEXT
-"velmo2 (headers only), rova, basekit2 and setbook2: what velmoext1 asks of the
-application that it works for.
-\nThis package holds the headers. CMake finds the libraries through
+"velmo2 (headers only), rova, basekit2 and setbook2: the interfaces that
+velmoext1 requires of its host application.
+\nThis package contains the headers. The files for CMake and pkg-config are in
 libvelmoext1-dev.")
 
 if(VELMOEXT1_APPS)
@@ -152,8 +155,8 @@ package(documentation libvelmoext1-doc doc
   SUMMARY "structured message reporting over a text channel, documentation"
   TEXT
 "The reference of all public classes of velmoext1 and of its host interfaces,
-and pages on how the library is built, what survives in its log, and what it
-promises.")
+pages for developers, translators and administrators, and the sources of the
+examples, which build with the installed library.")
 set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_ARCHITECTURE all)
 set(doc_directory ${CMAKE_INSTALL_DATADIR}/doc/libvelmoext1-doc)
 install(DIRECTORY build/docs/html
@@ -163,16 +166,15 @@ install(DIRECTORY docs
   DESTINATION ${doc_directory}
   COMPONENT documentation
   FILES_MATCHING PATTERN "*.md")
-install(FILES README.md CONTRIBUTING.md SECURITY.md
+install(FILES README.md CONTRIBUTING.md SECURITY.md cmake/package/README.Debian
   DESTINATION ${doc_directory}
   COMPONENT documentation)
-install(FILES
-  examples/report.cpp
-  examples/record_and_replay.cpp
-  examples/localized_text.cpp
-  examples/progress.cpp
-  DESTINATION ${doc_directory}/examples
-  COMPONENT documentation)
+# The tests need the source tree.
+install(DIRECTORY examples
+  DESTINATION ${doc_directory}
+  COMPONENT documentation
+  PATTERN tests EXCLUDE
+  PATTERN examples_test.cmake EXCLUDE)
 file(CONFIGURE OUTPUT package/doc-base/libvelmoext1-doc CONTENT
 "Document: velmoext1
 Title: velmoext1

@@ -8,11 +8,13 @@ endfunction()
 
 velmoext1_example_test(report "file_large path=/var/log/syslog" example_report)
 
-velmoext1_example_test(record "file_large size=4096"
+set(shown "shown: file_seen\nshown: file_large size=4096\n")
+velmoext1_example_test(record "${shown}replayed: file_large size=4096"
   example_record_and_replay ${CMAKE_CURRENT_BINARY_DIR}/record_and_replay.xml)
 add_test(NAME example.remove_log
   COMMAND ${CMAKE_COMMAND} -E rm -f ${CMAKE_CURRENT_BINARY_DIR}/record_and_replay.xml)
-velmoext1_example_test(record_again "file_large size=4096\nfile_large size=4096"
+velmoext1_example_test(record_again
+  "${shown}replayed: file_large size=4096\nreplayed: file_large size=4096"
   example_record_and_replay ${CMAKE_CURRENT_BINARY_DIR}/record_and_replay.xml)
 set_tests_properties(example.remove_log PROPERTIES FIXTURES_SETUP no_log)
 set_tests_properties(example.record PROPERTIES FIXTURES_REQUIRED no_log FIXTURES_SETUP log)

@@ -1,5 +1,5 @@
-// Records two messages in a log and replays them: record_and_replay LOG
-// A second run carries the messages of the first one over.
+// Sends two messages, records one in a log and replays the log: record_and_replay LOG
+// Shows both when they are sent. A second run carries the messages of the first one over.
 #include <velmoext1/velmoext1.h>
 
 #include <rova/strings.h>
@@ -19,11 +19,20 @@ void send(velmo2::IMessenger& channel, const message_builder_t& message)
     sender.send_to_velmo(message.build());
 }
 
+boost::shared_ptr<base_handler_t> make_printer(const std::wstring& label)
+{
+    return make_handler([label](const boost::shared_ptr<message_t>& msg) {
+        std::wcout << label << plain_text(*msg) << L'\n';
+        return true; // consumed: this is the last handler
+    });
+}
+
 bool record(const boost::shared_ptr<messages_storage_t>& storage)
 {
     const auto ex = velmo_ex_t::get(L"recorder", L"");
+    // The handler that is pushed last is called first. Flags do not cross the channel.
+    ex->push_handler(make_printer(L"shown: "));
     ex->push_handler(storage);
-    // Flags do not cross the channel. The handler that is pushed last is called first.
     ex->push_handler(make_flagger(message_t::warning, 1));
     if (!storage->start_recording())
         return false;
@@ -37,10 +46,7 @@ bool record(const boost::shared_ptr<messages_storage_t>& storage)
 bool replay(const boost::shared_ptr<messages_storage_t>& storage)
 {
     const auto ex = velmo_ex_t::get(L"player", L"");
-    ex->push_handler(make_handler([](const boost::shared_ptr<message_t>& msg) {
-        std::wcout << plain_text(*msg) << L'\n';
-        return true;
-    }));
+    ex->push_handler(make_printer(L"replayed: "));
     return storage->start_reading() && storage->replay(ex);
 }
 

@@ -20,35 +20,35 @@ namespace
 using namespace velmoext_1_4_8;
 
 const std::wstring source = L"source";
-const int most_questions = 100;
+const int max_queries = 100;
 
-class questions_t
+class property_checks_t
 {
 public:
-    questions_t(config_reader_t& reader, const config_model_t& model)
+    property_checks_t(config_reader_t& reader, const config_model_t& model)
         : m_reader(reader), m_model(model)
     {
         m_message->set_source(source);
     }
 
-    void ask() const
+    void check() const
     {
-        int left = most_questions;
+        int left = max_queries;
         for (const std::wstring& prefix : m_model.values(L"prefix"))
             for (const std::wstring& type : m_model.values(L"id"))
                 for (const std::wstring& name : m_model.names())
                     if (left-- > 0)
-                        ask(name, type, prefix);
+                        check(name, type, prefix);
     }
 
 private:
-    void ask(const std::wstring& name, const std::wstring& type, const std::wstring& prefix) const
+    void check(const std::wstring& name, const std::wstring& type, const std::wstring& prefix) const
     {
         m_message->set_type(type);
         m_ex->set_prefix(prefix);
         require(m_reader.read_property(m_ex, m_message, name) ==
                     m_model.property(name, type, prefix),
-                "the property that stands in the file");
+                "a property has the value in the file");
     }
 
     config_reader_t& m_reader;
@@ -68,12 +68,12 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 
     const auto model = config_model_t::read(bytes);
     const bool is_loaded = config_file_t::load(folder.wide_name("source.xml")) != nullptr;
-    require(!is_loaded || model, "what is loaded is a configuration");
+    require(!is_loaded || model, "a loaded file is a configuration");
     require(is_loaded || !model || model->may_be_refused(), "a configuration is loaded");
     if (!is_loaded)
         return 0;
     const auto reader = config_reader_t::get();
     reader->set_cfg_dir(folder.wide_name(""));
-    questions_t(*reader, *model).ask();
+    property_checks_t(*reader, *model).check();
     return 0;
 }

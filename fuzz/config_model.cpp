@@ -12,7 +12,7 @@
 namespace
 {
 
-const std::size_t most_attributes = 256;
+const std::size_t max_attributes = 256;
 
 std::wstring to_text(const xmlChar* text)
 {
@@ -60,7 +60,7 @@ struct config_model_t::builder_t
         for (xmlAttr* at = node.properties; at != nullptr; at = at->next)
             element.attributes.emplace(name_of(at->name, at->ns),
                                        text_of(reinterpret_cast<xmlNode*>(at)));
-        has_too_many_attributes |= count_attributes(node) > most_attributes;
+        has_too_many_attributes |= count_attributes(node) > max_attributes;
         for (xmlNode* child = node.children; child != nullptr; child = child->next)
             if (child->type == XML_ELEMENT_NODE)
                 element.children.push_back(build(*child));
@@ -114,10 +114,10 @@ std::wstring config_model_t::search(const std::wstring& name, const std::wstring
                                     const std::wstring& prefix) const
 {
     for (const element_t& entry : m_root.children) {
-        const bool is_meant = entry.name == L"message_type" && !type.empty() &&
+        const bool is_match = entry.name == L"message_type" && !type.empty() &&
                               value(entry, L"id") == type &&
                               (prefix.empty() || value(entry, L"prefix") == prefix);
-        std::wstring found = is_meant ? value(entry, name) : std::wstring();
+        std::wstring found = is_match ? value(entry, name) : std::wstring();
         if (!found.empty())
             return found;
     }

@@ -24,12 +24,12 @@ using ROVA_2_18::strings::utf16_to_utf8;
 void require_same_recognized(const std::wstring& text)
 {
     const std::string document = utf16_to_utf8(text);
-    if (const message_ptr recognized = recognize_document(document))
+    if (const message_ptr_t recognized = recognize_document(document))
         require_equal(fields_of(recognized), fields_of(parse_document(document).message),
                       "a document is recognized as it is parsed");
 }
 
-void require_written_as_by_libxml2(const message_ptr& message)
+void require_written_as_by_libxml2(const message_ptr_t& message)
 {
     require_equal(utf16_to_utf8(string_message_serializer_t::message_to_xml_string(message)),
                   written_document(*message), "a message is written as libxml2 writes it");
@@ -42,7 +42,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
     forbid_xml_output();
     const std::wstring text = ROVA_2_18::strings::utf8_to_utf16(std::string(data, data + size));
     const document_oracle_t oracle(text);
-    const message_ptr message = string_message_serializer_t::xml_string_to_message(text);
+    const message_ptr_t message = string_message_serializer_t::xml_string_to_message(text);
     require_equal(oracle.difference(message), "", "a document is read as libxml2 reads it");
     require_same_recognized(text);
     if (message)

@@ -1,7 +1,7 @@
 // Any message is written byte for byte as libxml2's writer writes it, in a document and in a log,
 // and the document can be read.
 //
-// An input has one fact of the message per line: a letter, a blank and the fact.
+// An input has one field of the message per line: a letter, a blank and the field.
 //
 //     t TYPE      s SEVERITY    n NUMBER
 //     a ARGUMENT=TEXT    @ ATTRIBUTE=TEXT    e ELEMENT=TEXT
@@ -38,59 +38,59 @@ std::int32_t to_number(const std::string& text)
     return static_cast<std::int32_t>(std::strtoll(text.c_str(), nullptr, 10));
 }
 
-void add_text(texts_t& texts, const std::string& fact)
+void add_text(string_map_t& texts, const std::string& field)
 {
-    const auto parts = split_once(fact, '=');
+    const auto parts = split_once(field, '=');
     texts[to_wide(parts.first)] = to_wide(parts.second);
 }
 
-void add_fact(message_t& message, message_t::message_content_t& content, char kind,
-              const std::string& fact)
+void add_field(message_t& message, message_t::message_content_t& content, char kind,
+               const std::string& field)
 {
     switch (kind) {
     case 't':
-        return message.set_type(to_wide(fact));
+        return message.set_type(to_wide(field));
     case 's':
-        return message.set_severity(static_cast<message_t::severity_t>(to_number(fact)));
+        return message.set_severity(static_cast<message_t::severity_t>(to_number(field)));
     case 'n':
-        content.next_arg_number = to_number(fact);
+        content.next_arg_number = to_number(field);
         return;
     case 'a':
-        return add_text(content.args, fact);
+        return add_text(content.args, field);
     case '@':
-        return add_text(content.attributes, fact);
+        return add_text(content.attributes, field);
     case 'e':
-        return add_text(content.elements, fact);
+        return add_text(content.elements, field);
     default:
         return;
     }
 }
 
-message_ptr make_message(const std::string& facts)
+message_ptr_t make_message(const std::string& fields)
 {
     auto message = boost::make_shared<message_t>();
     message_t::message_content_t content;
-    for (const std::string& line : split(facts, '\n'))
+    for (const std::string& line : split(fields, '\n'))
         if (line.size() >= 2)
-            add_fact(*message, content, line[0], line.substr(2));
+            add_field(*message, content, line[0], line.substr(2));
     message->set_content(content);
     return message;
 }
 
-void require_document(const message_ptr& message)
+void require_document(const message_ptr_t& message)
 {
     const std::wstring written = string_message_serializer_t::message_to_xml_string(message);
     require_equal(utf16_to_utf8(written), written_document(*message),
-                  "a document is what libxml2's writer gives");
-    const message_ptr read = string_message_serializer_t::xml_string_to_message(written);
+                  "a document is written as libxml2 writes it");
+    const message_ptr_t read = string_message_serializer_t::xml_string_to_message(written);
     require_equal(document_oracle_t(written).difference(read), "",
                   "a written document is read as libxml2 reads it");
     require(read != nullptr, "a written document can be read");
-    require(read->get_type() == writable_text(message->get_type()), "the type comes back");
+    require(read->get_type() == writable_text(message->get_type()), "the type is preserved");
 }
 
 // The caller writes the line break after the root's start tag.
-void require_log(const message_ptr& message)
+void require_log(const message_ptr_t& message)
 {
     const std::unique_ptr<xmlBuffer, decltype(&xmlBufferFree)> buffer(xmlBufferCreate(),
                                                                       xmlBufferFree);
@@ -106,7 +106,7 @@ void require_log(const message_ptr& message)
     xmlTextWriterEndDocument(writer.get());
     writer.reset();
     require_equal(from_xml(xmlBufferContent(buffer.get())), written_log({*message, *message}),
-                  "a log is what libxml2's writer gives");
+                  "a log is written as libxml2 writes it");
 }
 
 } // namespace
@@ -114,7 +114,7 @@ void require_log(const message_ptr& message)
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     forbid_xml_output();
-    const message_ptr message = make_message(std::string(data, data + size));
+    const message_ptr_t message = make_message(std::string(data, data + size));
     require_document(message);
     require_log(message);
     return 0;

@@ -43,7 +43,7 @@ public:
     std::string take()
     {
         std::string text = std::exchange(m_at_delivery, std::string()) + "afterwards\n";
-        for (const message_ptr& message : m_messages)
+        for (const message_ptr_t& message : m_messages)
             text += fields_of(message);
         m_messages.clear();
         return text;
@@ -51,7 +51,7 @@ public:
 
 private:
     std::string m_at_delivery;
-    std::vector<message_ptr> m_messages;
+    std::vector<message_ptr_t> m_messages;
 };
 
 // Returns a folder in memory, unless TMPDIR names another: a disk is slow.
@@ -59,9 +59,9 @@ const scratch_folder_t& folder()
 {
     // NOLINTNEXTLINE(concurrency-mt-unsafe): there is one thread yet
     static const bool is_in_memory = setenv("TMPDIR", "/dev/shm", 0) == 0;
-    static const scratch_folder_t made;
+    static const scratch_folder_t scratch_folder;
     require(is_in_memory, "the environment can be set");
-    return made;
+    return scratch_folder;
 }
 
 void write(const std::string& name, const std::string& bytes, int mode)
@@ -78,7 +78,7 @@ void require_replays(const std::string& name, const std::vector<std::string>& pa
     static const auto ex = velmo_ex_t::get(L"log_fuzz", L"");
     static const auto handler = boost::make_shared<delivery_handler_t>();
     static const bool is_pushed = (ex->push_handler(handler), true);
-    require(is_pushed, "the handler is there");
+    require(is_pushed, "the handler is pushed");
     const auto storage =
         messages_storage_t::get(basekit2::path_t(ROVA_2_18::strings::utf8_to_utf16(name)));
     require(storage->start_reading(), "a log can be read");

@@ -48,14 +48,14 @@ void require_parts(const std::wstring& text)
     const std::wstring between =
         text.substr(branch.size(), text.size() - branch.size() - leaf.size());
     require(std::all_of(between.begin(), between.end(), [](wchar_t c) { return c == separator; }),
-            "separators alone are left out");
+            "only separators are omitted");
     require(branch == L"/" || branch.empty() || branch.back() != separator,
             "a branch ends without a separator");
     require(text.find(separator) != std::wstring::npos || branch.empty(), "a name has no branch");
     require(between.empty() ? branch.empty() || branch == L"/" : !branch.empty(),
-            "a branch and a leaf are apart");
-    const std::size_t fewest = branch.empty() || branch == L"/" ? 0 : 1;
-    if (!leaf.empty() && between.size() == fewest)
+            "a separator is between a branch and a leaf");
+    const std::size_t min_separators = branch.empty() || branch == L"/" ? 0 : 1;
+    if (!leaf.empty() && between.size() == min_separators)
         require(path_t(branch).append(leaf) == path, "the parts make up the path");
 }
 
@@ -83,7 +83,7 @@ void require_existence(const std::wstring& text)
     struct stat status = {};
     const bool is_there =
         text.find(L'\0') == std::wstring::npos && stat(name.c_str(), &status) == 0;
-    require(path_t::exists(text) == is_there, "what is there exists");
+    require(path_t::exists(text) == is_there, "a path exists if the system finds it");
 }
 
 } // namespace

@@ -25,9 +25,9 @@ namespace
 using ROVA_2_18::generic::varg_list;
 using ROVA_2_18::i18n::message_t;
 
-const std::size_t longest_text = 16777216;
+const std::size_t max_text_length = 16777216;
 /// Far below the limits for patterns.
-const std::ptrdiff_t most_braces = 40;
+const std::ptrdiff_t max_braces = 40;
 
 struct input_t
 {
@@ -67,7 +67,7 @@ bool is_basic(const std::wstring& text)
     });
 }
 
-icu::UnicodeString to_unicode(const std::wstring& text)
+icu::UnicodeString wide_to_unicode(const std::wstring& text)
 {
     icu::UnicodeString unicode;
     for (const wchar_t element : text)
@@ -75,7 +75,7 @@ icu::UnicodeString to_unicode(const std::wstring& text)
     return unicode;
 }
 
-std::wstring to_wide(const icu::UnicodeString& text)
+std::wstring unicode_to_wide(const icu::UnicodeString& text)
 {
     std::wstring wide;
     for (int at = 0; at < text.length(); ++at)
@@ -83,7 +83,7 @@ std::wstring to_wide(const icu::UnicodeString& text)
     return wide;
 }
 
-bool has_texts_alone(const icu::MessagePattern& parsed)
+bool has_only_text_arguments(const icu::MessagePattern& parsed)
 {
     for (int at = 0; at < parsed.countParts(); ++at) {
         const UMessagePatternArgType type = parsed.getPart(at).getArgType();
@@ -97,22 +97,22 @@ bool has_texts_alone(const icu::MessagePattern& parsed)
 std::wstring format_by_icu(const input_t& input)
 {
     UErrorCode status = U_ZERO_ERROR;
-    const icu::MessageFormat format(to_unicode(input.pattern), icu::Locale::getRoot(), status);
+    const icu::MessageFormat format(wide_to_unicode(input.pattern), icu::Locale::getRoot(), status);
     std::vector<icu::UnicodeString> names;
     std::vector<icu::Formattable> values;
     for (const auto& value : input.values) {
         names.push_back(icu::UnicodeString::fromUTF8(value.first));
-        values.emplace_back(to_unicode(value.second));
+        values.emplace_back(wide_to_unicode(value.second));
     }
     icu::UnicodeString text;
     format.format(names.data(), values.data(), static_cast<int>(names.size()), text, status);
-    return U_SUCCESS(status) ? to_wide(text) : input.pattern;
+    return U_SUCCESS(status) ? unicode_to_wide(text) : input.pattern;
 }
 
 void require_as_by_icu(const input_t& input, const std::wstring& text)
 {
     const bool is_small =
-        std::count(input.pattern.begin(), input.pattern.end(), L'{') <= most_braces;
+        std::count(input.pattern.begin(), input.pattern.end(), L'{') <= max_braces;
     const bool is_comparable =
         is_basic(input.pattern) &&
         std::all_of(input.values.begin(), input.values.end(),
@@ -120,11 +120,11 @@ void require_as_by_icu(const input_t& input, const std::wstring& text)
     if (!is_small || !is_comparable)
         return;
     UErrorCode status = U_ZERO_ERROR;
-    const icu::MessagePattern parsed(to_unicode(input.pattern), nullptr, status);
+    const icu::MessagePattern parsed(wide_to_unicode(input.pattern), nullptr, status);
     if (U_FAILURE(status) != 0)
-        require(text == input.pattern, "what is no pattern is its own text");
-    else if (has_texts_alone(parsed))
-        require(text == format_by_icu(input), "the text that ICU makes");
+        require(text == input.pattern, "an invalid pattern is its own text");
+    else if (has_only_text_arguments(parsed))
+        require(text == format_by_icu(input), "the text is ICU's");
 }
 
 } // namespace
@@ -133,17 +133,17 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const input_t input = read_input(std::string(data, data + size));
     const message_t message(input.pattern, input.locale);
-    std::wstring text_beside;
-    std::thread beside(
-        [copy = message, &input, &text_beside] { text_beside = copy.as_ustring(input.arguments); });
+    std::wstring other_text;
+    std::thread other_thread(
+        [copy = message, &input, &other_text] { other_text = copy.as_ustring(input.arguments); });
     const std::wstring text = message.as_ustring(input.arguments);
-    beside.join();
+    other_thread.join();
 
-    require(text == text_beside, "the same text on two threads");
+    require(text == other_text, "the same text on two threads");
     require(text == message.as_ustring(input.arguments), "the same text again");
     require(text == message_t(input.pattern, input.locale).as_ustring(input.arguments),
             "the same text of the same pattern");
-    require(text.size() <= longest_text, "a text within its limit");
+    require(text.size() <= max_text_length, "a text within its limit");
     require_as_by_icu(input, text);
     return 0;
 }

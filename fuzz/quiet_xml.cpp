@@ -8,7 +8,7 @@ namespace
 {
 
 // libxml2's type requires a function with C's variable arguments.
-void refuse(void* /*context*/, const char* /*format*/, ...) // NOLINT(cert-dcl50-cpp)
+void on_output(void* /*context*/, const char* /*format*/, ...) // NOLINT(cert-dcl50-cpp)
 {
     require(false, "nothing is printed");
 }
@@ -17,5 +17,5 @@ void refuse(void* /*context*/, const char* /*format*/, ...) // NOLINT(cert-dcl50
 
 void forbid_xml_output()
 {
-    xmlSetGenericErrorFunc(nullptr, refuse);
+    xmlSetGenericErrorFunc(nullptr, on_output);
 }

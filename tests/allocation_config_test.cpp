@@ -42,14 +42,14 @@ public:
         m_folder.write("src.xml", configuration);
         m_catalogs.make("en", utf16_to_utf8(catalog_name), catalog);
         // Creates the host's static catalogs, so that they are destroyed after these.
-        begin();
+        make_reader();
     }
 
-    boost::shared_ptr<config_reader_t> begin() const
+    boost::shared_ptr<config_reader_t> make_reader() const
     {
         m_catalogs.bind(L"en");
-        // On allocation failure the standard library forgets a facet that it is to install. So the
-        // file is read with enough memory; its messages are created when they are asked for.
+        // On allocation failure the standard library forgets a facet that it installs. So the
+        // file is read with enough memory; its messages are created when they are requested.
         setbook2::getMessageCatalog(catalog_name);
         const auto reader = config_reader_t::get();
         reader->set_cfg_dir(basekit2::path_t(m_folder.wide_name(".")));
@@ -73,9 +73,9 @@ boost::shared_ptr<velmo_ex_t> make_ex()
                            L"a prefix of some length");
 }
 
-message_ptr make_source_message()
+message_ptr_t make_source_message()
 {
-    const message_ptr message = make_message(make_content(
+    const message_ptr_t message = make_message(make_content(
         {}, {{L"a", L"the first one, of some length"}, {L"b", L"the other"}, {L"n", L"3"}}));
     message->set_type(L"t");
     message->set_source(L"src");
@@ -84,35 +84,35 @@ message_ptr make_source_message()
 
 // ---- the operations, each ready to run
 
-// If the first call gave nothing because memory ran out, a second one must succeed: the failure
-// must not be kept.
-template <typename Ask>
-attempt_t ask_twice(const Ask& ask)
+// If the first call returns nothing because memory ran out, a second one must succeed: the failure
+// must not be cached.
+template <typename Call>
+attempt_t attempt_with_retry(const Call& call)
 {
-    const auto answer = std::make_shared<std::wstring>();
-    return {[=] { *answer = ask(); },
+    const auto result = std::make_shared<std::wstring>();
+    return {[=] { *result = call(); },
             [=]() -> std::string {
-                if (!answer->empty())
-                    return utf16_to_utf8(*answer);
-                const std::wstring next = ask();
-                return next.empty() ? "nothing, for good" : "";
+                if (!result->empty())
+                    return utf16_to_utf8(*result);
+                const std::wstring next = call();
+                return next.empty() ? "nothing from the second call either" : "";
             }};
 }
 
 attempt_t read_property()
 {
-    const auto reader = files().begin();
+    const auto reader = files().make_reader();
     const auto ex = make_ex();
-    const message_ptr message = make_source_message();
-    return ask_twice([=] { return reader->read_property(ex, message, L"p"); });
+    const message_ptr_t message = make_source_message();
+    return attempt_with_retry([=] { return reader->read_property(ex, message, L"p"); });
 }
 
 std::function<attempt_t()> get(std::wstring (extended_message_t::*get_one)())
 {
     return [=]() -> attempt_t {
-        const auto reader = files().begin();
+        const auto reader = files().make_reader();
         const auto message = std::make_shared<extended_message_t>(make_ex(), make_source_message());
-        return ask_twice([=, held = reader] { return (*message.*get_one)(); });
+        return attempt_with_retry([=, owned = reader] { return (*message.*get_one)(); });
     };
 }
 
@@ -137,7 +137,7 @@ const std::vector<operation_t> operations = {
 
 } // namespace
 
-TEST_P(allocation_test, what_comes_of_a_failed_allocation_is_right_or_refused)
+TEST_P(allocation_test, a_failed_allocation_never_gives_a_wrong_result)
 {
     fail_each_allocation(GetParam());
 }

@@ -12,7 +12,7 @@ using namespace velmoext_1_4_8;
 namespace
 {
 
-typedef std::vector<message_ptr> messages_t;
+typedef std::vector<message_ptr_t> messages_t;
 
 enum class on_failure_t
 {
@@ -23,7 +23,7 @@ enum class on_failure_t
 std::string text_of(const messages_t& messages)
 {
     std::string text;
-    for (const message_ptr& message : messages)
+    for (const message_ptr_t& message : messages)
         text += message ? message_text(*message, "", ";") : "none;";
     return text;
 }
@@ -62,14 +62,14 @@ private:
     scratch_folder_t m_folder;
 };
 
-// Keeps the messages in memory that it has allocated before.
-class delivered_t : public base_handler_t
+// Keeps the messages in memory that it allocates at construction.
+class preallocated_handler_t : public base_handler_t
 {
 public:
-    delivered_t() { m_messages.reserve(10); }
+    preallocated_handler_t() { m_messages.reserve(10); }
 
     using base_handler_t::on_message;
-    bool on_message(boost::shared_ptr<velmo_ex_t> /*ex*/, message_ptr msg) override
+    bool on_message(boost::shared_ptr<velmo_ex_t> /*ex*/, message_ptr_t msg) override
     {
         m_messages.push_back(std::move(msg));
         return false;
@@ -83,7 +83,7 @@ private:
 
 // ---- recording: on allocation failure in libxml2, data is missing without an error
 
-bool is_part_of(const texts_t& part, const texts_t& whole)
+bool is_part_of(const string_map_t& part, const string_map_t& whole)
 {
     return std::includes(whole.begin(), whole.end(), part.begin(), part.end());
 }
@@ -99,9 +99,9 @@ bool is_part_of(const message_t& part, const message_t& whole)
            is_part_of(some.elements, all.elements);
 }
 
-message_ptr make_rich_message(const std::wstring& text)
+message_ptr_t make_rich_message(const std::wstring& text)
 {
-    const message_ptr message =
+    const message_ptr_t message =
         make_message(make_content({{L"tool", L"x"}, {L"name\xE9", L"\xE9 & more"}},
                                   {{L"a", L"1"}, {L"b", text}}, {{L"e", L"text"}}));
     message->set_type(L"a long type that is allocated");
@@ -110,32 +110,32 @@ message_ptr make_rich_message(const std::wstring& text)
     return message;
 }
 
-const message_ptr neighbour = make_flagged(L"neighbour");
+const message_ptr_t neighbour = make_flagged(L"neighbour");
 
-messages_t record_undisturbed(const message_ptr& message)
+messages_t record_with_enough_memory(const message_ptr_t& message)
 {
     const log_t log;
     const storage_ptr storage = log.storage();
     storage->start_recording();
-    for (const message_ptr& each : {neighbour, message, neighbour})
+    for (const message_ptr_t& each : {neighbour, message, neighbour})
         storage->on_message(nullptr, each);
     storage->stop_recording();
     return log.messages();
 }
 
 // The message is between two others, which must stay unchanged.
-std::string judge_recorded(const messages_t& messages, const messages_t& right,
-                           on_failure_t failure)
+std::string recording_result(const messages_t& messages, const messages_t& right,
+                             on_failure_t failure)
 {
     const std::string all = text_of(messages);
     if (all == text_of(right))
         return "recorded";
     const bool is_missing = all == text_of({neighbour, neighbour});
-    const bool is_cut =
+    const bool is_incomplete =
         messages.size() == 3 && is_part_of(*messages[1], *right[1]) &&
         text_of({messages.front(), messages.back()}) == text_of({neighbour, neighbour});
     const bool is_lost = messages.empty() && failure == on_failure_t::may_lose_all;
-    return is_missing || is_cut || is_lost ? "" : "damaged: " + all;
+    return is_missing || is_incomplete || is_lost ? "" : "damaged: " + all;
 }
 
 // If a text exceeds libxml2's buffer and the buffer cannot grow, libxml2 drops all that is in it.
@@ -145,16 +145,16 @@ std::function<attempt_t()> record(const std::wstring& text, on_failure_t failure
     return [=]() -> attempt_t {
         const auto log = std::make_shared<log_t>();
         const storage_ptr storage = log->storage();
-        const message_ptr message = make_rich_message(text);
+        const message_ptr_t message = make_rich_message(text);
         if (right->empty())
-            *right = record_undisturbed(message);
+            *right = record_with_enough_memory(message);
         storage->start_recording();
         storage->on_message(nullptr, neighbour);
         return {[=] { storage->on_message(nullptr, message); },
                 [=] {
                     storage->on_message(nullptr, neighbour);
                     storage->stop_recording();
-                    return judge_recorded(log->messages(), *right, failure);
+                    return recording_result(log->messages(), *right, failure);
                 }};
     };
 }
@@ -176,15 +176,15 @@ const std::string old_messages =
     R"(element "a_long_element_name_that_is_allocated" = ")" +
     std::string(5000, 'l') + R"(";)";
 
-std::string judge_failed_start(const log_t& log, const storage_ptr& storage, on_failure_t failure)
+std::string failed_start_result(const log_t& log, const storage_ptr& storage, on_failure_t failure)
 {
     const storage_ptr other = log.other_storage();
     if (!other->start_recording())
-        return "the lock was kept";
+        return "the lock was not released";
     other->stop_recording();
     storage->stop_recording();
     if (!storage->start_recording())
-        return "starts no more";
+        return "it cannot start again";
     storage->stop_recording();
     const std::string kept = text_of(log.messages());
     const bool is_empty_log = kept.empty() && failure == on_failure_t::may_lose_all;
@@ -200,7 +200,7 @@ std::function<attempt_t()> start(const std::string& leaf, on_failure_t failure)
         return {[=] { *is_started = storage->start_recording(); },
                 [=] {
                     if (!*is_started)
-                        return judge_failed_start(*log, storage, failure);
+                        return failed_start_result(*log, storage, failure);
                     storage->stop_recording();
                     const std::string messages = text_of(log->messages());
                     return messages.empty() ? "nothing" : messages;
@@ -216,7 +216,7 @@ attempt_t replay()
     const storage_ptr storage = log->storage();
     storage->start_reading();
     const auto ex = velmo_ex_t::get(velmo_ex_t::generate_id(L"allocation_storage_test."), L"");
-    const auto handler = boost::make_shared<delivered_t>();
+    const auto handler = boost::make_shared<preallocated_handler_t>();
     ex->push_handler(handler);
     const auto is_replayed = std::make_shared<bool>(false);
     return {[=] { *is_replayed = storage->replay(ex); },
@@ -238,17 +238,17 @@ const std::vector<memory_t> both = {memory_t::cxx, memory_t::libxml2};
 
 const std::vector<operation_t> operations = {
     {"record", cxx, record(L"1 < 2", on_failure_t::keeps_all), "recorded"},
-    {"record_what_is_long", both,
+    {"record_a_long_text", both,
      record(std::wstring(9000, L'l') + L'\xE9', on_failure_t::may_lose_all), "recorded"},
     {"start", both, start("log.xml", on_failure_t::may_lose_all), old_messages},
-    {"start_behind_a_killed_process", both, start("log.xml.tmp", on_failure_t::keeps_all),
+    {"start_after_a_killed_process", both, start("log.xml.tmp", on_failure_t::keeps_all),
      old_messages},
     {"replay", both, replay, old_messages},
 };
 
 } // namespace
 
-TEST_P(allocation_test, what_comes_of_a_failed_allocation_is_right_or_refused)
+TEST_P(allocation_test, a_failed_allocation_never_gives_a_wrong_result)
 {
     fail_each_allocation(GetParam());
 }

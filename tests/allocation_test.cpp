@@ -22,7 +22,7 @@ const std::wstring long_text(9000, L'l');
 std::function<attempt_t()> decode(const std::wstring& text)
 {
     return [=]() -> attempt_t {
-        const auto message = std::make_shared<message_ptr>();
+        const auto message = std::make_shared<message_ptr_t>();
         return {[=] { *message = string_message_serializer_t::xml_string_to_message(text); },
                 [=] {
                     return *message ? message_text(**message, "", ";") : std::string();
@@ -32,7 +32,7 @@ std::function<attempt_t()> decode(const std::wstring& text)
 
 std::function<attempt_t()> encode(const message_t::message_content_t& content)
 {
-    const message_ptr message = make_message(content);
+    const message_ptr_t message = make_message(content);
     message->set_severity(message_t::warning);
     return [=]() -> attempt_t {
         const auto text = std::make_shared<std::wstring>();
@@ -61,7 +61,7 @@ attempt_t get_ex()
             [=]() -> std::string {
                 if (*ex)
                     return utf16_to_utf8((*ex)->get_prefix());
-                return velmo_ex_t::get(id, L"") ? "" : "an entry without an object";
+                return velmo_ex_t::get(id, L"") ? "" : "an id without an object";
             }};
 }
 
@@ -82,13 +82,13 @@ attempt_t push_handler()
 }
 
 // A message has either its former fields or the new ones.
-message_ptr make_full_message(const std::wstring& word, int number)
+message_ptr_t make_full_message(const std::wstring& word, int number)
 {
-    texts_t texts;
+    string_map_t texts;
     for (int i = 0; i < number; ++i)
         texts[word + L" that is too long for its string object " + std::to_wstring(i)] = word;
-    const message_ptr message = make_message(word + L" that is too long for its string object",
-                                             static_cast<message_t::severity_t>(number));
+    const message_ptr_t message = make_message(word + L" that is too long for its string object",
+                                               static_cast<message_t::severity_t>(number));
     message_t::message_content_t content = make_content(texts, texts, texts);
     content.next_arg_number = number;
     message->set_content(content);
@@ -118,8 +118,8 @@ void assign(message_t& message, const message_t& other, const content_t& /*conte
 std::function<attempt_t()> replace_fields(replace_t replace, int former_count, int new_count)
 {
     return [=]() -> attempt_t {
-        const message_ptr message = make_full_message(L"former", former_count);
-        const message_ptr other = make_full_message(L"new", new_count);
+        const message_ptr_t message = make_full_message(L"former", former_count);
+        const message_ptr_t other = make_full_message(L"new", new_count);
         const auto content = std::make_shared<content_t>(other->get_content());
         const std::string former = fields_of(*message);
         message_t replaced(*message);
@@ -166,7 +166,7 @@ const std::vector<document_t> documents = {
     {"unknown_namespaces", L"<msg tool='a'><e a:b='x'>c</e><d:arg>t</d:arg></msg>",
      R"(type "";severity none;attribute "tool" = "a";)"
      R"(element "d:arg" = "t";element "e" = "c";)"},
-    {"pieces", L"<msg a='" + long_text + L"'><e>" + long_text + L"&lt;</e></msg>",
+    {"chunks", L"<msg a='" + long_text + L"'><e>" + long_text + L"&lt;</e></msg>",
      R"(type "";severity none;attribute "a" = ")" + std::string(9000, 'l') +
          R"(";element "e" = ")" + std::string(9000, 'l') + R"(<";)"},
 };
@@ -186,7 +186,7 @@ const std::vector<operation_t> others = {
      "<msg name\xC3\xA9=\"a &quot;value&quot; &amp; more\" tool=\"x\">\n"
      " <arg name=\"\">unnamed</arg>\n <arg name=\"a\">1 &lt; 2</arg>\n <e>text</e>\n"
      " <type></type>\n <severity>WARNING</severity>\n</msg>\n"},
-    {"encode_what_is_long", cxx,
+    {"encode_a_long_text", cxx,
      encode(make_content({{L"a", long_text}}, {}, {{L"e", long_text + L"<"}})),
      "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<msg a=\"" + std::string(9000, 'l') +
          "\">\n <e>" + std::string(9000, 'l') +
@@ -207,7 +207,7 @@ std::vector<operation_t> make_operations()
 
 } // namespace
 
-TEST_P(allocation_test, what_comes_of_a_failed_allocation_is_right_or_refused)
+TEST_P(allocation_test, a_failed_allocation_never_gives_a_wrong_result)
 {
     fail_each_allocation(GetParam());
 }

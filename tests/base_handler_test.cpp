@@ -15,7 +15,7 @@ namespace
 struct throwing_handler_t : base_handler_t
 {
     using base_handler_t::on_message;
-    bool on_message(boost::shared_ptr<velmo_ex_t> /*ex*/, message_ptr /*msg*/) override
+    bool on_message(boost::shared_ptr<velmo_ex_t> /*ex*/, message_ptr_t /*msg*/) override
     {
         throw std::runtime_error("handler");
     }
@@ -24,9 +24,9 @@ struct throwing_handler_t : base_handler_t
 class base_handler_test : public testing::Test
 {
 protected:
-    typedef boost::shared_ptr<recording_handler_t> handler_ptr;
+    typedef boost::shared_ptr<recording_handler_t> handler_ptr_t;
 
-    handler_ptr push(bool consumes = false)
+    handler_ptr_t push(bool consumes = false)
     {
         auto handler = boost::make_shared<recording_handler_t>(consumes);
         m_ex->push_handler(handler);
@@ -46,25 +46,25 @@ TEST_F(base_handler_test, consumes_nothing_by_default)
     base_handler_t handler;
     EXPECT_FALSE(handler.on_message(m_ex, make_message(L"t")));
     EXPECT_FALSE(handler.on_message(m_ex, boost::make_shared<progress_message_t>()));
-    EXPECT_FALSE(handler.on_message(boost::shared_ptr<velmo_ex_t>(), message_ptr()));
+    EXPECT_FALSE(handler.on_message(boost::shared_ptr<velmo_ex_t>(), message_ptr_t()));
 }
 
-TEST_F(base_handler_test, lets_messages_pass_by_default)
+TEST_F(base_handler_test, passes_messages_on_by_default)
 {
-    const handler_ptr below = push();
+    const handler_ptr_t below = push();
     m_ex->push_handler(boost::make_shared<base_handler_t>());
     deliver_one();
     EXPECT_EQ(below->messages().size(), 1U);
 }
 
-TEST_F(base_handler_test, the_last_pushed_is_asked_first)
+TEST_F(base_handler_test, the_last_pushed_handler_is_called_first)
 {
     std::wstring order;
     struct naming_handler_t : base_handler_t
     {
         naming_handler_t(std::wstring& order, wchar_t name) : m_order(order), m_name(name) {}
         using base_handler_t::on_message;
-        bool on_message(boost::shared_ptr<velmo_ex_t> /*ex*/, message_ptr /*msg*/) override
+        bool on_message(boost::shared_ptr<velmo_ex_t> /*ex*/, message_ptr_t /*msg*/) override
         {
             m_order += m_name;
             return false;
@@ -78,10 +78,10 @@ TEST_F(base_handler_test, the_last_pushed_is_asked_first)
     EXPECT_EQ(order, L"cba");
 }
 
-TEST_F(base_handler_test, one_that_consumes_ends_the_delivery)
+TEST_F(base_handler_test, a_handler_that_consumes_ends_the_delivery)
 {
-    const handler_ptr below = push();
-    const handler_ptr above = push(true);
+    const handler_ptr_t below = push();
+    const handler_ptr_t above = push(true);
     deliver_one();
     EXPECT_EQ(above->messages().size(), 1U);
     EXPECT_TRUE(below->messages().empty());
@@ -90,69 +90,69 @@ TEST_F(base_handler_test, one_that_consumes_ends_the_delivery)
 TEST_F(base_handler_test, a_message_without_handlers_is_dropped)
 {
     deliver_one();
-    const handler_ptr later = push();
+    const handler_ptr_t later = push();
     EXPECT_TRUE(later->messages().empty());
 }
 
-TEST_F(base_handler_test, popping_gives_the_last_pushed_first_and_null_at_the_end)
+TEST_F(base_handler_test, popping_returns_the_last_pushed_first_and_null_at_the_end)
 {
-    const handler_ptr a = push();
-    const handler_ptr b = push();
+    const handler_ptr_t a = push();
+    const handler_ptr_t b = push();
     EXPECT_EQ(m_ex->pop_handler(), b);
     EXPECT_EQ(m_ex->pop_handler(), a);
     EXPECT_FALSE(m_ex->pop_handler());
     EXPECT_FALSE(m_ex->pop_handler());
 }
 
-TEST_F(base_handler_test, a_popped_one_sees_no_more_messages)
+TEST_F(base_handler_test, a_popped_handler_receives_no_more_messages)
 {
-    const handler_ptr handler = push();
+    const handler_ptr_t handler = push();
     m_ex->pop_handler();
     deliver_one();
     EXPECT_TRUE(handler->messages().empty());
 }
 
-TEST_F(base_handler_test, one_that_is_pushed_twice_sees_a_message_twice)
+TEST_F(base_handler_test, a_handler_that_is_pushed_twice_receives_a_message_twice)
 {
-    const handler_ptr handler = push();
+    const handler_ptr_t handler = push();
     m_ex->push_handler(handler);
     deliver_one();
     EXPECT_EQ(handler->messages().size(), 2U);
 }
 
-TEST_F(base_handler_test, one_that_is_pushed_twice_and_consumes_sees_a_message_once)
+TEST_F(base_handler_test, a_consuming_handler_that_is_pushed_twice_receives_a_message_once)
 {
-    const handler_ptr handler = push(true);
+    const handler_ptr_t handler = push(true);
     m_ex->push_handler(handler);
     deliver_one();
     EXPECT_EQ(handler->messages().size(), 1U);
 }
 
-TEST_F(base_handler_test, all_see_an_empty_message_pointer)
+TEST_F(base_handler_test, all_handlers_receive_an_empty_message_pointer)
 {
-    const handler_ptr below = push();
-    const handler_ptr above = push();
+    const handler_ptr_t below = push();
+    const handler_ptr_t above = push();
     say_to(m_ex, L"no message");
-    EXPECT_EQ(above->messages(), std::vector<message_ptr>(1));
-    EXPECT_EQ(below->messages(), std::vector<message_ptr>(1));
+    EXPECT_EQ(above->messages(), std::vector<message_ptr_t>(1));
+    EXPECT_EQ(below->messages(), std::vector<message_ptr_t>(1));
 }
 
-TEST_F(base_handler_test, one_that_consumes_stops_an_empty_message_pointer_too)
+TEST_F(base_handler_test, a_handler_that_consumes_stops_an_empty_message_pointer_too)
 {
-    const handler_ptr below = push();
+    const handler_ptr_t below = push();
     push(true);
     say_to(m_ex, L"no message");
     EXPECT_TRUE(below->messages().empty());
 }
 
-TEST_F(base_handler_test, sees_the_object_that_delivers)
+TEST_F(base_handler_test, receives_the_object_that_delivers)
 {
-    const handler_ptr handler = push();
+    const handler_ptr_t handler = push();
     deliver_one();
     EXPECT_EQ(handler->exs(), std::vector<velmo_ex_t*>{m_ex.get()});
 }
 
-TEST_F(base_handler_test, the_stack_holds_its_handlers)
+TEST_F(base_handler_test, the_stack_owns_its_handlers)
 {
     boost::weak_ptr<recording_handler_t> watched = push();
     EXPECT_FALSE(watched.expired());
@@ -160,24 +160,24 @@ TEST_F(base_handler_test, the_stack_holds_its_handlers)
     EXPECT_TRUE(watched.expired());
 }
 
-TEST_F(base_handler_test, the_stack_lets_go_of_its_handlers_with_the_object)
+TEST_F(base_handler_test, the_stack_releases_its_handlers_with_the_object)
 {
     boost::weak_ptr<recording_handler_t> watched = push();
     m_ex.reset();
     EXPECT_TRUE(watched.expired());
 }
 
-TEST_F(base_handler_test, what_one_throws_passes_out_and_those_below_see_nothing)
+TEST_F(base_handler_test, an_exception_of_a_handler_propagates_and_ends_the_delivery)
 {
-    const handler_ptr below = push();
+    const handler_ptr_t below = push();
     m_ex->push_handler(boost::make_shared<throwing_handler_t>());
     EXPECT_THROW(deliver_one(), std::runtime_error);
     EXPECT_TRUE(below->messages().empty());
 }
 
-TEST_F(base_handler_test, a_throw_leaves_the_stack_unchanged_and_unlocked)
+TEST_F(base_handler_test, an_exception_leaves_the_stack_unchanged_and_unlocked)
 {
-    const handler_ptr below = push();
+    const handler_ptr_t below = push();
     const auto throwing = boost::make_shared<throwing_handler_t>();
     m_ex->push_handler(throwing);
     EXPECT_THROW(deliver_one(), std::runtime_error);
@@ -189,13 +189,13 @@ TEST_F(base_handler_test, a_throw_leaves_the_stack_unchanged_and_unlocked)
 TEST_F(base_handler_test, may_deliver_to_another_object)
 {
     const auto other = velmo_ex_t::get(velmo_ex_t::generate_id(L"other."), L"");
-    const auto far = boost::make_shared<recording_handler_t>();
-    other->push_handler(far);
+    const auto other_handler = boost::make_shared<recording_handler_t>();
+    other->push_handler(other_handler);
     struct forwarding_handler_t : base_handler_t
     {
         explicit forwarding_handler_t(boost::shared_ptr<velmo_ex_t> to) : m_to(std::move(to)) {}
         using base_handler_t::on_message;
-        bool on_message(boost::shared_ptr<velmo_ex_t> /*ex*/, message_ptr msg) override
+        bool on_message(boost::shared_ptr<velmo_ex_t> /*ex*/, message_ptr_t msg) override
         {
             deliver(m_to, msg);
             return true;
@@ -204,5 +204,5 @@ TEST_F(base_handler_test, may_deliver_to_another_object)
     };
     m_ex->push_handler(boost::make_shared<forwarding_handler_t>(other));
     deliver_one();
-    EXPECT_EQ(far->messages().size(), 1U);
+    EXPECT_EQ(other_handler->messages().size(), 1U);
 }

@@ -61,31 +61,31 @@ std::string content_of(std::size_t size)
     return content;
 }
 
-class with_umask
+class umask_scope_t
 {
 public:
-    explicit with_umask(mode_t mask) : m_former(umask(mask)) {}
-    with_umask(const with_umask&) = delete;
-    with_umask& operator=(const with_umask&) = delete;
-    ~with_umask() { umask(m_former); }
+    explicit umask_scope_t(mode_t mask) : m_former(umask(mask)) {}
+    umask_scope_t(const umask_scope_t&) = delete;
+    umask_scope_t& operator=(const umask_scope_t&) = delete;
+    ~umask_scope_t() { umask(m_former); }
 
 private:
     mode_t m_former;
 };
 
-class with_c_locale
+class c_locale_scope_t
 {
 public:
-    with_c_locale() : m_former(std::setlocale(LC_ALL, nullptr)) { std::setlocale(LC_ALL, "C"); }
-    with_c_locale(const with_c_locale&) = delete;
-    with_c_locale& operator=(const with_c_locale&) = delete;
-    ~with_c_locale() { std::setlocale(LC_ALL, m_former.c_str()); }
+    c_locale_scope_t() : m_former(std::setlocale(LC_ALL, nullptr)) { std::setlocale(LC_ALL, "C"); }
+    c_locale_scope_t(const c_locale_scope_t&) = delete;
+    c_locale_scope_t& operator=(const c_locale_scope_t&) = delete;
+    ~c_locale_scope_t() { std::setlocale(LC_ALL, m_former.c_str()); }
 
 private:
     std::string m_former;
 };
 
-/// Has the system kill this process after that time, whatever it does then.
+/// Makes the system kill this process after that time.
 bool kill_this_process_after(std::chrono::nanoseconds time)
 {
     sigevent event = {};
@@ -134,7 +134,7 @@ protected:
     }
 
     /// Creates one file of each kind that is neither a regular file nor missing.
-    void make_odd_files() const
+    void make_special_files() const
     {
         std::filesystem::create_directory(at("directory"));
         std::filesystem::create_symlink("nothing", at("dangling"));
@@ -145,19 +145,19 @@ protected:
 private:
     void bind_socket(const std::string& name) const
     {
-        const with_current_directory here(at(""));
+        const current_directory_scope_t here(at(""));
         sockaddr_un address = {};
         address.sun_family = AF_UNIX;
         name.copy(&address.sun_path[0], name.size());
-        const int socket_made = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-        ASSERT_EQ(bind(socket_made, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-        close(socket_made);
+        const int descriptor = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        ASSERT_EQ(bind(descriptor, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+        close(descriptor);
     }
 
     const scratch_folder_t m_folder;
 };
 
-/// A system without unnamed files or hard links: the calls that fail, and their errors.
+/// A way of copying: the calls that fail in it, and their errors.
 struct way_t
 {
     std::string name;
@@ -170,7 +170,7 @@ int fault_of(const way_t& way, const std::string& call)
     return found == way.errors.end() ? 0 : found->second;
 }
 
-const way_t as_it_does = {"as_the_system_does", {}};
+const way_t as_the_system_does = {"as_the_system_does", {}};
 const way_t without_unnamed_files = {"without_unnamed_files", {{"open unnamed", EOPNOTSUPP}}};
 const way_t without_process_directory = {"without_the_process_directory", {{"linkat", ENOENT}}};
 const way_t without_links = {"without_hard_links", {{"open unnamed", EOPNOTSUPP}, {"link", EPERM}}};
@@ -187,7 +187,7 @@ protected:
     }
     bool copy_with(const std::string& from, const std::string& to, const faults_t& more) const
     {
-        const with_faults faults([&](const std::string& call, int descriptor) {
+        const faults_scope_t faults([&](const std::string& call, int descriptor) {
             const int error = fault_of(GetParam(), call);
             return error != 0 ? error : more(call, descriptor);
         });
@@ -213,12 +213,12 @@ std::string name_of(const testing::TestParamInfo<way_t>& info)
 }
 
 INSTANTIATE_TEST_SUITE_P(every_way, basekit2_file_ways_test,
-                         testing::Values(as_it_does, without_unnamed_files,
+                         testing::Values(as_the_system_does, without_unnamed_files,
                                          without_process_directory, without_links,
                                          with_simple_renaming),
                          name_of);
 INSTANTIATE_TEST_SUITE_P(every_way, basekit2_file_one_step_test,
-                         testing::Values(as_it_does, without_unnamed_files,
+                         testing::Values(as_the_system_does, without_unnamed_files,
                                          without_process_directory, without_links),
                          name_of);
 
@@ -240,12 +240,12 @@ TEST_P(basekit2_file_ways_test, only_the_destination_is_added)
     EXPECT_EQ(names(), (std::set<std::string>{"source", "copy"}));
 }
 
-TEST_P(basekit2_file_ways_test, what_is_at_the_destination_stays)
+TEST_P(basekit2_file_ways_test, a_file_at_the_destination_stays)
 {
     write_file("source", "new");
     write_file("file", "old");
     write_file("empty", "");
-    make_odd_files();
+    make_special_files();
     std::filesystem::create_symlink("file", at("link"));
     const auto before = names();
     for (const auto& name : before) {
@@ -266,54 +266,54 @@ TEST_P(basekit2_file_ways_test, only_the_owner_may_read_and_write_the_copy)
             const std::string name = std::to_string(mask) + "-" + std::to_string(mode);
             write_file("source " + name, "text");
             ASSERT_EQ(chmod(at("source " + name).c_str(), mode), 0);
-            const with_umask masked(mask);
+            const umask_scope_t masked(mask);
             EXPECT_TRUE(copy("source " + name, name)) << name;
             EXPECT_EQ(permissions(name), 0600U) << name;
         }
     }
 }
 
-TEST_P(basekit2_file_ways_test, short_reads_and_writes_are_gone_on_with)
+TEST_P(basekit2_file_ways_test, short_reads_and_writes_are_continued)
 {
     write_file("source", content_of(1000));
-    for (const std::size_t most : {1U, 7U, 999U}) {
-        const std::string to = "copy by " + std::to_string(most);
+    for (const std::size_t max_bytes : {1U, 7U, 999U}) {
+        const std::string to = "copy by " + std::to_string(max_bytes);
         {
-            const with_short_pieces pieces(2 * most, most);
-            EXPECT_TRUE(copy("source", to)) << most;
+            const short_io_scope_t short_calls(2 * max_bytes, max_bytes);
+            EXPECT_TRUE(copy("source", to)) << max_bytes;
         }
-        EXPECT_TRUE(read_file(to) == content_of(1000)) << most;
+        EXPECT_TRUE(read_file(to) == content_of(1000)) << max_bytes;
     }
 }
 
 TEST_P(basekit2_file_ways_test, a_write_that_writes_nothing_is_a_failure)
 {
     write_file("source", "text");
-    const with_short_pieces pieces(SIZE_MAX, 0);
+    const short_io_scope_t short_writes(SIZE_MAX, 0);
     EXPECT_FALSE(copy("source", "copy"));
     EXPECT_EQ(names(), std::set<std::string>{"source"});
 }
 
-TEST_P(basekit2_file_ways_test, interruptions_are_gone_on_with)
+TEST_P(basekit2_file_ways_test, interrupted_calls_are_repeated)
 {
     write_file("source", content_of(200000));
     const std::set<std::string> interrupted = {"open", "open unnamed", "mkostemp", "pread",
                                                "write"};
     std::set<std::string> seen;
-    bool now = false;
+    bool is_interrupted = false;
     EXPECT_TRUE(copy_with("source", "copy", [&](const std::string& call, int) {
         if (interrupted.count(call) == 0)
             return 0;
         seen.insert(call);
-        now = !now;
-        return now ? EINTR : 0;
+        is_interrupted = !is_interrupted;
+        return is_interrupted ? EINTR : 0;
     }));
     EXPECT_TRUE(read_file("copy") == content_of(200000));
     EXPECT_EQ(names(), (std::set<std::string>{"source", "copy"}));
     EXPECT_GE(seen.size(), 4U);
 }
 
-TEST_P(basekit2_file_ways_test, an_error_of_the_system_leaves_nothing_behind)
+TEST_P(basekit2_file_ways_test, a_system_error_leaves_no_new_file)
 {
     const std::pair<std::string, int> rows[] = {
         {"open", EACCES},  {"pread", EIO},       {"write", ENOSPC}, {"write", EDQUOT},
@@ -322,31 +322,31 @@ TEST_P(basekit2_file_ways_test, an_error_of_the_system_leaves_nothing_behind)
     };
     write_file("source", content_of(200000));
     for (const auto& row : rows) {
-        bool reached = false;
-        const bool made = copy_with("source", "copy", [&](const std::string& call, int) {
-            reached = reached || call == row.first;
+        bool is_reached = false;
+        const bool is_copied = copy_with("source", "copy", [&](const std::string& call, int) {
+            is_reached = is_reached || call == row.first;
             return call == row.first ? row.second : 0;
         });
-        EXPECT_EQ(made, !reached) << row.first << " " << row.second;
-        std::filesystem::remove(at(made ? "copy" : "none"));
+        EXPECT_EQ(is_copied, !is_reached) << row.first << " " << row.second;
+        std::filesystem::remove(at(is_copied ? "copy" : "none"));
         EXPECT_EQ(names(), std::set<std::string>{"source"}) << row.first << " " << row.second;
     }
 }
 
-TEST_P(basekit2_file_ways_test, a_disk_that_fills_up_on_the_way_leaves_nothing_behind)
+TEST_P(basekit2_file_ways_test, a_disk_that_fills_up_during_the_copy_leaves_no_new_file)
 {
     write_file("source", content_of(300000));
-    for (int good = 0; good != 4; ++good) {
+    for (int successes = 0; successes != 4; ++successes) {
         int writes = 0;
         EXPECT_FALSE(copy_with("source", "copy", [&](const std::string& call, int) {
-            return call == "write" && writes++ >= good ? ENOSPC : 0;
-        })) << good;
-        EXPECT_EQ(names(), std::set<std::string>{"source"}) << good;
-        EXPECT_EQ(writes, good + 1) << "tried again";
+            return call == "write" && writes++ >= successes ? ENOSPC : 0;
+        })) << successes;
+        EXPECT_EQ(names(), std::set<std::string>{"source"}) << successes;
+        EXPECT_EQ(writes, successes + 1) << "tried again";
     }
 }
 
-TEST_P(basekit2_file_ways_test, the_process_size_limit_leaves_nothing_behind)
+TEST_P(basekit2_file_ways_test, the_file_size_limit_of_the_process_leaves_no_new_file)
 {
     write_file("source", content_of(200000));
     const int status = status_of_child([this] {
@@ -360,12 +360,12 @@ TEST_P(basekit2_file_ways_test, the_process_size_limit_leaves_nothing_behind)
     EXPECT_EQ(names(), std::set<std::string>{"source"});
 }
 
-TEST_P(basekit2_file_ways_test, killed_before_any_call_it_leaves_no_partial_copy)
+TEST_P(basekit2_file_ways_test, a_kill_before_any_call_leaves_no_partial_copy)
 {
     const std::string content = content_of(200000);
     write_file("source", content);
     int kills = 0;
-    for (bool killed = true; killed; ++kills) {
+    for (bool is_killed = true; is_killed; ++kills) {
         std::filesystem::remove(at("copy"));
         const int status = status_of_child([&] {
             int calls = 0;
@@ -376,15 +376,15 @@ TEST_P(basekit2_file_ways_test, killed_before_any_call_it_leaves_no_partial_copy
                        ? 0
                        : 1;
         });
-        killed = was_killed(status);
-        EXPECT_TRUE(killed || has_exited_with(status, 0)) << status;
+        is_killed = was_killed(status);
+        EXPECT_TRUE(is_killed || has_exited_with(status, 0)) << status;
         expect_no_partial_copy(content, "copy");
     }
     EXPECT_TRUE(std::filesystem::exists(at("copy")));
     EXPECT_GE(kills, 12);
 }
 
-TEST_P(basekit2_file_ways_test, killed_at_any_instant_it_leaves_no_partial_copy)
+TEST_P(basekit2_file_ways_test, a_kill_at_any_instant_leaves_no_partial_copy)
 {
     const std::string content = content_of(1000000);
     write_file("source", content);
@@ -405,19 +405,19 @@ TEST_P(basekit2_file_ways_test, killed_at_any_instant_it_leaves_no_partial_copy)
     }
 }
 
-TEST_P(basekit2_file_one_step_test, of_several_at_once_one_makes_the_copy)
+TEST_P(basekit2_file_one_step_test, one_of_several_concurrent_calls_creates_the_copy)
 {
     constexpr std::size_t count = 8;
-    std::array<bool, count> made{};
+    std::array<bool, count> is_copied{};
     for (std::size_t i = 0; i != count; ++i)
         write_file(std::to_string(i), std::string(100000, static_cast<char>('a' + i)));
-    const with_faults faults(
+    const faults_scope_t faults(
         [](const std::string& call, int) { return fault_of(GetParam(), call); });
     run_threads(count, [&](std::size_t thread) {
-        made.at(thread) = basekit2_file_test::copy(std::to_string(thread), "copy");
+        is_copied.at(thread) = basekit2_file_test::copy(std::to_string(thread), "copy");
     });
-    ASSERT_EQ(std::count(made.begin(), made.end(), true), 1);
-    const auto winner = std::find(made.begin(), made.end(), true) - made.begin();
+    ASSERT_EQ(std::count(is_copied.begin(), is_copied.end(), true), 1);
+    const auto winner = std::find(is_copied.begin(), is_copied.end(), true) - is_copied.begin();
     EXPECT_TRUE(read_file("copy") == read_file(std::to_string(winner)));
     EXPECT_EQ(names().size(), count + 1);
 }
@@ -439,20 +439,20 @@ TEST_P(basekit2_file_ways_test, every_descriptor_is_close_on_exec)
 TEST_P(basekit2_file_ways_test, no_descriptor_stays_open)
 {
     write_file("source", "text");
-    const auto open_ones = [] {
+    const auto count_descriptors = [] {
         return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
     };
-    const auto before = open_ones();
+    const auto before = count_descriptors();
     EXPECT_TRUE(copy("source", "copy"));
     EXPECT_FALSE(copy("source", "copy"));
     EXPECT_FALSE(copy("source", "missing/copy"));
     EXPECT_FALSE(copy("missing", "other"));
-    EXPECT_EQ(open_ones(), before);
+    EXPECT_EQ(count_descriptors(), before);
 }
 
 TEST_P(basekit2_file_ways_test, any_name_works_in_the_c_locale)
 {
-    const with_c_locale locale;
+    const c_locale_scope_t locale;
     const std::string rows[] = {"\xC3\xA4\xC3\x9F\xE2\x82\xAC", "\xF0\x9F\x98\x80", "a b\n\\",
                                 std::string(255, 'n')};
     for (const auto& name : rows) {
@@ -469,10 +469,10 @@ TEST_P(basekit2_file_ways_test, any_name_works_in_the_c_locale)
 TEST_P(basekit2_file_ways_test, a_bare_name_is_in_the_current_directory)
 {
     write_file("source", "text");
-    const with_current_directory here(at(""));
-    const with_faults faults([this](const std::string& call, int) {
+    const current_directory_scope_t here(at(""));
+    const faults_scope_t faults([this](const std::string& call, int) {
         if (call == "link") {
-            EXPECT_EQ(names().size(), 2U) << "the temporary name stands elsewhere";
+            EXPECT_EQ(names().size(), 2U) << "the temporary name is in another directory";
         }
         return fault_of(GetParam(), call);
     });
@@ -480,7 +480,7 @@ TEST_P(basekit2_file_ways_test, a_bare_name_is_in_the_current_directory)
     EXPECT_EQ(names(), (std::set<std::string>{"source", "copy"}));
 }
 
-TEST_P(basekit2_file_ways_test, a_destination_that_cannot_be_made_is_a_failure)
+TEST_P(basekit2_file_ways_test, a_destination_that_cannot_be_created_is_a_failure)
 {
     write_file("source", "text");
     std::filesystem::create_directory(at("directory"));
@@ -493,40 +493,40 @@ TEST_P(basekit2_file_ways_test, a_destination_that_cannot_be_made_is_a_failure)
     }
 }
 
-TEST_F(basekit2_file_test, a_file_without_unnamed_ones_is_copied_whatever_the_error_says)
+TEST_F(basekit2_file_test, a_file_is_copied_if_unnamed_files_fail_with_any_error)
 {
     write_file("source", "text");
     for (const int error : {EOPNOTSUPP, EISDIR, EINVAL, ENOENT, EPERM, ENOSYS}) {
         for (const auto* const failing : {"open unnamed", "linkat"}) {
             const std::string to = failing + std::to_string(error);
-            const with_faults faults(
+            const faults_scope_t faults(
                 [&](const std::string& call, int) { return call == failing ? error : 0; });
             EXPECT_TRUE(copy("source", to)) << to;
         }
     }
 }
 
-TEST_F(basekit2_file_test, a_temporary_name_is_made_only_where_there_are_no_unnamed_files)
+TEST_F(basekit2_file_test, a_temporary_name_is_created_only_without_unnamed_files)
 {
     write_file("source", "text");
     const int unnamed = open(at("").c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0600);
     const int expected = unnamed == -1 ? 1 : 0;
     close(unnamed);
-    int made = 0;
-    const with_faults faults([&](const std::string& call, int) {
-        made += call == "mkostemp" ? 1 : 0;
+    int created = 0;
+    const faults_scope_t faults([&](const std::string& call, int) {
+        created += call == "mkostemp" ? 1 : 0;
         return 0;
     });
     EXPECT_TRUE(copy("source", "copy"));
-    EXPECT_EQ(made, expected);
+    EXPECT_EQ(created, expected);
 }
 
 TEST_F(basekit2_file_test, a_destination_that_appears_meanwhile_stays)
 {
     write_file("source", "new");
-    for (const way_t& way : {as_it_does, without_unnamed_files, without_links}) {
+    for (const way_t& way : {as_the_system_does, without_unnamed_files, without_links}) {
         const std::string to = "copy " + way.name;
-        const with_faults faults([&](const std::string& call, int) {
+        const faults_scope_t faults([&](const std::string& call, int) {
             if (call == "link" || call == "linkat")
                 write_file(to, "old");
             return fault_of(way, call);
@@ -536,9 +536,9 @@ TEST_F(basekit2_file_test, a_destination_that_appears_meanwhile_stays)
     }
 }
 
-TEST_F(basekit2_file_test, what_is_no_regular_file_is_not_copied_and_not_waited_for)
+TEST_F(basekit2_file_test, a_path_that_is_not_a_regular_file_is_not_copied_and_does_not_block)
 {
-    make_odd_files();
+    make_special_files();
     std::filesystem::create_symlink("fifo", at("link"));
     std::filesystem::create_symlink("loop", at("loop"));
     std::filesystem::create_symlink("/dev/null", at("device"));
@@ -552,7 +552,7 @@ TEST_F(basekit2_file_test, what_is_no_regular_file_is_not_copied_and_not_waited_
 
 TEST_F(basekit2_file_test, a_fifo_with_a_writer_is_not_copied)
 {
-    make_odd_files();
+    make_special_files();
     const int both_ends = open(at("fifo").c_str(), O_RDWR | O_CLOEXEC);
     ASSERT_EQ(write(both_ends, "text", 4), 4);
     EXPECT_FALSE(copy("fifo", "copy"));
@@ -574,22 +574,22 @@ TEST_F(basekit2_file_test, a_path_that_names_nothing_makes_every_operation_fail)
     write_file("source", "text");
     const std::wstring source = path("source").as_string();
     const std::wstring rows[] = {L""s, L"\0"s, source + L'\0', source + L"\0x"s, L"\0"s + source};
-    const with_current_directory here(at(""));
+    const current_directory_scope_t here(at(""));
     for (const auto& row : rows) {
-        const std::wstring beside = row.empty() ? row : path("copy").as_string() + L'\0' + row;
+        const std::wstring with_suffix = row.empty() ? row : path("copy").as_string() + L'\0' + row;
         EXPECT_FALSE(copy_file(row, path("copy"))) << testing::PrintToString(row);
         EXPECT_FALSE(copy_file(source, row)) << testing::PrintToString(row);
-        EXPECT_FALSE(copy_file(source, beside)) << testing::PrintToString(beside);
+        EXPECT_FALSE(copy_file(source, with_suffix)) << testing::PrintToString(with_suffix);
         EXPECT_FALSE(remove_file(row)) << testing::PrintToString(row);
         EXPECT_EQ(names(), std::set<std::string>{"source"}) << testing::PrintToString(row);
     }
 }
 
-TEST_F(basekit2_file_test, nothing_is_begun_for_a_destination_that_names_nothing)
+TEST_F(basekit2_file_test, a_destination_that_names_nothing_causes_no_system_call)
 {
     write_file("source", "text");
     std::vector<std::string> calls;
-    const with_faults faults([&](const std::string& call, int) {
+    const faults_scope_t faults([&](const std::string& call, int) {
         calls.push_back(call);
         return 0;
     });
@@ -598,7 +598,7 @@ TEST_F(basekit2_file_test, nothing_is_begun_for_a_destination_that_names_nothing
     EXPECT_EQ(calls, std::vector<std::string>());
 }
 
-TEST_F(basekit2_file_test, the_whole_of_a_file_is_read)
+TEST_F(basekit2_file_test, a_whole_file_is_read)
 {
     for (const std::size_t size : {0U, 1U, 65536U, 200000U}) {
         write_file("source", content_of(size));
@@ -608,14 +608,14 @@ TEST_F(basekit2_file_test, the_whole_of_a_file_is_read)
     }
 }
 
-TEST_F(basekit2_file_test, a_file_that_is_read_in_short_and_interrupted_pieces_is_whole)
+TEST_F(basekit2_file_test, a_file_is_read_whole_despite_short_and_interrupted_reads)
 {
     write_file("source", content_of(1000));
-    const with_short_pieces pieces(7, 7);
-    bool now = false;
-    const with_faults faults([&](const std::string& call, int) {
-        now = !now;
-        return now && (call == "open" || call == "pread") ? EINTR : 0;
+    const short_io_scope_t short_calls(7, 7);
+    bool is_interrupted = false;
+    const faults_scope_t faults([&](const std::string& call, int) {
+        is_interrupted = !is_interrupted;
+        return is_interrupted && (call == "open" || call == "pread") ? EINTR : 0;
     });
     std::string bytes;
     EXPECT_TRUE(basekit2::read_file(path("source"), 1000, bytes));
@@ -624,7 +624,7 @@ TEST_F(basekit2_file_test, a_file_that_is_read_in_short_and_interrupted_pieces_i
 
 TEST_F(basekit2_file_test, a_file_that_cannot_be_read_leaves_the_bytes_as_they_were)
 {
-    make_odd_files();
+    make_special_files();
     write_file("source", content_of(1000));
     const path_t refused[] = {path("directory"),    path("dangling"),
                               path("fifo"),         path("socket"),
@@ -635,7 +635,7 @@ TEST_F(basekit2_file_test, a_file_that_cannot_be_read_leaves_the_bytes_as_they_w
         EXPECT_FALSE(basekit2::read_file(name, 1000, bytes));
     EXPECT_FALSE(basekit2::read_file(path("source"), 999, bytes));
     EXPECT_FALSE(basekit2::read_file(path("source"), 0, bytes));
-    const with_faults faults(
+    const faults_scope_t faults(
         [](const std::string& call, int) { return call == "pread" ? EIO : 0; });
     EXPECT_FALSE(basekit2::read_file(path("source"), 1000, bytes));
     EXPECT_EQ(bytes, "old");
@@ -644,7 +644,7 @@ TEST_F(basekit2_file_test, a_file_that_cannot_be_read_leaves_the_bytes_as_they_w
 TEST_F(basekit2_file_test, remove_file_removes_a_name_of_any_kind_but_a_directory)
 {
     write_file("file", "text");
-    make_odd_files();
+    make_special_files();
     std::filesystem::create_symlink("file", at("link"));
     std::filesystem::create_symlink("directory", at("directory link"));
     for (const auto* const name : {"link", "directory link", "dangling", "fifo", "socket"}) {
@@ -655,7 +655,7 @@ TEST_F(basekit2_file_test, remove_file_removes_a_name_of_any_kind_but_a_director
     EXPECT_EQ(names(), std::set<std::string>{"directory"});
 }
 
-TEST_F(basekit2_file_test, remove_file_changes_nothing_where_it_answers_false)
+TEST_F(basekit2_file_test, remove_file_changes_nothing_if_it_returns_false)
 {
     write_file("file", "text");
     std::filesystem::create_directory(at("directory"));

@@ -17,40 +17,40 @@ namespace
 using basekit2::path_t;
 using namespace std::string_literals;
 
-struct joined_row
+struct joined_row_t
 {
     std::wstring left;
     std::wstring right;
     std::wstring joined;
 };
 
-struct parts_row
+struct parts_row_t
 {
     std::wstring text;
     std::wstring branch;
     std::wstring leaf;
 };
 
-struct name_row
+struct name_row_t
 {
     std::wstring wide;
     std::string bytes;
 };
 
 /// Sets the process's locale to "C" while in scope.
-class c_locale
+class c_locale_scope_t
 {
 public:
-    c_locale() : m_former(std::setlocale(LC_ALL, nullptr)) { std::setlocale(LC_ALL, "C"); }
-    c_locale(const c_locale&) = delete;
-    c_locale& operator=(const c_locale&) = delete;
-    ~c_locale() { std::setlocale(LC_ALL, m_former.c_str()); }
+    c_locale_scope_t() : m_former(std::setlocale(LC_ALL, nullptr)) { std::setlocale(LC_ALL, "C"); }
+    c_locale_scope_t(const c_locale_scope_t&) = delete;
+    c_locale_scope_t& operator=(const c_locale_scope_t&) = delete;
+    ~c_locale_scope_t() { std::setlocale(LC_ALL, m_former.c_str()); }
 
 private:
     std::string m_former;
 };
 
-const name_row names[] = {
+const name_row_t names[] = {
     {L"plain"s, "plain"s},
     {L"with space \\ and : signs"s, "with space \\ and : signs"s},
     {L"\xE4\xDF\x20AC"s, "\xC3\xA4\xC3\x9F\xE2\x82\xAC"s},
@@ -86,7 +86,7 @@ TEST(basekit2_path_test, the_text_is_kept_as_it_was_given)
     EXPECT_EQ(path_t(L"from a pointer").as_string(), L"from a pointer");
 }
 
-TEST(basekit2_path_test, a_copy_does_not_follow_its_original)
+TEST(basekit2_path_test, a_copy_is_independent_of_its_original)
 {
     path_t original(L"a");
     const path_t copy(original);
@@ -97,7 +97,7 @@ TEST(basekit2_path_test, a_copy_does_not_follow_its_original)
     EXPECT_EQ(assigned.as_string(), L"a");
 }
 
-TEST(basekit2_path_test, assign_takes_a_path_or_a_text_and_answers_the_path)
+TEST(basekit2_path_test, assign_takes_a_path_or_a_text_and_returns_the_path)
 {
     path_t path(L"old");
     EXPECT_EQ(&path.assign(path_t(L"path")), &path);
@@ -109,7 +109,7 @@ TEST(basekit2_path_test, assign_takes_a_path_or_a_text_and_answers_the_path)
 
 TEST(basekit2_path_test, append_joins_with_exactly_one_separator)
 {
-    const joined_row rows[] = {
+    const joined_row_t rows[] = {
         {L"a", L"b", L"a/b"},
         {L"a/", L"b", L"a/b"},
         {L"a", L"/b", L"a/b"},
@@ -148,7 +148,7 @@ TEST(basekit2_path_test, a_path_can_be_appended_to_itself)
 
 TEST(basekit2_path_test, branch_and_leaf_are_the_parts_around_the_last_separators)
 {
-    const parts_row rows[] = {
+    const parts_row_t rows[] = {
         {L"", L"", L""},
         {L"x", L"", L"x"},
         {L"/", L"/", L""},
@@ -177,7 +177,7 @@ TEST(basekit2_path_test, branch_and_leaf_are_the_parts_around_the_last_separator
     }
 }
 
-TEST(basekit2_path_test, branch_and_leaf_joined_name_the_same_again)
+TEST(basekit2_path_test, branch_and_leaf_joined_give_the_path_again)
 {
     for (const std::wstring text : {L"x", L"/x", L"a/b", L"/a/b", L"a/", L"/a/b/"}) {
         const path_t path(text);
@@ -188,7 +188,7 @@ TEST(basekit2_path_test, branch_and_leaf_joined_name_the_same_again)
     }
 }
 
-TEST(basekit2_path_test, paths_are_equal_where_their_texts_are)
+TEST(basekit2_path_test, paths_are_equal_if_their_texts_are)
 {
     EXPECT_TRUE(path_t() == path_t(L""));
     EXPECT_TRUE(path_t(L"a/b") == path_t(L"a/b"));
@@ -213,7 +213,7 @@ TEST(basekit2_path_test, the_order_is_that_of_the_code_units)
     }
 }
 
-TEST(basekit2_path_test, what_is_there_exists)
+TEST(basekit2_path_test, files_directories_and_links_exist)
 {
     const scratch_folder_t folder;
     folder.write("file", "x");
@@ -225,7 +225,7 @@ TEST(basekit2_path_test, what_is_there_exists)
     }
 }
 
-TEST(basekit2_path_test, what_is_not_there_does_not_exist)
+TEST(basekit2_path_test, missing_files_and_broken_links_do_not_exist)
 {
     const scratch_folder_t folder;
     folder.write("file", "x");
@@ -262,7 +262,7 @@ TEST(basekit2_path_test, a_text_that_names_nothing_does_not_exist)
 
 TEST(basekit2_path_test, any_name_is_found_by_its_utf8_bytes_in_the_c_locale)
 {
-    const c_locale locale;
+    const c_locale_scope_t locale;
     for (const auto& name : names) {
         const scratch_folder_t folder;
         EXPECT_FALSE(path_t::exists(folder.wide_name("") + name.wide))

@@ -42,36 +42,36 @@ using namespace std::string_literals;
 
 std::string reported;
 
-void keep_report(const char* expression, const char*, int, const char*)
+void on_assertion(const char* expression, const char*, int, const char*)
 {
     reported += expression;
 }
 
-class with_kept_reports
+class reports_scope_t
 {
 public:
-    with_kept_reports() : m_former(set_assert_handler(keep_report)) { reported.clear(); }
-    with_kept_reports(const with_kept_reports&) = delete;
-    with_kept_reports& operator=(const with_kept_reports&) = delete;
-    ~with_kept_reports() { set_assert_handler(m_former); }
+    reports_scope_t() : m_former(set_assert_handler(on_assertion)) { reported.clear(); }
+    reports_scope_t(const reports_scope_t&) = delete;
+    reports_scope_t& operator=(const reports_scope_t&) = delete;
+    ~reports_scope_t() { set_assert_handler(m_former); }
 
 private:
     assert_handler_t m_former;
 };
 
-/// Returns each value as name=[text] and each bag as name(content), in the order of the walks.
-std::string written(const variant_bag_t& bag)
+/// Returns each value as name=[text] and each bag as name(content), in the order of the iteration.
+std::string text_of(const variant_bag_t& bag)
 {
     std::string text;
     for (auto at = bag.begin_values(); !at.at_end(); at.next())
         text += utf16_to_utf8(at.get_name()) + "=[" +
                 utf16_to_utf8(at.get_value().get<std::wstring>()) + "]";
     for (auto at = bag.begin_bags(); !at.at_end(); at.next())
-        text += utf16_to_utf8(at.get_name()) + "(" + written(at.get_value()) + ")";
+        text += utf16_to_utf8(at.get_name()) + "(" + text_of(at.get_value()) + ")";
     return text;
 }
 
-variant_bag_t bag_before()
+variant_bag_t make_former_bag()
 {
     variant_bag_t bag;
     bag.add_value(L"before", L"1");
@@ -79,7 +79,7 @@ variant_bag_t bag_before()
     return bag;
 }
 
-const std::string text_before = "before=[1]child(=[2])";
+const std::string former_text = "before=[1]child(=[2])";
 
 std::string repeated(const std::string& unit, std::size_t times)
 {
@@ -120,8 +120,8 @@ std::string tag_with_repeats()
     for (std::size_t i = 0; i != names; ++i)
         tag += " " + three_letters(i) + "=''";
     const std::string repeat = " " + three_letters(names - 1) + "=''";
-    const std::size_t room = (std::size_t{16} << 20U) - tag.size() - 2;
-    return tag + repeated(repeat, room / repeat.size()) + "/>";
+    const std::size_t remaining = (std::size_t{16} << 20U) - tag.size() - 2;
+    return tag + repeated(repeat, remaining / repeat.size()) + "/>";
 }
 
 std::string named_elements(std::size_t count)
@@ -155,12 +155,12 @@ protected:
     static std::string load_name(const std::wstring& name, const wchar_t* root = nullptr,
                                  bool allow_missing = false)
     {
-        variant_bag_t bag = bag_before();
+        variant_bag_t bag = make_former_bag();
         const std::uint32_t status = load_variant_bag2(bag, name, root, allow_missing);
         if (status == 0)
-            return written(bag);
+            return text_of(bag);
         EXPECT_EQ(status, load_failed);
-        EXPECT_EQ(written(bag), text_before);
+        EXPECT_EQ(text_of(bag), former_text);
         return "failed";
     }
     void bind_socket(const std::string& leaf) const
@@ -170,9 +170,9 @@ protected:
         const std::string name = m_folder.name(leaf);
         ASSERT_LT(name.size(), sizeof address.sun_path);
         name.copy(&address.sun_path[0], name.size());
-        const int bound = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-        ASSERT_EQ(bind(bound, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-        close(bound);
+        const int descriptor = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        ASSERT_EQ(bind(descriptor, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+        close(descriptor);
     }
 
     scratch_folder_t m_folder;
@@ -189,11 +189,11 @@ std::string printed_by(const Action& action)
     return testing::internal::GetCapturedStdout() + error;
 }
 
-std::atomic<int> foreign_calls{0};
+std::atomic<int> host_calls{0};
 
-void count_text(void* /*context*/, const char* /*format*/, ...) // NOLINT(cert-dcl50-cpp)
+void on_generic_error(void* /*context*/, const char* /*format*/, ...) // NOLINT(cert-dcl50-cpp)
 {
-    ++foreign_calls;
+    ++host_calls;
 }
 
 // Constant since libxml2 2.12.
@@ -203,34 +203,34 @@ typedef const xmlError xml_error_t;
 typedef xmlError xml_error_t;
 #endif
 
-void count_error(void* /*context*/, xml_error_t* /*error*/)
+void on_structured_error(void* /*context*/, xml_error_t* /*error*/)
 {
-    ++foreign_calls;
+    ++host_calls;
 }
 
 /// The test's own handlers, as a host may have set them on its thread.
-class with_foreign_handlers
+class host_handlers_scope_t
 {
 public:
-    with_foreign_handlers()
+    host_handlers_scope_t()
     {
-        foreign_calls = 0;
-        xmlSetGenericErrorFunc(&m_context, count_text);
-        xmlSetStructuredErrorFunc(this, count_error);
+        host_calls = 0;
+        xmlSetGenericErrorFunc(&m_context, on_generic_error);
+        xmlSetStructuredErrorFunc(this, on_structured_error);
     }
-    with_foreign_handlers(const with_foreign_handlers&) = delete;
-    with_foreign_handlers& operator=(const with_foreign_handlers&) = delete;
-    ~with_foreign_handlers()
+    host_handlers_scope_t(const host_handlers_scope_t&) = delete;
+    host_handlers_scope_t& operator=(const host_handlers_scope_t&) = delete;
+    ~host_handlers_scope_t()
     {
         xmlSetGenericErrorFunc(nullptr, nullptr);
         xmlSetStructuredErrorFunc(nullptr, nullptr);
         xmlResetLastError();
     }
 
-    bool are_in_place() const
+    bool are_set() const
     {
-        return xmlGenericError == count_text && xmlGenericErrorContext == &m_context &&
-               xmlStructuredError == count_error && xmlStructuredErrorContext == this;
+        return xmlGenericError == on_generic_error && xmlGenericErrorContext == &m_context &&
+               xmlStructuredError == on_structured_error && xmlStructuredErrorContext == this;
     }
 
 private:
@@ -255,7 +255,7 @@ class basekit2_variant_bag_forms_test : public basekit2_variant_bag_test,
 
 } // namespace
 
-TEST(basekit2_variant_test, a_default_value_holds_nothing)
+TEST(basekit2_variant_test, a_default_value_is_empty)
 {
     const variant_t value;
     EXPECT_FALSE(value.can_get<const wchar_t*>());
@@ -265,7 +265,7 @@ TEST(basekit2_variant_test, a_default_value_holds_nothing)
     EXPECT_FALSE(value.can_get<double>());
 }
 
-TEST(basekit2_variant_test, a_text_is_there_in_both_forms_and_no_other)
+TEST(basekit2_variant_test, a_text_can_be_read_in_both_forms_and_as_no_other_type)
 {
     for (const variant_t& value : {variant_t(L"text"), variant_t(L"text"s)}) {
         EXPECT_TRUE(value.can_get<const wchar_t*>());
@@ -278,7 +278,7 @@ TEST(basekit2_variant_test, a_text_is_there_in_both_forms_and_no_other)
     }
 }
 
-TEST(basekit2_variant_test, a_truth_is_no_number_and_no_text)
+TEST(basekit2_variant_test, a_boolean_is_not_a_number_or_a_text)
 {
     const variant_t value(true);
     EXPECT_TRUE(value.get<bool>());
@@ -288,7 +288,7 @@ TEST(basekit2_variant_test, a_truth_is_no_number_and_no_text)
     EXPECT_FALSE(value.can_get<const wchar_t*>());
 }
 
-TEST(basekit2_variant_test, a_whole_number_keeps_all_its_bits)
+TEST(basekit2_variant_test, an_integer_keeps_all_its_bits)
 {
     for (const std::int64_t number : {INT64_MIN, INT64_MAX, std::int64_t{0}, std::int64_t{-1}}) {
         const variant_t value(number);
@@ -298,64 +298,64 @@ TEST(basekit2_variant_test, a_whole_number_keeps_all_its_bits)
     }
 }
 
-TEST(basekit2_variant_test, a_real_number_is_no_whole_one)
+TEST(basekit2_variant_test, a_floating_point_number_is_not_an_integer)
 {
     const variant_t value(1.0);
     EXPECT_EQ(value.get<double>(), 1.0);
     EXPECT_FALSE(value.can_get<std::int64_t>());
 }
 
-TEST(basekit2_variant_test, a_null_text_is_an_empty_one)
+TEST(basekit2_variant_test, a_null_text_is_an_empty_text)
 {
     const variant_t value(static_cast<const wchar_t*>(nullptr));
     EXPECT_STREQ(value.get<const wchar_t*>(), L"");
     EXPECT_EQ(value.get<std::wstring>(), L"");
 }
 
-TEST(basekit2_variant_test, a_text_keeps_what_is_behind_a_zero_character)
+TEST(basekit2_variant_test, a_text_keeps_the_characters_after_a_zero_character)
 {
     EXPECT_EQ(variant_t(L"a\0b"s).get<std::wstring>(), L"a\0b"s);
 }
 
-TEST(basekit2_variant_test, a_value_that_is_there_is_not_reported)
+TEST(basekit2_variant_test, reading_a_value_as_its_type_reports_nothing)
 {
-    const with_kept_reports reports;
+    const reports_scope_t reports;
     EXPECT_EQ(variant_t(L"text").get<std::wstring>(), L"text");
     EXPECT_FALSE(variant_t(false).get<bool>());
     EXPECT_EQ(reported, "");
 }
 
-TEST(basekit2_variant_test, a_pointer_to_a_text_of_another_kind_is_reported)
+TEST(basekit2_variant_test, reading_another_type_as_a_pointer_to_a_text_is_reported)
 {
-    const with_kept_reports reports;
+    const reports_scope_t reports;
     EXPECT_STREQ(variant_t(true).get<const wchar_t*>(), L"");
     EXPECT_EQ(reported, "can_get<const wchar_t*>()");
 }
 
-TEST(basekit2_variant_test, a_text_of_another_kind_is_reported)
+TEST(basekit2_variant_test, reading_another_type_as_a_text_is_reported)
 {
-    const with_kept_reports reports;
+    const reports_scope_t reports;
     EXPECT_EQ(variant_t(1.5).get<std::wstring>(), L"");
     EXPECT_EQ(reported, "can_get<std::wstring>()");
 }
 
-TEST(basekit2_variant_test, a_truth_of_another_kind_is_reported)
+TEST(basekit2_variant_test, reading_another_type_as_a_boolean_is_reported)
 {
-    const with_kept_reports reports;
+    const reports_scope_t reports;
     EXPECT_FALSE(variant_t(std::int64_t{1}).get<bool>());
     EXPECT_EQ(reported, "can_get<bool>()");
 }
 
-TEST(basekit2_variant_test, a_whole_number_of_another_kind_is_reported)
+TEST(basekit2_variant_test, reading_another_type_as_an_integer_is_reported)
 {
-    const with_kept_reports reports;
+    const reports_scope_t reports;
     EXPECT_EQ(variant_t(L"1").get<std::int64_t>(), 0);
     EXPECT_EQ(reported, "can_get<std::int64_t>()");
 }
 
-TEST(basekit2_variant_test, a_real_number_of_another_kind_is_reported)
+TEST(basekit2_variant_test, reading_another_type_as_a_floating_point_number_is_reported)
 {
-    const with_kept_reports reports;
+    const reports_scope_t reports;
     EXPECT_EQ(variant_t().get<double>(), 0.0);
     EXPECT_EQ(reported, "can_get<double>()");
 }
@@ -369,17 +369,17 @@ TEST_F(basekit2_variant_bag_test, a_new_bag_is_empty)
     EXPECT_FALSE(bag.has(L""));
 }
 
-TEST_F(basekit2_variant_bag_test, of_values_with_one_name_the_first_is_found)
+TEST_F(basekit2_variant_bag_test, the_first_of_several_values_with_one_name_is_found)
 {
     variant_bag_t bag;
     bag.add_value(L"a", L"1");
     bag.add_value(L"a", L"2");
     EXPECT_TRUE(bag.has(L"a"));
     EXPECT_EQ(bag.get_variant(L"a", L"0").get<std::wstring>(), L"1");
-    EXPECT_EQ(written(bag), "a=[1]a=[2]");
+    EXPECT_EQ(text_of(bag), "a=[1]a=[2]");
 }
 
-TEST_F(basekit2_variant_bag_test, the_default_stands_for_a_value_that_is_not_there)
+TEST_F(basekit2_variant_bag_test, the_default_is_returned_for_a_missing_value)
 {
     variant_bag_t bag;
     bag.add_bag(L"a");
@@ -387,7 +387,7 @@ TEST_F(basekit2_variant_bag_test, the_default_stands_for_a_value_that_is_not_the
     EXPECT_EQ(bag.get_variant(L"a", L"default").get<std::wstring>(), L"default");
 }
 
-TEST_F(basekit2_variant_bag_test, a_value_is_asked_for_without_a_copy)
+TEST_F(basekit2_variant_bag_test, a_value_is_returned_without_a_copy)
 {
     variant_bag_t bag;
     bag.add_value(L"a", L"1");
@@ -396,7 +396,7 @@ TEST_F(basekit2_variant_bag_test, a_value_is_asked_for_without_a_copy)
     EXPECT_EQ(&bag.get_variant(L"b", missing), &missing);
 }
 
-TEST_F(basekit2_variant_bag_test, the_walk_by_name_stops_at_the_bags_of_that_name_only)
+TEST_F(basekit2_variant_bag_test, iteration_by_name_visits_only_the_bags_of_that_name)
 {
     variant_bag_t bag;
     for (const wchar_t* const name : {L"x", L"a", L"x", L"x", L"a", L"b"})
@@ -408,18 +408,18 @@ TEST_F(basekit2_variant_bag_test, the_walk_by_name_stops_at_the_bags_of_that_nam
     EXPECT_TRUE(bag.begin_by_name(L"").at_end());
 }
 
-TEST_F(basekit2_variant_bag_test, bags_with_an_empty_name_are_walked_over_by_it)
+TEST_F(basekit2_variant_bag_test, iteration_by_an_empty_name_visits_the_bags_with_that_name)
 {
     variant_bag_t bag;
     bag.add_bag(L"a");
     bag.add_bag(L"").add_value(L"", L"text");
     auto at = bag.begin_by_name(L"");
-    EXPECT_EQ(written(at.get_value()), "=[text]");
+    EXPECT_EQ(text_of(at.get_value()), "=[text]");
     at.next();
     EXPECT_TRUE(at.at_end());
 }
 
-TEST_F(basekit2_variant_bag_test, a_copy_does_not_follow_its_original)
+TEST_F(basekit2_variant_bag_test, a_copy_is_independent_of_its_original)
 {
     variant_bag_t bag;
     variant_bag_t& child = bag.add_bag(L"a");
@@ -427,32 +427,32 @@ TEST_F(basekit2_variant_bag_test, a_copy_does_not_follow_its_original)
     variant_bag_t assigned;
     assigned = bag;
     child.add_bag(L"b").add_value(L"c", L"1");
-    EXPECT_EQ(written(bag), "a(b(c=[1]))");
-    EXPECT_EQ(written(copy), "a()");
-    EXPECT_EQ(written(assigned), "a()");
+    EXPECT_EQ(text_of(bag), "a(b(c=[1]))");
+    EXPECT_EQ(text_of(copy), "a()");
+    EXPECT_EQ(text_of(assigned), "a()");
 }
 
-TEST_F(basekit2_variant_bag_test, a_bag_may_become_a_copy_of_one_below_it)
+TEST_F(basekit2_variant_bag_test, a_bag_can_be_assigned_a_copy_of_its_child)
 {
     variant_bag_t bag;
     variant_bag_t& child = bag.add_bag(L"a");
     child.add_value(L"v", L"1");
     child.add_bag(L"b").add_value(L"w", L"2");
     bag = bag.begin_bags().get_value();
-    EXPECT_EQ(written(bag), "v=[1]b(w=[2])");
+    EXPECT_EQ(text_of(bag), "v=[1]b(w=[2])");
 }
 
-TEST_F(basekit2_variant_bag_test, a_bag_may_be_replaced_by_one_below_it)
+TEST_F(basekit2_variant_bag_test, a_bag_can_be_move_assigned_from_its_child)
 {
     variant_bag_t bag;
     variant_bag_t& child = bag.add_bag(L"a");
     child.add_value(L"v", L"1");
     child.add_bag(L"b").add_value(L"w", L"2");
     bag = std::move(child);
-    EXPECT_EQ(written(bag), "v=[1]b(w=[2])");
+    EXPECT_EQ(text_of(bag), "v=[1]b(w=[2])");
 }
 
-TEST_P(basekit2_variant_bag_forms_test, is_read_as_it_stands)
+TEST_P(basekit2_variant_bag_forms_test, is_read_with_the_expected_content)
 {
     EXPECT_EQ(load_bytes(GetParam().bytes), GetParam().result);
 }
@@ -505,12 +505,12 @@ TEST_F(basekit2_variant_bag_test, names_and_texts_beyond_the_bmp_are_pairs_of_el
     EXPECT_EQ(bag.get_variant(L"a", L"").get<std::wstring>(), L"\xD83D\xDE00");
 }
 
-TEST_F(basekit2_variant_bag_test, what_was_in_the_bag_goes_when_another_is_loaded)
+TEST_F(basekit2_variant_bag_test, loading_replaces_the_former_content)
 {
     EXPECT_EQ(load_bytes("<r a='1'/>"), "a=[1]");
 }
 
-TEST_F(basekit2_variant_bag_test, only_the_root_that_is_asked_for_is_read)
+TEST_F(basekit2_variant_bag_test, only_the_requested_root_is_read)
 {
     EXPECT_EQ(load_bytes("<r>1</r>", L"r"), "=[1]");
     for (const wchar_t* const root : {L"", L"R", L"r ", L"rr", L"a:r"})
@@ -519,7 +519,7 @@ TEST_F(basekit2_variant_bag_test, only_the_root_that_is_asked_for_is_read)
     EXPECT_EQ(load_bytes("<r><x/></r>", L"x"), "failed");
 }
 
-TEST_F(basekit2_variant_bag_test, a_root_beyond_the_bmp_is_known_in_either_form)
+TEST_F(basekit2_variant_bag_test, a_root_beyond_the_bmp_is_recognized_in_either_form)
 {
     EXPECT_EQ(load_bytes("<\xF0\x90\x90\x80>1</\xF0\x90\x90\x80>", L"\U00010400"), "=[1]");
     EXPECT_EQ(load_bytes("<\xF0\x90\x90\x80>1</\xF0\x90\x90\x80>", L"\xD801\xDC00"), "=[1]");
@@ -547,7 +547,7 @@ TEST_F(basekit2_variant_bag_test, a_missing_file_is_a_failure)
     EXPECT_EQ(load_name(L""), "failed");
 }
 
-TEST_F(basekit2_variant_bag_test, a_missing_file_is_an_empty_bag_where_that_is_allowed)
+TEST_F(basekit2_variant_bag_test, a_missing_file_is_an_empty_bag_if_that_is_allowed)
 {
     m_folder.write("file", "<r/>");
     std::filesystem::create_symlink("nothing", m_folder.name("dangling"));
@@ -555,7 +555,7 @@ TEST_F(basekit2_variant_bag_test, a_missing_file_is_an_empty_bag_where_that_is_a
         EXPECT_EQ(load_name(m_folder.wide_name(name), L"r", true), "") << name;
 }
 
-TEST_F(basekit2_variant_bag_test, a_file_that_is_there_is_not_missing)
+TEST_F(basekit2_variant_bag_test, a_file_that_exists_does_not_count_as_missing)
 {
     m_folder.write("file", "<r>");
     EXPECT_EQ(load_name(m_folder.wide_name("file"), nullptr, true), "failed");
@@ -564,14 +564,14 @@ TEST_F(basekit2_variant_bag_test, a_file_that_is_there_is_not_missing)
     EXPECT_EQ(load_name(m_folder.wide_name(""), nullptr, true), "failed");
 }
 
-TEST_F(basekit2_variant_bag_test, a_name_with_a_zero_character_is_no_files)
+TEST_F(basekit2_variant_bag_test, a_name_with_a_zero_character_names_no_file)
 {
     m_folder.write("file", "<r/>");
     EXPECT_EQ(load_name(m_folder.wide_name("file") + L"\0"s), "failed");
     EXPECT_EQ(load_name(L"\0"s, nullptr, true), "failed");
 }
 
-TEST_F(basekit2_variant_bag_test, what_is_no_regular_file_is_refused_at_once)
+TEST_F(basekit2_variant_bag_test, a_path_that_is_not_a_regular_file_is_refused_at_once)
 {
     ASSERT_EQ(mkfifo(m_folder.name("fifo").c_str(), 0600), 0);
     std::filesystem::create_directory(m_folder.name("directory"));
@@ -581,15 +581,15 @@ TEST_F(basekit2_variant_bag_test, what_is_no_regular_file_is_refused_at_once)
     EXPECT_EQ(load_name(L"/dev/zero"), "failed");
 }
 
-TEST_F(basekit2_variant_bag_test, a_file_that_may_not_be_read_is_refused)
+TEST_F(basekit2_variant_bag_test, a_file_without_read_permission_is_refused)
 {
     m_folder.write("file", "<r/>");
     ASSERT_EQ(chmod(m_folder.name("file").c_str(), 0), 0);
-    const bool may_read_all = access(m_folder.name("file").c_str(), R_OK) == 0;
-    EXPECT_EQ(load_name(m_folder.wide_name("file"), nullptr, true), may_read_all ? "" : "failed");
+    const bool can_read_all = access(m_folder.name("file").c_str(), R_OK) == 0;
+    EXPECT_EQ(load_name(m_folder.wide_name("file"), nullptr, true), can_read_all ? "" : "failed");
 }
 
-TEST_F(basekit2_variant_bag_test, what_is_no_well_formed_xml_is_refused)
+TEST_F(basekit2_variant_bag_test, malformed_xml_is_refused)
 {
     const std::vector<std::string> files = {
         "",
@@ -636,7 +636,7 @@ TEST_F(basekit2_variant_bag_test, what_is_no_well_formed_xml_is_refused)
         EXPECT_EQ(load_bytes(bytes), "failed") << testing::PrintToString(bytes);
 }
 
-TEST_F(basekit2_variant_bag_test, a_file_that_its_encoding_does_not_admit_is_refused)
+TEST_F(basekit2_variant_bag_test, bytes_that_are_invalid_in_the_encoding_are_refused)
 {
     for (const std::string encoding : {"US-ASCII", "EUC-JP", "Shift_JIS", "ISO-2022-JP"}) {
         const std::string head = "<?xml version='1.0' encoding='" + encoding + "'?><r>";
@@ -656,7 +656,7 @@ TEST_F(basekit2_variant_bag_test, a_long_file_in_another_encoding_is_read_to_its
               "=[\xC3\xA4" + blanks + "]");
 }
 
-TEST_F(basekit2_variant_bag_test, a_file_cut_off_anywhere_is_refused)
+TEST_F(basekit2_variant_bag_test, a_file_that_is_cut_anywhere_is_refused)
 {
     const std::string whole = "<?xml version='1.0'?><!-- c --><r a='1'>t&amp;&#65;<b c=\"2\"/>"
                               "<![CDATA[d]]><?p i?><e>\xC3\xA4</e></r>";
@@ -665,7 +665,7 @@ TEST_F(basekit2_variant_bag_test, a_file_cut_off_anywhere_is_refused)
         EXPECT_EQ(load_bytes(whole.substr(0, size)), "failed") << size;
 }
 
-TEST_F(basekit2_variant_bag_test, a_text_behind_an_error_is_refused)
+TEST_F(basekit2_variant_bag_test, a_text_after_an_error_is_refused)
 {
     for (const std::string head :
          {"<r a='1' a='2'>", "<r a=1>", "<r a>", "<r><a b='1' b='2'>", "<r>&undefined;",
@@ -682,7 +682,7 @@ TEST_F(basekit2_variant_bag_test, a_tag_of_repeated_attributes_is_not_read_to_it
     EXPECT_LT((std::clock() - before) / CLOCKS_PER_SEC, 20) << "seconds";
 }
 
-TEST_F(basekit2_variant_bag_test, a_file_of_errors_is_refused)
+TEST_F(basekit2_variant_bag_test, a_file_with_many_errors_is_refused)
 {
     EXPECT_EQ(load_bytes("<bag>" + std::string(5000000, '&')), "failed");
     EXPECT_EQ(load_bytes("<bag>" + repeated("&u;", 1000000) + "</bag>"), "failed");
@@ -691,7 +691,7 @@ TEST_F(basekit2_variant_bag_test, a_file_of_errors_is_refused)
 // libxml2 scans the text once more after this error.
 TEST_F(basekit2_variant_bag_test, an_error_in_a_long_file_is_refused)
 {
-    const own_memory_t own_memory;
+    const own_mappings_scope_t own_mappings;
     EXPECT_EQ(load_bytes("<bag>]]>" + std::string(16000000, ' ') + "</bag>"), "failed");
 }
 
@@ -761,10 +761,10 @@ TEST_F(basekit2_variant_bag_test, a_value_may_have_ten_million_bytes)
 TEST_F(basekit2_variant_bag_test, a_file_may_have_16_mebibytes)
 {
     const std::string element = "<a><!--" + std::string(65522, 'x') + "--></a>";
-    const std::string most = "<r>" + repeated(element, 255) + std::string(65529, ' ') + "</r>";
-    ASSERT_EQ(most.size(), std::size_t{16} << 20U);
-    EXPECT_EQ(load_bytes(most), repeated("a()", 255));
-    EXPECT_EQ(load_bytes(most + " "), "failed");
+    const std::string largest = "<r>" + repeated(element, 255) + std::string(65529, ' ') + "</r>";
+    ASSERT_EQ(largest.size(), std::size_t{16} << 20U);
+    EXPECT_EQ(load_bytes(largest), repeated("a()", 255));
+    EXPECT_EQ(load_bytes(largest + " "), "failed");
 }
 
 TEST_F(basekit2_variant_bag_test, nothing_is_printed)
@@ -788,14 +788,14 @@ TEST_F(basekit2_variant_bag_test, nothing_is_printed)
               "");
 }
 
-TEST_F(basekit2_variant_bag_test, the_threads_handlers_of_libxml2_stay_and_are_not_called)
+TEST_F(basekit2_variant_bag_test, the_libxml2_handlers_of_the_thread_stay_and_are_not_called)
 {
-    const with_foreign_handlers handlers;
+    const host_handlers_scope_t handlers;
     for (const std::string bytes : {"<r/>", "<r>", "<!DOCTYPE r><r/>", "<r a='1' a='2'/>"}) {
         load_bytes(bytes);
-        EXPECT_TRUE(handlers.are_in_place()) << bytes;
+        EXPECT_TRUE(handlers.are_set()) << bytes;
     }
-    EXPECT_EQ(foreign_calls, 0);
+    EXPECT_EQ(host_calls, 0);
 }
 
 TEST_F(basekit2_variant_bag_test, no_error_of_the_parse_stays_on_the_thread)

@@ -65,7 +65,7 @@ void catalogs_t::make(const std::string& locale, const std::string& name, const 
     std::vector<std::string> words = {MSGFMT, "-o", file(locale, name), m_folder.name("source.po")};
     words.insert(words.end(), options.begin(), options.end());
     if (!run(words))
-        throw std::runtime_error("no catalog can be made of this:\n" + po);
+        throw std::runtime_error("msgfmt cannot create a catalog from:\n" + po);
 }
 
 std::string catalogs_t::read(const std::string& locale, const std::string& name) const

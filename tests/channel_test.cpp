@@ -11,15 +11,15 @@ using namespace velmoext_1_4_8;
 namespace
 {
 
-// Creates messages of every kind that XML can carry, the same ones in every run.
+// Creates messages of every kind that XML allows, the same ones in every run.
 class random_messages_t
 {
 public:
-    message_ptr next()
+    message_ptr_t next()
     {
         const auto message = make_message(text(), static_cast<message_t::severity_t>(number(5)));
         message->set_content(make_content(texts(&random_messages_t::name, 4),
-                                          texts(&random_messages_t::arg_name, many()),
+                                          texts(&random_messages_t::arg_name, max_args()),
                                           texts(&random_messages_t::element_name, 4)));
         return message;
     }
@@ -30,7 +30,7 @@ private:
         return std::uniform_int_distribution<unsigned>(0, below - 1)(m_engine);
     }
 
-    unsigned many() { return number(100) == 0 ? 300 : 8; }
+    unsigned max_args() { return number(100) == 0 ? 300 : 8; }
 
     void append(std::wstring& text, unsigned character)
     {
@@ -59,40 +59,40 @@ private:
 
     std::wstring text()
     {
-        std::wstring made;
+        std::wstring result;
         for (unsigned length = number(12); length > 0; --length)
-            append(made, character());
-        return made;
+            append(result, character());
+        return result;
     }
 
     std::wstring arg_name() { return L"a" + text(); }
 
     std::wstring name()
     {
-        std::wstring made(1, static_cast<wchar_t>('a' + number(26)));
+        std::wstring result(1, static_cast<wchar_t>('a' + number(26)));
         for (unsigned length = number(6); length > 0; --length)
             switch (number(3)) {
             case 0:
-                append(made, 0x10000 + number(0xE0000));
+                append(result, 0x10000 + number(0xE0000));
                 break;
             case 1:
-                append(made, 0x3001 + number(0xA7FF));
+                append(result, 0x3001 + number(0xA7FF));
                 break;
             default:
-                append(made, '0' + number(10));
+                append(result, '0' + number(10));
             }
-        return made;
+        return result;
     }
 
     // Not one of the names that have a meaning in the message itself.
     std::wstring element_name() { return L"x-" + name(); }
 
-    texts_t texts(std::wstring (random_messages_t::*key)(), unsigned most)
+    string_map_t texts(std::wstring (random_messages_t::*key)(), unsigned max_texts)
     {
-        texts_t made;
-        for (unsigned count = number(most); count > 0; --count)
-            made[(this->*key)()] = text();
-        return made;
+        string_map_t result;
+        for (unsigned count = number(max_texts); count > 0; --count)
+            result[(this->*key)()] = text();
+        return result;
     }
 
     std::mt19937 m_engine{20260101};
@@ -111,10 +111,10 @@ TEST(channel_test, random_messages_arrive_as_they_were_sent)
     sender.set_output_velmo(&receiver);
     random_messages_t messages;
     for (int i = 0; i < 20000; ++i) {
-        const message_ptr sent = messages.next();
+        const message_ptr_t sent = messages.next();
         sender.send_to_velmo(sent);
         ASSERT_EQ(handler->messages().size(), static_cast<std::size_t>(i) + 1);
-        const message_ptr arrived = handler->messages().back();
+        const message_ptr_t arrived = handler->messages().back();
         ASSERT_TRUE(arrived) << testing::PrintToString(sender.encode_to_velmo(sent));
         ASSERT_EQ(arrived->get_type(), sent->get_type());
         ASSERT_EQ(arrived->get_severity(), sent->get_severity());

@@ -17,8 +17,8 @@ using namespace velmoext_1_4_8;
 namespace
 {
 
-// The bounds of what XML counts as a name, and the characters just outside.
-std::vector<unsigned> interesting_characters()
+// The bounds of the characters that XML allows in names, and the characters just outside.
+std::vector<unsigned> boundary_characters()
 {
     std::vector<unsigned> characters;
     for (unsigned c = 1; c < 0x400; ++c)
@@ -33,7 +33,7 @@ std::vector<unsigned> interesting_characters()
     return characters;
 }
 
-bool libxml2_reads_name(const std::wstring& name)
+bool is_name_for_libxml2(const std::wstring& name)
 {
     const std::string document = "<" + ROVA_2_18::strings::utf16_to_utf8(name) + "/>";
     const std::unique_ptr<xmlDoc, void (*)(xmlDocPtr)> read(
@@ -46,20 +46,20 @@ bool libxml2_reads_name(const std::wstring& name)
 
 } // namespace
 
-TEST(characters_test, characters_that_xml_carries_stay)
+TEST(characters_test, characters_that_xml_allows_stay)
 {
     const std::wstring text = L"\t\n\r ~\x7F\x80\x85\xE9\x2028\xD7FF\xE000\xFFFD";
     EXPECT_EQ(xml_utf8(text), ROVA_2_18::strings::utf16_to_utf8(text));
 }
 
-TEST(characters_test, characters_beyond_the_bmp_stay_in_both_spellings)
+TEST(characters_test, characters_beyond_the_bmp_stay_in_both_forms)
 {
     EXPECT_EQ(xml_utf8(units({0xD83D, 0xDE00})), "\xF0\x9F\x98\x80");
     EXPECT_EQ(xml_utf8(units({0x1F600})), "\xF0\x9F\x98\x80");
     EXPECT_EQ(xml_utf8(units({0x1FFFE})), "\xF0\x9F\xBF\xBE");
 }
 
-TEST(characters_test, each_character_that_xml_cannot_carry_becomes_the_replacement_character)
+TEST(characters_test, each_character_that_xml_does_not_allow_becomes_the_replacement_character)
 {
     const std::string replaced = "a\xEF\xBF\xBD"
                                  "b";
@@ -73,16 +73,17 @@ TEST(characters_test, each_character_that_xml_cannot_carry_becomes_the_replaceme
         EXPECT_EQ(xml_utf8(units({'a', c, 'b'})), replaced) << c;
 }
 
-TEST(characters_test, a_name_is_what_libxml2_reads_as_one_at_its_start)
+TEST(characters_test, the_first_character_of_a_name_is_accepted_as_by_libxml2)
 {
-    for (const unsigned c : interesting_characters())
-        EXPECT_EQ(is_xml_name(units({c, 'a'})), libxml2_reads_name(units({c, 'a'}))) << c;
+    for (const unsigned c : boundary_characters())
+        EXPECT_EQ(is_xml_name(units({c, 'a'})), is_name_for_libxml2(units({c, 'a'}))) << c;
 }
 
-TEST(characters_test, a_name_is_what_libxml2_reads_as_one_further_on)
+TEST(characters_test, a_later_character_of_a_name_is_accepted_as_by_libxml2)
 {
-    for (const unsigned c : interesting_characters())
-        EXPECT_EQ(is_xml_name(units({'a', c, 'b'})), libxml2_reads_name(units({'a', c, 'b'}))) << c;
+    for (const unsigned c : boundary_characters())
+        EXPECT_EQ(is_xml_name(units({'a', c, 'b'})), is_name_for_libxml2(units({'a', c, 'b'})))
+            << c;
 }
 
 TEST(characters_test, a_name_may_have_a_colon_anywhere)
@@ -91,7 +92,7 @@ TEST(characters_test, a_name_may_have_a_colon_anywhere)
         EXPECT_TRUE(is_xml_name(name)) << testing::PrintToString(std::wstring(name));
 }
 
-TEST(characters_test, a_name_may_spell_a_character_beyond_the_bmp_in_either_way)
+TEST(characters_test, a_name_may_have_characters_beyond_the_bmp_in_both_forms)
 {
     EXPECT_TRUE(is_xml_name(units({0xD801, 0xDC00})));
     EXPECT_TRUE(is_xml_name(units({'a', 0x10400})));
@@ -100,7 +101,7 @@ TEST(characters_test, a_name_may_spell_a_character_beyond_the_bmp_in_either_way)
     EXPECT_FALSE(is_xml_name(units({'a', 0xF0000})));
 }
 
-TEST(characters_test, what_had_to_be_replaced_is_no_name)
+TEST(characters_test, a_text_with_invalid_characters_is_not_a_name)
 {
     for (const auto& text :
          {units({'a', 0xD800}), units({0xDC00}), units({'a', 0xD800, 'b'}), units({'a', 0}),
@@ -109,13 +110,13 @@ TEST(characters_test, what_had_to_be_replaced_is_no_name)
     EXPECT_TRUE(is_xml_name(L"a\xFFFD"));
 }
 
-TEST(characters_test, an_empty_text_and_one_with_a_blank_are_no_names)
+TEST(characters_test, a_text_that_is_empty_or_has_other_characters_is_not_a_name)
 {
     for (const wchar_t* text : {L"", L" ", L"a b", L"a ", L"-a", L"1a", L".a", L"a<b", L"a&b"})
         EXPECT_FALSE(is_xml_name(text)) << testing::PrintToString(std::wstring(text));
 }
 
-TEST(characters_test, an_ascii_name_is_a_name_of_ascii)
+TEST(characters_test, an_ascii_name_is_a_name_with_only_ascii_characters)
 {
     for (unsigned c = 1; c < 0x100; ++c)
         for (const std::wstring& name : {units({c}), units({'a', c}), units({c, 'a'})}) {
@@ -125,9 +126,9 @@ TEST(characters_test, an_ascii_name_is_a_name_of_ascii)
     EXPECT_FALSE(is_ascii_name(""));
 }
 
-TEST(characters_test, a_character_of_xml_is_one_that_stays_in_a_text)
+TEST(characters_test, an_xml_character_is_not_replaced_in_a_text)
 {
-    for (const unsigned c : interesting_characters()) {
+    for (const unsigned c : boundary_characters()) {
         const std::wstring text = units({c});
         EXPECT_EQ(is_xml_character(c), xml_utf8(text) == ROVA_2_18::strings::utf16_to_utf8(text))
             << c;

@@ -12,9 +12,9 @@ boost::shared_ptr<velmo_ex_t> ex;
 
 } // namespace
 
-#define FOR_THE_HOST extern "C" __attribute__((visibility("default")))
+#define EXPORTED_TO_HOST extern "C" __attribute__((visibility("default")))
 
-FOR_THE_HOST void begin_to_listen(const wchar_t* id)
+EXPORTED_TO_HOST void start_receiving(const wchar_t* id)
 {
     ex = velmo_ex_t::get(id, L"");
     handler = boost::make_shared<recording_handler_t>();
@@ -22,26 +22,26 @@ FOR_THE_HOST void begin_to_listen(const wchar_t* id)
 }
 
 /// Returns whether the topmost handler was this component's.
-FOR_THE_HOST bool end_to_listen()
+EXPORTED_TO_HOST bool stop_receiving()
 {
-    const bool was_own = ex->pop_handler() == handler;
+    const bool was_topmost = ex->pop_handler() == handler;
     handler.reset();
     ex.reset();
-    return was_own;
+    return was_topmost;
 }
 
-FOR_THE_HOST std::size_t number_heard()
+EXPORTED_TO_HOST std::size_t received_count()
 {
     return handler->messages().size();
 }
 
-FOR_THE_HOST void tell(const wchar_t* id, const wchar_t* type)
+EXPORTED_TO_HOST void send_message(const wchar_t* id, const wchar_t* type)
 {
     deliver(velmo_ex_t::get(id, L""), make_message(type, message_t::info));
 }
 
 /// Returns a number that no other call in the process gets.
-FOR_THE_HOST int next_number()
+EXPORTED_TO_HOST int next_number()
 {
     static const std::wstring base = L"component_test.";
     return std::stoi(velmo_ex_t::generate_id(base).substr(base.size()));

@@ -26,15 +26,15 @@ public:
     component_t(const component_t&) = delete;
     component_t& operator=(const component_t&) = delete;
 
-    void begin_to_listen(const wchar_t* id) const
+    void start_receiving(const wchar_t* id) const
     {
-        function<void(const wchar_t*)>("begin_to_listen")(id);
+        function<void(const wchar_t*)>("start_receiving")(id);
     }
-    bool end_to_listen() const { return function<bool()>("end_to_listen")(); }
-    std::size_t number_heard() const { return function<std::size_t()>("number_heard")(); }
-    void tell(const wchar_t* id, const wchar_t* type) const
+    bool stop_receiving() const { return function<bool()>("stop_receiving")(); }
+    std::size_t received_count() const { return function<std::size_t()>("received_count")(); }
+    void send_message(const wchar_t* id, const wchar_t* type) const
     {
-        function<void(const wchar_t*, const wchar_t*)>("tell")(id, type);
+        function<void(const wchar_t*, const wchar_t*)>("send_message")(id, type);
     }
     int next_number() const { return function<int()>("next_number")(); }
 
@@ -50,22 +50,22 @@ private:
 
 } // namespace
 
-TEST(components_test, components_that_are_loaded_apart_have_one_registry)
+TEST(components_test, separately_loaded_components_share_one_registry)
 {
     const component_t one(COMPONENT_ONE);
     const component_t two(COMPONENT_TWO);
-    one.begin_to_listen(L"components_test.shared");
-    two.tell(L"components_test.shared", L"t");
-    EXPECT_EQ(one.number_heard(), 1U);
-    two.begin_to_listen(L"components_test.shared");
-    one.tell(L"components_test.shared", L"t");
-    EXPECT_EQ(one.number_heard(), 2U);
-    EXPECT_EQ(two.number_heard(), 1U);
-    EXPECT_TRUE(two.end_to_listen());
-    EXPECT_TRUE(one.end_to_listen());
+    one.start_receiving(L"components_test.shared");
+    two.send_message(L"components_test.shared", L"t");
+    EXPECT_EQ(one.received_count(), 1U);
+    two.start_receiving(L"components_test.shared");
+    one.send_message(L"components_test.shared", L"t");
+    EXPECT_EQ(one.received_count(), 2U);
+    EXPECT_EQ(two.received_count(), 1U);
+    EXPECT_TRUE(two.stop_receiving());
+    EXPECT_TRUE(one.stop_receiving());
 }
 
-TEST(components_test, components_that_are_loaded_apart_get_different_numbers)
+TEST(components_test, separately_loaded_components_get_different_numbers)
 {
     const component_t one(COMPONENT_ONE);
     const component_t two(COMPONENT_TWO);
@@ -74,7 +74,7 @@ TEST(components_test, components_that_are_loaded_apart_get_different_numbers)
     EXPECT_EQ(one.next_number(), first + 2);
 }
 
-TEST(components_test, numbers_go_on_after_the_last_component_went)
+TEST(components_test, numbers_continue_after_the_last_component_is_unloaded)
 {
     const int last = component_t(COMPONENT_ONE).next_number();
     EXPECT_EQ(component_t(COMPONENT_TWO).next_number(), last + 1);
@@ -82,40 +82,40 @@ TEST(components_test, numbers_go_on_after_the_last_component_went)
 
 TEST(components_test, a_component_whose_handler_was_popped_can_be_unloaded)
 {
-    const component_t stays(COMPONENT_ONE);
-    stays.begin_to_listen(L"components_test.unloaded");
+    const component_t remaining(COMPONENT_ONE);
+    remaining.start_receiving(L"components_test.unloaded");
     {
-        const component_t goes(COMPONENT_TWO);
-        goes.begin_to_listen(L"components_test.unloaded");
-        stays.tell(L"components_test.unloaded", L"t");
-        EXPECT_EQ(goes.number_heard(), 1U);
-        EXPECT_TRUE(goes.end_to_listen());
+        const component_t unloaded(COMPONENT_TWO);
+        unloaded.start_receiving(L"components_test.unloaded");
+        remaining.send_message(L"components_test.unloaded", L"t");
+        EXPECT_EQ(unloaded.received_count(), 1U);
+        EXPECT_TRUE(unloaded.stop_receiving());
     }
     EXPECT_EQ(dlopen(COMPONENT_TWO, RTLD_NOW | RTLD_NOLOAD), nullptr) << "it was not unloaded";
-    stays.tell(L"components_test.unloaded", L"t");
-    EXPECT_EQ(stays.number_heard(), 2U);
-    EXPECT_TRUE(stays.end_to_listen());
+    remaining.send_message(L"components_test.unloaded", L"t");
+    EXPECT_EQ(remaining.received_count(), 2U);
+    EXPECT_TRUE(remaining.stop_receiving());
 }
 
-TEST(components_test, the_last_component_may_go_and_come_again)
+TEST(components_test, the_last_component_can_be_unloaded_and_loaded_again)
 {
     for (int round = 0; round < 3; ++round) {
         const component_t component(COMPONENT_ONE);
-        component.begin_to_listen(L"components_test.again");
-        component.tell(L"components_test.again", L"t");
-        EXPECT_EQ(component.number_heard(), 1U) << round;
-        EXPECT_TRUE(component.end_to_listen()) << round;
+        component.start_receiving(L"components_test.again");
+        component.send_message(L"components_test.again", L"t");
+        EXPECT_EQ(component.received_count(), 1U) << round;
+        EXPECT_TRUE(component.stop_receiving()) << round;
     }
 }
 
 TEST(components_test, a_thread_that_used_a_component_may_outlive_it)
 {
     auto component = std::make_unique<component_t>(COMPONENT_ONE);
-    component->begin_to_listen(L"components_test.thread");
+    component->start_receiving(L"components_test.thread");
     std::thread([&] {
-        component->tell(L"components_test.thread", L"t");
-        EXPECT_EQ(component->number_heard(), 1U);
-        EXPECT_TRUE(component->end_to_listen());
+        component->send_message(L"components_test.thread", L"t");
+        EXPECT_EQ(component->received_count(), 1U);
+        EXPECT_TRUE(component->stop_receiving());
         component.reset();
     }).join();
     EXPECT_FALSE(component);

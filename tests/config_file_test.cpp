@@ -18,7 +18,8 @@ using ROVA_2_18::debug::set_assert_handler;
 
 std::vector<std::string> reports;
 
-void keep(const char* expression, const char* /*file*/, int /*line*/, const char* /*function*/)
+void on_assertion(const char* expression, const char* /*file*/, int /*line*/,
+                  const char* /*function*/)
 {
     reports.emplace_back(expression);
 }
@@ -27,7 +28,7 @@ void keep(const char* expression, const char* /*file*/, int /*line*/, const char
 class config_file_test : public testing::Test
 {
 public:
-    config_file_test() : m_former(set_assert_handler(keep)) { reports.clear(); }
+    config_file_test() : m_former(set_assert_handler(on_assertion)) { reports.clear(); }
     ~config_file_test() override { set_assert_handler(m_former); }
 
 protected:
@@ -53,11 +54,11 @@ private:
 
 const std::vector<std::string> one_report = {"can_get<const wchar_t*>()"};
 
-const std::pair<const char*, variant_t> other_kinds[] = {
-    {"nothing", variant_t()},
-    {"truth", variant_t(true)},
-    {"whole number", variant_t(std::int64_t{7})},
-    {"real number", variant_t(0.5)},
+const std::pair<const char*, variant_t> other_types[] = {
+    {"empty", variant_t()},
+    {"boolean", variant_t(true)},
+    {"integer", variant_t(std::int64_t{7})},
+    {"floating point", variant_t(0.5)},
 };
 
 } // namespace
@@ -74,9 +75,9 @@ TEST_F(config_file_test, a_text_is_found_without_a_report)
     EXPECT_TRUE(reports.empty());
 }
 
-TEST_F(config_file_test, a_value_that_is_no_text_is_reported)
+TEST_F(config_file_test, a_value_that_is_not_a_text_is_reported)
 {
-    for (const auto& [kind, value] : other_kinds) {
+    for (const auto& [kind, value] : other_types) {
         reports.clear();
         m_bag = variant_bag_t();
         add_entry().add_value(L"p", value);
@@ -85,9 +86,9 @@ TEST_F(config_file_test, a_value_that_is_no_text_is_reported)
     }
 }
 
-TEST_F(config_file_test, a_childs_text_that_is_no_text_is_reported)
+TEST_F(config_file_test, a_child_value_that_is_not_a_text_is_reported)
 {
-    for (const auto& [kind, value] : other_kinds) {
+    for (const auto& [kind, value] : other_types) {
         reports.clear();
         m_bag = variant_bag_t();
         add_entry().add_bag(L"p").add_value(L"", value);
@@ -96,14 +97,14 @@ TEST_F(config_file_test, a_childs_text_that_is_no_text_is_reported)
     }
 }
 
-TEST_F(config_file_test, an_id_that_is_no_text_is_reported_and_matches_nothing)
+TEST_F(config_file_test, an_id_that_is_not_a_text_is_reported_and_matches_nothing)
 {
     add_entry(variant_t(std::int64_t{7})).add_value(L"p", L"a");
     EXPECT_EQ(find(L"p", L"7"), L"");
     EXPECT_EQ(reports, one_report);
 }
 
-TEST_F(config_file_test, a_prefix_that_is_no_text_is_reported_and_matches_no_prefix)
+TEST_F(config_file_test, a_prefix_that_is_not_a_text_is_reported_and_matches_no_prefix)
 {
     variant_bag_t& entry = add_entry();
     entry.add_value(L"prefix", variant_t(true));
@@ -112,7 +113,7 @@ TEST_F(config_file_test, a_prefix_that_is_no_text_is_reported_and_matches_no_pre
     EXPECT_EQ(reports, one_report);
 }
 
-TEST_F(config_file_test, a_value_that_is_not_asked_for_is_not_reported)
+TEST_F(config_file_test, a_value_that_is_not_requested_is_not_reported)
 {
     variant_bag_t& entry = add_entry();
     entry.add_value(L"q", variant_t(true));
@@ -157,14 +158,14 @@ TEST_F(config_file_test, without_a_prefix_all_entries_of_the_type_are_searched)
     EXPECT_EQ(find(), L"prefixed");
 }
 
-TEST_F(config_file_test, an_empty_id_and_an_empty_type_do_not_meet)
+TEST_F(config_file_test, an_empty_id_and_an_empty_type_do_not_match)
 {
     add_entry(L"").add_value(L"p", L"a");
     m_bag.add_bag(L"message_type").add_value(L"p", L"b");
     EXPECT_EQ(find(L"p", L""), L"");
 }
 
-TEST_F(config_file_test, a_bag_of_another_name_is_no_entry)
+TEST_F(config_file_test, a_bag_of_another_name_is_not_an_entry)
 {
     variant_bag_t& other = m_bag.add_bag(L"message_types");
     other.add_value(L"id", L"t");
@@ -172,7 +173,7 @@ TEST_F(config_file_test, a_bag_of_another_name_is_no_entry)
     EXPECT_EQ(find(), L"");
 }
 
-TEST_F(config_file_test, a_file_that_is_not_there_is_null)
+TEST_F(config_file_test, a_missing_file_is_null)
 {
     EXPECT_FALSE(config_file_t::load(L"/nowhere/src.xml"));
     EXPECT_FALSE(config_file_t::load(L""));

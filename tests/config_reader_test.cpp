@@ -19,10 +19,10 @@ using namespace velmoext_1_4_8;
 namespace
 {
 
-typedef boost::shared_ptr<config_reader_t> reader_ptr;
+typedef boost::shared_ptr<config_reader_t> reader_ptr_t;
 
 /// The input of one lookup. The defaults are those of most cases.
-struct question_t
+struct lookup_t
 {
     std::wstring type = L"t";
     std::wstring prefix;
@@ -30,42 +30,41 @@ struct question_t
     std::wstring source = L"src";
 };
 
-question_t of_prefix(const std::wstring& prefix)
+lookup_t of_prefix(const std::wstring& prefix)
 {
-    question_t question;
-    question.prefix = prefix;
-    return question;
+    lookup_t lookup;
+    lookup.prefix = prefix;
+    return lookup;
 }
 
-question_t of_type(const std::wstring& type, const std::wstring& prefix = std::wstring())
+lookup_t of_type(const std::wstring& type, const std::wstring& prefix = std::wstring())
 {
-    question_t question;
-    question.type = type;
-    question.prefix = prefix;
-    return question;
+    lookup_t lookup;
+    lookup.type = type;
+    lookup.prefix = prefix;
+    return lookup;
 }
 
-question_t of_name(const std::wstring& name)
+lookup_t of_name(const std::wstring& name)
 {
-    question_t question;
-    question.name = name;
-    return question;
+    lookup_t lookup;
+    lookup.name = name;
+    return lookup;
 }
 
-question_t of_source(const std::wstring& source)
+lookup_t of_source(const std::wstring& source)
 {
-    question_t question;
-    question.source = source;
-    return question;
+    lookup_t lookup;
+    lookup.source = source;
+    return lookup;
 }
 
-std::wstring read_from(config_reader_t& reader, const question_t& question = question_t())
+std::wstring read_from(config_reader_t& reader, const lookup_t& lookup = lookup_t())
 {
-    const message_ptr message = make_message(question.type);
-    message->set_source(question.source);
-    const auto ex =
-        velmo_ex_t::get(velmo_ex_t::generate_id(L"config_reader_test."), question.prefix);
-    return reader.read_property(ex, message, question.name);
+    const message_ptr_t message = make_message(lookup.type);
+    message->set_source(lookup.source);
+    const auto ex = velmo_ex_t::get(velmo_ex_t::generate_id(L"config_reader_test."), lookup.prefix);
+    return reader.read_property(ex, message, lookup.name);
 }
 
 std::string bag_of(const std::string& entries)
@@ -94,9 +93,9 @@ protected:
         m_folder.write(leaf, bag_of(entries));
     }
 
-    std::wstring read(const question_t& question = question_t()) const
+    std::wstring read(const lookup_t& lookup = lookup_t()) const
     {
-        return read_from(*m_reader, question);
+        return read_from(*m_reader, lookup);
     }
 
     void renew_reader()
@@ -107,7 +106,7 @@ protected:
     }
 
     scratch_folder_t m_folder;
-    reader_ptr m_reader = config_reader_t::get();
+    reader_ptr_t m_reader = config_reader_t::get();
 };
 
 /// The product's locations while in scope.
@@ -162,32 +161,32 @@ void expect_nothing_printed(const std::function<void()>& action)
 
 // ---- one reader per process, as long as it has an owner
 
-TEST_F(config_reader_test, all_get_the_same_reader_while_one_is_held)
+TEST_F(config_reader_test, all_callers_get_the_same_reader_while_it_has_an_owner)
 {
     EXPECT_EQ(config_reader_t::get(), m_reader);
 }
 
-TEST_F(config_reader_test, the_process_does_not_hold_the_reader)
+TEST_F(config_reader_test, the_process_does_not_own_the_reader)
 {
     const boost::weak_ptr<config_reader_t> watched = m_reader;
     m_reader.reset();
     EXPECT_TRUE(watched.expired());
 }
 
-TEST_F(config_reader_test, a_directory_dies_with_its_reader)
+TEST_F(config_reader_test, a_directory_is_forgotten_with_its_reader)
 {
     m_reader.reset();
     EXPECT_TRUE(config_reader_t::get()->get_cfg_dir().is_empty());
 }
 
-TEST_F(config_reader_test, a_directory_stays_set_as_long_as_anybody_holds_the_reader)
+TEST_F(config_reader_test, a_directory_stays_set_while_the_reader_has_an_owner)
 {
-    const reader_ptr other = config_reader_t::get();
+    const reader_ptr_t other = config_reader_t::get();
     m_reader.reset();
     EXPECT_EQ(config_reader_t::get()->get_cfg_dir(), folder());
 }
 
-TEST_F(config_reader_test, a_copy_is_not_the_process_s_reader)
+TEST_F(config_reader_test, a_copy_is_not_the_reader_of_the_process)
 {
     const config_reader_t copy(*m_reader);
     m_reader.reset();
@@ -195,7 +194,7 @@ TEST_F(config_reader_test, a_copy_is_not_the_process_s_reader)
     EXPECT_EQ(copy.get_cfg_dir(), folder());
 }
 
-// ---- which file
+// ---- the name of the file
 
 TEST_F(config_reader_test, the_file_is_named_after_the_source)
 {
@@ -205,14 +204,14 @@ TEST_F(config_reader_test, the_file_is_named_after_the_source)
     EXPECT_EQ(read(of_source(L"two")), L"b");
 }
 
-TEST_F(config_reader_test, messages_of_one_source_share_a_file_whatever_their_types)
+TEST_F(config_reader_test, messages_of_one_source_with_different_types_share_a_file)
 {
     write("<message_type id='t' p='a'/><message_type id='u' p='b'/>");
     EXPECT_EQ(read(of_type(L"t")), L"a");
     EXPECT_EQ(read(of_type(L"u")), L"b");
 }
 
-TEST_F(config_reader_test, type_and_prefix_take_no_part_in_the_name)
+TEST_F(config_reader_test, the_file_name_depends_on_neither_type_nor_prefix)
 {
     write(entry_of("a"), "t.xml");
     write(entry_of("b"), "x.xml");
@@ -232,7 +231,7 @@ TEST_F(config_reader_test, an_empty_source_has_a_file_too)
     EXPECT_EQ(read(of_source(L"")), L"a");
 }
 
-TEST_F(config_reader_test, a_source_is_joined_as_it_is_spelled)
+TEST_F(config_reader_test, a_source_is_appended_to_the_directory_unchanged)
 {
     std::filesystem::create_directory(m_folder.name("below"));
     m_reader->set_cfg_dir(folder("below"));
@@ -250,7 +249,7 @@ TEST_F(config_reader_test, a_source_with_a_zero_inside_has_no_file)
     EXPECT_EQ(read(of_source(L"src.xml" + units({0}))), L"");
 }
 
-TEST_F(config_reader_test, another_directory_brings_its_own_files)
+TEST_F(config_reader_test, a_change_of_directory_reads_the_files_of_the_new_one)
 {
     std::filesystem::create_directory(m_folder.name("other"));
     write(entry_of("a"));
@@ -260,7 +259,7 @@ TEST_F(config_reader_test, another_directory_brings_its_own_files)
     EXPECT_EQ(read(), L"b");
 }
 
-TEST_F(config_reader_test, a_change_of_directory_keeps_what_was_read)
+TEST_F(config_reader_test, a_change_of_directory_keeps_the_files_that_were_read)
 {
     write(entry_of("a"));
     EXPECT_EQ(read(), L"a");
@@ -272,7 +271,7 @@ TEST_F(config_reader_test, a_change_of_directory_keeps_what_was_read)
 
 // ---- the host's directory
 
-TEST_F(config_reader_test, without_a_directory_the_hosts_configuration_directory_is_taken)
+TEST_F(config_reader_test, without_a_directory_the_hosts_configuration_directory_is_used)
 {
     const locations_t locations(m_folder);
     for (const char* leaf : {"install", "data", "config"})
@@ -281,7 +280,7 @@ TEST_F(config_reader_test, without_a_directory_the_hosts_configuration_directory
     EXPECT_EQ(read(), L"config");
 }
 
-TEST_F(config_reader_test, a_directory_that_is_set_comes_before_the_hosts)
+TEST_F(config_reader_test, a_directory_that_is_set_is_preferred_to_the_hosts)
 {
     const locations_t locations(m_folder);
     write(entry_of("host"), "config/src.xml");
@@ -290,7 +289,7 @@ TEST_F(config_reader_test, a_directory_that_is_set_comes_before_the_hosts)
     EXPECT_EQ(read(), L"set");
 }
 
-TEST_F(config_reader_test, the_hosts_directory_is_not_answered_as_one_that_was_set)
+TEST_F(config_reader_test, get_cfg_dir_does_not_return_the_hosts_directory)
 {
     const locations_t locations(m_folder);
     write(entry_of("host"), "config/src.xml");
@@ -309,7 +308,7 @@ TEST_F(config_reader_test, without_any_directory_nothing_is_configured)
     EXPECT_EQ(read(of_source(L"")), L"");
 }
 
-TEST_F(config_reader_test, a_host_that_comes_later_is_asked_at_the_next_call)
+TEST_F(config_reader_test, locations_that_are_set_later_are_used_by_the_next_call)
 {
     m_reader->set_cfg_dir(basekit2::path_t());
     EXPECT_EQ(read(), L"");
@@ -318,7 +317,7 @@ TEST_F(config_reader_test, a_host_that_comes_later_is_asked_at_the_next_call)
     EXPECT_EQ(read(), L"host");
 }
 
-TEST_F(config_reader_test, another_directory_of_the_host_brings_its_own_files)
+TEST_F(config_reader_test, a_new_directory_of_the_host_is_used_by_the_next_call)
 {
     const scratch_folder_t other;
     m_reader->set_cfg_dir(basekit2::path_t());
@@ -332,7 +331,7 @@ TEST_F(config_reader_test, another_directory_of_the_host_brings_its_own_files)
     EXPECT_EQ(read(), L"b");
 }
 
-TEST_F(config_reader_test, a_host_that_names_no_directory_any_more_configures_nothing)
+TEST_F(config_reader_test, nothing_is_configured_after_the_locations_are_reset)
 {
     m_reader->set_cfg_dir(basekit2::path_t());
     {
@@ -343,39 +342,39 @@ TEST_F(config_reader_test, a_host_that_names_no_directory_any_more_configures_no
     EXPECT_EQ(read(), L"");
 }
 
-// ---- which entry: by prefix first, then by type alone
+// ---- the entry: by prefix first, then only by type
 
-TEST_F(config_reader_test, an_entry_with_the_prefix_comes_before_an_earlier_one_without)
+TEST_F(config_reader_test, an_entry_with_the_prefix_is_preferred_to_an_earlier_one_without)
 {
     write("<message_type id='t' p='bare'/><message_type id='t' prefix='P' p='prefixed'/>");
     EXPECT_EQ(read(of_prefix(L"P")), L"prefixed");
 }
 
-TEST_F(config_reader_test, without_an_entry_of_the_prefix_one_without_a_prefix_answers)
+TEST_F(config_reader_test, without_an_entry_of_the_prefix_one_without_a_prefix_is_used)
 {
     write("<message_type id='t' p='bare'/>");
     EXPECT_EQ(read(of_prefix(L"P")), L"bare");
 }
 
-TEST_F(config_reader_test, without_an_entry_of_the_prefix_one_of_another_prefix_answers_too)
+TEST_F(config_reader_test, without_an_entry_of_the_prefix_one_of_another_prefix_is_used_too)
 {
     write("<message_type id='t' prefix='Q' p='other'/>");
     EXPECT_EQ(read(of_prefix(L"P")), L"other");
 }
 
-TEST_F(config_reader_test, the_second_search_takes_the_first_entry_whatever_its_prefix)
+TEST_F(config_reader_test, the_second_search_takes_the_first_entry_with_any_prefix)
 {
     write("<message_type id='t' prefix='Q' p='other'/><message_type id='t' p='bare'/>");
     EXPECT_EQ(read(of_prefix(L"P")), L"other");
 }
 
-TEST_F(config_reader_test, an_empty_prefix_takes_the_first_entry_whatever_its_prefix)
+TEST_F(config_reader_test, an_empty_prefix_takes_the_first_entry_with_any_prefix)
 {
     write("<message_type id='t' prefix='Q' p='other'/><message_type id='t' p='bare'/>");
     EXPECT_EQ(read(), L"other");
 }
 
-TEST_F(config_reader_test, an_empty_prefix_in_an_entry_is_none)
+TEST_F(config_reader_test, an_entry_with_an_empty_prefix_has_no_prefix)
 {
     write("<message_type id='t' prefix='' p='bare'/><message_type id='t' prefix='P' p='a'/>");
     EXPECT_EQ(read(of_prefix(L"P")), L"a");
@@ -394,13 +393,13 @@ TEST_F(config_reader_test,
     EXPECT_EQ(read(of_prefix(L"P")), L"a");
 }
 
-TEST_F(config_reader_test, where_the_entries_of_the_prefix_lack_the_property_others_answer)
+TEST_F(config_reader_test, other_entries_are_used_if_those_of_the_prefix_do_not_have_the_property)
 {
     write("<message_type id='t' prefix='P' q='x'/><message_type id='t' p='bare'/>");
     EXPECT_EQ(read(of_prefix(L"P")), L"bare");
 }
 
-TEST_F(config_reader_test, of_several_entries_the_first_in_the_file_counts)
+TEST_F(config_reader_test, the_first_of_several_entries_in_the_file_counts)
 {
     write(entry_of("a") + entry_of("b"));
     EXPECT_EQ(read(), L"a");
@@ -450,7 +449,7 @@ TEST_F(config_reader_test, names_of_properties_are_compared_exactly)
     EXPECT_EQ(read(), L"");
 }
 
-TEST_F(config_reader_test, types_that_only_fold_to_the_same_are_different)
+TEST_F(config_reader_test, types_that_differ_only_in_unicode_normalization_are_different)
 {
     write("<message_type id='\xC3\xA9' p='composed'/><message_type id='e\xCC\x81' p='two'/>");
     EXPECT_EQ(read(of_type(units({'e', 0x301}))), L"two");
@@ -463,7 +462,7 @@ TEST_F(config_reader_test, other_elements_are_ignored)
     EXPECT_EQ(read(), L"d");
 }
 
-TEST_F(config_reader_test, an_attribute_of_the_root_is_no_entry)
+TEST_F(config_reader_test, an_attribute_of_the_root_is_not_an_entry)
 {
     m_folder.write("src.xml", "<bag id='t' p='a' message_type='t'/>");
     EXPECT_EQ(read(), L"");
@@ -485,7 +484,7 @@ TEST_F(config_reader_test, thousands_of_entries_of_other_types_change_nothing)
     EXPECT_EQ(read(), L"right");
 }
 
-TEST_F(config_reader_test, a_lookup_takes_no_walk_through_the_entries_of_other_types)
+TEST_F(config_reader_test, a_lookup_does_not_iterate_over_the_entries_of_other_types)
 {
     const int count = 50000;
     std::string entries;
@@ -493,7 +492,7 @@ TEST_F(config_reader_test, a_lookup_takes_no_walk_through_the_entries_of_other_t
         entries += "<message_type id='t" + std::to_string(i) + "'/>";
     write(entries + entry_of("a"));
     const std::clock_t before = std::clock();
-    const message_ptr message = make_message(L"t");
+    const message_ptr_t message = make_message(L"t");
     message->set_source(L"src");
     const auto ex = velmo_ex_t::get(velmo_ex_t::generate_id(L"config_reader_test."), L"P");
     for (int i = 0; i < count; ++i)
@@ -516,7 +515,7 @@ TEST_F(config_reader_test, id_and_prefix_may_be_child_elements)
     EXPECT_EQ(read(of_prefix(L"P")), L"prefixed");
 }
 
-TEST_F(config_reader_test, an_attribute_comes_before_a_child_element)
+TEST_F(config_reader_test, an_attribute_is_preferred_to_a_child_element)
 {
     write("<message_type id='t' p='attribute'><p>child</p></message_type>");
     EXPECT_EQ(read(), L"attribute");
@@ -528,14 +527,14 @@ TEST_F(config_reader_test, an_empty_attribute_hides_a_child_element)
     EXPECT_EQ(read(), L"");
 }
 
-TEST_F(config_reader_test, an_attribute_comes_before_a_child_element_in_an_id_too)
+TEST_F(config_reader_test, an_attribute_is_preferred_to_a_child_element_for_an_id_too)
 {
     write("<message_type id='u'><id>t</id><p>a</p></message_type>");
     EXPECT_EQ(read(of_type(L"t")), L"");
     EXPECT_EQ(read(of_type(L"u")), L"a");
 }
 
-TEST_F(config_reader_test, a_child_element_without_a_text_is_passed_over)
+TEST_F(config_reader_test, a_child_element_without_a_text_is_skipped)
 {
     for (const std::string empty :
          {"<p/>", "<p></p>", "<p> \n</p>", "<p a='x'/>", "<p><b>x</b></p>"}) {
@@ -551,7 +550,7 @@ TEST_F(config_reader_test, the_first_child_element_with_a_text_counts)
     EXPECT_EQ(read(), L"a");
 }
 
-TEST_F(config_reader_test, child_elements_of_other_names_are_no_value_for_the_property)
+TEST_F(config_reader_test, child_elements_of_other_names_do_not_set_the_property)
 {
     write("<message_type id='t'>text<P>a</P><q><p>b</p></q></message_type>");
     EXPECT_EQ(read(), L"");
@@ -564,13 +563,13 @@ TEST_F(config_reader_test, white_space_around_a_value_stays)
     EXPECT_EQ(read(of_name(L"q")), L" a ");
 }
 
-TEST_F(config_reader_test, references_and_sections_of_characters_are_read)
+TEST_F(config_reader_test, references_and_cdata_sections_are_read)
 {
     write("<message_type id='t'><p>a&lt;&#x42;<![CDATA[<c>]]></p></message_type>");
     EXPECT_EQ(read(), L"a<B<c>");
 }
 
-TEST_F(config_reader_test, non_ascii_text_works_everywhere)
+TEST_F(config_reader_test, non_ascii_text_works_in_all_names_and_values)
 {
     const std::string word = "gr\xC3\xB6\xC3\x9F"
                              "e";
@@ -593,7 +592,7 @@ TEST_F(config_reader_test, a_file_that_is_edited_later_is_not_read_again)
     EXPECT_EQ(read(), L"old");
 }
 
-TEST_F(config_reader_test, a_file_that_is_removed_later_still_answers)
+TEST_F(config_reader_test, a_file_that_is_removed_later_is_still_used)
 {
     write("<message_type id='t' p='a' q='b'/>");
     EXPECT_EQ(read(), L"a");
@@ -601,7 +600,7 @@ TEST_F(config_reader_test, a_file_that_is_removed_later_still_answers)
     EXPECT_EQ(read(of_name(L"q")), L"b");
 }
 
-TEST_F(config_reader_test, a_new_reader_reads_the_file_anew)
+TEST_F(config_reader_test, a_new_reader_reads_the_file_again)
 {
     write(entry_of("old"));
     EXPECT_EQ(read(), L"old");
@@ -610,7 +609,7 @@ TEST_F(config_reader_test, a_new_reader_reads_the_file_anew)
     EXPECT_EQ(read(), L"new");
 }
 
-TEST_F(config_reader_test, a_file_that_gave_no_property_is_kept_as_well)
+TEST_F(config_reader_test, a_file_without_the_property_is_kept_as_well)
 {
     write("");
     EXPECT_EQ(read(), L"");
@@ -618,7 +617,7 @@ TEST_F(config_reader_test, a_file_that_gave_no_property_is_kept_as_well)
     EXPECT_EQ(read(), L"");
 }
 
-TEST_F(config_reader_test, a_file_that_comes_after_a_failed_lookup_is_found)
+TEST_F(config_reader_test, a_file_that_is_created_after_a_failed_lookup_is_found)
 {
     EXPECT_EQ(read(), L"");
     write(entry_of("a"));
@@ -627,7 +626,7 @@ TEST_F(config_reader_test, a_file_that_comes_after_a_failed_lookup_is_found)
 
 // ---- copies
 
-TEST_F(config_reader_test, a_copy_shares_what_was_read)
+TEST_F(config_reader_test, a_copy_shares_the_files_that_were_read)
 {
     write(entry_of("old"));
     EXPECT_EQ(read(), L"old");
@@ -636,7 +635,7 @@ TEST_F(config_reader_test, a_copy_shares_what_was_read)
     EXPECT_EQ(read_from(copy), L"old");
 }
 
-TEST_F(config_reader_test, a_copy_answers_when_the_original_is_gone)
+TEST_F(config_reader_test, a_copy_works_after_the_original_is_destroyed)
 {
     write(entry_of("old"));
     EXPECT_EQ(read(), L"old");
@@ -646,7 +645,7 @@ TEST_F(config_reader_test, a_copy_answers_when_the_original_is_gone)
     EXPECT_EQ(read_from(copy), L"old");
 }
 
-TEST_F(config_reader_test, the_original_answers_when_a_copy_is_gone)
+TEST_F(config_reader_test, the_original_works_after_a_copy_is_destroyed)
 {
     write(entry_of("old"));
     EXPECT_EQ(read(), L"old");
@@ -658,7 +657,7 @@ TEST_F(config_reader_test, the_original_answers_when_a_copy_is_gone)
     EXPECT_EQ(read(), L"old");
 }
 
-TEST_F(config_reader_test, what_a_copy_reads_later_is_its_own)
+TEST_F(config_reader_test, files_that_a_copy_reads_later_are_its_own)
 {
     config_reader_t copy(*m_reader);
     write(entry_of("old"));
@@ -696,7 +695,7 @@ namespace
 
 const char secret[] = "secret.txt";
 
-std::string bomb()
+std::string entity_bomb()
 {
     std::string declarations = "<!ENTITY e0 'aaaaaaaaaa'>";
     for (int i = 1; i < 12; ++i) {
@@ -714,27 +713,28 @@ std::string padded_to(std::size_t size)
 {
     const std::string start = "<bag>" + entry_of("a");
     const std::string end = "</bag>";
-    const std::size_t most = 1U << 20U;
+    const std::size_t max_comment = 1U << 20U;
     std::string text = start;
     while (text.size() + end.size() < size) {
-        const std::size_t room = size - text.size() - end.size();
-        text += room < 2 * most ? "<!--" + std::string(room - 7, ' ') + "-->"
-                                : "<!--" + std::string(most, ' ') + "-->";
+        const std::size_t remaining = size - text.size() - end.size();
+        text += remaining < 2 * max_comment ? "<!--" + std::string(remaining - 7, ' ') + "-->"
+                                            : "<!--" + std::string(max_comment, ' ') + "-->";
     }
     return text + end;
 }
 
-struct hostile_row
+struct hostile_file_t
 {
     const char* name;
     std::string bytes;
 };
 
-const std::size_t largest_file = 16U << 20U;
+const std::size_t max_file_bytes = 16U << 20U;
 
-std::vector<hostile_row> hostile_rows()
+std::vector<hostile_file_t> hostile_files()
 {
-    const std::string asks = "<bag><message_type id='t'><p>&e;</p></message_type></bag>";
+    const std::string bag_with_reference =
+        "<bag><message_type id='t'><p>&e;</p></message_type></bag>";
     const std::string good = bag_of(entry_of("a"));
     return {
         {"empty", ""},
@@ -746,24 +746,24 @@ std::vector<hostile_row> hostile_rows()
         {"zero_inside", good + std::string(1, '\0')},
         {"bad_utf8", bag_of(entry_of("\xC3("))},
         {"external_entity",
-         "<!DOCTYPE bag [<!ENTITY e SYSTEM '" + std::string(secret) + "'>]>" + asks},
+         "<!DOCTYPE bag [<!ENTITY e SYSTEM '" + std::string(secret) + "'>]>" + bag_with_reference},
         {"external_parameter",
          "<!DOCTYPE bag [<!ENTITY % d SYSTEM '" + std::string(secret) + "'>%d;]>" + good},
         {"external_subset", "<!DOCTYPE bag SYSTEM '" + std::string(secret) + "'>" + good},
-        {"internal_entity", "<!DOCTYPE bag [<!ENTITY e 'a'>]>" + asks},
+        {"internal_entity", "<!DOCTYPE bag [<!ENTITY e 'a'>]>" + bag_with_reference},
         {"defaulted",
          "<!DOCTYPE bag [<!ATTLIST message_type p CDATA 'a'>]><bag><message_type id='t'/></bag>"},
-        {"bomb", bomb()},
-        {"undeclared_entity", asks},
-        {"too_long", padded_to(largest_file + 1)},
+        {"bomb", entity_bomb()},
+        {"undeclared_entity", bag_with_reference},
+        {"too_long", padded_to(max_file_bytes + 1)},
         {"wrong_root", "<bags>" + entry_of("a") + "</bags>"},
         {"upper_root", "<BAG>" + entry_of("a") + "</BAG>"},
         {"bag_below", "<root>" + good + "</root>"},
         {"two_roots", good + good},
         {"mismatched", "<bag>" + entry_of("a") + "</gab>"},
         {"repeated_attribute", bag_of("<message_type id='t' p='a' p='a'/>")},
-        {"text_behind", good + "text"},
-        {"text_behind_an_error", "<bag a='1' a='1'>text" + entry_of("a") + "</bag>"},
+        {"text_after", good + "text"},
+        {"text_after_an_error", "<bag a='1' a='1'>text" + entry_of("a") + "</bag>"},
         {"text_not_as_declared", "<?xml version='1.0' encoding='UTF-16'?>" + bag_of("text")},
         {"errors", "<bag>" + std::string(5000000, '&')},
         {"deep", "<bag>" + entry_of("a") +
@@ -778,28 +778,27 @@ std::vector<hostile_row> hostile_rows()
 
 } // namespace
 
-TEST_F(config_reader_test, a_file_that_is_no_configuration_answers_nothing_and_is_not_kept)
+TEST_F(config_reader_test, a_file_that_is_not_a_configuration_gives_nothing_and_is_not_kept)
 {
     m_folder.write(secret, "secret");
-    for (const hostile_row& row : hostile_rows()) {
+    for (const hostile_file_t& row : hostile_files()) {
         const std::string leaf = row.name + std::string(".xml");
-        const question_t question =
-            of_source(std::wstring(row.name, row.name + std::strlen(row.name)));
+        const lookup_t lookup = of_source(std::wstring(row.name, row.name + std::strlen(row.name)));
         m_folder.write(leaf, row.bytes);
-        expect_nothing_printed([&] { EXPECT_EQ(read(question), L"") << row.name; });
+        expect_nothing_printed([&] { EXPECT_EQ(read(lookup), L"") << row.name; });
         write(entry_of("good"), leaf);
-        EXPECT_EQ(read(question), L"good") << row.name;
+        EXPECT_EQ(read(lookup), L"good") << row.name;
     }
 }
 
 TEST_F(config_reader_test, a_file_of_16_mib_is_read)
 {
-    m_folder.write("src.xml", padded_to(largest_file));
-    ASSERT_EQ(std::filesystem::file_size(m_folder.name("src.xml")), largest_file);
+    m_folder.write("src.xml", padded_to(max_file_bytes));
+    ASSERT_EQ(std::filesystem::file_size(m_folder.name("src.xml")), max_file_bytes);
     EXPECT_EQ(read(), L"a");
 }
 
-TEST_F(config_reader_test, a_file_that_is_cut_anywhere_answers_nothing_and_is_not_kept)
+TEST_F(config_reader_test, a_file_that_is_cut_anywhere_gives_nothing_and_is_not_kept)
 {
     const std::string whole =
         "<?xml version='1.0' encoding='UTF-8'?>\n<!-- c --><bag>\n" + entry_of("g\xC3\xBC") +
@@ -812,7 +811,7 @@ TEST_F(config_reader_test, a_file_that_is_cut_anywhere_answers_nothing_and_is_no
     EXPECT_EQ(read(), L"g" + units({0xFC}));
 }
 
-TEST_F(config_reader_test, a_directory_in_the_place_of_the_file_answers_nothing_and_is_not_kept)
+TEST_F(config_reader_test, a_directory_instead_of_the_file_gives_nothing_and_is_not_kept)
 {
     std::filesystem::create_directory(m_folder.name("src.xml"));
     expect_nothing_printed([&] { EXPECT_EQ(read(), L""); });
@@ -821,7 +820,7 @@ TEST_F(config_reader_test, a_directory_in_the_place_of_the_file_answers_nothing_
     EXPECT_EQ(read(), L"good");
 }
 
-TEST_F(config_reader_test, a_fifo_in_the_place_of_the_file_answers_nothing_and_is_not_kept)
+TEST_F(config_reader_test, a_fifo_instead_of_the_file_gives_nothing_and_is_not_kept)
 {
     ASSERT_EQ(mkfifo(m_folder.name("src.xml").c_str(), 0600), 0);
     expect_nothing_printed([&] { EXPECT_EQ(read(), L""); });
@@ -830,13 +829,13 @@ TEST_F(config_reader_test, a_fifo_in_the_place_of_the_file_answers_nothing_and_i
     EXPECT_EQ(read(), L"good");
 }
 
-TEST_F(config_reader_test, a_device_in_the_place_of_the_file_answers_nothing)
+TEST_F(config_reader_test, a_device_instead_of_the_file_gives_nothing)
 {
     ASSERT_EQ(symlink("/dev/zero", m_folder.name("src.xml").c_str()), 0);
     expect_nothing_printed([&] { EXPECT_EQ(read(), L""); });
 }
 
-TEST_F(config_reader_test, a_missing_file_is_not_printed_either)
+TEST_F(config_reader_test, a_missing_file_prints_nothing_either)
 {
     expect_nothing_printed([&] { EXPECT_EQ(read(), L""); });
 }

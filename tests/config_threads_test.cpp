@@ -1,4 +1,4 @@
-// Thread safety: components of one process ask for configuration and texts at once.
+// Thread safety: components of one process read configuration and texts concurrently.
 
 #include "run_threads.h"
 #include "scratch_folder.h"
@@ -17,7 +17,7 @@ using namespace velmoext_1_4_8;
 namespace
 {
 
-typedef boost::shared_ptr<config_reader_t> reader_ptr;
+typedef boost::shared_ptr<config_reader_t> reader_ptr_t;
 
 const int thread_count = 8;
 const int source_count = 3;
@@ -35,7 +35,7 @@ boost::shared_ptr<velmo_ex_t> make_ex()
 /// Expects the property with the source's name.
 void expect_source(config_reader_t& reader, int number)
 {
-    const message_ptr message = make_message(L"t");
+    const message_ptr_t message = make_message(L"t");
     message->set_source(source_name(number));
     EXPECT_EQ(reader.read_property(make_ex(), message, L"name"), source_name(number));
 }
@@ -97,9 +97,9 @@ private:
 
 } // namespace
 
-TEST_F(config_threads_test, one_reader_answers_all_threads)
+TEST_F(config_threads_test, one_reader_serves_all_threads)
 {
-    const reader_ptr reader = config_reader_t::get();
+    const reader_ptr_t reader = config_reader_t::get();
     run_threads(thread_count, [&](int thread) {
         for (int i = 0; i < 300; ++i) {
             EXPECT_EQ(config_reader_t::get(), reader);
@@ -108,30 +108,30 @@ TEST_F(config_threads_test, one_reader_answers_all_threads)
     });
 }
 
-TEST_F(config_threads_test, one_reader_answers_while_copies_of_another_are_made_and_dropped)
+TEST_F(config_threads_test, one_reader_works_while_copies_of_another_are_created_and_destroyed)
 {
-    const reader_ptr reader = config_reader_t::get();
+    const reader_ptr_t reader = config_reader_t::get();
     config_reader_t other(*reader);
     expect_source(other, 0);
-    const config_reader_t& pattern = other;
+    const config_reader_t& original = other;
     run_threads(thread_count, [&](int thread) {
         for (int i = 0; i < 300; ++i) {
             if (thread % 2 == 0) {
                 expect_source(*reader, i);
             } else {
-                config_reader_t copy(pattern);
+                config_reader_t copy(original);
                 expect_source(copy, i);
             }
         }
     });
 }
 
-TEST_F(config_threads_test, readers_that_nobody_else_holds_are_made_used_and_dropped)
+TEST_F(config_threads_test, readers_with_one_owner_are_created_used_and_destroyed)
 {
     const boost::weak_ptr<config_reader_t> watched = config_reader_t::get();
     run_threads(thread_count, [](int thread) {
         for (int i = 0; i < 300; ++i) {
-            const reader_ptr reader = config_reader_t::get();
+            const reader_ptr_t reader = config_reader_t::get();
             EXPECT_TRUE(reader->get_cfg_dir().is_empty());
             expect_source(*reader, thread + i);
         }
@@ -139,10 +139,10 @@ TEST_F(config_threads_test, readers_that_nobody_else_holds_are_made_used_and_dro
     EXPECT_TRUE(watched.expired());
 }
 
-TEST_F(config_threads_test, threads_that_ask_at_once_get_one_reader)
+TEST_F(config_threads_test, concurrent_calls_of_get_return_one_reader)
 {
     for (int round = 0; round < 200; ++round) {
-        std::vector<reader_ptr> readers(thread_count);
+        std::vector<reader_ptr_t> readers(thread_count);
         run_threads(thread_count, [&](int thread) {
             readers[static_cast<std::size_t>(thread)] = config_reader_t::get();
         });
@@ -150,20 +150,20 @@ TEST_F(config_threads_test, threads_that_ask_at_once_get_one_reader)
     }
 }
 
-TEST_F(config_threads_test, a_reader_with_files_outlives_those_that_drop_it)
+TEST_F(config_threads_test, a_reader_with_files_outlives_the_owners_that_release_it)
 {
-    std::atomic<int> answers{0};
-    const reader_ptr reader = config_reader_t::get();
+    std::atomic<int> lookups{0};
+    const reader_ptr_t reader = config_reader_t::get();
     run_threads(thread_count, [&](int thread) {
         for (int i = 0; i < 300; ++i) {
-            reader_ptr mine = config_reader_t::get();
-            expect_source(*mine, thread + i);
-            mine.reset();
-            ++answers;
+            reader_ptr_t own_reader = config_reader_t::get();
+            expect_source(*own_reader, thread + i);
+            own_reader.reset();
+            ++lookups;
         }
     });
     expect_source(*reader, 0);
-    EXPECT_EQ(answers, thread_count * 300);
+    EXPECT_EQ(lookups, thread_count * 300);
 }
 
 TEST_F(config_threads_test, texts_of_different_messages_are_composed_from_one_catalog)
@@ -173,7 +173,7 @@ TEST_F(config_threads_test, texts_of_different_messages_are_composed_from_one_ca
     run_threads(thread_count, [&](int thread) {
         for (int i = 2; i < 200; ++i) {
             const std::wstring number = std::to_wstring(thread * 200 + i);
-            const message_ptr message = make_message(make_content({}, {{L"a", number}}));
+            const message_ptr_t message = make_message(make_content({}, {{L"a", number}}));
             message->set_type(L"t");
             message->set_source(L"src0");
             extended_message_t shown(ex, message);
@@ -187,7 +187,7 @@ TEST_F(config_threads_test, texts_of_one_message_are_composed_by_all_threads)
 {
     const registration_t catalog(L"src0");
     const auto ex = make_ex();
-    const message_ptr message = make_message(make_content({}, {{L"a", L"1"}}));
+    const message_ptr_t message = make_message(make_content({}, {{L"a", L"1"}}));
     message->set_type(L"t");
     message->set_source(L"src0");
     run_threads(thread_count, [&](int /*thread*/) {

@@ -106,7 +106,7 @@ TEST(cost_test, defaults_are_compared_up_to_a_limit)
               refusal_t::defaults);
 }
 
-TEST(cost_test, namespaces_are_looked_for_up_to_a_limit)
+TEST(cost_test, namespace_lookups_are_counted_up_to_a_limit)
 {
     const std::string root = "<a" + numbered(" xmlns:n", 999, "='u'") + " xmlns='v'>";
     // The root counts as 1001 of these.
@@ -116,7 +116,7 @@ TEST(cost_test, namespaces_are_looked_for_up_to_a_limit)
     EXPECT_EQ(refusal_of(root + repeated("<b c=''/>", 199500)), refusal_t::namespaces);
 }
 
-TEST(cost_test, a_namespace_counts_within_its_element_alone)
+TEST(cost_test, a_namespace_counts_only_within_its_element)
 {
     const std::string scoped = "<a" + numbered(" xmlns:n", 100, "='u'") + ">";
     EXPECT_EQ(refusal_of(element(scoped + "</a>" + repeated("<b></b>", 240000))), refusal_t::none);
@@ -128,14 +128,14 @@ TEST(cost_test, a_namespace_counts_within_its_element_alone)
     EXPECT_EQ(refusal_of(similar + repeated("<b/>", 240000)), refusal_t::none);
 }
 
-TEST(cost_test, elements_of_any_depth_are_looked_through)
+TEST(cost_test, elements_of_any_depth_are_examined)
 {
     const std::string deep = repeated("<a xmlns='u'>", 1000);
     EXPECT_EQ(refusal_of(deep), refusal_t::none);
     EXPECT_EQ(refusal_of(deep + repeated("</a>", 2000) + deep), refusal_t::none);
 }
 
-TEST(cost_test, a_document_type_has_a_size_up_to_a_limit)
+TEST(cost_test, the_size_of_a_document_type_is_limited)
 {
     const std::size_t frame = std::string("<!DOCTYPE a []>").size();
     const std::string blanks(163840 - frame, ' ');
@@ -201,21 +201,21 @@ TEST(cost_test, the_time_is_linear_in_the_size)
     expect_linear("empty tags", "", "<a/>");
     expect_linear("name", "<", "a");
     expect_linear("blanks in a tag", "<a", " ");
-    expect_linear("blanks before a sign", "<a b", " ");
-    expect_linear("blanks after a sign", "<a b=", " ");
+    expect_linear("blanks before an equals sign", "<a b", " ");
+    expect_linear("blanks after an equals sign", "<a b=", " ");
     expect_linear("value", "<a b='", "\"");
     expect_linear("short tags with attributes", "", "<a b='c'/>");
     expect_linear("long tags with attributes", "", "<a b='' c='' d='' e='' f='' g='' h='' i=''>");
     expect_linear("document types", "", "<!DOCTYPE a>");
     expect_linear("quotes of a type", "<!DOCTYPE a [", "'\"");
-    expect_linear("remarks of a type", "<!DOCTYPE a [", "<!---->");
-    expect_linear("open remarks of a type", "<!DOCTYPE a [", "<!-- ");
+    expect_linear("comments of a type", "<!DOCTYPE a [", "<!---->");
+    expect_linear("open comments of a type", "<!DOCTYPE a [", "<!-- ");
     expect_linear("instructions of a type", "<!DOCTYPE a [", "<?p?>");
     expect_linear("brackets of a type", "<!DOCTYPE a ", "[]");
     expect_linear("percent signs of a type", "<!DOCTYPE a [", "% ");
     expect_linear("quoted percent signs", "<!DOCTYPE a [<!ENTITY e '", "% ");
     expect_linear("entities of a type", "<!DOCTYPE a [", "<!ENTITY a '% '>");
     expect_linear("words of a type", "<!DOCTYPE a [<!ENTITY a ", "SYSTEM ID ");
-    expect_linear("lower than signs", "", "<");
+    expect_linear("less-than signs", "", "<");
     expect_linear("exclamation marks", "", "<!");
 }

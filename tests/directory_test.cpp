@@ -23,16 +23,16 @@ protected:
         std::filesystem::create_directory(m_folder.name("b"));
     }
 
-    directory_t remember(const std::string& leaf) const
+    directory_t directory_of(const std::string& leaf) const
     {
-        const with_current_directory current(m_folder.name(leaf));
+        const current_directory_scope_t current(m_folder.name(leaf));
         return directory_t::current();
     }
 
     // Returns the path as resolved from another directory.
     std::wstring resolve_from_b(const directory_t& directory, const std::wstring& path) const
     {
-        const with_current_directory current(m_folder.name("b"));
+        const current_directory_scope_t current(m_folder.name("b"));
         return directory.resolve(basekit2::path_t(path)).as_string();
     }
 
@@ -43,20 +43,20 @@ protected:
 
 TEST_F(directory_test, a_relative_path_is_absolute_from_another_directory)
 {
-    EXPECT_EQ(resolve_from_b(remember("a"), L"log.xml"), m_folder.wide_name("a/log.xml"));
+    EXPECT_EQ(resolve_from_b(directory_of("a"), L"log.xml"), m_folder.wide_name("a/log.xml"));
 }
 
 TEST_F(directory_test, a_relative_path_is_relative_in_its_own_directory)
 {
-    EXPECT_EQ(resolve_from_b(remember("b"), L"log.xml"), L"log.xml");
-    const directory_t directory = remember("b");
+    EXPECT_EQ(resolve_from_b(directory_of("b"), L"log.xml"), L"log.xml");
+    const directory_t directory = directory_of("b");
     std::filesystem::rename(m_folder.name("a"), m_folder.name("c"));
     EXPECT_EQ(resolve_from_b(directory, L"log.xml"), L"log.xml");
 }
 
 TEST_F(directory_test, a_relative_path_is_relative_in_its_own_directory_under_another_name)
 {
-    const with_current_directory current(m_folder.name("a"));
+    const current_directory_scope_t current(m_folder.name("a"));
     const directory_t directory = directory_t::current();
     std::filesystem::rename(m_folder.name("a"), m_folder.name("c"));
     EXPECT_EQ(directory.resolve(basekit2::path_t(L"log.xml")).as_string(), L"log.xml");
@@ -64,13 +64,13 @@ TEST_F(directory_test, a_relative_path_is_relative_in_its_own_directory_under_an
 
 TEST_F(directory_test, an_absolute_path_stays)
 {
-    EXPECT_EQ(resolve_from_b(remember("a"), L"/log.xml"), L"/log.xml");
+    EXPECT_EQ(resolve_from_b(directory_of("a"), L"/log.xml"), L"/log.xml");
 }
 
 TEST_F(directory_test, a_relative_path_stays_if_its_directory_has_no_name_in_utf_8)
 {
     std::filesystem::create_directory(m_folder.name("\xE9"));
-    EXPECT_EQ(resolve_from_b(remember("\xE9"), L"log.xml"), L"log.xml");
+    EXPECT_EQ(resolve_from_b(directory_of("\xE9"), L"log.xml"), L"log.xml");
 }
 
 TEST_F(directory_test, a_relative_path_stays_if_its_directory_was_removed)
@@ -78,7 +78,7 @@ TEST_F(directory_test, a_relative_path_stays_if_its_directory_was_removed)
     directory_t directory;
     EXPECT_EQ(resolve_from_b(directory, L"log.xml"), L"log.xml");
     {
-        const with_current_directory current(m_folder.name("a"));
+        const current_directory_scope_t current(m_folder.name("a"));
         std::filesystem::remove(m_folder.name("a"));
         directory = directory_t::current();
     }

@@ -23,13 +23,13 @@ std::string comment(std::size_t size)
     return "<!--" + std::string(size - 7, 'c') + "-->";
 }
 
-message_ptr read(const std::string& document)
+message_ptr_t read(const std::string& document)
 {
     return parse_document(document).message;
 }
 
 // Expects the result of libxml2's text reader. A fault after the message may count or not.
-void expect_as_read(const std::string& document)
+void expect_same_as_text_reader(const std::string& document)
 {
     const document_oracle_t oracle(ROVA_2_18::strings::utf8_to_utf16(document));
     const std::string difference = oracle.difference(read(document));
@@ -38,9 +38,9 @@ void expect_as_read(const std::string& document)
 }
 
 // Also expects that a long document is not refused, which the oracle alone would allow.
-void expect_as_read_unrefused(const std::string& document)
+void expect_same_as_text_reader_and_accepted(const std::string& document)
 {
-    expect_as_read(document);
+    expect_same_as_text_reader(document);
     EXPECT_TRUE(read(document)) << document.size() << " bytes, " << document.substr(0, 60);
 }
 
@@ -63,23 +63,24 @@ std::string with_document_type(const std::string& declarations, const std::strin
 
 const char* const faults[] = {"<", "</x>", "x", "\x01", "<msg>", "&x;", "<!DOCTYPE x>", "<?xml?>"};
 
-const std::size_t large = 9900000;
+const std::size_t large_size = 9900000;
 
 } // namespace
 
-TEST(document_parser_test, a_fault_after_the_message_counts_as_for_libxml2s_reader)
+TEST(document_parser_test, a_fault_after_the_message_counts_as_in_libxml2s_reader)
 {
     for (const char* const fault : faults)
         for (std::size_t distance = 0; distance != 1100; distance += distance < 8 ? 1 : 7)
-            expect_as_read(in_message("") + std::string(distance, ' ') + fault);
+            expect_same_as_text_reader(in_message("") + std::string(distance, ' ') + fault);
 }
 
 TEST(document_parser_test, a_fault_counts_wherever_the_message_begins)
 {
     for (const char* const fault : {"<", "x"})
         for (std::size_t before = 7; before != 600; ++before) {
-            expect_as_read(comment(before) + in_message("") + fault);
-            expect_as_read(comment(before) + in_message("") + std::string(400, ' ') + fault);
+            expect_same_as_text_reader(comment(before) + in_message("") + fault);
+            expect_same_as_text_reader(comment(before) + in_message("") + std::string(400, ' ') +
+                                       fault);
         }
 }
 
@@ -101,8 +102,9 @@ TEST(document_parser_test, a_document_that_is_cut_anywhere_is_read_as_by_libxml2
         "<type><![CDATA[t]]></type><!-- c --></msg>\n<?p?>";
     for (std::size_t size = 0; size <= document.size(); ++size)
         for (const std::size_t before : {0U, 505U, 65500U})
-            expect_as_read((before == 0 ? "" : "<!--" + std::string(before, 'c') + "-->") +
-                           document.substr(before == 0 ? 0 : 21, size));
+            expect_same_as_text_reader(
+                (before == 0 ? "" : "<!--" + std::string(before, 'c') + "-->") +
+                document.substr(before == 0 ? 0 : 21, size));
 }
 
 TEST(document_parser_test, a_message_is_read_wherever_long_documents_are_split)
@@ -110,13 +112,13 @@ TEST(document_parser_test, a_message_is_read_wherever_long_documents_are_split)
     const std::string message =
         "<msg a='b'><arg name='n'>x<![CDATA[y]]>&amp;</arg><e>f<!-- g --></e><type>t</type></msg>";
     for (std::size_t before = 65536 - 600; before < 65536 + 60; before += 7) {
-        expect_as_read(comment(before) + message);
-        expect_as_read(comment(before) + message + " <");
-        expect_as_read(repeated(" ", before) + message + "<!-- -- -->");
+        expect_same_as_text_reader(comment(before) + message);
+        expect_same_as_text_reader(comment(before) + message + " <");
+        expect_same_as_text_reader(repeated(" ", before) + message + "<!-- -- -->");
     }
 }
 
-TEST(document_parser_test, a_fault_counts_in_the_piece_in_which_the_message_ends)
+TEST(document_parser_test, a_fault_counts_in_the_chunk_in_which_the_message_ends)
 {
     const std::string message = in_message("");
     for (const char* const fault : {"<", "x", "</x>"})
@@ -134,13 +136,13 @@ TEST(document_parser_test, a_fault_far_after_the_message_counts_unless_a_comment
             EXPECT_FALSE(read(message + fault)) << fault;
             EXPECT_FALSE(read(message + repeated(" ", 2000) + fault)) << fault;
             EXPECT_TRUE(read(message + repeated("<!-- c -->", 200) + fault)) << fault;
-            expect_as_read(message + "<?p?>" + repeated(" ", 2000) + fault);
-            expect_as_read(message + "<!-- c -->" + fault);
-            expect_as_read(message + repeated(" ", 2000) + fault);
+            expect_same_as_text_reader(message + "<?p?>" + repeated(" ", 2000) + fault);
+            expect_same_as_text_reader(message + "<!-- c -->" + fault);
+            expect_same_as_text_reader(message + repeated(" ", 2000) + fault);
         }
 }
 
-TEST(document_parser_test, what_libxml2_accepts_beyond_xml_is_read)
+TEST(document_parser_test, malformed_xml_that_libxml2_accepts_is_read)
 {
     for (const char* const begin :
          {"<?xml version=\"1.0\" encoding=\"UTF-8\"standalone=\"no\"?>",
@@ -149,28 +151,30 @@ TEST(document_parser_test, what_libxml2_accepts_beyond_xml_is_read)
           "<!DOCTYPE msg>[<!--x--><!ENTITY u 'y'>]>", "<!DOCTYPE msg> [<!ENTITY u 'y'>]>",
           "<!DOCTYPE msg []>[]>"})
         for (const std::size_t blanks : {1U, 600U, 2000U})
-            expect_as_read(begin + std::string("<msg>") + std::string(blanks, ' ') +
-                           "<type>t</type></msg>");
+            expect_same_as_text_reader(begin + std::string("<msg>") + std::string(blanks, ' ') +
+                                       "<type>t</type></msg>");
 }
 
 TEST(document_parser_test, tokens_of_any_size_are_read_as_by_libxml2s_reader)
 {
-    const std::string text(large, 'x');
-    expect_as_read_unrefused(in_message(comment(large)));
-    expect_as_read_unrefused(in_message("<e><![CDATA[" + text + "]]></e>"));
-    expect_as_read_unrefused(in_message("<e>" + text + "</e>"));
-    expect_as_read_unrefused("<msg a='" + text + "'><type>t</type></msg>");
+    const std::string text(large_size, 'x');
+    expect_same_as_text_reader_and_accepted(in_message(comment(large_size)));
+    expect_same_as_text_reader_and_accepted(in_message("<e><![CDATA[" + text + "]]></e>"));
+    expect_same_as_text_reader_and_accepted(in_message("<e>" + text + "</e>"));
+    expect_same_as_text_reader_and_accepted("<msg a='" + text + "'><type>t</type></msg>");
     const std::string blanks(1000000, ' ');
-    expect_as_read_unrefused(comment(1000000) + in_message("") + comment(1000000));
-    expect_as_read_unrefused(in_message("<?p " + blanks + "?>"));
-    expect_as_read_unrefused(in_message("<e>" + repeated("\xC3\xA9", 500000) + "</e>"));
-    expect_as_read_unrefused("<msg" + blanks + "a='b'><type>t</type></msg" + blanks + ">");
-    expect_as_read_unrefused(blanks + in_message("") + blanks);
+    expect_same_as_text_reader_and_accepted(comment(1000000) + in_message("") + comment(1000000));
+    expect_same_as_text_reader_and_accepted(in_message("<?p " + blanks + "?>"));
+    expect_same_as_text_reader_and_accepted(
+        in_message("<e>" + repeated("\xC3\xA9", 500000) + "</e>"));
+    expect_same_as_text_reader_and_accepted("<msg" + blanks + "a='b'><type>t</type></msg" + blanks +
+                                            ">");
+    expect_same_as_text_reader_and_accepted(blanks + in_message("") + blanks);
     const std::string name(49000, 'e');
-    expect_as_read_unrefused(in_message("<" + name + ">x</" + name + ">"));
+    expect_same_as_text_reader_and_accepted(in_message("<" + name + ">x</" + name + ">"));
 }
 
-TEST(document_parser_test, what_libxml2_does_not_read_is_not_read)
+TEST(document_parser_test, a_document_that_libxml2_refuses_is_not_read)
 {
     const std::string text(10100000, 'x');
     for (const std::string& document :
@@ -210,11 +214,11 @@ TEST(document_parser_test, a_document_beyond_a_limit_is_refused_with_the_reason)
 TEST(document_parser_test, entities_are_read_up_to_a_limit_for_each_message)
 {
     // Later releases of libxml2 have a limit of their own, which grows with the document.
-    const std::string remark = comment(4000000);
+    const std::string long_comment = comment(4000000);
     const auto document = [&](std::size_t size, std::size_t references) {
         return with_document_type(
             "<!ENTITY e '" + std::string(size, 'x') + "'>",
-            in_message(remark + "<e>" + repeated("&e;", references) + "</e>"));
+            in_message(long_comment + "<e>" + repeated("&e;", references) + "</e>"));
     };
     EXPECT_EQ(refusal_of(document(100000, 100)), refusal_t::none);
     EXPECT_TRUE(read(document(100000, 100)));

@@ -52,9 +52,9 @@ void expect_characters_as_written(const Add& add)
     const std::vector<unsigned> all = characters();
     for (std::size_t at = 0; at < all.size(); at += 256) {
         message_t::message_content_t content;
-        for (std::size_t place = at; place != std::min(at + 256, all.size()); ++place)
-            add(content, all.at(place));
-        const message_ptr message = make_message(content);
+        for (std::size_t index = at; index != std::min(at + 256, all.size()); ++index)
+            add(content, all.at(index));
+        const message_ptr_t message = make_message(content);
         ASSERT_EQ(compose_document(*message), utf8_to_utf16(written_document(*message)))
             << all.at(at);
         ASSERT_EQ(composed_log({*message}), written_log({*message})) << all.at(at);
@@ -104,13 +104,13 @@ TEST(element_composer_test, each_character_of_a_type_is_written_as_libxml2_does)
 
 TEST(element_composer_test, a_character_is_written_as_libxml2_does_wherever_it_is_in_a_text)
 {
-    for (std::size_t place = 0; place != 20; ++place)
+    for (std::size_t position = 0; position != 20; ++position)
         expect_characters_as_written(
             [=](message_t::message_content_t& content, unsigned character) {
                 if (character < 0x102 || (character > 0xD7FE && character < 0xE002) ||
                     character > 0xFFFC) {
                     std::wstring text(20, L'x');
-                    text[place] = static_cast<wchar_t>(character);
+                    text[position] = static_cast<wchar_t>(character);
                     content.args[std::to_wstring(character)] = text;
                 }
             });
@@ -122,7 +122,8 @@ TEST(element_composer_test, keys_with_colons_are_written_as_libxml2_does)
          {L":",     L"a:",    L":a",      L"::",        L"a::",    L"a::b",   L":a:b",
           L":a:1",  L"a:b",   L"a:1",     L"a:b:",      L"a:b:c",  L"a:b:1",  L"a:1:b",
           L"a:1:2", L"a:b:-", L"a:b:c:1", L"a:b:c:d:1", L"xml:id", L"xmlns:a"})
-        for (const texts_t& texts : {texts_t{{key, L"x"}}, texts_t{{key, L"x"}, {L"z", L"y"}}}) {
+        for (const string_map_t& texts :
+             {string_map_t{{key, L"x"}}, string_map_t{{key, L"x"}, {L"z", L"y"}}}) {
             SCOPED_TRACE(testing::PrintToString(std::wstring(key)));
             expect_as_written(*make_message(make_content(texts)));
             expect_as_written(*make_message(make_content({}, {}, texts)));
@@ -130,19 +131,19 @@ TEST(element_composer_test, keys_with_colons_are_written_as_libxml2_does)
         }
 }
 
-TEST(element_composer_test, an_attribute_is_written_once_in_whichever_way_its_name_is_spelled)
+TEST(element_composer_test, an_attribute_with_two_spellings_of_its_name_is_written_once)
 {
     const std::wstring pair = units({0xD83D, 0xDE00});
     for (const unsigned character : {0x1F600U, 0x1F601U, 0xFFFDU, 0xD83DU}) {
-        const texts_t texts = {{L"a" + units({character}), L"1"}, {L"a" + pair, L"2"}};
+        const string_map_t texts = {{L"a" + units({character}), L"1"}, {L"a" + pair, L"2"}};
         expect_as_written(*make_message(make_content(texts)));
         expect_as_written(*make_message(make_content({}, texts, texts)));
     }
 }
 
-TEST(element_composer_test, an_empty_key_ends_the_content_as_libxml2_refuses_it)
+TEST(element_composer_test, an_empty_key_ends_the_content_since_libxml2_refuses_it)
 {
-    const texts_t texts = {{L"", L"1"}, {L"a", L"2"}};
+    const string_map_t texts = {{L"", L"1"}, {L"a", L"2"}};
     expect_as_written(*make_message(make_content(texts, {{L"b", L"3"}}, {{L"c", L"4"}})));
     expect_as_written(*make_message(make_content({{L"a", L"2"}}, texts, {{L"c", L"4"}})));
     expect_as_written(*make_message(make_content({{L"a", L"2"}}, {{L"b", L"3"}}, texts)));
@@ -179,8 +180,8 @@ TEST(element_composer_test, a_text_of_any_size_is_written)
 {
     const std::size_t size = 10100000;
     const std::size_t name_size = 60000;
-    const message_ptr message = make_message(make_content({{L"a", std::wstring(size, L'v')}}, {},
-                                                          {{std::wstring(name_size, L'e'), L"x"}}));
+    const message_ptr_t message = make_message(make_content(
+        {{L"a", std::wstring(size, L'v')}}, {}, {{std::wstring(name_size, L'e'), L"x"}}));
     EXPECT_TRUE(compose_document(*message) ==
                 L"<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<msg a=\"" +
                     std::wstring(size, L'v') + L"\">\n <" + std::wstring(name_size, L'e') +

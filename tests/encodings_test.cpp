@@ -29,7 +29,7 @@ TEST(encodings_test, the_declared_encoding_is_found)
         EXPECT_EQ(declared_encoding(declaration), "x-Y") << declaration;
 }
 
-TEST(encodings_test, without_a_declaration_none_is_found)
+TEST(encodings_test, no_encoding_is_found_without_a_declaration)
 {
     for (const char* const document :
          {"", "<", "<?xml", "<?xml encoding='a'", "<?xml version='1.0'?><a encoding='b'/>",
@@ -41,7 +41,7 @@ TEST(encodings_test, without_a_declaration_none_is_found)
         EXPECT_EQ(declared_encoding(document), "") << document;
 }
 
-TEST(encodings_test, a_declared_encoding_is_a_name_of_an_encoding)
+TEST(encodings_test, a_declared_encoding_must_be_a_valid_name)
 {
     const auto declared = [](const std::string& name) {
         return declared_encoding("<?xml version='1.0' encoding='" + name + "'?>");
@@ -75,7 +75,7 @@ TEST(encodings_test, a_long_text_is_converted_wherever_its_characters_are)
                 repeated("\xC3\xA9", 1000000));
 }
 
-TEST(encodings_test, the_conversion_ends_at_a_byte_that_the_encoding_does_not_have)
+TEST(encodings_test, the_conversion_ends_at_a_byte_that_is_invalid_in_the_encoding)
 {
     EXPECT_EQ(converted("abc\xFFxyz", "GBK"), "abc");
     EXPECT_EQ(converted("abc\xE9xyz", "US-ASCII"), "abc");

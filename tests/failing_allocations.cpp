@@ -116,8 +116,8 @@ public:
             xmlFreeDoc(xmlReadMemory("<", 1, nullptr, nullptr, XML_PARSE_NOERROR));
         else
             xmlResetLastError();
-        xmlSetGenericErrorFunc(this, hear_text);
-        xmlSetStructuredErrorFunc(this, hear);
+        xmlSetGenericErrorFunc(this, on_generic_error);
+        xmlSetStructuredErrorFunc(this, on_structured_error);
         m_last_error = last_error();
     }
     ~xml_state_t()
@@ -132,11 +132,11 @@ public:
     // Returns an empty string if nothing has changed.
     std::string find_change() const
     {
-        if (m_has_heard)
-            return "the host was told of an error";
-        if (xmlGenericError != hear_text || xmlGenericErrorContext != this)
+        if (m_was_called)
+            return "a handler of the host was called";
+        if (xmlGenericError != on_generic_error || xmlGenericErrorContext != this)
             return "the generic error handler is another one";
-        if (xmlStructuredError != hear || xmlStructuredErrorContext != this)
+        if (xmlStructuredError != on_structured_error || xmlStructuredErrorContext != this)
             return "the structured error handler is another one";
         return last_error() == m_last_error ? "" : "the last error is another one";
     }
@@ -155,22 +155,22 @@ private:
 
     // The type of libxml2's handler has C's variable arguments.
     // NOLINTNEXTLINE(cert-dcl50-cpp)
-    static void hear_text(void* state, const char* /*format*/, ...)
+    static void on_generic_error(void* state, const char* /*format*/, ...)
     {
-        static_cast<xml_state_t*>(state)->m_has_heard = true;
+        static_cast<xml_state_t*>(state)->m_was_called = true;
     }
-    static void hear(void* state, xml_error_t* /*error*/)
+    static void on_structured_error(void* state, xml_error_t* /*error*/)
     {
-        static_cast<xml_state_t*>(state)->m_has_heard = true;
+        static_cast<xml_state_t*>(state)->m_was_called = true;
     }
 
-    bool m_has_heard = false;
+    bool m_was_called = false;
     error_t m_last_error;
 };
 
-enum class ending_t
+enum class outcome_t
 {
-    needed_no_more,
+    no_failure,
     thrown,
     refused,
     right,
@@ -179,7 +179,7 @@ enum class ending_t
 
 struct report_t
 {
-    ending_t ending = ending_t::needed_no_more;
+    outcome_t outcome = outcome_t::no_failure;
     std::string result;
     std::string change;
     std::string next_result;
@@ -192,7 +192,7 @@ std::string result_of(const operation_t& operation)
     return attempt.result();
 }
 
-// Returns whether it ended without std::bad_alloc.
+// Returns whether the attempt ended without std::bad_alloc.
 bool run(const attempt_t& attempt, const allocation_case_t& one, long successes)
 {
     const failing_allocations_t failing(one.memory, one.extent, successes);
@@ -204,13 +204,13 @@ bool run(const attempt_t& attempt, const allocation_case_t& one, long successes)
     }
 }
 
-ending_t ending_of(bool is_through, const std::string& result, const std::string& right)
+outcome_t outcome_of(bool has_returned, const std::string& result, const std::string& right)
 {
     if (!failing_allocations_t::has_failed())
-        return ending_t::needed_no_more;
+        return outcome_t::no_failure;
     if (!result.empty())
-        return result == right && is_through ? ending_t::right : ending_t::wrong;
-    return is_through ? ending_t::refused : ending_t::thrown;
+        return result == right && has_returned ? outcome_t::right : outcome_t::wrong;
+    return has_returned ? outcome_t::refused : outcome_t::thrown;
 }
 
 report_t try_once(const allocation_case_t& one, long successes)
@@ -221,10 +221,10 @@ report_t try_once(const allocation_case_t& one, long successes)
     const attempt_t attempt = one.operation.prepare();
     const bool has_error = successes % 2 != 0;
     const xml_state_t state(has_error);
-    const bool is_through = run(attempt, one, successes);
+    const bool has_returned = run(attempt, one, successes);
     report.change = state.find_change();
     report.result = attempt.result();
-    report.ending = ending_of(is_through, report.result, one.operation.right);
+    report.outcome = outcome_of(has_returned, report.result, one.operation.right);
     report.next_result = result_of(one.operation);
     return report;
 }
@@ -238,7 +238,7 @@ report_t try_on_own_thread(const allocation_case_t& one, long successes)
 
 void check(const report_t& report, const operation_t& operation)
 {
-    EXPECT_NE(report.ending, ending_t::wrong) << report.result;
+    EXPECT_NE(report.outcome, outcome_t::wrong) << report.result;
     EXPECT_EQ(report.change, "");
     EXPECT_EQ(report.next_result, operation.right) << "on the same thread";
     EXPECT_EQ(result_of(operation), operation.right) << "on another thread";
@@ -295,20 +295,20 @@ void allocation_test::fail_each_allocation(const allocation_case_t& one)
 {
     ASSERT_TRUE(is_set_up);
     ASSERT_EQ(result_of(one.operation), one.operation.right);
-    std::map<ending_t, int> endings;
+    std::map<outcome_t, int> outcomes;
     long successes = 0;
     for (;; ++successes) {
         SCOPED_TRACE(successes);
         const report_t report = try_on_own_thread(one, successes);
-        if (report.ending == ending_t::needed_no_more)
+        if (report.outcome == outcome_t::no_failure)
             break;
-        ++endings[report.ending];
+        ++outcomes[report.outcome];
         check(report, one.operation);
     }
     EXPECT_GT(successes, 0);
-    std::cout << name_of(one) << ": " << successes << " tried, " << endings[ending_t::thrown]
-              << " thrown, " << endings[ending_t::refused] << " refused, "
-              << endings[ending_t::right] << " right all the same\n";
+    std::cout << name_of(one) << ": " << successes << " tried, " << outcomes[outcome_t::thrown]
+              << " thrown, " << outcomes[outcome_t::refused] << " refused, "
+              << outcomes[outcome_t::right] << " right nevertheless\n";
 }
 
 // On allocation failure libxml2 leaks what it has allocated just before. For an element's beginning

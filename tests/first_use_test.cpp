@@ -23,10 +23,10 @@ namespace
 thread_local bool has_memory = true;
 
 template <typename Allocate>
-void* allocate(const Allocate& allocate_really)
+void* allocate(const Allocate& c_allocate)
 {
     if (has_memory)
-        return allocate_really();
+        return c_allocate();
     errno = ENOMEM;
     return nullptr;
 }
@@ -57,7 +57,7 @@ namespace
 
 enum outcome_t
 {
-    went_on,
+    returned,
     threw
 };
 
@@ -68,7 +68,7 @@ int status_without_memory(
 {
     return status_of_child([&] {
         before();
-        int outcome = went_on;
+        int outcome = returned;
         std::thread([&] {
             has_memory = false;
             try {
@@ -95,7 +95,7 @@ protected:
 
 TEST_F(first_use_test, without_memory_no_message_is_written)
 {
-    const message_ptr message = make_flagged(L"t");
+    const message_ptr_t message = make_flagged(L"t");
     EXPECT_TRUE(has_exited_with(
         status_without_memory([&] { string_message_serializer_t::message_to_xml_string(message); }),
         threw));
@@ -116,7 +116,7 @@ TEST_F(first_use_test, without_memory_no_recording_is_started)
 
 TEST_F(first_use_test, without_memory_no_message_is_recorded)
 {
-    const message_ptr message = make_flagged(L"t");
+    const message_ptr_t message = make_flagged(L"t");
     const auto record = [&] {
         m_storage->on_message(boost::shared_ptr<velmo_ex_t>(), message);
     };
@@ -131,18 +131,18 @@ TEST_F(first_use_test, without_memory_a_recording_is_not_ended)
     EXPECT_TRUE(has_exited_with(status_without_memory(stop, m_start), threw));
 }
 
-TEST_F(first_use_test, without_memory_the_last_owner_lets_go_of_a_recording_all_the_same)
+TEST_F(first_use_test, without_memory_the_last_owner_still_releases_a_recording)
 {
-    const auto let_go = [&] {
+    const auto release = [&] {
         m_storage.reset();
     };
-    EXPECT_TRUE(has_exited_with(status_without_memory(let_go, m_start), went_on));
+    EXPECT_TRUE(has_exited_with(status_without_memory(release, m_start), returned));
 }
 
-TEST_F(first_use_test, without_memory_a_process_that_records_forks_all_the_same)
+TEST_F(first_use_test, without_memory_a_process_that_records_can_still_fork)
 {
     const auto fork_once = [] {
         EXPECT_TRUE(has_exited_with(status_of_child([] { return 0; }), 0));
     };
-    EXPECT_TRUE(has_exited_with(status_without_memory(fork_once, m_start), went_on));
+    EXPECT_TRUE(has_exited_with(status_without_memory(fork_once, m_start), returned));
 }

@@ -14,16 +14,16 @@ namespace
 std::int32_t& id_counter();
 
 template <std::int32_t* Counter>
-struct reach_t
+struct member_access_t
 {
     friend std::int32_t& id_counter() { return *Counter; }
 };
 
-template struct reach_t<&velmo_ex_t::m_id_counter>;
+template struct member_access_t<&velmo_ex_t::m_id_counter>;
 
 } // namespace
 
-TEST(id_counter_test, goes_on_with_the_smallest_number_after_the_largest)
+TEST(id_counter_test, wraps_to_the_smallest_number_after_the_largest)
 {
     const std::int32_t former = id_counter();
     id_counter() = std::numeric_limits<std::int32_t>::max();

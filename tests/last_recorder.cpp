@@ -17,9 +17,9 @@ using namespace velmoext_1_4_8;
 namespace
 {
 
-message_ptr make_recorded(const std::wstring& type)
+message_ptr_t make_recorded(const std::wstring& type)
 {
-    const message_ptr message = make_message(type, message_t::info);
+    const message_ptr_t message = make_message(type, message_t::info);
     message->set_content(
         make_content({{L"tool\xE9", L"a <b>"}}, {{L"n", L"not plain: \xE9 & \""}}));
     message->set_flags(1);
@@ -27,9 +27,9 @@ message_ptr make_recorded(const std::wstring& type)
 }
 
 // Ends the process at once if the serializer does not return an equal message.
-void require_round_trip(const message_ptr& message)
+void require_round_trip(const message_ptr_t& message)
 {
-    const message_ptr read = string_message_serializer_t::xml_string_to_message(
+    const message_ptr_t read = string_message_serializer_t::xml_string_to_message(
         string_message_serializer_t::message_to_xml_string(message));
     if (!read || !read->equal_to(message) ||
         read->get_content().args != message->get_content().args)
@@ -53,7 +53,7 @@ public:
 private:
     void record(const std::wstring& type)
     {
-        const message_ptr message = make_recorded(type);
+        const message_ptr_t message = make_recorded(type);
         for (int i = 0; i < 3; ++i) {
             m_storage->on_message(boost::shared_ptr<velmo_ex_t>(), message);
             require_round_trip(message);
@@ -78,7 +78,7 @@ last_recorder_t& thread_local_recorder()
 
 void use_library(const boost::shared_ptr<messages_storage_t>& storage)
 {
-    const message_ptr message = make_recorded(L"first");
+    const message_ptr_t message = make_recorded(L"first");
     require_round_trip(message);
     storage->on_message(boost::shared_ptr<velmo_ex_t>(), message);
 }

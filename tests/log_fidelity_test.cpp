@@ -1,4 +1,4 @@
-// Logs, read with libxml2's breaks in their text. Each file of the folder LOGS comes with
+// Replays logs whose text libxml2 delivers in chunks. Each file of the folder LOGS comes with
 // - NAME.expected: the messages that its replay delivers. If later elements have changed a message
 //   after its delivery, the changed message follows it.
 // - NAME.carried, if it differs: the same after a recording has carried the log over.
@@ -60,7 +60,7 @@ class writing_handler_t : public base_handler_t
 {
 public:
     using base_handler_t::on_message;
-    bool on_message(boost::shared_ptr<velmo_ex_t> /*ex*/, message_ptr msg) override
+    bool on_message(boost::shared_ptr<velmo_ex_t> /*ex*/, message_ptr_t msg) override
     {
         m_texts.push_back(message_text(*msg, "  ", "\n"));
         m_messages.push_back(std::move(msg));
@@ -69,20 +69,20 @@ public:
 
     std::vector<std::string> texts() const
     {
-        std::vector<std::string> made;
+        std::vector<std::string> result;
         for (std::size_t i = 0; i < m_texts.size(); ++i) {
             const std::string now = message_text(*m_messages[i], "  ", "\n");
-            made.push_back("message\n" + m_texts[i] +
-                           (now == m_texts[i] ? "" : "afterwards\n" + now));
+            result.push_back("message\n" + m_texts[i] +
+                             (now == m_texts[i] ? "" : "afterwards\n" + now));
         }
-        return made;
+        return result;
     }
 
     const std::vector<std::string>& texts_at_delivery() const { return m_texts; }
 
 private:
     std::vector<std::string> m_texts;
-    std::vector<message_ptr> m_messages;
+    std::vector<message_ptr_t> m_messages;
 };
 
 boost::shared_ptr<writing_handler_t> replay_whole(const storage_ptr& storage)
@@ -133,7 +133,7 @@ TEST_P(log_fidelity_file_test, is_replayed_as_expected_after_it_was_carried_over
 INSTANTIATE_TEST_SUITE_P(log, log_fidelity_file_test, testing::ValuesIn(names_of(".xml")),
                          [](const auto& name) { return name.param; });
 
-TEST_F(log_fidelity_test, each_file_has_its_partner)
+TEST_F(log_fidelity_test, each_log_has_an_expected_file)
 {
     const std::vector<std::string> logs = names_of(".xml");
     EXPECT_FALSE(logs.empty());
@@ -142,13 +142,13 @@ TEST_F(log_fidelity_test, each_file_has_its_partner)
         EXPECT_TRUE(has(name + ".xml")) << name;
 }
 
-TEST_F(log_fidelity_test, what_is_carried_over_is_written_down_only_where_it_differs)
+TEST_F(log_fidelity_test, a_carried_file_exists_only_if_it_differs_from_the_expected_file)
 {
     for (const std::string& name : names_of(".carried"))
         EXPECT_NE(read_messages(name + ".carried"), read_messages(name + ".expected")) << name;
 }
 
-TEST_F(log_fidelity_test, a_log_that_is_cut_anywhere_delivers_the_first_of_its_messages)
+TEST_F(log_fidelity_test, a_log_that_is_cut_anywhere_delivers_its_first_messages)
 {
     const std::string log = read("a_bit_of_everything.xml");
     m_folder.write("log.xml", log);
@@ -167,7 +167,7 @@ TEST_F(log_fidelity_test, a_log_that_is_cut_anywhere_delivers_the_first_of_its_m
     EXPECT_EQ(delivered, all.size());
 }
 
-TEST_F(log_fidelity_test, of_what_was_appended_since_a_replay_the_first_message_is_delivered)
+TEST_F(log_fidelity_test, a_replay_after_an_append_delivers_only_the_first_appended_message)
 {
     const std::string log = "<log>\n <msg><type>a</type></msg>\n";
     m_folder.write("log.xml", log);
@@ -177,18 +177,18 @@ TEST_F(log_fidelity_test, of_what_was_appended_since_a_replay_the_first_message_
     EXPECT_EQ(replay(storage), L"b;") << "it is parsed as a document of its own";
 }
 
-TEST_F(log_fidelity_test, a_storage_that_has_replayed_a_log_misses_what_is_recorded_later)
+TEST_F(log_fidelity_test, a_storage_that_has_replayed_a_log_misses_messages_that_are_recorded_later)
 {
     storage_ptr storage = get();
     record_all(L"a");
     EXPECT_EQ(replay(storage), L"a;");
     record_all(L"bc");
-    EXPECT_EQ(replay(storage), L"") << "the end of the root stood where b begins now";
+    EXPECT_EQ(replay(storage), L"") << "b begins at the former offset of the end of the root";
     storage.reset();
     EXPECT_EQ(replay(get()), L"a;b;c;");
 }
 
-TEST_F(log_fidelity_test, a_replay_of_a_log_that_is_being_recorded_skips_what_is_torn)
+TEST_F(log_fidelity_test, a_replay_that_begins_within_a_message_delivers_nothing)
 {
     const std::string log = "<log>\n <msg><type>a</type></msg>\n <msg><ty";
     m_folder.write("log.xml", log);

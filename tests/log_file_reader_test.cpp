@@ -33,7 +33,7 @@ protected:
     log_file_reader_test()
     {
         m_reader.set_callback(
-            [this](const message_ptr& message) { m_types += message->get_type() + L";"; });
+            [this](const message_ptr_t& message) { m_types += message->get_type() + L";"; });
     }
 
     // Returns the types of the messages that a new reader finds.
@@ -43,7 +43,7 @@ protected:
         log_file_reader reader(m_folder.name("log.xml"));
         std::wstring types;
         reader.set_callback(
-            [&](const message_ptr& message) { types += message->get_type() + L";"; });
+            [&](const message_ptr_t& message) { types += message->get_type() + L";"; });
         reader.parse();
         m_refusal = reader.refusal();
         EXPECT_EQ(reader.position(), static_cast<std::int64_t>(log.size()));
@@ -104,7 +104,7 @@ TEST_F(log_file_reader_test, the_text_ends_at_a_zero)
               L"a;");
 }
 
-TEST_F(log_file_reader_test, what_is_new_is_read_as_a_log_of_its_own)
+TEST_F(log_file_reader_test, appended_text_is_read_as_a_log_of_its_own)
 {
     const std::string one = "<log>" + message("a") + "</log>";
     write(one);
@@ -117,7 +117,7 @@ TEST_F(log_file_reader_test, what_is_new_is_read_as_a_log_of_its_own)
     EXPECT_EQ(m_reader.position(), static_cast<std::int64_t>((one + message("b")).size()));
 }
 
-TEST_F(log_file_reader_test, a_text_without_a_tag_is_passed_over)
+TEST_F(log_file_reader_test, a_text_without_a_tag_is_skipped)
 {
     for (const std::string& text : {std::string("text"), std::string(2 * chunk, 'x'),
                                     std::string(1, '\0') + "<log>" + message("a")}) {
@@ -135,7 +135,7 @@ TEST_F(log_file_reader_test, a_damaged_text_with_a_tag_is_read)
          {std::string(">"), std::string("x>y"), std::string("<log"), message("a") + "<",
           "<log>" + std::string(2 * chunk, ' ') + "x"}) {
         log_file_reader reader(m_folder.name("log.xml"));
-        reader.set_callback([](const message_ptr&) {});
+        reader.set_callback([](const message_ptr_t&) {});
         write(log);
         EXPECT_EQ(reader.parse(), log.find('>') != std::string::npos) << log.substr(0, 20);
     }
@@ -152,11 +152,12 @@ TEST_F(log_file_reader_test, a_file_that_is_missing_or_shorter_leaves_the_positi
     EXPECT_EQ(m_reader.position(), 11);
 }
 
-TEST_F(log_file_reader_test, what_a_callback_throws_passes_out_with_the_position_at_the_end)
+TEST_F(log_file_reader_test,
+       an_exception_of_a_callback_propagates_and_leaves_the_position_at_the_end)
 {
     const std::string log = "<log>" + message("a") + std::string(2 * chunk, ' ') + "</log>";
     write(log);
-    m_reader.set_callback([](const message_ptr&) { throw 1; });
+    m_reader.set_callback([](const message_ptr_t&) { throw 1; });
     EXPECT_THROW(m_reader.parse(), int);
     EXPECT_EQ(m_reader.position(), static_cast<std::int64_t>(log.size()));
     EXPECT_FALSE(m_reader.parse());
@@ -173,7 +174,7 @@ TEST_F(log_file_reader_test, a_log_beyond_a_limit_is_refused_with_the_reason)
     EXPECT_EQ(refusal_of(unknown_encoding + "<log>" + end), refusal_t::encoding);
 }
 
-TEST_F(log_file_reader_test, what_costs_a_parse_of_events_nothing_is_not_limited)
+TEST_F(log_file_reader_test, input_that_is_cheap_for_a_parse_of_events_is_not_limited)
 {
     const std::string end = message("last") + "</log>";
     for (const std::string& log :
@@ -187,7 +188,7 @@ TEST_F(log_file_reader_test, what_costs_a_parse_of_events_nothing_is_not_limited
     }
 }
 
-TEST_F(log_file_reader_test, a_refusal_is_that_of_the_last_text_alone)
+TEST_F(log_file_reader_test, a_refusal_is_that_of_the_last_text_only)
 {
     const std::string refused = long_type + "<log>" + message("a") + "</log>";
     write(refused);
@@ -224,7 +225,7 @@ TEST_F(log_file_reader_test, a_refusal_is_found_wherever_it_is)
     EXPECT_EQ(found(""), refusal_t::none);
 }
 
-TEST_F(log_file_reader_test, a_file_that_is_open_is_read_whatever_its_name_is_by_then)
+TEST_F(log_file_reader_test, an_open_file_is_read_after_its_name_was_removed)
 {
     write("<log>" + message("a"));
     file_descriptor_t file;
@@ -236,7 +237,7 @@ TEST_F(log_file_reader_test, a_file_that_is_open_is_read_whatever_its_name_is_by
     EXPECT_FALSE(m_reader.parse(file)) << "nothing is new";
 }
 
-TEST_F(log_file_reader_test, a_byte_that_the_encoding_does_not_have_prints_nothing)
+TEST_F(log_file_reader_test, a_byte_that_is_invalid_in_the_encoding_prints_nothing)
 {
     testing::internal::CaptureStderr();
     EXPECT_EQ(types_in("<?xml version='1.0' encoding='GBK'?><log>" + message("a") + "\xFF" +
@@ -247,7 +248,7 @@ TEST_F(log_file_reader_test, a_byte_that_the_encoding_does_not_have_prints_nothi
 }
 
 // With libxml2 alone each of them would take minutes.
-TEST_F(log_file_reader_test, what_is_quadratic_ends_the_delivery_at_once)
+TEST_F(log_file_reader_test, input_of_quadratic_cost_ends_the_delivery_at_once)
 {
     const std::string names = numbered("<n", 400000, "/>");
     const std::string attributes = numbered(" a", 20000, "=''") + repeated(" a19999=''", 1000000);
@@ -309,7 +310,7 @@ TEST_F(log_file_reader_test, the_time_is_linear_in_the_size)
         m_folder.write("log.xml",
                        before + repeated(repeating, size / std::string(repeating).size()) + ">");
         log_file_reader reader(m_folder.name("log.xml"));
-        reader.set_callback([](const message_ptr&) {});
+        reader.set_callback([](const message_ptr_t&) {});
         const usage_t usage;
         reader.parse();
         EXPECT_LT(usage.seconds(), 3) << before << repeating;

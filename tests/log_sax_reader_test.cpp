@@ -20,7 +20,7 @@ class log_sax_reader_test : public testing::Test
 protected:
     log_sax_reader_test()
     {
-        m_reader.set_callback([this](message_ptr message) {
+        m_reader.set_callback([this](message_ptr_t message) {
             m_messages.push_back(message);
             m_types += message->get_type() + L";";
         });
@@ -47,7 +47,7 @@ protected:
     }
 
     log_sax_reader m_reader;
-    std::vector<message_ptr> m_messages;
+    std::vector<message_ptr_t> m_messages;
     std::wstring m_types; ///< of the messages at their delivery, each with a semicolon
 };
 
@@ -71,14 +71,14 @@ TEST_F(log_sax_reader_test, delivers_every_message_of_a_log_in_its_order)
                              " <msg>\n  <type>two</type>\n </msg>\n</log>\n"),
               0);
     EXPECT_EQ(m_types, L"one;two;");
-    const message_ptr one = m_messages.at(0);
+    const message_ptr_t one = m_messages.at(0);
     EXPECT_EQ(one->get_severity(), message_t::error);
-    EXPECT_EQ(one->get_content().args, (texts_t{{L"a", L"1"}}));
-    EXPECT_EQ(one->get_content().attributes, (texts_t{{L"tool", L"x"}}));
+    EXPECT_EQ(one->get_content().args, (string_map_t{{L"a", L"1"}}));
+    EXPECT_EQ(one->get_content().attributes, (string_map_t{{L"tool", L"x"}}));
     EXPECT_EQ(m_messages.at(1)->get_severity(), message_t::none);
 }
 
-TEST_F(log_sax_reader_test, a_message_alone_is_delivered_too)
+TEST_F(log_sax_reader_test, a_message_without_a_log_element_is_delivered_too)
 {
     EXPECT_EQ(m_reader.parse("<msg><type>t</type></msg>"), 0);
     EXPECT_EQ(m_types, L"t;");
@@ -101,7 +101,7 @@ TEST_F(log_sax_reader_test, a_source_attribute_is_kept_as_tool_too)
 {
     m_reader.parse("<log><msg source='s'><type>t</type></msg></log>");
     EXPECT_EQ(m_messages.at(0)->get_content().attributes,
-              (texts_t{{L"source", L"s"}, {L"tool", L"s"}}));
+              (string_map_t{{L"source", L"s"}, {L"tool", L"s"}}));
     EXPECT_NE(string_message_serializer_t::message_to_xml_string(m_messages.at(0))
                   .find(L"<msg source=\"s\" tool=\"s\">"),
               std::wstring::npos);
@@ -111,61 +111,61 @@ TEST_F(log_sax_reader_test, a_source_attribute_does_not_replace_a_tool)
 {
     m_reader.parse("<log><msg source='s' tool='t'><type>t</type></msg></log>");
     EXPECT_EQ(m_messages.at(0)->get_content().attributes,
-              (texts_t{{L"source", L"s"}, {L"tool", L"t"}}));
+              (string_map_t{{L"source", L"s"}, {L"tool", L"t"}}));
 }
 
-TEST_F(log_sax_reader_test, an_empty_source_attribute_makes_an_empty_tool)
+TEST_F(log_sax_reader_test, an_empty_source_attribute_gives_an_empty_tool)
 {
     m_reader.parse("<log><msg source=''><type>t</type></msg></log>");
     EXPECT_EQ(m_messages.at(0)->get_content().attributes,
-              (texts_t{{L"source", L""}, {L"tool", L""}}));
+              (string_map_t{{L"source", L""}, {L"tool", L""}}));
 }
 
 TEST_F(log_sax_reader_test, unnamed_arguments_are_counted_and_named_ones_take_no_number)
 {
     const auto content = read("<arg>1</arg><arg name='n'>2</arg><arg name=''>3</arg>");
-    EXPECT_EQ(content.args, (texts_t{{L"arg1", L"1"}, {L"arg2", L"3"}, {L"n", L"2"}}));
+    EXPECT_EQ(content.args, (string_map_t{{L"arg1", L"1"}, {L"arg2", L"3"}, {L"n", L"2"}}));
     EXPECT_EQ(content.next_arg_number, 3);
 }
 
 TEST_F(log_sax_reader_test, an_unnamed_argument_without_text_takes_a_number)
 {
-    EXPECT_EQ(read("<arg/><arg>2</arg>").args, (texts_t{{L"arg2", L"2"}}));
+    EXPECT_EQ(read("<arg/><arg>2</arg>").args, (string_map_t{{L"arg2", L"2"}}));
 }
 
-TEST_F(log_sax_reader_test, an_argument_without_text_is_none)
+TEST_F(log_sax_reader_test, an_argument_without_text_is_dropped)
 {
     EXPECT_TRUE(read("<arg name='a'></arg><arg name='b'/>").args.empty());
     EXPECT_EQ(string_message_serializer_t::xml_string_to_message(
                   L"<msg><arg name='a'></arg><arg name='b'/></msg>")
                   ->get_content()
                   .args,
-              (texts_t{{L"a", L""}, {L"b", L""}}));
+              (string_map_t{{L"a", L""}, {L"b", L""}}));
 }
 
 TEST_F(log_sax_reader_test, the_first_of_several_arguments_or_elements_of_a_name_stays)
 {
     const auto content = read("<arg name='a'>1</arg><arg name='a'>2</arg><e>3</e><e>4</e>");
-    EXPECT_EQ(content.args, (texts_t{{L"a", L"1"}}));
-    EXPECT_EQ(content.elements, (texts_t{{L"e", L"3"}}));
+    EXPECT_EQ(content.args, (string_map_t{{L"a", L"1"}}));
+    EXPECT_EQ(content.elements, (string_map_t{{L"e", L"3"}}));
 }
 
-TEST_F(log_sax_reader_test, a_text_that_is_dropped_takes_the_name_of_its_argument_along)
+TEST_F(log_sax_reader_test, a_text_that_is_dropped_drops_the_name_of_its_argument_too)
 {
     EXPECT_EQ(read("<arg name='a'>1</arg><arg name='a'>2&amp;3</arg>").args,
-              (texts_t{{L"", L"&"}, {L"a", L"1"}}));
+              (string_map_t{{L"", L"&"}, {L"a", L"1"}}));
 }
 
 TEST_F(log_sax_reader_test, a_timestamp_is_an_element_like_any_other)
 {
-    EXPECT_EQ(read("<timestamp>now</timestamp>").elements, (texts_t{{L"timestamp", L"now"}}));
+    EXPECT_EQ(read("<timestamp>now</timestamp>").elements, (string_map_t{{L"timestamp", L"now"}}));
 }
 
 TEST_F(log_sax_reader_test, text_between_the_children_is_ignored)
 {
     const auto content = read("x<arg name='a'>1</arg>y<e>2</e>z");
-    EXPECT_EQ(content.args, (texts_t{{L"a", L"1"}}));
-    EXPECT_EQ(content.elements, (texts_t{{L"e", L"2"}}));
+    EXPECT_EQ(content.args, (string_map_t{{L"a", L"1"}}));
+    EXPECT_EQ(content.elements, (string_map_t{{L"e", L"2"}}));
 }
 
 TEST_F(log_sax_reader_test, text_outside_of_any_message_is_ignored)
@@ -177,10 +177,10 @@ TEST_F(log_sax_reader_test, text_outside_of_any_message_is_ignored)
 
 TEST_F(log_sax_reader_test, white_space_alone_is_a_text)
 {
-    EXPECT_EQ(read("<arg name='a'>  \n</arg>").args, (texts_t{{L"a", L"  \n"}}));
+    EXPECT_EQ(read("<arg name='a'>  \n</arg>").args, (string_map_t{{L"a", L"  \n"}}));
 }
 
-TEST_F(log_sax_reader_test, a_text_that_only_begins_like_a_severity_is_none)
+TEST_F(log_sax_reader_test, a_text_that_only_begins_like_a_severity_is_not_a_severity)
 {
     for (const char* const text : {"criticality", "ERROR ERROR", "INFO\n", "WARNING&amp;"}) {
         m_reader.parse("<msg><type>t</type><severity>" + std::string(text) + "</severity></msg>");
@@ -193,94 +193,97 @@ TEST_F(log_sax_reader_test, a_text_that_only_begins_like_a_severity_is_none)
 TEST_F(log_sax_reader_test, an_entity_in_an_argument_stays_as_it_is_written)
 {
     EXPECT_EQ(read("<arg name='n'>a &amp; b</arg>").args,
-              (texts_t{{L"", L"&"}, {L"n", L"a &amp; b"}}));
+              (string_map_t{{L"", L"&"}, {L"n", L"a &amp; b"}}));
 }
 
 TEST_F(log_sax_reader_test, a_character_reference_in_an_argument_stays_as_it_is_written)
 {
     EXPECT_EQ(read("<arg name='n'>a&#10;b</arg>").args,
-              (texts_t{{L"", L"\n"}, {L"n", L"a&#10;b"}}));
+              (string_map_t{{L"", L"\n"}, {L"n", L"a&#10;b"}}));
 }
 
 TEST_F(log_sax_reader_test, an_entity_in_an_element_stays_as_it_is_written)
 {
-    EXPECT_EQ(read("<e>a &lt; b</e>").elements, (texts_t{{L"e", L"a &lt; b"}}));
+    EXPECT_EQ(read("<e>a &lt; b</e>").elements, (string_map_t{{L"e", L"a &lt; b"}}));
 }
 
-TEST_F(log_sax_reader_test, of_the_pieces_of_a_type_the_last_counts)
+TEST_F(log_sax_reader_test, the_last_chunk_of_a_type_counts)
 {
     EXPECT_EQ(read_type("a &amp; b"), L" b");
     EXPECT_EQ(read_type("a &amp;"), L"&");
     EXPECT_EQ(read_type("&lt;a"), L"a");
 }
 
-TEST_F(log_sax_reader_test, non_ascii_text_is_kept_up_to_where_libxml2_breaks_it)
+TEST_F(log_sax_reader_test, non_ascii_text_is_kept_up_to_the_end_of_its_chunk)
 {
     const auto content = read("<arg name='n'>\xC3\xA4 plain</arg><e>plain</e>");
-    EXPECT_EQ(content.args, (texts_t{{L"n", L"\xE4 plain"}}));
+    EXPECT_EQ(content.args, (string_map_t{{L"n", L"\xE4 plain"}}));
     const auto broken = read("<arg name='n'>plain \xC3\xA4</arg>");
-    EXPECT_EQ(broken.args, (texts_t{{L"", L"\xE4"}, {L"n", L"plain \xE4"}}));
+    EXPECT_EQ(broken.args, (string_map_t{{L"", L"\xE4"}, {L"n", L"plain \xE4"}}));
 }
 
-TEST_F(log_sax_reader_test, a_character_beyond_ascii_is_read_at_every_place_of_a_text)
+TEST_F(log_sax_reader_test, a_character_beyond_ascii_is_read_at_every_position_of_a_text)
 {
     for (std::size_t size = 1; size <= 20; ++size)
-        for (std::size_t place = 0; place != size; ++place) {
-            const std::string before(place, 'a');
-            const std::string behind(size - place - 1, 'z');
+        for (std::size_t position = 0; position != size; ++position) {
+            const std::string before(position, 'a');
+            const std::string after(size - position - 1, 'z');
             const auto read_attribute =
-                read("<arg name='" + before + "\xC3\xA9" + behind + "'>x</arg>");
-            EXPECT_EQ(read_attribute.args, (texts_t{{std::wstring(place, L'a') + L'\xE9' +
-                                                         std::wstring(size - place - 1, L'z'),
-                                                     L"x"}}))
-                << place << " of " << size;
+                read("<arg name='" + before + "\xC3\xA9" + after + "'>x</arg>");
+            EXPECT_EQ(read_attribute.args,
+                      (string_map_t{{std::wstring(position, L'a') + L'\xE9' +
+                                         std::wstring(size - position - 1, L'z'),
+                                     L"x"}}))
+                << position << " of " << size;
         }
 }
 
-TEST_F(log_sax_reader_test, a_long_text_is_one_piece_wherever_it_begins)
+TEST_F(log_sax_reader_test, a_long_text_is_one_chunk_wherever_it_begins)
 {
     const std::wstring text(9000, L'x');
     const std::string utf8(text.begin(), text.end());
     for (const std::size_t before : {0U, 3900U, 4096U, 9000U}) {
         const std::string comment = "<!--" + std::string(before, 'c') + "-->";
-        EXPECT_EQ(read(comment + "<arg name='n'>" + utf8 + "</arg>").args, (texts_t{{L"n", text}}));
+        EXPECT_EQ(read(comment + "<arg name='n'>" + utf8 + "</arg>").args,
+                  (string_map_t{{L"n", text}}));
         EXPECT_EQ(read_type(comment + utf8), text);
     }
 }
 
-TEST_F(log_sax_reader_test, a_section_of_character_data_is_a_piece)
+TEST_F(log_sax_reader_test, a_cdata_section_is_a_chunk)
 {
-    EXPECT_EQ(read("<arg name='n'><![CDATA[a <b]]></arg>").args, (texts_t{{L"n", L"a "}}));
+    EXPECT_EQ(read("<arg name='n'><![CDATA[a <b]]></arg>").args, (string_map_t{{L"n", L"a "}}));
     EXPECT_EQ(read("<arg name='n'>x<![CDATA[y]]></arg>").args,
-              (texts_t{{L"", L"y"}, {L"n", L"x"}}));
+              (string_map_t{{L"", L"y"}, {L"n", L"x"}}));
 }
 
-TEST_F(log_sax_reader_test, a_comment_ends_a_piece)
+TEST_F(log_sax_reader_test, a_comment_ends_a_chunk)
 {
-    EXPECT_EQ(read("<arg name='n'>a<!-- c -->b</arg>").args, (texts_t{{L"", L"b"}, {L"n", L"a"}}));
+    EXPECT_EQ(read("<arg name='n'>a<!-- c -->b</arg>").args,
+              (string_map_t{{L"", L"b"}, {L"n", L"a"}}));
 }
 
 TEST_F(log_sax_reader_test, an_ampersand_in_an_attribute_stays_a_reference)
 {
-    EXPECT_EQ(read("<arg name='a&amp;b'>1</arg>").args, (texts_t{{L"a&#38;b", L"1"}}));
+    EXPECT_EQ(read("<arg name='a&amp;b'>1</arg>").args, (string_map_t{{L"a&#38;b", L"1"}}));
 }
 
 TEST_F(log_sax_reader_test, an_element_within_a_child_is_a_child_too)
 {
     const auto content = read("<arg name='n'>a<b>c</b>d</arg>");
-    EXPECT_EQ(content.args, (texts_t{{L"n", L"a"}}));
-    EXPECT_EQ(content.elements, (texts_t{{L"b", L"c"}}));
+    EXPECT_EQ(content.args, (string_map_t{{L"n", L"a"}}));
+    EXPECT_EQ(content.elements, (string_map_t{{L"b", L"c"}}));
 }
 
-TEST_F(log_sax_reader_test, namespaces_mean_nothing_here)
+TEST_F(log_sax_reader_test, namespaces_are_not_resolved)
 {
     const auto content = read("<p:e xmlns:p='u'>1</p:e>");
-    EXPECT_EQ(content.elements, (texts_t{{L"p:e", L"1"}}));
+    EXPECT_EQ(content.elements, (string_map_t{{L"p:e", L"1"}}));
 }
 
-// ---- logs that are odd or broken
+// ---- unusual or damaged logs
 
-TEST_F(log_sax_reader_test, elements_before_any_message_do_nothing)
+TEST_F(log_sax_reader_test, elements_before_any_message_have_no_effect)
 {
     m_reader.parse("<log><arg name='a'>1</arg><arg>2</arg><type>x</type><severity>INFO</severity>"
                    "<e>3</e><msg><type>t</type></msg></log>");
@@ -295,12 +298,12 @@ TEST_F(log_sax_reader_test, a_foreign_root_delivers_nothing)
     EXPECT_EQ(m_messages.size(), 0U);
 }
 
-TEST_F(log_sax_reader_test, what_follows_a_message_still_fills_it)
+TEST_F(log_sax_reader_test, elements_after_a_message_are_still_added_to_it)
 {
     m_reader.parse("<log><msg><type>t</type></msg><arg name='a'>1</arg><type>late</type></log>");
     EXPECT_EQ(m_types, L"t;");
     EXPECT_EQ(m_messages.at(0)->get_type(), L"late");
-    EXPECT_EQ(m_messages.at(0)->get_content().args, (texts_t{{L"a", L"1"}}));
+    EXPECT_EQ(m_messages.at(0)->get_content().args, (string_map_t{{L"a", L"1"}}));
 }
 
 TEST_F(log_sax_reader_test, a_message_within_a_message_replaces_it_and_is_delivered_at_both_ends)
@@ -310,7 +313,7 @@ TEST_F(log_sax_reader_test, a_message_within_a_message_replaces_it_and_is_delive
     EXPECT_EQ(m_messages.at(0), m_messages.at(1));
 }
 
-TEST_F(log_sax_reader_test, a_log_without_its_end_delivers_what_is_complete)
+TEST_F(log_sax_reader_test, a_log_without_its_end_delivers_its_complete_messages)
 {
     EXPECT_GT(m_reader.parse("<log><msg><type>a</type></msg><msg><type>b</type>"), 0);
     EXPECT_EQ(m_types, L"a;");
@@ -327,7 +330,7 @@ TEST_F(log_sax_reader_test, damage_ends_the_delivery)
 // libxml2 scans the text once more after this fault.
 TEST_F(log_sax_reader_test, damage_in_a_long_log_ends_the_delivery)
 {
-    const own_memory_t own_memory;
+    const own_mappings_scope_t own_mappings;
     EXPECT_GT(
         m_reader.parse("<log><msg><type>a</type></msg><msg><arg>]]></arg><type>b</type></msg>" +
                        std::string(40000000, ' ') + "</log>"),
@@ -344,7 +347,7 @@ TEST_F(log_sax_reader_test, a_log_that_is_cut_anywhere_delivers_the_messages_bef
     for (std::size_t size = 0; size <= whole.size(); ++size) {
         m_types.clear();
         log_sax_reader reader;
-        reader.set_callback([this](message_ptr message) { m_types += message->get_type(); });
+        reader.set_callback([this](message_ptr_t message) { m_types += message->get_type(); });
         reader.parse(whole.substr(0, size));
         EXPECT_EQ(m_types, size < one.size() ? L"" : size < two.size() ? L"a" : L"ab") << size;
     }
@@ -363,16 +366,18 @@ TEST_F(log_sax_reader_test, one_reader_reads_one_text_after_the_other)
     EXPECT_EQ(m_types, L"a;b;");
 }
 
-TEST_F(log_sax_reader_test, what_a_later_text_holds_outside_of_messages_fills_the_last_one)
+TEST_F(log_sax_reader_test,
+       elements_outside_of_messages_in_a_later_text_are_added_to_the_last_message)
 {
     m_reader.parse("<msg><type>a</type></msg>");
     m_reader.parse("<arg>1</arg>");
     m_reader.parse("<arg>2</arg>");
     EXPECT_EQ(m_types, L"a;");
-    EXPECT_EQ(m_messages.at(0)->get_content().args, (texts_t{{L"arg1", L"1"}, {L"arg2", L"2"}}));
+    EXPECT_EQ(m_messages.at(0)->get_content().args,
+              (string_map_t{{L"arg1", L"1"}, {L"arg2", L"2"}}));
 }
 
-TEST_F(log_sax_reader_test, nothing_is_printed_whatever_is_read)
+TEST_F(log_sax_reader_test, nothing_is_printed_for_any_input)
 {
     testing::internal::CaptureStderr();
     testing::internal::CaptureStdout();
@@ -387,23 +392,23 @@ TEST_F(log_sax_reader_test, nothing_is_printed_whatever_is_read)
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
-TEST_F(log_sax_reader_test, the_errors_of_the_process_go_where_they_went_before)
+TEST_F(log_sax_reader_test, the_error_handler_of_the_process_is_restored)
 {
-    static int heard = 0;
-    heard = 0;
-    const auto hear = [](void*, auto* /*constant since libxml2 2.12*/) {
-        ++heard;
+    static int error_count = 0;
+    error_count = 0;
+    const auto on_error = [](void*, auto* /*constant since libxml2 2.12*/) {
+        ++error_count;
     };
     void* const former_context = xmlStructuredErrorContext;
     const xmlStructuredErrorFunc former = xmlStructuredError;
-    xmlSetStructuredErrorFunc(nullptr, hear);
+    xmlSetStructuredErrorFunc(nullptr, on_error);
     m_reader.parse("<log>");
     string_message_serializer_t::xml_string_to_message(L"<log>");
-    EXPECT_EQ(xmlStructuredError, static_cast<xmlStructuredErrorFunc>(hear));
-    EXPECT_EQ(heard, 0);
-    m_reader.set_callback([](message_ptr) { xmlReadDoc(BAD_CAST "<", nullptr, nullptr, 0); });
+    EXPECT_EQ(xmlStructuredError, static_cast<xmlStructuredErrorFunc>(on_error));
+    EXPECT_EQ(error_count, 0);
+    m_reader.set_callback([](message_ptr_t) { xmlReadDoc(BAD_CAST "<", nullptr, nullptr, 0); });
     m_reader.parse("<msg><type>t</type></msg>");
-    EXPECT_GT(heard, 0) << "a handler's own errors are the process's";
+    EXPECT_GT(error_count, 0) << "the process receives the errors of a handler";
     xmlSetStructuredErrorFunc(former_context, former);
 }
 
@@ -425,10 +430,10 @@ TEST_F(log_sax_reader_test, without_a_callback_a_log_without_messages_is_read)
     EXPECT_EQ(log_sax_reader().parse("<log><msg/></log>"), 0);
 }
 
-TEST_F(log_sax_reader_test, what_the_callback_throws_passes_out_and_ends_the_delivery)
+TEST_F(log_sax_reader_test, an_exception_of_the_callback_propagates_and_ends_the_delivery)
 {
     int calls = 0;
-    m_reader.set_callback([&](message_ptr) {
+    m_reader.set_callback([&](message_ptr_t) {
         ++calls;
         throw std::runtime_error("first");
     });
@@ -437,9 +442,9 @@ TEST_F(log_sax_reader_test, what_the_callback_throws_passes_out_and_ends_the_del
     EXPECT_EQ(calls, 1);
 }
 
-TEST_F(log_sax_reader_test, what_is_thrown_leaves_the_last_error_of_the_thread_as_it_was)
+TEST_F(log_sax_reader_test, an_exception_leaves_the_last_error_of_the_thread_unchanged)
 {
-    m_reader.set_callback([](message_ptr) { throw 1; });
+    m_reader.set_callback([](message_ptr_t) { throw 1; });
     xmlResetLastError();
     EXPECT_THROW(m_reader.parse("<log><msg><type>a</type></msg></lag>"), int);
     EXPECT_EQ(xmlGetLastError(), nullptr);
@@ -447,25 +452,25 @@ TEST_F(log_sax_reader_test, what_is_thrown_leaves_the_last_error_of_the_thread_a
 
 TEST_F(log_sax_reader_test, a_reader_whose_callback_threw_can_be_used_again)
 {
-    m_reader.set_callback([](message_ptr) { throw 1; });
+    m_reader.set_callback([](message_ptr_t) { throw 1; });
     EXPECT_THROW(m_reader.parse("<log><msg><type>a</type></msg></log>"), int);
-    m_reader.set_callback([this](message_ptr message) { m_types += message->get_type(); });
+    m_reader.set_callback([this](message_ptr_t message) { m_types += message->get_type(); });
     EXPECT_EQ(m_reader.parse("<log><msg><type>b</type></msg></log>"), 0);
     EXPECT_EQ(m_types, L"b");
 }
 
-TEST_F(log_sax_reader_test, a_new_callback_replaces_the_former_and_lets_go_of_it)
+TEST_F(log_sax_reader_test, a_new_callback_replaces_the_former_and_releases_it)
 {
-    const auto held = boost::make_shared<int>(0);
-    m_reader.set_callback([held](message_ptr) {});
-    EXPECT_EQ(held.use_count(), 2);
-    m_reader.set_callback([](message_ptr) {});
-    EXPECT_EQ(held.use_count(), 1);
+    const auto owned = boost::make_shared<int>(0);
+    m_reader.set_callback([owned](message_ptr_t) {});
+    EXPECT_EQ(owned.use_count(), 2);
+    m_reader.set_callback([](message_ptr_t) {});
+    EXPECT_EQ(owned.use_count(), 1);
 }
 
 // ---- cost
 
-TEST_F(log_sax_reader_cost_test, a_long_log_takes_no_square_of_time)
+TEST_F(log_sax_reader_cost_test, a_long_log_takes_linear_time)
 {
     std::string log = "<log>";
     for (int i = 0; i < 100000; ++i)
@@ -474,7 +479,7 @@ TEST_F(log_sax_reader_cost_test, a_long_log_takes_no_square_of_time)
     EXPECT_EQ(m_messages.size(), 100000U);
 }
 
-TEST_F(log_sax_reader_cost_test, very_many_arguments_take_no_square_of_time)
+TEST_F(log_sax_reader_cost_test, many_arguments_take_linear_time)
 {
     std::string args;
     for (int i = 0; i < 100000; ++i)
@@ -482,7 +487,7 @@ TEST_F(log_sax_reader_cost_test, very_many_arguments_take_no_square_of_time)
     EXPECT_EQ(read(args).args.size(), 100000U);
 }
 
-TEST_F(log_sax_reader_cost_test, very_many_entities_in_a_type_take_no_square_of_time)
+TEST_F(log_sax_reader_cost_test, many_entities_in_a_type_take_linear_time)
 {
     std::string text = "x";
     for (int i = 0; i < 200000; ++i)
@@ -491,18 +496,18 @@ TEST_F(log_sax_reader_cost_test, very_many_entities_in_a_type_take_no_square_of_
     EXPECT_EQ(read_type(text + "end"), L"end");
 }
 
-TEST_F(log_sax_reader_cost_test, very_many_pieces_of_a_type_take_no_square_of_time)
+TEST_F(log_sax_reader_cost_test, many_chunks_of_a_type_take_linear_time)
 {
-    for (const char* const piece : {"a&#65;", "a\r\n", "&#65;\r\n"}) {
+    for (const char* const chunk : {"a&#65;", "a\r\n", "&#65;\r\n"}) {
         std::string text;
         for (int i = 0; i < 300000; ++i)
-            text += piece;
+            text += chunk;
         EXPECT_EQ(read_type(text + "&#65;end"), L"end");
         EXPECT_EQ(read_type(text + "&#66;"), L"B");
     }
 }
 
-TEST_F(log_sax_reader_cost_test, very_many_pieces_of_an_element_take_no_square_of_time)
+TEST_F(log_sax_reader_cost_test, many_chunks_of_an_element_take_linear_time)
 {
     const std::string name(49000, 'n');
     std::string text = "x";
@@ -511,7 +516,7 @@ TEST_F(log_sax_reader_cost_test, very_many_pieces_of_an_element_take_no_square_o
     EXPECT_EQ(read("<" + name + ">" + text + "</" + name + ">").elements.size(), 1U);
 }
 
-TEST_F(log_sax_reader_cost_test, very_many_pieces_of_a_severity_take_no_square_of_time)
+TEST_F(log_sax_reader_cost_test, many_chunks_of_a_severity_take_linear_time)
 {
     std::string text = "x";
     for (int i = 0; i < 200000; ++i)
@@ -524,7 +529,7 @@ TEST_F(log_sax_reader_cost_test, very_many_pieces_of_a_severity_take_no_square_o
     EXPECT_EQ(m_messages.at(1)->get_severity(), message_t::error);
 }
 
-TEST_F(log_sax_reader_cost_test, very_many_pieces_of_an_argument_take_no_square_of_time)
+TEST_F(log_sax_reader_cost_test, many_chunks_of_an_argument_take_linear_time)
 {
     std::string text = "x";
     for (int i = 0; i < 200000; ++i)

@@ -40,7 +40,7 @@ public:
     explicit walk_t(const std::string& log) : m_log(log)
     {
         m_log.resize(m_log.rfind('>') + 1);
-        m_reader.set_callback([this](const message_ptr& message) {
+        m_reader.set_callback([this](const message_ptr_t& message) {
             m_fields += fields_of(message);
             m_messages.push_back(message);
         });
@@ -49,7 +49,7 @@ public:
     // Collects stable lines unchanged, and other messages as they are written.
     walk_t& with_lines()
     {
-        m_reader.set_callback([this](const message_ptr& message) {
+        m_reader.set_callback([this](const message_ptr_t& message) {
             text_buffer_t<char> element;
             append_message_element(*message, 1, element);
             m_written.append(element.begin(), element.end());
@@ -91,7 +91,7 @@ public:
     std::string fields() const
     {
         std::string all = m_fields + "afterwards\n";
-        for (const message_ptr& message : m_messages)
+        for (const message_ptr_t& message : m_messages)
             all += fields_of(message);
         return all;
     }
@@ -109,7 +109,7 @@ public:
 private:
     std::string m_log;
     std::string m_fields;
-    std::vector<message_ptr> m_messages;
+    std::vector<message_ptr_t> m_messages;
     log_sax_reader m_reader;
     std::optional<log_walker_t> m_walker;
     bool m_takes_lines = false;
@@ -141,7 +141,7 @@ void expect_as_parsed(const std::string& log)
 
 } // namespace
 
-TEST(log_walker_test, a_log_gives_what_one_parse_of_it_gives_wherever_it_is_split)
+TEST(log_walker_test, a_log_that_is_split_anywhere_gives_the_result_of_one_parse)
 {
     const std::string expected = parsed(rich_log);
     EXPECT_NE(expected.find("three"), std::string::npos);
@@ -150,7 +150,7 @@ TEST(log_walker_test, a_log_gives_what_one_parse_of_it_gives_wherever_it_is_spli
     EXPECT_EQ(walk_t(rich_log).byte_by_byte().fields(), expected);
 }
 
-TEST(log_walker_test, a_log_gives_the_same_wherever_it_is_split_twice)
+TEST(log_walker_test, a_log_that_is_split_twice_anywhere_gives_the_result_of_one_parse)
 {
     const std::string log = "<log> <msg>\n <type>a</type>\n</msg><e>x</e>\n<msg><type>&lt;</type>"
                             "</msg>y <msg><type>c</type></msg></log>";
@@ -161,7 +161,7 @@ TEST(log_walker_test, a_log_gives_the_same_wherever_it_is_split_twice)
                 << first << ", " << second;
 }
 
-TEST(log_walker_test, a_log_that_is_cut_anywhere_gives_what_one_parse_of_it_gives)
+TEST(log_walker_test, a_log_that_is_cut_anywhere_gives_the_result_of_one_parse)
 {
     for (std::size_t size = 0; size <= rich_log.size(); ++size) {
         const std::string log = rich_log.substr(0, size);
@@ -179,7 +179,7 @@ TEST(log_walker_test, a_fault_anywhere_ends_the_walk_as_it_ends_a_parse)
         }
 }
 
-TEST(log_walker_test, random_logs_give_what_one_parse_gives_however_they_are_split)
+TEST(log_walker_test, random_logs_give_the_result_of_one_parse_however_they_are_split)
 {
     const random_seeds_t seeds(1500);
     for (auto seed = seeds.first; seed != seeds.end(); ++seed) {
@@ -192,7 +192,7 @@ TEST(log_walker_test, random_logs_give_what_one_parse_gives_however_they_are_spl
     }
 }
 
-TEST(log_walker_test, random_logs_are_written_again_the_same_from_lines_and_messages)
+TEST(log_walker_test, random_logs_are_rewritten_from_lines_and_messages_as_from_one_parse)
 {
     const random_seeds_t seeds(1500);
     for (auto seed = seeds.first; seed != seeds.end(); ++seed) {
@@ -264,11 +264,11 @@ TEST(log_walker_test, nothing_after_the_root_counts)
                          std::string(after));
 }
 
-TEST(log_walker_test, the_end_of_the_root_ends_the_walk_whatever_follows)
+TEST(log_walker_test, the_end_of_the_root_ends_the_walk_before_any_further_text)
 {
     for (const char* const between : {"", "<e>&lt;</e>", "<msg><type>a</type></msg>"}) {
         log_sax_reader reader;
-        reader.set_callback([](const message_ptr&) {});
+        reader.set_callback([](const message_ptr_t&) {});
         log_walker_t walker(reader);
         const std::string log = std::string("<log>") + between + "</log>";
         EXPECT_EQ(walker.walk(log.substr(0, log.size() - 1), false), log.size() - 6);
@@ -301,7 +301,7 @@ TEST(log_walker_test, the_state_between_elements_is_that_of_one_parse)
     }
 }
 
-TEST(log_walker_test, very_many_elements_for_libxml2_are_read_in_their_order)
+TEST(log_walker_test, many_elements_for_libxml2_are_read_in_their_order)
 {
     const std::string message = "<msg><arg name='n'>\xC3\xA9</arg><type>a</type></msg>\n";
     const std::string own = "<msg><type>own</type></msg>";
@@ -315,7 +315,7 @@ TEST(log_walker_test, very_many_elements_for_libxml2_are_read_in_their_order)
         }
 }
 
-TEST(log_walker_test, a_fault_is_found_in_what_is_long)
+TEST(log_walker_test, a_fault_is_found_in_a_long_log)
 {
     const std::string message = "<msg><type>a</type></msg>";
     for (const std::string& fault :
@@ -348,7 +348,7 @@ TEST(log_walker_test, a_fault_ends_the_walk_before_the_text_does)
     for (const char* const fault : {"<a b=c>", "<!-- -- -->", "<!DOCTYPE a>", "&u;<e/>", "]]><e/>",
                                     "\x01<e/>", "<a b='1' b='2'/>", "<e>\xFF</e>", "<1/>"}) {
         log_sax_reader reader;
-        reader.set_callback([](const message_ptr&) {});
+        reader.set_callback([](const message_ptr_t&) {});
         log_walker_t walker(reader);
         walker.walk("<log><msg><type>a</type></msg>" + std::string(fault) + std::string(600, 'x') +
                         "<e/>",
@@ -357,13 +357,13 @@ TEST(log_walker_test, a_fault_ends_the_walk_before_the_text_does)
     }
 }
 
-TEST(log_walker_test, what_is_complete_is_handed_over_before_the_text_ends)
+TEST(log_walker_test, complete_messages_are_delivered_before_the_text_ends)
 {
     for (const char* const before :
          {"", "<e/>", "text", "text<e/>text", "<e>text<f/></e> <!-- c -->"}) {
         std::wstring types;
         log_sax_reader reader;
-        reader.set_callback([&](const message_ptr& message) { types += message->get_type(); });
+        reader.set_callback([&](const message_ptr_t& message) { types += message->get_type(); });
         log_walker_t walker(reader);
         const std::string complete =
             "<log>" + std::string(before) + "<msg><type>a<!-- c --></type></msg>";
@@ -372,7 +372,7 @@ TEST(log_walker_test, what_is_complete_is_handed_over_before_the_text_ends)
     }
 }
 
-TEST(log_walker_test, a_reference_of_many_digits_ends_nothing)
+TEST(log_walker_test, a_reference_of_many_digits_does_not_end_the_walk)
 {
     expect_as_parsed("<log><msg><type>a</type></msg>&#" + std::string(100, '0') +
                      "65;<msg><type>b</type></msg></log>");
@@ -389,7 +389,7 @@ TEST(log_walker_test, a_log_in_another_encoding_is_read_whole)
                      "</msg><msg><type>b</type></msg></log>");
 }
 
-TEST(log_walker_test, a_fault_is_found_behind_characters_whose_bytes_look_like_markup)
+TEST(log_walker_test, a_fault_is_found_after_characters_whose_bytes_look_like_markup)
 {
     const std::string character = "\x1B$B<!\x1B(B";
     for (const std::size_t size : {0U, 480U, 520U, 5000U}) {
@@ -408,7 +408,7 @@ TEST(log_walker_test, an_unknown_encoding_is_refused)
 }
 
 // Parsing the root again for each element would take a minute.
-TEST(log_walker_test, many_attributes_of_the_root_cost_nothing_for_the_elements)
+TEST(log_walker_test, many_attributes_of_the_root_do_not_slow_down_the_elements)
 {
     const usage_t usage;
     walk_t("<log" + numbered(" a", 4000, "=''") + ">" +
@@ -439,7 +439,7 @@ TEST(log_walker_test, an_element_beyond_a_limit_ends_the_walk)
     EXPECT_EQ(whole.refusal(), refusal_t::attributes);
 }
 
-TEST(log_walker_test, an_element_of_the_written_form_has_no_limit_or_costs_only_itself)
+TEST(log_walker_test, an_element_of_the_written_form_has_no_limit_or_is_dropped_alone)
 {
     const std::string first = "<log><msg><type>first</type></msg>";
     const std::string last = "<msg><type>&amp;last</type></msg></log>";
@@ -490,11 +490,11 @@ TEST(log_walker_test, a_written_log_of_any_messages_is_read)
     }
 }
 
-TEST(log_walker_test, what_the_callback_throws_passes_out)
+TEST(log_walker_test, an_exception_of_the_callback_propagates)
 {
     for (const char* const text : {"a", "&amp;"}) {
         log_sax_reader reader;
-        reader.set_callback([](const message_ptr&) { throw 1; });
+        reader.set_callback([](const message_ptr_t&) { throw 1; });
         log_walker_t walker(reader);
         EXPECT_THROW(
             walker.walk("<log><msg><type>" + std::string(text) + "</type></msg></log>", true), int);

@@ -32,28 +32,28 @@ struct dotted_numbers_t : std::numpunct<wchar_t>
 
 TEST(message_builder_test, a_message_has_all_that_was_set)
 {
-    const message_ptr message = message_builder_t(L"file_large")
-                                    .severity(message_t::warning)
-                                    .source(L"audit")
-                                    .flags(3)
-                                    .arg(L"path", L"/a")
-                                    .arg(L"size", 4096)
-                                    .attribute(L"host", L"alpha")
-                                    .element(L"note", L"b")
-                                    .build();
+    const message_ptr_t message = message_builder_t(L"file_large")
+                                      .severity(message_t::warning)
+                                      .source(L"audit")
+                                      .flags(3)
+                                      .arg(L"path", L"/a")
+                                      .arg(L"size", 4096)
+                                      .attribute(L"host", L"alpha")
+                                      .element(L"note", L"b")
+                                      .build();
     const message_t::message_content_t content = message->get_content();
     EXPECT_EQ(message->get_type(), L"file_large");
     EXPECT_EQ(message->get_severity(), message_t::warning);
     EXPECT_EQ(message->get_source(), L"audit");
     EXPECT_EQ(message->get_flags(), 3);
-    EXPECT_EQ(content.args, (texts_t{{L"path", L"/a"}, {L"size", L"4096"}}));
-    EXPECT_EQ(content.attributes, (texts_t{{L"host", L"alpha"}, {L"tool", L"audit"}}));
-    EXPECT_EQ(content.elements, (texts_t{{L"note", L"b"}}));
+    EXPECT_EQ(content.args, (string_map_t{{L"path", L"/a"}, {L"size", L"4096"}}));
+    EXPECT_EQ(content.attributes, (string_map_t{{L"host", L"alpha"}, {L"tool", L"audit"}}));
+    EXPECT_EQ(content.elements, (string_map_t{{L"note", L"b"}}));
 }
 
 TEST(message_builder_test, a_message_has_nothing_else)
 {
-    const message_ptr message = message_builder_t(L"").build();
+    const message_ptr_t message = message_builder_t(L"").build();
     EXPECT_TRUE(message->empty());
     EXPECT_EQ(message->get_flags(), 0);
     EXPECT_TRUE(message->get_content().attributes.empty()) << "no source";
@@ -61,13 +61,13 @@ TEST(message_builder_test, a_message_has_nothing_else)
 
 TEST(message_builder_test, the_last_value_of_a_name_counts)
 {
-    const message_ptr message = message_builder_t(L"t").arg(L"n", 1).arg(L"n", L"b").build();
-    EXPECT_EQ(message->get_content().args, (texts_t{{L"n", L"b"}}));
+    const message_ptr_t message = message_builder_t(L"t").arg(L"n", 1).arg(L"n", L"b").build();
+    EXPECT_EQ(message->get_content().args, (string_map_t{{L"n", L"b"}}));
 }
 
 TEST(message_builder_test, an_attribute_that_names_the_tool_precedes_the_source)
 {
-    const message_ptr message =
+    const message_ptr_t message =
         message_builder_t(L"t").source(L"b").attribute(L"tool", L"a").build();
     EXPECT_EQ(message->get_source(), L"a");
 }
@@ -75,8 +75,8 @@ TEST(message_builder_test, an_attribute_that_names_the_tool_precedes_the_source)
 TEST(message_builder_test, each_message_is_new)
 {
     message_builder_t builder(L"t");
-    const message_ptr one = builder.arg(L"n", 1).build();
-    const message_ptr other = builder.arg(L"n", 2).build();
+    const message_ptr_t one = builder.arg(L"n", 1).build();
+    const message_ptr_t other = builder.arg(L"n", 2).build();
     EXPECT_NE(one, other);
     EXPECT_EQ(one->get_content().args.at(L"n"), L"1");
     EXPECT_EQ(other->get_content().args.at(L"n"), L"2");

@@ -46,7 +46,7 @@ xml_writer_t make_failing_writer()
 }
 
 // Returns each line without its indentation and end.
-std::string write(const message_ptr& message)
+std::string write(const message_ptr_t& message)
 {
     memory_writer_t writer;
     EXPECT_TRUE(write_message_element(message, writer.get()));
@@ -74,7 +74,7 @@ private:
     xmlDocPtr m_document;
 };
 
-message_ptr read(const std::string& text)
+message_ptr_t read(const std::string& text)
 {
     return read_message_element(element_t(text).root());
 }
@@ -98,7 +98,7 @@ TEST(message_element_test, a_default_message_has_only_an_empty_type)
     EXPECT_EQ(write(boost::make_shared<message_t>()), "<msg><type></type></msg>");
 }
 
-TEST(message_element_test, a_severity_without_a_word_is_not_written)
+TEST(message_element_test, a_severity_without_a_name_is_not_written)
 {
     for (const int severity : {0, -1, 5})
         EXPECT_EQ(write(make_message(L"t", static_cast<message_t::severity_t>(severity))),
@@ -147,25 +147,26 @@ TEST(message_element_test, a_null_node_gives_null)
 TEST(message_element_test, all_attributes_of_a_msg_are_read)
 {
     EXPECT_EQ(read("<msg tool='a' source='b' other=''/>")->get_content().attributes,
-              (texts_t{{L"other", L""}, {L"source", L"b"}, {L"tool", L"a"}}));
+              (string_map_t{{L"other", L""}, {L"source", L"b"}, {L"tool", L"a"}}));
 }
 
-TEST(message_element_test, a_source_attribute_does_not_make_a_tool)
+TEST(message_element_test, a_source_attribute_does_not_set_the_tool)
 {
-    EXPECT_EQ(read("<msg source='b'/>")->get_content().attributes, (texts_t{{L"source", L"b"}}));
+    EXPECT_EQ(read("<msg source='b'/>")->get_content().attributes,
+              (string_map_t{{L"source", L"b"}}));
 }
 
 TEST(message_element_test, attributes_of_another_element_are_not_read)
 {
-    const message_ptr message = read("<other tool='a'><type>t</type></other>");
+    const message_ptr_t message = read("<other tool='a'><type>t</type></other>");
     EXPECT_TRUE(message->get_content().attributes.empty());
     EXPECT_EQ(message->get_type(), L"t");
 }
 
 TEST(message_element_test, the_last_type_and_severity_count)
 {
-    const message_ptr message = read("<msg><type>a</type><severity>INFO</severity>"
-                                     "<type>b</type><severity>nothing</severity></msg>");
+    const message_ptr_t message = read("<msg><type>a</type><severity>INFO</severity>"
+                                       "<type>b</type><severity>nothing</severity></msg>");
     EXPECT_EQ(message->get_type(), L"b");
     EXPECT_EQ(message->get_severity(), message_t::none);
 }
@@ -175,15 +176,15 @@ TEST(message_element_test, unnamed_arguments_are_counted_and_named_ones_take_no_
     EXPECT_EQ(read("<msg><arg>1</arg><arg name='n'>2</arg><arg name=''>3</arg></msg>")
                   ->get_content()
                   .args,
-              (texts_t{{L"arg1", L"1"}, {L"arg2", L"3"}, {L"n", L"2"}}));
+              (string_map_t{{L"arg1", L"1"}, {L"arg2", L"3"}, {L"n", L"2"}}));
 }
 
-TEST(message_element_test, the_counter_stands_behind_the_last_unnamed_argument)
+TEST(message_element_test, the_counter_follows_the_last_unnamed_argument)
 {
     EXPECT_EQ(read("<msg><arg/><arg/></msg>")->get_content().next_arg_number, 3);
 }
 
-TEST(message_element_test, the_counter_goes_on_with_the_smallest_number_after_the_largest)
+TEST(message_element_test, the_counter_wraps_to_the_smallest_number_after_the_largest)
 {
     std::int32_t number = std::numeric_limits<std::int32_t>::max();
     EXPECT_EQ(generate_arg_name(number), L"arg2147483647");
@@ -194,7 +195,7 @@ TEST(message_element_test, the_counter_goes_on_with_the_smallest_number_after_th
 TEST(message_element_test, a_generated_name_that_is_taken_keeps_the_first_text)
 {
     EXPECT_EQ(read("<msg><arg name='arg1'>first</arg><arg>second</arg></msg>")->get_content().args,
-              (texts_t{{L"arg1", L"first"}}));
+              (string_map_t{{L"arg1", L"first"}}));
 }
 
 TEST(message_element_test, the_first_of_several_arguments_or_elements_of_a_name_stays)
@@ -202,14 +203,14 @@ TEST(message_element_test, the_first_of_several_arguments_or_elements_of_a_name_
     const auto content = read("<msg><arg name='a'>1</arg><arg name='a'>2</arg>"
                               "<e>3</e><e>4</e></msg>")
                              ->get_content();
-    EXPECT_EQ(content.args, (texts_t{{L"a", L"1"}}));
-    EXPECT_EQ(content.elements, (texts_t{{L"e", L"3"}}));
+    EXPECT_EQ(content.args, (string_map_t{{L"a", L"1"}}));
+    EXPECT_EQ(content.elements, (string_map_t{{L"e", L"3"}}));
 }
 
 TEST(message_element_test, an_argument_without_text_has_an_empty_text)
 {
     EXPECT_EQ(read("<msg><arg name='a'/><arg name='b'></arg></msg>")->get_content().args,
-              (texts_t{{L"a", L""}, {L"b", L""}}));
+              (string_map_t{{L"a", L""}, {L"b", L""}}));
 }
 
 TEST(message_element_test, texts_are_not_trimmed)
@@ -217,7 +218,7 @@ TEST(message_element_test, texts_are_not_trimmed)
     EXPECT_EQ(read("<msg><type> t\n</type></msg>")->get_type(), L" t\n");
 }
 
-TEST(message_element_test, all_text_beneath_a_child_counts_and_comments_do_not)
+TEST(message_element_test, all_text_below_a_child_counts_and_comments_do_not)
 {
     EXPECT_EQ(read("<msg><type>a<b>c<d/>e</b><!-- no -->f<![CDATA[<g>]]><?pi no?>&#104;&amp;"
                    "</type></msg>")
@@ -227,15 +228,15 @@ TEST(message_element_test, all_text_beneath_a_child_counts_and_comments_do_not)
 
 TEST(message_element_test, text_and_other_nodes_between_the_children_are_skipped)
 {
-    const message_ptr message = read("<msg>x<!-- c --><type>t</type>y<![CDATA[z]]></msg>");
+    const message_ptr_t message = read("<msg>x<!-- c --><type>t</type>y<![CDATA[z]]></msg>");
     EXPECT_EQ(message->get_type(), L"t");
     EXPECT_TRUE(message->get_content().elements.empty());
 }
 
 TEST(message_element_test, a_timestamp_is_an_element_like_any_other)
 {
-    const message_ptr message = read("<msg><timestamp>now</timestamp><type>t</type></msg>");
-    EXPECT_EQ(message->get_content().elements, (texts_t{{L"timestamp", L"now"}}));
+    const message_ptr_t message = read("<msg><timestamp>now</timestamp><type>t</type></msg>");
+    EXPECT_EQ(message->get_content().elements, (string_map_t{{L"timestamp", L"now"}}));
     EXPECT_EQ(write(message), "<msg><timestamp>now</timestamp><type>t</type></msg>");
 }
 
@@ -243,11 +244,11 @@ TEST(message_element_test, the_entities_of_the_document_are_resolved)
 {
     EXPECT_EQ(read("<!DOCTYPE msg [<!ENTITY e 'x<b>y</b>'><!ENTITY f '&e;&e;'>]>"
                    "<msg a='&f2;'><type>1&e;2&f;3</type></msg>"),
-              message_ptr())
+              message_ptr_t())
         << "an unknown entity is not well-formed";
-    const message_ptr message = read("<!DOCTYPE msg [<!ENTITY e 'x<b>y</b>'><!ENTITY f '&e;&e;'>"
-                                     "<!ENTITY g 'z'>]>"
-                                     "<msg a='&g;!'><type>1&e;2&f;3</type></msg>");
+    const message_ptr_t message = read("<!DOCTYPE msg [<!ENTITY e 'x<b>y</b>'><!ENTITY f '&e;&e;'>"
+                                       "<!ENTITY g 'z'>]>"
+                                       "<msg a='&g;!'><type>1&e;2&f;3</type></msg>");
     EXPECT_EQ(message->get_type(), L"1xy2xyxy3");
-    EXPECT_EQ(message->get_content().attributes, (texts_t{{L"a", L"z!"}}));
+    EXPECT_EQ(message->get_content().attributes, (string_map_t{{L"a", L"z!"}}));
 }

@@ -9,7 +9,7 @@
 
 using namespace velmoext_1_4_8;
 
-TEST(message_test, a_fresh_message_is_empty_and_has_every_default)
+TEST(message_test, a_new_message_is_empty_and_has_all_defaults)
 {
     const message_t message;
     EXPECT_TRUE(message.empty());
@@ -33,7 +33,7 @@ TEST(message_test, a_type_without_a_severity_is_not_empty)
     EXPECT_FALSE(make_message(L"file_large")->empty());
 }
 
-TEST(message_test, content_and_flags_do_not_fill_an_empty_message)
+TEST(message_test, a_message_with_only_content_and_flags_is_empty)
 {
     message_t message;
     message.set_content(make_content({{L"tool", L"x"}}, {{L"a", L"1"}}, {{L"e", L"2"}}));
@@ -50,7 +50,7 @@ TEST(message_test, the_severities_have_their_numbers)
     EXPECT_EQ(message_t::critical, 4);
 }
 
-TEST(message_test, a_severity_that_no_name_stands_for_is_kept)
+TEST(message_test, a_severity_without_a_name_is_kept)
 {
     for (const int value :
          {-1, 5, 1000, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()}) {
@@ -96,7 +96,7 @@ TEST(message_test, the_source_is_the_attribute_tool)
 {
     message_t message;
     message.set_source(L"a");
-    EXPECT_EQ(message.get_content().attributes, (texts_t{{L"tool", L"a"}}));
+    EXPECT_EQ(message.get_content().attributes, (string_map_t{{L"tool", L"a"}}));
 }
 
 TEST(message_test, the_attribute_source_is_preferred_to_tool)
@@ -130,7 +130,7 @@ TEST(message_test, setting_the_content_replaces_all_of_it)
     EXPECT_EQ(message.get_content().next_arg_number, 7);
 }
 
-TEST(message_test, the_content_that_was_got_is_a_copy)
+TEST(message_test, get_content_returns_a_copy)
 {
     message_t message;
     message.set_content(make_content({}, {{L"a", L"1"}}));
@@ -140,7 +140,8 @@ TEST(message_test, the_content_that_was_got_is_a_copy)
 
 TEST(message_test, the_content_keeps_its_keys_in_code_unit_order)
 {
-    const texts_t args = {{L"b", L""}, {L"a", L""}, {L"aa", L""}, {L"B", L""}, {L"\x00E9", L""}};
+    const string_map_t args = {
+        {L"b", L""}, {L"a", L""}, {L"aa", L""}, {L"B", L""}, {L"\x00E9", L""}};
     std::vector<std::wstring> keys;
     for (const auto& arg : make_message(make_content({}, args))->get_content().args)
         keys.push_back(arg.first);
@@ -154,7 +155,7 @@ TEST(message_test, equal_messages_have_the_same_type_and_severity)
 
 TEST(message_test, no_message_equals_null)
 {
-    EXPECT_FALSE(message_t().equal_to(message_ptr()));
+    EXPECT_FALSE(message_t().equal_to(message_ptr_t()));
 }
 
 TEST(message_test, content_flags_and_source_do_not_matter_to_equality)
@@ -168,7 +169,7 @@ TEST(message_test, content_flags_and_source_do_not_matter_to_equality)
     EXPECT_TRUE(other->equal_to(one));
 }
 
-TEST(message_test, types_that_differ_in_case_or_length_or_severities_are_not_equal)
+TEST(message_test, messages_with_different_types_or_severities_are_not_equal)
 {
     const auto message = make_message(L"type", message_t::info);
     EXPECT_FALSE(message->equal_to(make_message(L"Type", message_t::info)));
@@ -198,9 +199,9 @@ protected:
         if (GetParam())
             return message_t(original);
         message_t assigned;
-        message_t& answer = assigned = original;
-        EXPECT_EQ(&answer, &assigned);
-        return answer;
+        message_t& result = assigned = original;
+        EXPECT_EQ(&result, &assigned);
+        return result;
     }
 };
 
@@ -212,9 +213,9 @@ TEST_P(copied_message_test, has_every_part)
     EXPECT_EQ(copied.get_type(), L"t");
     EXPECT_EQ(copied.get_severity(), message_t::critical);
     EXPECT_EQ(copied.get_flags(), 5);
-    EXPECT_EQ(copied.get_content().args, (texts_t{{L"a", L"1"}}));
-    EXPECT_EQ(copied.get_content().attributes, (texts_t{{L"tool", L"s"}}));
-    EXPECT_EQ(copied.get_content().elements, (texts_t{{L"e", L"2"}}));
+    EXPECT_EQ(copied.get_content().args, (string_map_t{{L"a", L"1"}}));
+    EXPECT_EQ(copied.get_content().attributes, (string_map_t{{L"tool", L"s"}}));
+    EXPECT_EQ(copied.get_content().elements, (string_map_t{{L"e", L"2"}}));
     EXPECT_EQ(copied.get_content().next_arg_number, 9);
 }
 
@@ -224,7 +225,7 @@ TEST_P(copied_message_test, leaves_the_original_as_it_is_when_changed)
     message_t copied = copy(original);
     copied.set_content(make_content({}, {{L"a", L"changed"}}));
     copied.set_type(L"changed");
-    EXPECT_EQ(original.get_content().args, (texts_t{{L"a", L"1"}}));
+    EXPECT_EQ(original.get_content().args, (string_map_t{{L"a", L"1"}}));
     EXPECT_EQ(original.get_type(), L"t");
 }
 
@@ -233,7 +234,7 @@ TEST(message_test, a_message_assigned_to_itself_stays_as_it_is)
     auto message = make_message(make_content({}, {{L"a", L"1"}}));
     const message_t& same = *message;
     *message = same;
-    EXPECT_EQ(message->get_content().args, (texts_t{{L"a", L"1"}}));
+    EXPECT_EQ(message->get_content().args, (string_map_t{{L"a", L"1"}}));
 }
 
 TEST(message_test, a_derived_message_is_destroyed_through_its_base)

@@ -34,10 +34,10 @@ inline std::string escaped(wchar_t unit)
 
 inline std::string quoted(const std::wstring& text)
 {
-    std::string made = "\"";
+    std::string result = "\"";
     for (const wchar_t unit : text)
-        made += escaped(unit);
-    return made + "\"";
+        result += escaped(unit);
+    return result + "\"";
 }
 
 inline std::string severity_name(message_t::severity_t severity)
@@ -48,26 +48,26 @@ inline std::string severity_name(message_t::severity_t severity)
                : std::to_string(static_cast<int>(severity));
 }
 
-/// Returns the parts of a message, each as a line that begins with `before` and ends with `behind`.
+/// Returns the parts of a message, each as a line that begins with `before` and ends with `after`.
 inline std::string message_text(const message_t& message, const std::string& before,
-                                const std::string& behind)
+                                const std::string& after)
 {
     const message_t::message_content_t content = message.get_content();
-    std::string made = before + "type " + quoted(message.get_type()) + behind + before +
-                       "severity " + severity_name(message.get_severity()) + behind;
-    const auto add = [&](const char* kind, const texts_t& texts) {
+    std::string result = before + "type " + quoted(message.get_type()) + after + before +
+                         "severity " + severity_name(message.get_severity()) + after;
+    const auto add = [&](const char* kind, const string_map_t& texts) {
         for (const auto& text : texts)
-            made.append(before)
+            result.append(before)
                 .append(kind)
                 .append(quoted(text.first))
                 .append(" = ")
                 .append(quoted(text.second))
-                .append(behind);
+                .append(after);
     };
     add("attribute ", content.attributes);
     add("arg ", content.args);
     add("element ", content.elements);
-    return made;
+    return result;
 }
 
 } // namespace velmoext_1_4_8

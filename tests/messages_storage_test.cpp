@@ -28,7 +28,7 @@ protected:
     std::string log() const { return m_folder.read("log.xml"); }
     bool has_copy() const { return m_folder.has("log.xml.tmp"); }
 
-    std::vector<message_ptr> replay_all() const
+    std::vector<message_ptr_t> replay_all() const
     {
         m_folder.write("copy to read", log());
         const auto handler = boost::make_shared<recording_handler_t>();
@@ -55,7 +55,7 @@ TEST_F(messages_storage_test, the_same_path_gives_the_same_storage_while_it_live
     EXPECT_NE(get("other.xml"), storage);
 }
 
-TEST_F(messages_storage_test, a_path_whose_storage_is_gone_gives_a_new_one)
+TEST_F(messages_storage_test, a_path_whose_storage_is_destroyed_gives_a_new_one)
 {
     storage_ptr storage = get();
     const boost::weak_ptr<messages_storage_t> watched = storage;
@@ -63,7 +63,7 @@ TEST_F(messages_storage_test, a_path_whose_storage_is_gone_gives_a_new_one)
     EXPECT_TRUE(watched.expired());
     storage = get();
     ASSERT_TRUE(storage);
-    EXPECT_EQ(get(), storage) << "the entry of the former one stands in its way";
+    EXPECT_EQ(get(), storage) << "the former storage is still registered";
 }
 
 TEST_F(messages_storage_test, getting_a_storage_touches_no_file)
@@ -87,7 +87,7 @@ TEST_F(messages_storage_test, messages_are_written_in_their_order)
     EXPECT_EQ(log(), log_of(message_of("a") + message_of("b")));
 }
 
-TEST_F(messages_storage_test, a_log_is_its_owners_alone)
+TEST_F(messages_storage_test, only_its_owner_can_read_and_write_a_log)
 {
     record_all(L"a");
     struct stat status = {};
@@ -112,7 +112,7 @@ TEST_F(messages_storage_test, stopping_without_a_recording_is_harmless)
     EXPECT_FALSE(m_folder.has("log.xml"));
 }
 
-TEST_F(messages_storage_test, a_second_recording_goes_on_in_the_same_log)
+TEST_F(messages_storage_test, a_second_recording_continues_the_same_log)
 {
     record_all(L"ab");
     record_all(L"cd");
@@ -158,22 +158,22 @@ TEST_F(messages_storage_test, no_message_is_consumed)
     const storage_ptr storage = get();
     const boost::shared_ptr<velmo_ex_t> ex;
     EXPECT_FALSE(storage->on_message(ex, make_flagged(L"a")));
-    EXPECT_FALSE(storage->on_message(ex, message_ptr()));
+    EXPECT_FALSE(storage->on_message(ex, message_ptr_t()));
     storage->start_recording();
     EXPECT_FALSE(storage->on_message(ex, make_flagged(L"a")));
-    EXPECT_FALSE(storage->on_message(ex, message_ptr()));
+    EXPECT_FALSE(storage->on_message(ex, message_ptr_t()));
     EXPECT_FALSE(storage->on_message(ex, boost::make_shared<progress_message_t>()));
 }
 
 // In a child process, so that a call that never returns is ended.
-TEST_F(messages_storage_test, an_argument_that_nobody_else_owns_may_call_the_storage_as_it_ends)
+TEST_F(messages_storage_test, an_argument_with_one_owner_may_call_the_storage_when_it_is_destroyed)
 {
     record_all(L"a");
     EXPECT_TRUE(
         has_exited_with(status_of_child([&] {
                             alarm(10);
                             const storage_ptr storage = get();
-                            const message_ptr message = make_flagged(L"b");
+                            const message_ptr_t message = make_flagged(L"b");
                             int calls = 0;
                             const auto call = [&](auto*) {
                                 storage->stop_reading();
@@ -181,7 +181,7 @@ TEST_F(messages_storage_test, an_argument_that_nobody_else_owns_may_call_the_sto
                             };
                             storage->start_recording();
                             storage->on_message(boost::shared_ptr<velmo_ex_t>(m_ex.get(), call),
-                                                message_ptr(message.get(), call));
+                                                message_ptr_t(message.get(), call));
                             storage->stop_recording();
                             storage->start_reading();
                             storage->replay(boost::shared_ptr<velmo_ex_t>(m_ex.get(), call));
@@ -217,7 +217,7 @@ TEST_F(messages_storage_test, a_storage_on_a_stack_records_and_passes_on)
     m_ex->push_handler(below);
     m_ex->push_handler(storage);
     storage->start_recording();
-    const message_ptr message = make_flagged(L"a");
+    const message_ptr_t message = make_flagged(L"a");
     say_to(m_ex, string_message_serializer_t::message_to_xml_string(message));
     say_to(m_ex, L"no message");
     EXPECT_EQ(below->messages().size(), 2U);
@@ -225,7 +225,7 @@ TEST_F(messages_storage_test, a_storage_on_a_stack_records_and_passes_on)
     EXPECT_EQ(log(), empty_log) << "flags do not cross the channel";
 }
 
-TEST_F(messages_storage_test, any_unicode_name_works_whatever_the_locale)
+TEST_F(messages_storage_test, any_unicode_name_works_in_the_c_locale)
 {
     ASSERT_STREQ(std::setlocale(LC_ALL, nullptr), "C");
     record_all(L"a", "l\xC3\xB6g \xF0\x9F\x98\x80.xml");
@@ -241,7 +241,7 @@ TEST_F(messages_storage_test, a_log_without_its_end_still_contributes_its_messag
     EXPECT_EQ(types_in(), L"a;b;");
 }
 
-TEST_F(messages_storage_test, a_log_that_is_cut_anywhere_contributes_what_is_complete)
+TEST_F(messages_storage_test, a_log_that_is_cut_anywhere_contributes_its_complete_messages)
 {
     const std::string first =
         "<?xml version=\"1.0\"?>\n<log>\n <msg a='1'>\n  <type>a</type>\n </msg>";
@@ -257,7 +257,7 @@ TEST_F(messages_storage_test, a_log_that_is_cut_anywhere_contributes_what_is_com
     }
 }
 
-TEST_F(messages_storage_test, damage_in_the_middle_ends_what_is_carried_over)
+TEST_F(messages_storage_test, damage_in_the_middle_ends_the_carry_over)
 {
     m_folder.write("log.xml", log_of(message_of("a") + " <msg></mag>\n" + message_of("b")));
     record_all(L"c");
@@ -265,7 +265,7 @@ TEST_F(messages_storage_test, damage_in_the_middle_ends_what_is_carried_over)
     EXPECT_FALSE(has_copy());
 }
 
-TEST_F(messages_storage_test, what_is_no_log_is_replaced)
+TEST_F(messages_storage_test, a_file_that_is_not_a_log_is_replaced)
 {
     m_folder.write("log.xml", "plain text");
     record_all(L"a");
@@ -274,7 +274,8 @@ TEST_F(messages_storage_test, what_is_no_log_is_replaced)
 
 // ---- permission to record
 
-TEST_F(messages_storage_test, a_storage_of_another_spelling_cannot_record_at_the_same_time)
+TEST_F(messages_storage_test,
+       a_storage_with_another_spelling_of_the_path_cannot_record_at_the_same_time)
 {
     record_all(L"a");
     ASSERT_EQ(symlink(m_folder.name("log.xml").c_str(), m_folder.name("link.xml").c_str()), 0);
@@ -290,7 +291,7 @@ TEST_F(messages_storage_test, a_storage_of_another_spelling_cannot_record_at_the
     EXPECT_TRUE(second->start_recording());
 }
 
-TEST_F(messages_storage_test, a_log_that_another_process_holds_is_left_alone)
+TEST_F(messages_storage_test, a_log_that_another_process_has_locked_is_not_changed)
 {
     record_all(L"a");
     const std::string before = log();
@@ -335,7 +336,7 @@ TEST_F(messages_storage_test, recording_starts_while_the_log_is_read)
     EXPECT_EQ(types_in(), L"a;");
 }
 
-TEST_F(messages_storage_test, a_program_that_is_started_meanwhile_does_not_get_the_log)
+TEST_F(messages_storage_test, a_program_that_is_started_during_a_recording_does_not_inherit_the_log)
 {
     const storage_ptr storage = get();
     ASSERT_TRUE(storage->start_recording());
@@ -347,7 +348,7 @@ TEST_F(messages_storage_test, a_program_that_is_started_meanwhile_does_not_get_t
 
 // ---- odd files
 
-TEST_F(messages_storage_test, what_is_no_regular_file_is_refused_at_once)
+TEST_F(messages_storage_test, a_path_that_is_not_a_regular_file_is_refused_at_once)
 {
     ASSERT_EQ(mkdir(m_folder.name("directory").c_str(), 0700), 0);
     ASSERT_EQ(mkfifo(m_folder.name("fifo").c_str(), 0600), 0);
@@ -365,7 +366,7 @@ TEST_F(messages_storage_test, what_is_no_regular_file_is_refused_at_once)
     close(listener);
 }
 
-TEST_F(messages_storage_test, a_fifo_that_somebody_reads_is_refused_too)
+TEST_F(messages_storage_test, a_fifo_with_a_reader_is_refused_too)
 {
     ASSERT_EQ(mkfifo(m_folder.name("fifo").c_str(), 0600), 0);
     const int reader = open(m_folder.name("fifo").c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
@@ -374,7 +375,7 @@ TEST_F(messages_storage_test, a_fifo_that_somebody_reads_is_refused_too)
 }
 
 // The owner of a lease releases it when the system signals that another process opens the file.
-TEST_F(messages_storage_test, a_log_with_a_lease_is_waited_for)
+TEST_F(messages_storage_test, a_start_waits_for_the_release_of_a_lease)
 {
     record_all(L"a");
     std::array<int, 2> has_lease = {-1, -1};
@@ -391,9 +392,9 @@ TEST_F(messages_storage_test, a_log_with_a_lease_is_waited_for)
         sigwait(&signals, &signal);
         _exit(fcntl(file, F_SETLEASE, F_UNLCK) == 0 ? 0 : 1);
     }
-    char answer = 0;
-    ASSERT_EQ(read(has_lease[0], &answer, 1), 1);
-    EXPECT_EQ(answer, 'y') << "the scratch folder's file system must have leases";
+    char reply = 0;
+    ASSERT_EQ(read(has_lease[0], &reply, 1), 1);
+    EXPECT_EQ(reply, 'y') << "the scratch folder's file system must have leases";
     record_all(L"b");
     kill(holder, SIGIO);
     int status = 0;
@@ -448,7 +449,7 @@ TEST_F(messages_storage_test, a_replay_delivers_the_log_in_its_order)
     EXPECT_EQ(handler->exs().front(), m_ex.get());
 }
 
-TEST_F(messages_storage_test, a_replay_needs_a_started_reading)
+TEST_F(messages_storage_test, a_replay_requires_a_started_reading)
 {
     record_all(L"a");
     const storage_ptr storage = get();
@@ -456,7 +457,7 @@ TEST_F(messages_storage_test, a_replay_needs_a_started_reading)
     EXPECT_TRUE(storage->start_reading());
     storage->stop_reading();
     EXPECT_FALSE(storage->replay(m_ex));
-    EXPECT_EQ(replay(storage), L"a;") << "nothing was read by the refused ones";
+    EXPECT_EQ(replay(storage), L"a;") << "the refused replays read nothing";
 }
 
 TEST_F(messages_storage_test, a_storage_that_records_does_not_replay)
@@ -478,7 +479,7 @@ TEST_F(messages_storage_test, a_missing_log_cannot_be_read)
     EXPECT_FALSE(m_folder.has("log.xml"));
 }
 
-TEST_F(messages_storage_test, a_log_that_vanished_cannot_be_replayed)
+TEST_F(messages_storage_test, a_log_that_was_removed_cannot_be_replayed)
 {
     record_all(L"a");
     const storage_ptr storage = get();
@@ -505,7 +506,7 @@ TEST_F(messages_storage_test, a_second_replay_of_an_unchanged_log_delivers_nothi
     EXPECT_EQ(replay(storage), L"");
 }
 
-TEST_F(messages_storage_test, a_later_replay_delivers_what_was_appended)
+TEST_F(messages_storage_test, a_later_replay_delivers_the_appended_messages)
 {
     const std::string start = "<log>\n" + message_of("a");
     m_folder.write("log.xml", start);
@@ -515,7 +516,7 @@ TEST_F(messages_storage_test, a_later_replay_delivers_what_was_appended)
     EXPECT_EQ(replay(storage), L"b;");
 }
 
-TEST_F(messages_storage_test, a_replay_goes_on_where_the_last_one_ended_whatever_was_recorded_since)
+TEST_F(messages_storage_test, a_replay_continues_at_the_former_offset_after_a_new_recording)
 {
     const storage_ptr storage = get();
     ASSERT_TRUE(storage->start_recording());
@@ -540,7 +541,8 @@ TEST_F(messages_storage_test, a_log_that_became_shorter_is_not_replayed)
     EXPECT_FALSE(storage->replay(m_ex)) << "the position went back";
 }
 
-TEST_F(messages_storage_test, a_log_that_became_shorter_and_longer_is_replayed_from_the_old_place)
+TEST_F(messages_storage_test,
+       a_log_that_became_shorter_and_longer_is_replayed_from_the_former_offset)
 {
     const std::string start = "<log>\n" + message_of("a");
     m_folder.write("log.xml", start);
@@ -554,17 +556,17 @@ TEST_F(messages_storage_test, a_log_that_became_shorter_and_longer_is_replayed_f
 
 TEST_F(messages_storage_test, a_message_of_more_than_a_thousand_attributes_is_recorded_and_replayed)
 {
-    texts_t attributes;
+    string_map_t attributes;
     for (int i = 0; i < 1200; ++i)
         attributes[L"a" + std::to_wstring(i)] = std::to_wstring(i);
-    const message_ptr message = make_flagged(L"t");
+    const message_ptr_t message = make_flagged(L"t");
     message->set_content(make_content(attributes));
     const storage_ptr storage = get();
     ASSERT_TRUE(storage->start_recording());
     storage->on_message(m_ex, message);
     storage->stop_recording();
     for (int carried = 0; carried < 2; ++carried) {
-        const std::vector<message_ptr> messages = replay_all();
+        const std::vector<message_ptr_t> messages = replay_all();
         ASSERT_EQ(messages.size(), 1U);
         EXPECT_TRUE(messages.front()->get_content().attributes == attributes) << carried;
         record_all(L"");
@@ -578,12 +580,12 @@ TEST_F(messages_storage_test, a_foreign_message_of_1200_attributes_is_replayed)
         attributes += "\n\ta" + std::to_string(i) + " = '>'";
     m_folder.write("log.xml",
                    "<log><msg" + attributes + "><type>a</type></msg>" + message_of("b") + "</log>");
-    const std::vector<message_ptr> messages = replay_all();
+    const std::vector<message_ptr_t> messages = replay_all();
     ASSERT_EQ(messages.size(), 2U);
     EXPECT_EQ(messages.front()->get_content().attributes.size(), 1200U);
 }
 
-TEST_F(messages_storage_test, very_many_names_after_a_fault_or_a_message_take_no_square_of_time)
+TEST_F(messages_storage_test, many_names_after_a_fault_or_a_message_take_linear_time)
 {
     std::string names;
     for (int i = 0; i < 750000; ++i)
@@ -596,7 +598,7 @@ TEST_F(messages_storage_test, very_many_names_after_a_fault_or_a_message_take_no
     EXPECT_LT(usage.seconds(), 10);
 }
 
-TEST_F(messages_storage_test, very_many_foreign_attributes_are_read_or_damage_at_once)
+TEST_F(messages_storage_test, many_foreign_attributes_are_read_or_refused_quickly)
 {
     std::string attributes;
     for (int i = 0; i < 100000; ++i)
@@ -637,7 +639,7 @@ TEST_F(messages_storage_test, percent_signs_and_brackets_in_a_log_are_text)
         }
 }
 
-TEST_F(messages_storage_test, a_type_whose_last_character_is_an_escaped_less_sign_is_empty)
+TEST_F(messages_storage_test, a_type_whose_last_character_is_an_escaped_less_than_sign_is_empty)
 {
     std::string text;
     for (int i = 0; i < 150; ++i)
@@ -648,18 +650,18 @@ TEST_F(messages_storage_test, a_type_whose_last_character_is_an_escaped_less_sig
     EXPECT_EQ(types_in(), L"b;;") << "the first one has neither type nor severity";
 }
 
-TEST_F(messages_storage_test, a_log_with_a_long_document_type_is_damaged_there)
+TEST_F(messages_storage_test, a_long_document_type_counts_as_damage)
 {
     std::string values = "v";
     for (int i = 0; i < 300000; ++i)
         values += "|n" + std::to_string(i);
-    for (const char* const remark :
+    for (const char* const prolog :
          {"", "<!---->", "<!--><a -->", "<?p <!DOCTYPE log>?>", "<?xml-p ><!DOCTYPE log><?p ?>",
           "<?xml version='1.0' >", "<?xml version='1.0' encoding='>'?>",
           "\xEF\xBB\xBF<?xml version='1.0' encoding='UTF-8' >"}) {
-        m_folder.write("log.xml", remark + ("<!DOCTYPE log [<!ATTLIST log a (" + values) +
+        m_folder.write("log.xml", prolog + ("<!DOCTYPE log [<!ATTLIST log a (" + values) +
                                       ") 'v'>]><log><msg><type>a</type></msg></log>");
-        EXPECT_EQ(types_in(), L"") << remark;
+        EXPECT_EQ(types_in(), L"") << prolog;
     }
     const storage_ptr storage = get();
     EXPECT_TRUE(storage->start_recording());
@@ -698,7 +700,7 @@ TEST_F(messages_storage_test, a_log_in_another_encoding_is_replayed_and_carried_
     }
 }
 
-TEST_F(messages_storage_test, a_log_that_begins_in_ebcdic_is_read_in_it)
+TEST_F(messages_storage_test, a_log_that_begins_in_ebcdic_is_read_as_ebcdic)
 {
     // <log><msg><type>a</type></msg></log>, after a declaration without an encoding.
     m_folder.write(
@@ -751,7 +753,7 @@ TEST_F(messages_storage_test, a_message_that_a_handler_consumes_does_not_end_the
     EXPECT_TRUE(below->messages().empty());
 }
 
-TEST_F(messages_storage_test, a_log_that_is_cut_within_a_message_replays_what_is_complete)
+TEST_F(messages_storage_test, a_log_that_is_cut_within_a_message_replays_its_complete_messages)
 {
     m_folder.write("log.xml", "<log>\n" + message_of("a") + " <msg>\n  <type>b</type>");
     const storage_ptr storage = get();
@@ -762,7 +764,7 @@ TEST_F(messages_storage_test, a_log_that_is_cut_within_a_message_replays_what_is
     EXPECT_EQ(handler->messages().size(), 1U);
 }
 
-TEST_F(messages_storage_test, a_log_without_a_single_tag_answers_false)
+TEST_F(messages_storage_test, a_replay_of_a_log_without_a_tag_returns_false)
 {
     m_folder.write("log.xml", "plain text");
     const storage_ptr storage = get();
@@ -770,7 +772,7 @@ TEST_F(messages_storage_test, a_log_without_a_single_tag_answers_false)
     EXPECT_FALSE(storage->replay(m_ex));
 }
 
-TEST_F(messages_storage_test, a_log_that_begins_with_a_zero_answers_false)
+TEST_F(messages_storage_test, a_replay_of_a_log_that_begins_with_a_zero_returns_false)
 {
     m_folder.write("log.xml", std::string(1, '\0') + log_of(message_of("a")));
     const storage_ptr storage = get();
@@ -785,12 +787,13 @@ TEST_F(messages_storage_test, several_roots_are_read_up_to_the_second)
     EXPECT_EQ(replay(get()), L"a;");
 }
 
-TEST_F(messages_storage_test, what_a_handler_throws_leaves_the_replay_and_the_storage_works_on)
+TEST_F(messages_storage_test,
+       an_exception_of_a_handler_ends_the_replay_and_the_storage_stays_usable)
 {
     struct throwing_handler_t : base_handler_t
     {
         using base_handler_t::on_message;
-        bool on_message(boost::shared_ptr<velmo_ex_t> /*ex*/, message_ptr /*msg*/) override
+        bool on_message(boost::shared_ptr<velmo_ex_t> /*ex*/, message_ptr_t /*msg*/) override
         {
             throw std::runtime_error("handler");
         }
@@ -806,7 +809,7 @@ TEST_F(messages_storage_test, what_a_handler_throws_leaves_the_replay_and_the_st
     EXPECT_EQ(types_in(), L"a;b;");
 }
 
-TEST_F(messages_storage_test, a_storage_may_be_replayed_into_a_stack_where_another_records)
+TEST_F(messages_storage_test, a_storage_may_be_replayed_into_a_stack_that_another_one_records)
 {
     record_all(L"ab");
     const storage_ptr copy = get("copy.xml");
@@ -814,7 +817,7 @@ TEST_F(messages_storage_test, a_storage_may_be_replayed_into_a_stack_where_anoth
     struct flagging_handler_t : base_handler_t
     {
         using base_handler_t::on_message;
-        bool on_message(boost::shared_ptr<velmo_ex_t> /*ex*/, message_ptr msg) override
+        bool on_message(boost::shared_ptr<velmo_ex_t> /*ex*/, message_ptr_t msg) override
         {
             msg->set_flags(1);
             return false;
@@ -845,13 +848,13 @@ TEST_F(messages_storage_test, handlers_get_the_extension_objects_own_pointer)
     }
 }
 
-TEST_F(messages_storage_test, a_replay_goes_on_when_a_handler_lets_go_of_the_extension_object)
+TEST_F(messages_storage_test, a_replay_continues_after_a_handler_releases_the_extension_object)
 {
-    class letting_go_handler_t : public recording_handler_t
+    class releasing_handler_t : public recording_handler_t
     {
     public:
-        explicit letting_go_handler_t(boost::shared_ptr<velmo_ex_t>& ex) : m_ex(ex) {}
-        bool on_message(boost::shared_ptr<velmo_ex_t> ex, message_ptr msg) override
+        explicit releasing_handler_t(boost::shared_ptr<velmo_ex_t>& ex) : m_ex(ex) {}
+        bool on_message(boost::shared_ptr<velmo_ex_t> ex, message_ptr_t msg) override
         {
             m_ex.reset();
             return recording_handler_t::on_message(ex, msg);
@@ -862,7 +865,7 @@ TEST_F(messages_storage_test, a_replay_goes_on_when_a_handler_lets_go_of_the_ext
     };
     record_all(L"ab");
     auto ex = velmo_ex_t::get(velmo_ex_t::generate_id(L"messages_storage_test."), L"");
-    const auto handler = boost::make_shared<letting_go_handler_t>(ex);
+    const auto handler = boost::make_shared<releasing_handler_t>(ex);
     ex->push_handler(handler);
     const storage_ptr storage = get();
     EXPECT_TRUE(storage->start_reading());
@@ -870,12 +873,12 @@ TEST_F(messages_storage_test, a_replay_goes_on_when_a_handler_lets_go_of_the_ext
     EXPECT_EQ(handler->messages().size(), 2U);
 }
 
-TEST_F(messages_storage_test, very_many_different_names_cost_no_message)
+TEST_F(messages_storage_test, many_different_names_lose_no_message)
 {
     const storage_ptr storage = get();
     ASSERT_TRUE(storage->start_recording());
     for (int i = 0; i < 600; ++i) {
-        const message_ptr message = make_flagged(L"t");
+        const message_ptr_t message = make_flagged(L"t");
         message->set_content(
             make_content({}, {}, {{L"n" + std::to_wstring(i) + std::wstring(40000, L'n'), L"x"}}));
         message->set_flags(1);
@@ -890,7 +893,7 @@ TEST_F(messages_storage_test, very_many_different_names_cost_no_message)
     EXPECT_EQ(handler->messages().size(), 601U);
 }
 
-TEST_F(messages_storage_test, the_last_message_of_a_long_log_is_read_whatever_its_size)
+TEST_F(messages_storage_test, the_last_message_of_a_long_log_is_read_at_any_size)
 {
     for (const std::size_t size : {10U, 400U, 600U, 5000U, 1000000U}) {
         std::string messages;

@@ -45,7 +45,7 @@ protected:
     {
         const auto ex =
             velmo_ex_t::get(velmo_ex_t::generate_id(L"presentation_faults_test."), L"p");
-        const message_ptr message = make_message(L"t");
+        const message_ptr_t message = make_message(L"t");
         message->set_source(L"src");
         extended_message_t extended(ex, message);
         return extended.get_title() + L'|' + extended.get_text();
@@ -62,7 +62,7 @@ TEST_F(presentation_faults_test, files_that_cannot_be_opened_are_found_the_next_
 {
     for (const int error : {EMFILE, ENFILE, EACCES, EIO, ENOMEM, ENOENT, ENAMETOOLONG}) {
         {
-            const with_faults faults(
+            const faults_scope_t faults(
                 [&](const std::string& call, int) { return call == "open" ? error : 0; });
             EXPECT_EQ(shown(), L"|") << std::strerror(error);
         }
@@ -75,7 +75,7 @@ TEST_F(presentation_faults_test, files_that_cannot_be_read_are_found_the_next_ti
 {
     for (const int error : {EIO, EISDIR, ENOMEM}) {
         {
-            const with_faults faults(
+            const faults_scope_t faults(
                 [&](const std::string& call, int) { return call == "pread" ? error : 0; });
             EXPECT_EQ(shown(), L"|") << std::strerror(error);
         }
@@ -84,11 +84,11 @@ TEST_F(presentation_faults_test, files_that_cannot_be_read_are_found_the_next_ti
     }
 }
 
-TEST_F(presentation_faults_test, short_reads_and_interruptions_are_gone_on_with)
+TEST_F(presentation_faults_test, short_and_interrupted_reads_are_continued)
 {
-    const with_short_pieces pieces(3, SIZE_MAX);
+    const short_io_scope_t short_reads(3, SIZE_MAX);
     int calls = 0;
-    const with_faults faults([&](const std::string& call, int) {
+    const faults_scope_t faults([&](const std::string& call, int) {
         return (call == "open" || call == "pread") && ++calls % 3 != 0 ? EINTR : 0;
     });
     EXPECT_EQ(shown(), L"The title|The text");
@@ -109,10 +109,10 @@ TEST_F(presentation_faults_test, a_directory_that_is_too_long_for_the_system_has
     EXPECT_EQ(shown(), L"The title|The text");
 }
 
-TEST_F(presentation_faults_test, in_a_working_folder_that_vanished_only_whole_paths_are_found)
+TEST_F(presentation_faults_test, only_absolute_paths_are_found_in_a_removed_working_directory)
 {
     std::filesystem::create_directory(m_folder.name("gone"));
-    const with_current_directory gone(m_folder.name("gone"));
+    const current_directory_scope_t removed(m_folder.name("gone"));
     std::filesystem::remove(m_folder.name("gone"));
     EXPECT_EQ(shown(), L"The title|The text");
     renew_reader();

@@ -12,17 +12,17 @@
 #include <filesystem>
 #include <system_error>
 
-class with_current_directory
+class current_directory_scope_t
 {
 public:
-    explicit with_current_directory(const std::filesystem::path& directory)
+    explicit current_directory_scope_t(const std::filesystem::path& directory)
         : m_former(std::filesystem::current_path())
     {
         std::filesystem::current_path(directory);
     }
-    with_current_directory(const with_current_directory&) = delete;
-    with_current_directory& operator=(const with_current_directory&) = delete;
-    ~with_current_directory()
+    current_directory_scope_t(const current_directory_scope_t&) = delete;
+    current_directory_scope_t& operator=(const current_directory_scope_t&) = delete;
+    ~current_directory_scope_t()
     {
         std::error_code error;
         std::filesystem::current_path(m_former, error);
@@ -45,7 +45,7 @@ public:
         close(m_ends[1]);
     }
 
-    void give() const { EXPECT_EQ(write(m_ends[1], "x", 1), 1); }
+    void send() const { EXPECT_EQ(write(m_ends[1], "x", 1), 1); }
     void wait() const
     {
         char byte = 0;

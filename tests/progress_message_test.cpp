@@ -29,7 +29,10 @@ struct report_t
 class assertions_t
 {
 public:
-    assertions_t() : m_former(ROVA_2_18::debug::set_assert_handler(collect)) { reports().clear(); }
+    assertions_t() : m_former(ROVA_2_18::debug::set_assert_handler(on_assertion))
+    {
+        reports().clear();
+    }
     ~assertions_t() { ROVA_2_18::debug::set_assert_handler(m_former); }
     assertions_t(const assertions_t&) = delete;
     assertions_t& operator=(const assertions_t&) = delete;
@@ -41,7 +44,8 @@ public:
     }
 
 private:
-    static void collect(const char* expression, const char* file, int line, const char* function)
+    static void on_assertion(const char* expression, const char* file, int line,
+                             const char* function)
     {
         reports().push_back({expression, file, line, function});
     }
@@ -51,7 +55,7 @@ private:
 
 } // namespace
 
-TEST(progress_message_test, a_fresh_one_is_cancelable_and_has_no_message)
+TEST(progress_message_test, a_new_progress_message_is_cancelable_and_has_no_message)
 {
     const assertions_t assertions;
     progress_message_t progress;
@@ -60,7 +64,7 @@ TEST(progress_message_test, a_fresh_one_is_cancelable_and_has_no_message)
     EXPECT_TRUE(assertions_t::reports().empty());
 }
 
-TEST(progress_message_test, asking_for_a_missing_progress_object_is_reported_once)
+TEST(progress_message_test, getting_a_missing_progress_object_is_reported_once)
 {
     const assertions_t assertions;
     progress_message_t progress;
@@ -73,7 +77,7 @@ TEST(progress_message_test, asking_for_a_missing_progress_object_is_reported_onc
     EXPECT_EQ(report.function, "velmoext_1_4_8::progress_message_t::get_progress");
 }
 
-TEST(progress_message_test, asking_for_a_progress_object_that_is_there_reports_nothing)
+TEST(progress_message_test, getting_an_existing_progress_object_reports_nothing)
 {
     const assertions_t assertions;
     progress_message_t progress;
@@ -83,20 +87,20 @@ TEST(progress_message_test, asking_for_a_progress_object_that_is_there_reports_n
     EXPECT_TRUE(assertions_t::reports().empty());
 }
 
-TEST(progress_message_test, null_is_accepted_in_place_of_message_and_progress)
+TEST(progress_message_test, null_is_accepted_as_message_and_progress_object)
 {
     const assertions_t assertions;
     progress_message_t progress;
     progress.set_message(make_message(L"t"));
     progress.set_progress(boost::make_shared<progress_t>());
-    progress.set_message(message_ptr());
+    progress.set_message(message_ptr_t());
     progress.set_progress(boost::shared_ptr<velmo2::IProgress>());
     EXPECT_FALSE(progress.get_message());
     EXPECT_FALSE(progress.get_progress());
     EXPECT_EQ(assertions_t::reports().size(), 1U);
 }
 
-TEST(progress_message_test, a_copy_is_as_little_cancelable_as_its_original)
+TEST(progress_message_test, a_copy_of_a_message_that_is_not_cancelable_is_not_cancelable)
 {
     progress_message_t original;
     original.set_cancelable(false);
@@ -122,7 +126,7 @@ TEST(progress_message_test, copies_share_the_message_and_the_progress_object)
     EXPECT_EQ(assigned.get_progress(), original.get_progress());
 }
 
-TEST(progress_message_test, a_new_message_in_one_copy_leaves_the_others_alone)
+TEST(progress_message_test, a_new_message_in_one_copy_does_not_change_the_others)
 {
     progress_message_t original;
     original.set_message(make_message(L"old"));
@@ -131,9 +135,9 @@ TEST(progress_message_test, a_new_message_in_one_copy_leaves_the_others_alone)
     EXPECT_EQ(original.get_message()->get_type(), L"old");
 }
 
-TEST(progress_message_test, lets_go_of_what_it_holds)
+TEST(progress_message_test, releases_its_message)
 {
-    const message_ptr message = make_message(L"t");
+    const message_ptr_t message = make_message(L"t");
     {
         progress_message_t progress;
         progress.set_message(message);

@@ -35,7 +35,8 @@ TEST(random_documents_test, a_document_gives_the_message_that_libxml2_finds_in_i
     }
 }
 
-TEST(random_documents_test, a_document_that_is_cut_anywhere_gives_what_libxml2_finds_in_it)
+TEST(random_documents_test,
+     a_document_that_is_cut_anywhere_gives_the_message_that_libxml2_finds_in_it)
 {
     const random_seeds_t seeds(12);
     for (auto seed = seeds.first; seed != seeds.end(); ++seed) {

@@ -22,7 +22,7 @@ class delivery_handler_t : public base_handler_t
 {
 public:
     using base_handler_t::on_message;
-    bool on_message(boost::shared_ptr<velmo_ex_t> /*ex*/, message_ptr msg) override
+    bool on_message(boost::shared_ptr<velmo_ex_t> /*ex*/, message_ptr_t msg) override
     {
         m_at_delivery += fields_of(msg);
         m_messages.push_back(std::move(msg));
@@ -32,7 +32,7 @@ public:
     std::string take()
     {
         std::string all = std::move(m_at_delivery) + "afterwards\n";
-        for (const message_ptr& message : m_messages)
+        for (const message_ptr_t& message : m_messages)
             all += fields_of(message);
         m_at_delivery.clear();
         m_messages.clear();
@@ -41,7 +41,7 @@ public:
 
 private:
     std::string m_at_delivery;
-    std::vector<message_ptr> m_messages;
+    std::vector<message_ptr_t> m_messages;
 };
 
 class random_logs_test : public storage_test_t
@@ -94,7 +94,7 @@ protected:
 
 } // namespace
 
-TEST_F(random_logs_test, a_replay_delivers_what_libxml2_finds_in_a_log)
+TEST_F(random_logs_test, a_replay_delivers_the_messages_that_libxml2_finds_in_a_log)
 {
     const random_seeds_t seeds(8000);
     for (auto seed = seeds.first; seed != seeds.end(); ++seed) {
@@ -107,7 +107,7 @@ TEST_F(random_logs_test, a_replay_delivers_what_libxml2_finds_in_a_log)
     }
 }
 
-TEST_F(random_logs_test, a_replay_of_what_was_appended_delivers_what_libxml2_finds_in_it)
+TEST_F(random_logs_test, a_replay_of_appended_text_delivers_the_messages_that_libxml2_finds_in_it)
 {
     const random_seeds_t seeds(3000);
     for (auto seed = seeds.first; seed != seeds.end(); ++seed) {
@@ -124,7 +124,7 @@ TEST_F(random_logs_test, a_replay_of_what_was_appended_delivers_what_libxml2_fin
     }
 }
 
-TEST_F(random_logs_test, a_start_carries_over_what_libxml2_finds_in_a_log)
+TEST_F(random_logs_test, a_start_carries_over_the_messages_that_libxml2_finds_in_a_log)
 {
     const random_seeds_t seeds(2000);
     for (auto seed = seeds.first; seed != seeds.end(); ++seed) {
@@ -137,7 +137,7 @@ TEST_F(random_logs_test, a_start_carries_over_what_libxml2_finds_in_a_log)
     }
 }
 
-TEST_F(random_logs_test, a_log_that_is_cut_anywhere_delivers_what_libxml2_finds_in_it)
+TEST_F(random_logs_test, a_log_that_is_cut_anywhere_delivers_the_messages_that_libxml2_finds_in_it)
 {
     const random_seeds_t seeds(4);
     for (auto seed = seeds.first; seed != seeds.end(); ++seed) {

@@ -23,7 +23,7 @@ typedef storage_test_t random_messages_test;
 
 } // namespace
 
-TEST_F(random_messages_test, a_document_is_what_libxml2s_writer_gives)
+TEST_F(random_messages_test, a_document_equals_the_output_of_libxml2s_writer)
 {
     const random_seeds_t seeds(8000);
     for (auto seed = seeds.first; seed != seeds.end(); ++seed) {
@@ -32,13 +32,13 @@ TEST_F(random_messages_test, a_document_is_what_libxml2s_writer_gives)
         const std::wstring written = string_message_serializer_t::message_to_xml_string(message);
         ASSERT_EQ(ROVA_2_18::strings::utf16_to_utf8(written), written_document(*message))
             << "seed " << seed;
-        const message_ptr read = string_message_serializer_t::xml_string_to_message(written);
+        const message_ptr_t read = string_message_serializer_t::xml_string_to_message(written);
         ASSERT_EQ(document_oracle_t(written).difference(read), "") << "seed " << seed;
         ASSERT_TRUE(read) << "seed " << seed;
     }
 }
 
-TEST_F(random_messages_test, a_log_is_what_libxml2s_writer_gives)
+TEST_F(random_messages_test, a_log_equals_the_output_of_libxml2s_writer)
 {
     const random_seeds_t seeds(2500);
     for (auto seed = seeds.first; seed != seeds.end(); ++seed) {

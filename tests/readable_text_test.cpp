@@ -34,7 +34,7 @@ protected:
     catalogs_t m_catalogs;
     const boost::shared_ptr<velmo_ex_t> m_ex =
         velmo_ex_t::get(velmo_ex_t::generate_id(L"readable_text_test."), L"p");
-    const message_ptr m_message = make_message(L"file_large", message_t::warning);
+    const message_ptr_t m_message = make_message(L"file_large", message_t::warning);
 };
 
 } // namespace
@@ -65,7 +65,7 @@ TEST_F(readable_text_test, without_a_text_the_type_and_the_arguments_are_shown)
     EXPECT_EQ(plain_text(*m_message), L"file_large path=/a size=4096");
 }
 
-TEST_F(readable_text_test, a_message_without_anything_is_not_empty)
+TEST_F(readable_text_test, the_text_of_an_empty_message_is_not_empty)
 {
     EXPECT_EQ(plain_text(message_t()), L"message");
     EXPECT_EQ(readable_text(m_ex, boost::make_shared<message_t>()), L"message");

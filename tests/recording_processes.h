@@ -61,7 +61,7 @@ inline std::string text_of(const types_t& types)
     return text;
 }
 
-const std::size_t foreign_forms = 4;
+const std::size_t foreign_form_count = 4;
 
 /// Returns a log that the library would write in another form.
 inline std::string foreign_log(const types_t& types, std::size_t form)
@@ -79,7 +79,7 @@ inline void record_types(const storage_ptr& storage, const types_t& types)
     for (const std::string& type : types) {
         const std::size_t number = std::stoul(type);
         const std::size_t size = number % 3 == 0 ? number * 7919 % 1700 : 2;
-        const message_ptr message =
+        const message_ptr_t message =
             make_message(make_content({}, {{L"text", std::wstring(size, L'x')}}));
         message->set_type(std::wstring(type.begin(), type.end()));
         message->set_flags(1);
@@ -89,12 +89,12 @@ inline void record_types(const storage_ptr& storage, const types_t& types)
 
 /// Kills this process before the file system call with this number, counted from 0. If `has_links`
 /// is false, hard links fail until then.
-class with_kill
+class kill_scope_t
 {
 public:
     static constexpr int never = -1;
 
-    explicit with_kill(int call, bool has_links = true)
+    explicit kill_scope_t(int call, bool has_links = true)
         : m_faults([call, has_links](const std::string& name, int) mutable {
               if (call-- == 0)
                   raise(SIGKILL);
@@ -103,7 +103,7 @@ public:
     {}
 
 private:
-    with_faults m_faults;
+    faults_scope_t m_faults;
 };
 
 /// A number that a process shares with its children.
@@ -159,7 +159,7 @@ private:
 };
 
 /// Exit code of a process that could not start its first recording.
-const int is_refused = 1;
+const int refused_exit_code = 1;
 
 /// The recordings of one process.
 struct recorder_t
@@ -168,25 +168,25 @@ struct recorder_t
     types_t second; ///< in a recording of its own
     bool is_stopped = false;
     bool has_links = true;
-    int last_call = with_kill::never;
+    int last_call = kill_scope_t::never;
     std::size_t max_written = SIZE_MAX;
 
     types_t all() const { return join(first, second); }
 
-    int run(const storage_ptr& storage, shared_number_t& certain) const
+    int run(const storage_ptr& storage, shared_number_t& certain_count) const
     {
-        const with_short_pieces pieces(SIZE_MAX, max_written);
-        const with_kill kill(last_call, has_links);
+        const short_io_scope_t short_writes(SIZE_MAX, max_written);
+        const kill_scope_t kill(last_call, has_links);
         if (!storage->start_recording())
-            return is_refused;
+            return refused_exit_code;
         record_types(storage, first);
         storage->stop_recording();
-        certain.set(first.size());
+        certain_count.set(first.size());
         if (!storage->start_recording())
             return 2;
         record_types(storage, second);
         if (is_stopped && storage->stop_recording())
-            certain.set(all().size());
+            certain_count.set(all().size());
         return 0;
     }
 };
@@ -206,24 +206,27 @@ struct daemon_t
     types_t after_fork;
     types_t of_child;       ///< while the parent lives
     types_t of_child_alone; ///< after the parent's end, but perhaps while others record
-    types_t of_child_at_last;
+    types_t of_child_after_others;
     bool forks_twice = false;
     bool is_stopped = false;
-    int last_call = with_kill::never; ///< after the fork
+    int last_call = kill_scope_t::never; ///< after the fork
 
     types_t of_parent() const { return join(before_fork, after_fork); }
-    types_t of_children() const { return join(of_child, join(of_child_alone, of_child_at_last)); }
+    types_t of_children() const
+    {
+        return join(of_child, join(of_child_alone, of_child_after_others));
+    }
 
     int run(storage_ptr storage, daemon_gates_t& gates) const
     {
         if (!storage->start_recording())
-            return is_refused;
+            return refused_exit_code;
         record_types(storage, before_fork);
         gate_t has_recorded;
         if (fork() == 0)
             run_child(storage, has_recorded, gates);
         has_recorded.wait();
-        const with_kill kill(last_call);
+        const kill_scope_t kill(last_call);
         record_types(storage, after_fork);
         if (is_stopped)
             storage->stop_recording();
@@ -242,7 +245,7 @@ private:
         record_types(storage, of_child_alone);
         gates.has_tried.open();
         gates.end_of_others.wait();
-        record_types(storage, of_child_at_last);
+        record_types(storage, of_child_after_others);
         storage.reset();
         _exit(0);
     }

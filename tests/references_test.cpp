@@ -79,28 +79,28 @@ std::vector<std::string> references()
 }
 
 // Returns the text that libxml2 reads in an element or attribute. Returns nothing after a fault.
-std::optional<std::wstring> parse(const std::string& text, text_context_t place)
+std::optional<std::wstring> parse(const std::string& text, text_context_t context)
 {
     const xml_error_scope_t errors;
     const std::string document =
-        place == text_context_t::element ? "<a>" + text + "</a>" : "<a b=\"" + text + "\"></a>";
+        context == text_context_t::element ? "<a>" + text + "</a>" : "<a b=\"" + text + "\"></a>";
     const std::unique_ptr<xmlDoc, void (*)(xmlDocPtr)> tree(
         xmlReadMemory(document.data(), static_cast<int>(document.size()), nullptr, nullptr, 0),
         xmlFreeDoc);
     if (!tree)
         return std::nullopt;
     const xmlNode* const root = xmlDocGetRootElement(tree.get());
-    const xml_string_t content(place == text_context_t::element ? xmlNodeGetContent(root)
-                                                                : xmlGetProp(root, to_xml("b")));
+    const xml_string_t content(context == text_context_t::element ? xmlNodeGetContent(root)
+                                                                  : xmlGetProp(root, to_xml("b")));
     return utf8_to_utf16(from_xml(content.get()));
 }
 
-std::optional<std::wstring> decode(const std::string& text, text_context_t place,
+std::optional<std::wstring> decode(const std::string& text, text_context_t context,
                                    const std::string& ampersand = "&")
 {
     std::wstring wide = L"former";
-    return decode_references(text, place, ampersand, wide) ? std::optional<std::wstring>(wide)
-                                                           : std::nullopt;
+    return decode_references(text, context, ampersand, wide) ? std::optional<std::wstring>(wide)
+                                                             : std::nullopt;
 }
 
 bool is_name_for_libxml2(const std::string& name)
@@ -151,35 +151,36 @@ TEST(references_test, a_value_of_an_attribute_is_decoded_as_libxml2_does)
 TEST(references_test, a_character_is_decoded_as_libxml2_does_wherever_it_is_in_a_text)
 {
     for (const std::size_t size : {7U, 8U, 9U, 17U})
-        for (std::size_t place = 0; place != size; ++place)
+        for (std::size_t position = 0; position != size; ++position)
             for (unsigned character = 1; character != 0x102; ++character) {
                 std::string text(size, 'x');
-                text.replace(place, 1, encoded(character));
+                text.replace(position, 1, encoded(character));
                 const bool is_changed = character == '\r';
                 const auto expected =
                     is_changed ? std::nullopt : parse(text, text_context_t::element);
                 ASSERT_EQ(decode(text, text_context_t::element), expected)
-                    << character << " at " << place;
+                    << character << " at " << position;
                 ASSERT_EQ(is_plain_text(text), expected && character < 0x80);
             }
 }
 
 TEST(references_test, the_end_of_a_section_is_found_wherever_it_is_in_a_text)
 {
-    for (std::size_t place = 0; place != 20; ++place) {
-        const std::string text = std::string(place, 'x') + "]]>" + std::string(20 - place, 'x');
+    for (std::size_t position = 0; position != 20; ++position) {
+        const std::string text =
+            std::string(position, 'x') + "]]>" + std::string(20 - position, 'x');
         EXPECT_EQ(decode(text, text_context_t::element), std::nullopt);
-        EXPECT_EQ(find_fault(text), place);
+        EXPECT_EQ(find_fault(text), position);
     }
 }
 
 TEST(references_test, references_are_decoded_as_libxml2_does)
 {
     for (const std::string& text : references())
-        for (const text_context_t place : {text_context_t::element, text_context_t::attribute}) {
-            ASSERT_EQ(decode(text, place), parse(text, place)) << text.substr(0, 100);
+        for (const text_context_t context : {text_context_t::element, text_context_t::attribute}) {
+            ASSERT_EQ(decode(text, context), parse(text, context)) << text.substr(0, 100);
             const std::string mixed = "\xC3\xA9" + text + "\xF0\x9F\x98\x80";
-            ASSERT_EQ(decode(mixed, place), parse(mixed, place)) << mixed.substr(0, 100);
+            ASSERT_EQ(decode(mixed, context), parse(mixed, context)) << mixed.substr(0, 100);
         }
 }
 
@@ -213,14 +214,14 @@ TEST(references_test, malformed_utf8_is_refused)
     }
 }
 
-TEST(references_test, an_ampersand_becomes_what_the_caller_wants)
+TEST(references_test, an_ampersand_becomes_the_text_that_the_caller_passes)
 {
     EXPECT_EQ(decode("a&amp;b&#38;c&#x26;d&lt;", text_context_t::attribute, "&#38;"),
               L"a&#38;b&#38;c&#38;d<");
     EXPECT_EQ(decode("&#38;#65;", text_context_t::element, "&"), L"&#65;");
 }
 
-TEST(references_test, a_fault_is_where_libxml2_finds_one)
+TEST(references_test, a_fault_is_found_if_libxml2_finds_one)
 {
     std::vector<std::string> texts = references();
     for (unsigned character = 1; character != 0x80; ++character)

@@ -26,7 +26,7 @@ report_t last_report;
 std::atomic<int> first_count{0};
 std::atomic<int> second_count{0};
 
-void keep(const char* expression, const char* file, int line, const char* function)
+void keep_report(const char* expression, const char* file, int line, const char* function)
 {
     last_report = {expression, file, line, function};
 }
@@ -41,7 +41,7 @@ void count_second(const char*, const char*, int, const char*)
     ++second_count;
 }
 
-void count_first_and_leave(const char*, const char*, int, const char*)
+void count_first_and_set_second(const char*, const char*, int, const char*)
 {
     ++first_count;
     set_assert_handler(count_second);
@@ -76,7 +76,7 @@ private:
     assert_handler_t m_former;
 };
 
-TEST_F(rova_debug_test, setting_a_handler_answers_the_former_one)
+TEST_F(rova_debug_test, setting_a_handler_returns_the_former_one)
 {
     EXPECT_EQ(set_assert_handler(count_first), nullptr);
     EXPECT_EQ(set_assert_handler(count_second), &count_first);
@@ -84,9 +84,9 @@ TEST_F(rova_debug_test, setting_a_handler_answers_the_former_one)
     EXPECT_EQ(set_assert_handler(nullptr), nullptr);
 }
 
-TEST_F(rova_debug_test, the_handler_gets_what_was_reported)
+TEST_F(rova_debug_test, the_handler_gets_the_report)
 {
-    set_assert_handler(keep);
+    set_assert_handler(keep_report);
     report("index != 0 && \"a 100% text\"", "dir/file.cpp", 7, "void f(int)");
     EXPECT_EQ(last_report.expression, "index != 0 && \"a 100% text\"");
     EXPECT_EQ(last_report.file, "dir/file.cpp");
@@ -94,7 +94,7 @@ TEST_F(rova_debug_test, the_handler_gets_what_was_reported)
     EXPECT_EQ(last_report.function, "void f(int)");
 }
 
-TEST_F(rova_debug_test, only_the_handler_in_place_is_called)
+TEST_F(rova_debug_test, only_the_current_handler_is_called)
 {
     set_assert_handler(count_first);
     set_assert_handler(count_second);
@@ -119,7 +119,7 @@ TEST_F(rova_debug_test, without_a_handler_the_report_is_one_line_on_standard_err
               "dir/file.cpp:12: void f(int): assertion failed: ratio == 100%\n");
 }
 
-TEST_F(rova_debug_test, a_handler_taken_back_is_called_no_more)
+TEST_F(rova_debug_test, a_handler_that_was_removed_is_not_called)
 {
     set_assert_handler(count_first);
     set_assert_handler(nullptr);
@@ -129,9 +129,9 @@ TEST_F(rova_debug_test, a_handler_taken_back_is_called_no_more)
     EXPECT_EQ(first_count, 0);
 }
 
-TEST_F(rova_debug_test, a_handler_may_put_another_in_its_place)
+TEST_F(rova_debug_test, a_handler_may_set_another_handler)
 {
-    set_assert_handler(count_first_and_leave);
+    set_assert_handler(count_first_and_set_second);
     report_often(3);
     EXPECT_EQ(first_count, 1);
     EXPECT_EQ(second_count, 2);

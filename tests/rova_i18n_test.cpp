@@ -163,15 +163,15 @@ public:
     environment_t(const char* name, const char* value) : m_name(name)
     {
         const char* const former = std::getenv(name);
-        m_was_there = former != nullptr;
-        m_former = m_was_there ? former : "";
+        m_was_set = former != nullptr;
+        m_former = m_was_set ? former : "";
         setenv(name, value, 1);
     }
     environment_t(const environment_t&) = delete;
     environment_t& operator=(const environment_t&) = delete;
     ~environment_t()
     {
-        if (m_was_there)
+        if (m_was_set)
             setenv(m_name, m_former.c_str(), 1);
         else
             unsetenv(m_name);
@@ -179,12 +179,12 @@ public:
 
 private:
     const char* m_name;
-    bool m_was_there = false;
+    bool m_was_set = false;
     std::string m_former;
 };
 
 /// Uses a new process, since ICU sets its default locale and time zone once. ICU reads them from
-/// the environment, whatever locales the machine has.
+/// the environment, for any locales that the machine has.
 void expect_in_new_process(const row_t& row, const std::string& locale)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
@@ -209,7 +209,7 @@ void expect_in_tokyo(const row_t& row, const std::string& locale = "en")
 }
 
 /// Compares without printing, since such texts are long.
-bool is_own_text(const std::wstring& pattern, const arguments_t& arguments)
+bool is_returned_unchanged(const std::wstring& pattern, const arguments_t& arguments)
 {
     return format(pattern, arguments) == pattern;
 }
@@ -259,7 +259,7 @@ TEST(rova_i18n_test, a_numbered_placeholder_is_filled_with_the_argument_of_that_
     expect_rows(rows);
 }
 
-TEST(rova_i18n_test, an_argument_stands_there_as_it_is)
+TEST(rova_i18n_test, an_argument_is_inserted_unchanged)
 {
     for (const auto& text : {L"007"s, L"1e6"s, L"-0"s, L" 5 "s, L"{n}"s, L"it's '{'"s, L"#"s,
                              L"a\0b\0"s, L"\xE9\x20AC"s, L"\xD83D\xDE00"s})
@@ -279,7 +279,7 @@ TEST(rova_i18n_test, arguments_may_be_given_in_any_order)
     while (std::next_permutation(arguments.begin(), arguments.end()));
 }
 
-TEST(rova_i18n_test, of_several_arguments_of_one_name_the_first_counts)
+TEST(rova_i18n_test, the_first_of_several_arguments_of_one_name_counts)
 {
     EXPECT_EQ(format(L"{n}", {{"n", L"first"}, {"n", L"second"}}), L"first");
     EXPECT_EQ(format(L"{n, number}", {{"n", L"none"}, {"n", L"2"}}), L"{n}");
@@ -303,7 +303,7 @@ TEST(rova_i18n_test, a_missing_argument_leaves_its_name_in_braces)
     expect_rows(rows);
 }
 
-TEST(rova_i18n_test, a_text_that_is_no_number_leaves_its_name_where_a_number_is_asked_for)
+TEST(rova_i18n_test, a_text_that_is_not_a_number_leaves_its_name_if_a_number_is_required)
 {
     for (const auto& text :
          {L""s,     L"x"s,   L" 1"s,     L"1 "s,       L"+1"s,    L"1,5"s,   L"0x10"s, L"inf"s,
@@ -315,7 +315,7 @@ TEST(rova_i18n_test, a_text_that_is_no_number_leaves_its_name_where_a_number_is_
     }
 }
 
-TEST(rova_i18n_test, a_decimal_number_is_read_where_a_number_is_asked_for)
+TEST(rova_i18n_test, a_decimal_number_is_read_if_a_number_is_required)
 {
     const std::pair<std::wstring, std::wstring> rows[] = {
         {L"0", L"0"},
@@ -338,7 +338,7 @@ TEST(rova_i18n_test, a_decimal_number_is_read_where_a_number_is_asked_for)
 
 TEST(rova_i18n_test, a_long_number_keeps_its_digits)
 {
-    const std::wstring most(100, L'9');
+    const std::wstring digits(100, L'9');
     const row_t rows[] = {
         {L"{n, number}", {{"n", L"9223372036854775808"}}, L"9,223,372,036,854,775,808"},
         {L"{n, number}", {{"n", L"18446744073709551615"}}, L"18,446,744,073,709,551,615"},
@@ -347,8 +347,8 @@ TEST(rova_i18n_test, a_long_number_keeps_its_digits)
         {L"{n, number,0.0###################}",
          {{"n", L"0.1234567890123456789"}},
          L"0.1234567890123456789"},
-        {L"{n, number,0}", {{"n", most}}, most},
-        {L"{n, number,0}", {{"n", most + L"9"}}, L"1" + std::wstring(101, L'0')},
+        {L"{n, number,0}", {{"n", digits}}, digits},
+        {L"{n, number,0}", {{"n", digits + L"9"}}, L"1" + std::wstring(101, L'0')},
         {L"{n, plural, one{#} other{# files}}",
          {{"n", L"18446744073709551615"}},
          L"18,446,744,073,709,551,615 files"},
@@ -360,7 +360,7 @@ TEST(rova_i18n_test, a_long_number_keeps_its_digits)
     expect_rows(rows);
 }
 
-TEST(rova_i18n_test, a_long_number_that_is_none_leaves_its_name)
+TEST(rova_i18n_test, a_long_malformed_number_leaves_its_name)
 {
     for (const auto& text :
          {L"+18446744073709551615"s, L"1844674407370955161x"s, L"18446744073709551615 "s,
@@ -368,7 +368,7 @@ TEST(rova_i18n_test, a_long_number_that_is_none_leaves_its_name)
         EXPECT_EQ(format(L"{n, number}", {{"n", text}}), L"{n}") << testing::PrintToString(text);
 }
 
-TEST(rova_i18n_test, zeros_behind_the_point_change_no_plural)
+TEST(rova_i18n_test, zeros_after_the_decimal_point_do_not_change_the_plural)
 {
     const std::wstring pattern = L"{n, plural, =0{none} one{# file} other{# files}}";
     const row_t rows[] = {
@@ -381,7 +381,7 @@ TEST(rova_i18n_test, zeros_behind_the_point_change_no_plural)
     expect_rows(rows);
 }
 
-TEST(rova_i18n_test, a_very_large_number_takes_no_time)
+TEST(rova_i18n_test, a_large_number_is_formatted_quickly)
 {
     const usage_t usage;
     for (const auto& type : {L"number", L"spellout", L"ordinal", L"duration", L"date", L"time"})
@@ -392,7 +392,7 @@ TEST(rova_i18n_test, a_very_large_number_takes_no_time)
     EXPECT_LT(usage.seconds(), 5);
 }
 
-TEST(rova_i18n_test, plural_forms_of_english)
+TEST(rova_i18n_test, the_plural_forms_of_english_are_used)
 {
     const std::wstring pattern = L"{n, plural, =0{no files} one{# file} other{# files}}";
     const row_t rows[] = {
@@ -403,7 +403,7 @@ TEST(rova_i18n_test, plural_forms_of_english)
     expect_rows(rows);
 }
 
-TEST(rova_i18n_test, plural_forms_of_polish)
+TEST(rova_i18n_test, the_plural_forms_of_polish_are_used)
 {
     const std::wstring pattern =
         L"{n, plural, one{# plik} few{# pliki} many{# plik\xF3w} other{# pliku}}";
@@ -415,7 +415,7 @@ TEST(rova_i18n_test, plural_forms_of_polish)
     expect_rows(rows, "pl");
 }
 
-TEST(rova_i18n_test, plural_forms_of_arabic)
+TEST(rova_i18n_test, the_plural_forms_of_arabic_are_used)
 {
     const std::wstring pattern = L"{n, plural, zero{z} one{o} two{t} few{f} many{m} other{x}}";
     const row_t rows[] = {
@@ -439,7 +439,7 @@ TEST(rova_i18n_test, a_plural_may_have_an_offset)
     expect_rows(rows);
 }
 
-TEST(rova_i18n_test, ordinal_forms_of_english)
+TEST(rova_i18n_test, the_ordinal_forms_of_english_are_used)
 {
     const std::wstring pattern = L"{n, selectordinal, one{#st} two{#nd} few{#rd} other{#th}}";
     const row_t rows[] = {
@@ -472,7 +472,7 @@ TEST(rova_i18n_test, a_select_takes_the_branch_that_the_text_names)
     expect_rows(rows);
 }
 
-TEST(rova_i18n_test, typed_arguments_are_written_as_their_type)
+TEST(rova_i18n_test, typed_arguments_are_formatted_by_their_type)
 {
     const row_t rows[] = {
         {L"{n, number, integer}", {{"n", L"1234.5"}}, L"1,234"},
@@ -511,7 +511,7 @@ TEST(rova_i18n_test, a_date_may_have_many_digits)
     EXPECT_NE(format(L"{d, date,yyyy}", {{"d", L"18446744073709551615"}}), L"{d}");
 }
 
-TEST(rova_i18n_test, a_date_is_that_of_gmt)
+TEST(rova_i18n_test, a_date_is_formatted_in_gmt)
 {
     const row_t rows[] = {
         {L"{d, date,dd HH:mm z}", {{"d", L"0"}}, L"01 00:00 GMT"},
@@ -522,7 +522,7 @@ TEST(rova_i18n_test, a_date_is_that_of_gmt)
     expect_rows(rows);
 }
 
-TEST(rova_i18n_test, the_time_zone_of_the_process_decides_nothing)
+TEST(rova_i18n_test, the_time_zone_of_the_process_has_no_effect)
 {
     const arguments_t zero = {{"d", L"0"}};
     expect_in_tokyo({L"{d, time,HH:mm z}", zero, L"00:00 GMT"});
@@ -566,7 +566,7 @@ TEST(rova_i18n_test, one_argument_may_be_a_selector_and_a_number)
     expect_rows(rows);
 }
 
-TEST(rova_i18n_test, an_argument_of_a_private_name_is_apart_from_one_of_two_uses)
+TEST(rova_i18n_test, a_private_use_name_does_not_collide_with_an_argument_of_two_uses)
 {
     EXPECT_EQ(format(L"{\xE000\x30} {\xE000\x31} {n} {n, number}", {{"\xEE\x80\x80"
                                                                      "0",
@@ -578,7 +578,7 @@ TEST(rova_i18n_test, an_argument_of_a_private_name_is_apart_from_one_of_two_uses
               L"p {\xE000\x31} 01 1");
 }
 
-TEST(rova_i18n_test, plurals_and_selects_stand_in_each_other)
+TEST(rova_i18n_test, plurals_and_selects_can_be_nested)
 {
     const std::wstring pattern = L"{g, select, f{{n, plural, one{her # cat} other{her # cats}}} "
                                  L"other{{n, plural, one{a cat} other{# cats of {who}}}}}";
@@ -591,7 +591,7 @@ TEST(rova_i18n_test, plurals_and_selects_stand_in_each_other)
     expect_rows(rows);
 }
 
-TEST(rova_i18n_test, apostrophes_quote_braces_and_else_stand_for_themselves)
+TEST(rova_i18n_test, apostrophes_quote_braces_and_are_literal_elsewhere)
 {
     const row_t rows[] = {
         {L"it's {n}", {{"n", L"1"}}, L"it's 1"},
@@ -608,7 +608,7 @@ TEST(rova_i18n_test, apostrophes_quote_braces_and_else_stand_for_themselves)
     expect_rows(rows);
 }
 
-TEST(rova_i18n_test, a_pattern_of_texts_alone_reads_as_icu_formats_it)
+TEST(rova_i18n_test, a_pattern_of_plain_placeholders_is_formatted_as_by_icu)
 {
     const std::vector<std::wstring> parts = {
         L"{a}",  L"{ b }", L"{0}", L"{none}",   L"{a}{b}",     L"'", L"''", L"'{'", L"'{a}'",
@@ -648,16 +648,16 @@ TEST(rova_i18n_test, a_single_element_beyond_the_bmp_is_written_as_its_character
     expect_rows(rows);
 }
 
-TEST(rova_i18n_test, a_character_beyond_the_bmp_is_written_at_every_place_of_a_text)
+TEST(rova_i18n_test, a_character_beyond_the_bmp_is_written_at_every_position_of_a_text)
 {
     for (std::size_t size = 1; size <= 20; ++size)
-        for (std::size_t place = 0; place != size; ++place) {
+        for (std::size_t position = 0; position != size; ++position) {
             std::wstring text(size, L'a');
-            text[place] = L'\x1F4C1';
+            text[position] = L'\x1F4C1';
             std::wstring written(size + 1, L'a');
-            written[place] = L'\xD83D';
-            written[place + 1] = L'\xDCC1';
-            EXPECT_EQ(format(L"{a}", {{"a", text}}), written) << place << " of " << size;
+            written[position] = L'\xD83D';
+            written[position + 1] = L'\xDCC1';
+            EXPECT_EQ(format(L"{a}", {{"a", text}}), written) << position << " of " << size;
         }
 }
 
@@ -672,7 +672,7 @@ TEST(rova_i18n_test, an_unpaired_surrogate_stays_as_it_is)
     expect_rows(rows);
 }
 
-TEST(rova_i18n_test, an_element_that_is_no_character_is_replaced)
+TEST(rova_i18n_test, an_element_that_is_not_a_character_is_replaced)
 {
     for (const std::int64_t value : {std::int64_t{0x110000}, std::int64_t{-1},
                                      std::int64_t{INT32_MIN}, std::int64_t{INT32_MAX}}) {
@@ -681,12 +681,12 @@ TEST(rova_i18n_test, an_element_that_is_no_character_is_replaced)
     }
 }
 
-TEST(rova_i18n_test, an_argument_whose_name_is_no_utf8_is_not_used)
+TEST(rova_i18n_test, an_argument_whose_name_is_not_utf8_is_not_used)
 {
     EXPECT_EQ(format(L"{n} {\xFFFD}", {{"n\xFF", L"1"}, {"\xFF", L"2"}}), L"{n} {\xFFFD}");
 }
 
-TEST(rova_i18n_test, names_are_found_whichever_order_an_encoding_gives_them)
+TEST(rova_i18n_test, names_are_found_although_utf8_and_utf16_order_them_differently)
 {
     EXPECT_EQ(format(L"{\xFF41} {\xD801\xDC00} {\xFF42} {a}", {{"a", L"1"},
                                                                {"\xEF\xBD\x81", L"2"},
@@ -701,7 +701,7 @@ TEST(rova_i18n_test, names_that_are_the_same_in_utf8_are_one_argument)
               L"1 1 1 2");
 }
 
-TEST(rova_i18n_test, a_broken_pattern_is_its_own_text)
+TEST(rova_i18n_test, a_malformed_pattern_is_returned_unchanged)
 {
     const std::wstring patterns[] = {
         L"{",
@@ -730,7 +730,7 @@ TEST(rova_i18n_test, a_broken_pattern_is_its_own_text)
     expect_unformatted(patterns, {{"n", L"1"}});
 }
 
-TEST(rova_i18n_test, braces_stand_up_to_a_hundred_deep_in_each_other)
+TEST(rova_i18n_test, braces_can_be_nested_up_to_a_hundred_deep)
 {
     const row_t rows[] = {
         {nested(50), {{"n", L"1"}}, L"x"},
@@ -742,19 +742,19 @@ TEST(rova_i18n_test, braces_stand_up_to_a_hundred_deep_in_each_other)
     expect_rows(rows);
 }
 
-TEST(rova_i18n_test, texts_stand_up_to_fifty_deep_in_each_other)
+TEST(rova_i18n_test, texts_can_be_nested_up_to_fifty_deep)
 {
     EXPECT_EQ(format(nested_choice(50), {{"n", L"01"}}), L"01");
     EXPECT_EQ(format(nested_choice(51), {{"n", L"01"}}), nested_choice(51));
 }
 
-TEST(rova_i18n_test, quoted_braces_hide_no_depth)
+TEST(rova_i18n_test, quoted_braces_do_not_hide_the_depth)
 {
     const std::wstring pattern = repeat(L"{n,plural,other{'}}}}'", 10000) + repeat(L"}}", 10000);
     EXPECT_EQ(format(pattern, {{"n", L"1"}}), pattern);
 }
 
-TEST(rova_i18n_test, placeholders_next_to_each_other_are_not_deep)
+TEST(rova_i18n_test, adjacent_placeholders_are_not_nested)
 {
     EXPECT_EQ(format(repeat(L"{n}", 10000), {{"n", L"1"}}), std::wstring(10000, L'1'));
 }
@@ -778,57 +778,58 @@ TEST(rova_i18n_test, a_thousand_names_can_be_filled)
     EXPECT_EQ(format(row.pattern, row.arguments), row.text);
 }
 
-TEST(rova_i18n_test, a_pattern_of_more_than_a_thousand_names_is_its_own_text)
+TEST(rova_i18n_test, a_pattern_of_more_than_a_thousand_names_is_returned_unchanged)
 {
     const row_t row = many_names(1001);
     EXPECT_EQ(format(row.pattern, row.arguments), row.pattern);
 }
 
-TEST(rova_i18n_test, a_pattern_of_more_than_a_thousand_typed_arguments_is_its_own_text)
+TEST(rova_i18n_test, a_pattern_of_more_than_a_thousand_typed_arguments_is_returned_unchanged)
 {
     const std::wstring pattern = repeat(L"{n,number}", 1000);
     EXPECT_EQ(format(pattern, {{"n", L"1"}}), std::wstring(1000, L'1'));
     EXPECT_EQ(format(pattern + L"{n,date}", {{"n", L"1"}}), pattern + L"{n,date}");
 }
 
-TEST(rova_i18n_test, a_pattern_of_more_than_ten_thousand_places_is_its_own_text)
+TEST(rova_i18n_test, a_pattern_of_more_than_ten_thousand_placeholders_is_returned_unchanged)
 {
     const std::wstring numbers = L"{n,plural,other{" + std::wstring(9999, L'#') + L"}}";
     EXPECT_TRUE(format(numbers, {{"n", L"1"}}) == std::wstring(9999, L'1'));
-    EXPECT_TRUE(is_own_text(numbers + L"{n}", {{"n", L"1"}}));
-    EXPECT_TRUE(is_own_text(repeat(L"{n}", 10001), {{"n", L"1"}}));
+    EXPECT_TRUE(is_returned_unchanged(numbers + L"{n}", {{"n", L"1"}}));
+    EXPECT_TRUE(is_returned_unchanged(repeat(L"{n}", 10001), {{"n", L"1"}}));
     const std::wstring date = L"{n,date,'" + std::wstring(9997, L'x') + L"'}";
     EXPECT_TRUE(format(date, {{"n", L"1"}}) == std::wstring(9997, L'x'));
-    EXPECT_TRUE(is_own_text(date + L"{n}", {{"n", L"1"}}));
+    EXPECT_TRUE(is_returned_unchanged(date + L"{n}", {{"n", L"1"}}));
 }
 
-TEST(rova_i18n_test, a_plain_number_sign_is_no_place)
+TEST(rova_i18n_test, a_number_sign_outside_of_a_plural_is_not_a_placeholder)
 {
     const std::wstring signs(20000, L'#');
     EXPECT_TRUE(format(signs + L"{n}", {{"n", L"1"}}) == signs + L"1");
 }
 
-TEST(rova_i18n_test, a_pattern_of_many_names_at_many_places_is_its_own_text)
+TEST(rova_i18n_test, a_pattern_of_many_names_and_many_placeholders_is_returned_unchanged)
 {
     const row_t row = many_names(1000);
     EXPECT_TRUE(format(row.pattern + row.pattern, row.arguments) == row.text + row.text);
-    EXPECT_TRUE(is_own_text(row.pattern + row.pattern + L"{n0}", row.arguments));
+    EXPECT_TRUE(is_returned_unchanged(row.pattern + row.pattern + L"{n0}", row.arguments));
 }
 
-TEST(rova_i18n_test, a_pattern_of_more_than_a_million_characters_is_its_own_text)
+TEST(rova_i18n_test, a_pattern_of_more_than_a_million_characters_is_returned_unchanged)
 {
-    const std::wstring most(1048576 - 3, L'x');
-    EXPECT_TRUE(format(most + L"{n}", {{"n", L"1"}}) == most + L"1");
-    EXPECT_TRUE(is_own_text(most + L"{n}x", {{"n", L"1"}}));
+    const std::wstring longest(1048576 - 3, L'x');
+    EXPECT_TRUE(format(longest + L"{n}", {{"n", L"1"}}) == longest + L"1");
+    EXPECT_TRUE(is_returned_unchanged(longest + L"{n}x", {{"n", L"1"}}));
 }
 
-TEST(rova_i18n_test, a_result_of_more_than_sixteen_million_characters_is_the_own_text)
+TEST(rova_i18n_test,
+     a_pattern_whose_result_exceeds_sixteen_million_characters_is_returned_unchanged)
 {
     const std::wstring pattern = repeat(L"{n}", 10000);
     EXPECT_EQ(format(pattern, {{"n", std::wstring(1674, L'x')}}).size(), 16740000U);
-    EXPECT_TRUE(is_own_text(pattern, {{"n", std::wstring(1675, L'x')}}));
+    EXPECT_TRUE(is_returned_unchanged(pattern, {{"n", std::wstring(1675, L'x')}}));
     const std::wstring mixed = L"{n}{n}{n,select,other{}}{n,plural,other{}}";
-    EXPECT_TRUE(is_own_text(mixed, {{"n", std::wstring(8388608, L'x')}}));
+    EXPECT_TRUE(is_returned_unchanged(mixed, {{"n", std::wstring(8388608, L'x')}}));
 }
 
 TEST(rova_i18n_test, a_text_that_only_selects_may_be_long)
@@ -837,7 +838,7 @@ TEST(rova_i18n_test, a_text_that_only_selects_may_be_long)
     EXPECT_EQ(format(pattern, {{"n", std::wstring(1000000, L'y')}}), std::wstring(1000, L'x'));
 }
 
-TEST(rova_i18n_test, a_large_power_of_ten_in_a_style_makes_a_pattern_its_own_text)
+TEST(rova_i18n_test, a_pattern_with_a_large_power_of_ten_in_a_style_is_returned_unchanged)
 {
     const std::wstring patterns[] = {
         L"{n,number,::scale/1E100}",
@@ -862,13 +863,13 @@ TEST(rova_i18n_test, a_style_may_have_a_power_of_ten)
     expect_rows(rows);
 }
 
-TEST(rova_i18n_test, a_hostile_pattern_takes_no_time)
+TEST(rova_i18n_test, a_hostile_pattern_is_refused_quickly)
 {
     const usage_t usage;
-    EXPECT_TRUE(is_own_text(repeat(L"{a}", 1000000), {{"a", std::wstring(1000, L'x')}}));
+    EXPECT_TRUE(is_returned_unchanged(repeat(L"{a}", 1000000), {{"a", std::wstring(1000, L'x')}}));
     for (const std::size_t count : {std::size_t{100000}, std::size_t{8000000}}) {
         const std::wstring pattern = L"{a,plural,other{" + std::wstring(count, L'#') + L"}}";
-        EXPECT_TRUE(is_own_text(pattern, {{"a", L"1e300"}}));
+        EXPECT_TRUE(is_returned_unchanged(pattern, {{"a", L"1e300"}}));
     }
     std::wstring pattern;
     for (int i = 0; i != 500; ++i) {
@@ -876,11 +877,11 @@ TEST(rova_i18n_test, a_hostile_pattern_takes_no_time)
         pattern.append(L"{n").append(name).append(L",plural,other{}}{n");
         pattern.append(name).append(L"}");
     }
-    EXPECT_TRUE(is_own_text(repeat(pattern, 1000), many_names(500).arguments));
+    EXPECT_TRUE(is_returned_unchanged(repeat(pattern, 1000), many_names(500).arguments));
     EXPECT_LT(usage.seconds(), 10);
 }
 
-TEST(rova_i18n_test, the_time_grows_with_the_names_and_no_faster)
+TEST(rova_i18n_test, the_time_is_linear_in_the_number_of_names)
 {
     const usage_t usage;
     const row_t row = many_names(100000);
@@ -890,13 +891,13 @@ TEST(rova_i18n_test, the_time_grows_with_the_names_and_no_faster)
     EXPECT_LT(usage.seconds(), 20);
 }
 
-TEST(rova_i18n_test, a_long_text_is_filled_in_whole)
+TEST(rova_i18n_test, a_long_text_is_inserted_whole)
 {
     const std::wstring long_text(1000000, L'\xE9');
     EXPECT_EQ(format(long_text + L"{n}", {{"n", long_text}}), long_text + long_text);
 }
 
-TEST(rova_i18n_test, the_locale_decides_how_numbers_look)
+TEST(rova_i18n_test, the_locale_determines_the_format_of_numbers)
 {
     const std::pair<std::string, std::wstring> rows[] = {
         {"en", L"1,234,567.5"},
@@ -912,14 +913,14 @@ TEST(rova_i18n_test, the_locale_decides_how_numbers_look)
             << row.first;
 }
 
-TEST(rova_i18n_test, no_locale_is_the_root)
+TEST(rova_i18n_test, an_empty_locale_is_the_root_locale)
 {
     const std::wstring pattern = L"{n, plural, one{one} other{other}}";
     EXPECT_EQ(message_t(pattern).as_ustring(list_of({{"n", L"1"}})), L"other");
     EXPECT_EQ(format(pattern, {{"n", L"1"}}, ""), L"other");
 }
 
-TEST(rova_i18n_test, a_locale_that_is_none_is_the_root)
+TEST(rova_i18n_test, an_invalid_locale_is_the_root_locale)
 {
     for (const auto& locale : {"@@@@"s, "xx"s, "C"s, std::string(1000, 'q'), "\xFF\x80"s, "\0"s}) {
         EXPECT_EQ(format(L"{n, plural, one{one} other{other}} {n, number}", {{"n", L"1"}}, locale),
@@ -928,7 +929,7 @@ TEST(rova_i18n_test, a_locale_that_is_none_is_the_root)
     }
 }
 
-TEST(rova_i18n_test, the_locale_of_the_process_decides_nothing)
+TEST(rova_i18n_test, the_locale_of_the_process_has_no_effect)
 {
     const arguments_t number = {{"n", L"1234567.5"}};
     for (const char* const locale : {"", "en", "xx", "C", "@@@@"})
@@ -937,7 +938,7 @@ TEST(rova_i18n_test, the_locale_of_the_process_decides_nothing)
     expect_in_german_process({L"{n, date,MMMM}", {{"n", L"15e9"}}, L"M06"}, "xx");
 }
 
-TEST(rova_i18n_test, the_language_of_the_process_spells_no_number)
+TEST(rova_i18n_test, the_language_of_the_process_is_not_used_to_spell_numbers)
 {
     for (const char* const locale : {"", "xx", "zu"})
         expect_in_german_process({L"{n, spellout}", {{"n", L"21"}}, L"21"}, locale);
@@ -965,7 +966,7 @@ TEST(rova_i18n_test, a_message_owns_its_pattern)
     EXPECT_EQ(message.as_ustring(list_of({{"n", L"1"}})), L"<1>");
 }
 
-TEST(rova_i18n_test, a_message_formats_again_and_again)
+TEST(rova_i18n_test, a_message_can_be_formatted_repeatedly)
 {
     const message_t message(L"{n} {n, plural, one{# file} other{# files}}", "en");
     EXPECT_EQ(message.as_ustring(list_of({{"n", L"1"}})), L"1 1 file");
@@ -978,16 +979,16 @@ TEST(rova_i18n_test, one_message_is_formatted_by_threads_at_the_same_time)
     const message_t message(
         L"{n} {n, plural, one{# file} other{# files}} {n, number} {n, selectordinal, other{#}}",
         "en");
-    std::atomic<int> right{0};
+    std::atomic<int> correct{0};
     run_threads(8, [&](int thread) {
         const message_t copy = message;
         const std::wstring number = std::to_wstring(thread + 2);
         const varg_list list = list_of({{"n", number}});
         const std::wstring text = number + L" " + number + L" files " + number + L" " + number;
         for (int round = 0; round != 200; ++round)
-            right += copy.as_ustring(list) == text ? 1 : 0;
+            correct += copy.as_ustring(list) == text ? 1 : 0;
     });
-    EXPECT_EQ(right.load(), 8 * 200);
+    EXPECT_EQ(correct.load(), 8 * 200);
 }
 
 TEST(rova_i18n_test, a_catalog_is_used_and_deleted_through_its_base)

@@ -20,13 +20,13 @@ using namespace std::string_literals;
 
 constexpr std::uint32_t last_character = 0x10FFFF;
 
-struct text_pair
+struct text_pair_t
 {
     std::wstring wide;
     std::string bytes;
 };
 
-struct upper_pair
+struct upper_pair_t
 {
     std::wstring text;
     std::wstring upper;
@@ -76,10 +76,11 @@ std::wstring replacements(std::size_t count)
 
 /// Sets the process's language while in scope, also in the environment. ICU reads the environment
 /// while the process's locale is "C", as on a machine without the requested locale.
-class process_language
+class process_language_scope_t
 {
 public:
-    explicit process_language(const char* locale) : m_locale(std::setlocale(LC_ALL, nullptr))
+    explicit process_language_scope_t(const char* locale)
+        : m_locale(std::setlocale(LC_ALL, nullptr))
     {
         const char* const former = std::getenv("LC_ALL");
         m_had_environment = former != nullptr;
@@ -87,9 +88,9 @@ public:
         setenv("LC_ALL", locale, 1);
         std::setlocale(LC_ALL, locale);
     }
-    process_language(const process_language&) = delete;
-    process_language& operator=(const process_language&) = delete;
-    ~process_language()
+    process_language_scope_t(const process_language_scope_t&) = delete;
+    process_language_scope_t& operator=(const process_language_scope_t&) = delete;
+    ~process_language_scope_t()
     {
         std::setlocale(LC_ALL, m_locale.c_str());
         if (m_had_environment) {
@@ -108,7 +109,7 @@ private:
 /// Uses a new process, since ICU sets its default locale once, at the first use.
 void expect_upper_in(const char* locale, const std::wstring& text, const std::wstring& upper)
 {
-    const process_language language(locale);
+    const process_language_scope_t language(locale);
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(std::exit(to_upper(text) == upper ? EXIT_SUCCESS : EXIT_FAILURE),
                 testing::ExitedWithCode(EXIT_SUCCESS), "");
@@ -116,7 +117,7 @@ void expect_upper_in(const char* locale, const std::wstring& text, const std::ws
 
 TEST(rova_strings_test, well_formed_text_converts_both_ways)
 {
-    const text_pair rows[] = {
+    const text_pair_t rows[] = {
         {L""s, ""s},
         {L"plain"s, "plain"s},
         {L"\x7F\x80"s, "\x7F\xC2\x80"s},
@@ -162,9 +163,9 @@ TEST(rova_strings_test, an_unpaired_surrogate_becomes_the_replacement_character)
     }
 }
 
-TEST(rova_strings_test, what_is_no_character_is_replaced_and_its_neighbours_stay)
+TEST(rova_strings_test, an_invalid_element_is_replaced_and_its_neighbours_stay)
 {
-    const text_pair rows[] = {
+    const text_pair_t rows[] = {
         {L"\xDC00\xD800"s, "\xEF\xBF\xBD\xEF\xBF\xBD"s},
         {L"\xD83D\xD83D\xDE00"s, "\xEF\xBF\xBD\xF0\x9F\x98\x80"s},
         {L"\xD83D\xDE00\xDE00"s, "\xF0\x9F\x98\x80\xEF\xBF\xBD"s},
@@ -190,9 +191,9 @@ TEST(rova_strings_test, what_is_no_character_is_replaced_and_its_neighbours_stay
     }
 }
 
-TEST(rova_strings_test, each_longest_part_of_malformed_utf8_is_replaced_once)
+TEST(rova_strings_test, each_maximal_subpart_of_malformed_utf8_is_replaced_once)
 {
-    const text_pair rows[] = {
+    const text_pair_t rows[] = {
         // Trail bytes without a lead byte.
         {replacements(1), "\x80"s},
         {L"a\xFFFD\xFFFDz"s, "a\x80\xBFz"s},
@@ -258,7 +259,7 @@ TEST(rova_strings_test, utf8_cut_at_any_byte_keeps_the_whole_characters)
     }
 }
 
-TEST(rova_strings_test, a_character_after_a_run_of_ascii_converts_wherever_it_stands)
+TEST(rova_strings_test, a_character_converts_after_a_run_of_ascii_of_any_length)
 {
     for (std::size_t length = 0; length < 70; ++length) {
         const std::string run(length, 'a');
@@ -279,7 +280,7 @@ TEST(rova_strings_test, a_text_of_the_longest_characters_fits)
     EXPECT_EQ(utf8_to_utf16(std::string(count, '\xFF')), replacements(count));
 }
 
-const upper_pair upper_rows[] = {
+const upper_pair_t upper_rows[] = {
     {L""s, L""s},
     {L"azAZ09[`{~"s, L"AZAZ09[`{~"s},
     {L"i\x131I\x130"s, L"III\x130"s},
@@ -315,9 +316,9 @@ TEST(rova_strings_test, to_upper_of_upper_case_changes_nothing)
     }
 }
 
-TEST(rova_strings_test, to_upper_leaves_what_is_no_character_as_it_is)
+TEST(rova_strings_test, to_upper_leaves_invalid_elements_unchanged)
 {
-    const upper_pair rows[] = {
+    const upper_pair_t rows[] = {
         {L"a\xD800z"s, L"A\xD800Z"s},
         {L"a\xDC00z"s, L"A\xDC00Z"s},
         {L"\xDC28\xD801"s, L"\xDC28\xD801"s},
@@ -331,7 +332,7 @@ TEST(rova_strings_test, to_upper_leaves_what_is_no_character_as_it_is)
     }
 }
 
-TEST(rova_strings_test, to_upper_knows_no_dotted_capital_i_in_a_turkish_process)
+TEST(rova_strings_test, to_upper_does_not_use_turkish_rules_in_a_turkish_process)
 {
     expect_upper_in("tr_TR.UTF-8", L"title", L"TITLE");
 }

@@ -4,7 +4,7 @@
 
 #include <dlfcn.h>
 
-TEST(rova_unloading_test, it_stays_loaded_with_its_caches_when_nobody_uses_it_any_more)
+TEST(rova_unloading_test, rova_stays_loaded_with_its_caches_after_its_last_user_closes_it)
 {
     ASSERT_EQ(dlopen(ROVA, RTLD_NOW | RTLD_NOLOAD), nullptr) << "it was loaded before";
     void* const rova = dlopen(ROVA, RTLD_NOW | RTLD_LOCAL);

@@ -15,7 +15,7 @@ using ROVA_2_18::generic::argument;
 using ROVA_2_18::generic::varg_list;
 using namespace std::string_literals;
 
-typedef std::vector<std::pair<std::string, std::string>> texts_t;
+typedef std::vector<std::pair<std::string, std::string>> named_values_t;
 
 varg_list list_of(const std::vector<std::pair<std::string, std::wstring>>& arguments)
 {
@@ -26,16 +26,16 @@ varg_list list_of(const std::vector<std::pair<std::string, std::wstring>>& argum
     return list;
 }
 
-texts_t texts_of(const varg_list& list)
+named_values_t values_of(const varg_list& list)
 {
-    texts_t texts;
+    named_values_t values;
     for (const auto& one : list) {
-        texts.emplace_back(one.name(), one.value().as_string());
+        values.emplace_back(one.name(), one.value().as_string());
     }
-    return texts;
+    return values;
 }
 
-TEST(rova_varg_list_test, an_argument_gives_back_its_name_and_value)
+TEST(rova_varg_list_test, an_argument_returns_its_name_and_value)
 {
     const argument one("ma\xC3\x9F", L"12\x20AC"s);
     EXPECT_EQ(one.name(), "ma\xC3\x9F");
@@ -66,20 +66,20 @@ TEST(rova_varg_list_test, a_default_list_is_empty)
     EXPECT_EQ(list.begin(), list.end());
 }
 
-TEST(rova_varg_list_test, arguments_stand_in_the_order_in_which_they_were_added)
+TEST(rova_varg_list_test, arguments_are_in_the_order_in_which_they_were_added)
 {
     const varg_list list = list_of({{"path", L"/tmp"}, {"code", L"5"}, {"agent", L"x"}});
     EXPECT_FALSE(list.empty());
-    EXPECT_EQ(texts_of(list), (texts_t{{"path", "/tmp"}, {"code", "5"}, {"agent", "x"}}));
+    EXPECT_EQ(values_of(list), (named_values_t{{"path", "/tmp"}, {"code", "5"}, {"agent", "x"}}));
 }
 
-TEST(rova_varg_list_test, a_name_may_stand_more_than_once)
+TEST(rova_varg_list_test, a_name_may_occur_more_than_once)
 {
     const varg_list list = list_of({{"path", L"one"}, {"path", L"two"}, {"path", L"one"}});
-    EXPECT_EQ(texts_of(list), (texts_t{{"path", "one"}, {"path", "two"}, {"path", "one"}}));
+    EXPECT_EQ(values_of(list), (named_values_t{{"path", "one"}, {"path", "two"}, {"path", "one"}}));
 }
 
-TEST(rova_varg_list_test, size_counts_what_iteration_visits)
+TEST(rova_varg_list_test, size_is_the_number_of_arguments_that_iteration_visits)
 {
     varg_list list;
     for (std::size_t count = 1; count <= 100; ++count) {
@@ -95,7 +95,7 @@ TEST(rova_varg_list_test, an_argument_of_the_list_itself_can_be_added)
     for (int i = 0; i < 8; ++i) {
         list.push_back(*list.begin());
     }
-    EXPECT_EQ(texts_of(list), texts_t(9, {"path", "/tmp"}));
+    EXPECT_EQ(values_of(list), named_values_t(9, {"path", "/tmp"}));
 }
 
 TEST(rova_varg_list_test, a_copy_stays_as_it_is_when_the_original_grows)
@@ -103,7 +103,7 @@ TEST(rova_varg_list_test, a_copy_stays_as_it_is_when_the_original_grows)
     varg_list original = list_of({{"path", L"/tmp"}});
     const varg_list copy(original);
     original.push_back(argument("code", L"5"s));
-    EXPECT_EQ(texts_of(copy), (texts_t{{"path", "/tmp"}}));
+    EXPECT_EQ(values_of(copy), (named_values_t{{"path", "/tmp"}}));
 }
 
 } // namespace

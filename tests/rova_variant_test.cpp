@@ -20,12 +20,12 @@ TEST(rova_variant_test, a_default_value_is_an_empty_text)
     EXPECT_EQ(variant().as_string(), "");
 }
 
-TEST(rova_variant_test, a_text_is_a_value_wherever_one_is_asked_for)
+TEST(rova_variant_test, a_text_converts_implicitly_to_a_value)
 {
     EXPECT_EQ(text_of(L"C:\\temp"s), "C:\\temp");
 }
 
-TEST(rova_variant_test, the_text_comes_out_as_utf8)
+TEST(rova_variant_test, the_text_is_returned_as_utf8)
 {
     const struct
     {

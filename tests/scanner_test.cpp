@@ -208,7 +208,7 @@ TEST(scanner_test, a_document_is_split_into_its_tokens)
                    "instruction r(<?r?>)", "end at " + std::to_string(rich_document.size())}));
 }
 
-TEST(scanner_test, a_document_that_is_cut_anywhere_is_never_malformed)
+TEST(scanner_test, a_document_truncated_at_any_byte_is_never_malformed)
 {
     const strings_t whole = tokens_of(rich_document);
     for (std::size_t size = 0; size != rich_document.size(); ++size) {
@@ -226,7 +226,7 @@ TEST(scanner_test, a_document_that_is_cut_anywhere_is_never_malformed)
     }
 }
 
-TEST(scanner_test, a_fault_is_malformed_where_no_document_goes_on_so)
+TEST(scanner_test, a_fault_is_reported_at_its_first_byte)
 {
     static const struct
     {
@@ -271,7 +271,7 @@ TEST(scanner_test, a_fault_is_malformed_where_no_document_goes_on_so)
     }
 }
 
-TEST(scanner_test, a_declaration_may_lack_blanks_between_its_attributes)
+TEST(scanner_test, a_declaration_may_have_no_blanks_between_its_attributes)
 {
     const std::string declaration = "<?xml version='1.0'encoding=\"UTF-8\"standalone='no'?>";
     EXPECT_EQ(tokens_of(declaration).front(), "instruction xml(" + declaration + ")");
@@ -287,7 +287,7 @@ TEST(scanner_test, a_document_type_may_have_its_subset_after_its_end)
     EXPECT_EQ(tokens_of("<!DOCTYPE a> [").front(), "type(<!DOCTYPE a>)");
 }
 
-TEST(scanner_test, a_comment_of_one_hyphen_goes_on)
+TEST(scanner_test, a_hyphen_at_the_start_of_a_comment_does_not_end_it)
 {
     EXPECT_EQ(tokens_of("<!--->-->"), (strings_t{"comment(<!--->-->)", "end at 9"}));
     EXPECT_EQ(tokens_of("<!-->"), (strings_t{"unfinished at 5"}));
@@ -304,7 +304,7 @@ TEST(scanner_test, only_the_xml_declaration_has_attributes)
     }
 }
 
-TEST(scanner_test, attributes_that_nobody_asks_for_are_passed_over)
+TEST(scanner_test, attributes_that_are_not_read_are_skipped)
 {
     scanner_t scanner("<a b='>' c='/>'>d<e f='>'/>");
     ASSERT_EQ(scanner.next(), token_t::start_tag);
@@ -324,7 +324,7 @@ TEST(scanner_test, attributes_that_nobody_asks_for_are_passed_over)
     EXPECT_TRUE(scanner.is_empty_element());
 }
 
-TEST(scanner_test, a_start_tag_that_does_not_end_is_reported_by_its_end)
+TEST(scanner_test, an_unfinished_or_malformed_start_tag_is_reported_at_its_end)
 {
     scanner_t unfinished("<a b='c'");
     ASSERT_EQ(unfinished.next(), token_t::start_tag);
@@ -370,7 +370,7 @@ TEST(scanner_test, defaults_of_attributes_are_counted)
     EXPECT_EQ(facts.declared_ids, 0U);
 }
 
-TEST(scanner_test, declarations_in_remarks_and_literals_are_not_counted)
+TEST(scanner_test, declarations_in_comments_instructions_and_literals_are_not_counted)
 {
     const auto facts = facts_of("<!-- <!ATTLIST a b CDATA 'x'> %p; ID --><?p <!ATTLIST a b CDATA "
                                 "'%p;'> ID ?><!ENTITY e \"<!ATTLIST a b ID 'x'>\">"
@@ -397,7 +397,7 @@ TEST(scanner_test, references_to_parameter_entities_are_found)
         EXPECT_TRUE(has_parameter_entity_references(declarations)) << declarations;
 }
 
-TEST(scanner_test, other_percent_signs_refer_to_nothing)
+TEST(scanner_test, other_percent_signs_are_not_references)
 {
     for (const char* const declarations :
          {"", "<!ENTITY % p 'x'>", "<!ENTITY\n%\np 'x'>", "<!ENTITY e '100 % x'>",
@@ -407,7 +407,7 @@ TEST(scanner_test, other_percent_signs_refer_to_nothing)
         EXPECT_FALSE(has_parameter_entity_references(declarations)) << declarations;
 }
 
-TEST(scanner_test, a_document_type_that_does_not_end_is_looked_through)
+TEST(scanner_test, an_unfinished_document_type_is_scanned)
 {
     for (const char* const text :
          {"<!DOCTYPE a [<!ATTLIST a b CDATA 'x' c CDATA 'y", "<!DOCTYPE a [<!ATTLIST a b CDATA 'x'",

@@ -35,13 +35,13 @@ const std::wstring odd_texts[] = {
     L"<msg><type>" + std::wstring(100000, L'x') + L"</type></msg>",
 };
 
-std::wstring text_of(const message_ptr& message)
+std::wstring text_of(const message_ptr_t& message)
 {
     if (!message)
         return L"none";
     const auto content = message->get_content();
     std::wstring text = message->get_type() + L'|' + std::to_wstring(message->get_severity());
-    for (const texts_t* const texts : {&content.attributes, &content.args, &content.elements})
+    for (const string_map_t* const texts : {&content.attributes, &content.args, &content.elements})
         for (const auto& [name, value] : *texts)
             text += L'|' + name + L'=' + value;
     return text;
@@ -55,19 +55,19 @@ std::wstring read(const std::wstring& text)
 // Reads the text on a thread that has read nothing before.
 std::wstring read_first(const std::wstring& text)
 {
-    std::wstring answer;
-    std::thread([&] { answer = read(text); }).join();
-    return answer;
+    std::wstring result;
+    std::thread([&] { result = read(text); }).join();
+    return result;
 }
 
-std::wstring write_first(const message_ptr& message)
+std::wstring write_first(const message_ptr_t& message)
 {
-    std::wstring answer;
-    std::thread([&] { answer = serializer::message_to_xml_string(message); }).join();
-    return answer;
+    std::wstring result;
+    std::thread([&] { result = serializer::message_to_xml_string(message); }).join();
+    return result;
 }
 
-std::vector<message_ptr> make_odd_messages()
+std::vector<message_ptr_t> make_odd_messages()
 {
     return {make_message(L""),
             make_message(L"type", message_t::error),
@@ -80,7 +80,7 @@ std::vector<message_ptr> make_odd_messages()
 
 } // namespace
 
-TEST(serializer_reuse_test, a_text_is_read_the_same_whatever_was_read_before)
+TEST(serializer_reuse_test, a_text_is_read_the_same_after_any_other_text)
 {
     for (const std::wstring& text : odd_texts) {
         const std::wstring expected = read_first(text);
@@ -91,25 +91,25 @@ TEST(serializer_reuse_test, a_text_is_read_the_same_whatever_was_read_before)
     }
 }
 
-TEST(serializer_reuse_test, a_message_is_written_the_same_whatever_was_written_before)
+TEST(serializer_reuse_test, a_message_is_written_the_same_after_any_other_message)
 {
     const auto messages = make_odd_messages();
-    for (const message_ptr& message : messages) {
+    for (const message_ptr_t& message : messages) {
         const std::wstring expected = write_first(message);
-        for (const message_ptr& before : messages) {
+        for (const message_ptr_t& before : messages) {
             serializer::message_to_xml_string(before);
             EXPECT_EQ(serializer::message_to_xml_string(message), expected);
         }
     }
 }
 
-TEST(serializer_reuse_test, very_many_different_names_are_read_one_after_the_other)
+TEST(serializer_reuse_test, many_different_names_are_read_in_sequence)
 {
     for (int i = 0; i < 8000; ++i) {
         const std::wstring name = L"n" + std::to_wstring(i) + std::wstring(4000, L'x');
         const auto message =
             serializer::xml_string_to_message(L"<msg><" + name + L">v</" + name + L"></msg>");
         ASSERT_TRUE(message);
-        ASSERT_EQ(message->get_content().elements, (texts_t{{name, L"v"}})) << i;
+        ASSERT_EQ(message->get_content().elements, (string_map_t{{name, L"v"}})) << i;
     }
 }

@@ -26,7 +26,7 @@ typedef ROVA_2_18::i18n::catalog_t catalog_t;
 typedef ROVA_2_18::i18n::message_t message_t;
 
 const wchar_t no_catalog[] = L"(none)";
-const std::size_t largest_file = 16U << 20U;
+const std::size_t max_file_bytes = 16U << 20U;
 
 /// Returns one text for every id.
 class fixed_catalog_t : public catalog_t
@@ -39,18 +39,19 @@ private:
     std::wstring m_text;
 };
 
-/// Unregisters another catalog in its destructor, and counts if both are not found any more.
-class returning_catalog_t : public fixed_catalog_t
+/// Unregisters another catalog in its destructor, and counts if both are no longer found.
+class unregistering_catalog_t : public fixed_catalog_t
 {
 public:
-    explicit returning_catalog_t(int& count) : fixed_catalog_t(L"returning"), m_count(count) {}
-    returning_catalog_t(const returning_catalog_t&) = delete;
-    returning_catalog_t& operator=(const returning_catalog_t&) = delete;
-    ~returning_catalog_t() override
+    explicit unregistering_catalog_t(int& count) : fixed_catalog_t(L"returning"), m_count(count) {}
+    unregistering_catalog_t(const unregistering_catalog_t&) = delete;
+    unregistering_catalog_t& operator=(const unregistering_catalog_t&) = delete;
+    ~unregistering_catalog_t() override
     {
         registerMessageCatalog(L"other", nullptr);
-        const bool is_gone = getMessageCatalog(L"own") != this && !getMessageCatalog(L"other");
-        m_count += is_gone ? 1 : 0;
+        const bool are_unregistered =
+            getMessageCatalog(L"own") != this && !getMessageCatalog(L"other");
+        m_count += are_unregistered ? 1 : 0;
     }
 
 private:
@@ -108,25 +109,25 @@ protected:
 };
 
 /// An environment variable while in scope.
-class variable_t
+class environment_scope_t
 {
 public:
-    variable_t(const char* name, const char* value) : m_name(name)
+    environment_scope_t(const char* name, const char* value) : m_name(name)
     {
         const char* const former = std::getenv(name);
         m_was_set = former != nullptr;
         m_former = former ? former : "";
         setenv(name, value, 1);
     }
-    ~variable_t()
+    ~environment_scope_t()
     {
         if (m_was_set)
             setenv(m_name, m_former.c_str(), 1);
         else
             unsetenv(m_name);
     }
-    variable_t(const variable_t&) = delete;
-    variable_t& operator=(const variable_t&) = delete;
+    environment_scope_t(const environment_scope_t&) = delete;
+    environment_scope_t& operator=(const environment_scope_t&) = delete;
 
 private:
     const char* m_name;
@@ -135,21 +136,21 @@ private:
 };
 
 /// Both of the process's locales while in scope.
-class process_locale_t
+class process_locale_scope_t
 {
 public:
-    explicit process_locale_t(const std::locale& locale)
+    explicit process_locale_scope_t(const std::locale& locale)
         : m_former(std::locale::global(locale)), m_former_name(std::setlocale(LC_ALL, nullptr))
     {
         std::setlocale(LC_ALL, "C");
     }
-    ~process_locale_t()
+    ~process_locale_scope_t()
     {
         std::setlocale(LC_ALL, m_former_name.c_str());
         std::locale::global(m_former);
     }
-    process_locale_t(const process_locale_t&) = delete;
-    process_locale_t& operator=(const process_locale_t&) = delete;
+    process_locale_scope_t(const process_locale_scope_t&) = delete;
+    process_locale_scope_t& operator=(const process_locale_scope_t&) = delete;
 
 private:
     std::locale m_former;
@@ -176,7 +177,7 @@ std::uint32_t word_at(const std::string& bytes, std::size_t offset)
 }
 
 // Offsets of the fields in a `.mo` file's header.
-enum head : std::size_t
+enum header_field_t : std::size_t
 {
     revision = 4,
     count = 8,
@@ -203,14 +204,14 @@ TEST_F(setbook2_message_catalog_test, a_file_of_the_bound_locale_is_found)
     EXPECT_EQ(text_of(), L"deutsch");
 }
 
-TEST_F(setbook2_message_catalog_test, a_directory_need_not_be_there_when_it_is_bound)
+TEST_F(setbook2_message_catalog_test, a_directory_need_not_exist_when_it_is_bound)
 {
     EXPECT_TRUE(m_catalogs.bind(L"de"));
     make("de", "deutsch");
     EXPECT_EQ(text_of(), L"deutsch");
 }
 
-TEST_F(setbook2_message_catalog_test, nothing_is_found_where_no_file_is)
+TEST_F(setbook2_message_catalog_test, a_catalog_without_a_file_is_not_found)
 {
     make("de", "deutsch", "other");
     m_catalogs.bind(L"de");
@@ -218,7 +219,7 @@ TEST_F(setbook2_message_catalog_test, nothing_is_found_where_no_file_is)
     EXPECT_EQ(getMessageCatalog(L""), nullptr);
 }
 
-TEST_F(setbook2_message_catalog_test, a_file_that_comes_later_is_found)
+TEST_F(setbook2_message_catalog_test, a_file_that_is_created_later_is_found)
 {
     m_catalogs.bind(L"de");
     EXPECT_EQ(text_of(), no_catalog);
@@ -237,7 +238,7 @@ TEST_F(setbook2_message_catalog_test, a_file_that_was_found_is_kept)
 }
 
 TEST_F(setbook2_message_catalog_test,
-       a_better_file_that_comes_later_does_not_replace_one_that_was_found)
+       a_better_file_that_is_created_later_does_not_replace_one_that_was_found)
 {
     make("de", "deutsch");
     m_catalogs.bind(L"de_AT");
@@ -246,7 +247,7 @@ TEST_F(setbook2_message_catalog_test,
     EXPECT_EQ(text_of(), L"deutsch");
 }
 
-TEST_F(setbook2_message_catalog_test, binding_anew_forgets_what_was_read)
+TEST_F(setbook2_message_catalog_test, binding_again_discards_the_catalogs_that_were_read)
 {
     make("de", "old");
     m_catalogs.bind(L"de");
@@ -277,7 +278,7 @@ TEST_F(setbook2_message_catalog_test, names_may_have_dots)
     EXPECT_EQ(text_of(L"t", L".audit"), L"dot");
 }
 
-TEST_F(setbook2_message_catalog_test, a_name_that_leads_elsewhere_has_no_file)
+TEST_F(setbook2_message_catalog_test, a_name_that_leaves_the_directory_has_no_file)
 {
     make("de", "deutsch");
     make("de", "below", "cat/UTF-8");
@@ -296,18 +297,18 @@ TEST_F(setbook2_message_catalog_test, a_name_that_leads_elsewhere_has_no_file)
         EXPECT_EQ(text_of(L"t", name), no_catalog) << testing::PrintToString(name);
 }
 
-TEST_F(setbook2_message_catalog_test, the_case_of_a_name_counts)
+TEST_F(setbook2_message_catalog_test, names_are_case_sensitive)
 {
     make("de", "deutsch");
     m_catalogs.bind(L"de");
     EXPECT_EQ(text_of(L"t", L"CAT"), no_catalog);
 }
 
-TEST_F(setbook2_message_catalog_test, any_unicode_name_and_directory_work_whatever_the_locale)
+TEST_F(setbook2_message_catalog_test, any_unicode_name_and_directory_work_in_any_locale)
 {
     const std::string leaf = "k\xC3\xA4se \xF0\x9F\x98\x80";
     const std::wstring wide_leaf = ROVA_2_18::strings::utf8_to_utf16(leaf);
-    const process_locale_t plain(std::locale::classic());
+    const process_locale_scope_t plain(std::locale::classic());
     make(leaf + "/de", "deutsch", leaf);
     EXPECT_TRUE(bindCatalogDirectory(m_catalogs.directory() + L"/" + wide_leaf, L"de"));
     EXPECT_EQ(text_of(L"t", wide_leaf), L"deutsch");
@@ -355,7 +356,7 @@ TEST_F(setbook2_message_catalog_test, a_locale_does_not_fall_back_to_one_of_anot
     EXPECT_EQ(text_of(), no_catalog);
 }
 
-TEST_F(setbook2_message_catalog_test, an_encoding_does_not_count)
+TEST_F(setbook2_message_catalog_test, the_encoding_of_a_locale_is_ignored)
 {
     make("de_AT", "austrian");
     for (const wchar_t* locale :
@@ -401,15 +402,15 @@ TEST_F(setbook2_message_catalog_test, the_process_s_locale_and_environment_have_
 {
     make("de", "{n, number} \xE2\x82\xAC");
     make("en", "english");
-    const variable_t lang("LANG", "en_US.UTF-8");
-    const variable_t all("LC_ALL", "C");
-    const variable_t language("LANGUAGE", "en");
-    const process_locale_t grouping(std::locale(std::locale::classic(), new grouping_t));
+    const environment_scope_t lang("LANG", "en_US.UTF-8");
+    const environment_scope_t all("LC_ALL", "C");
+    const environment_scope_t language("LANGUAGE", "en");
+    const process_locale_scope_t grouping(std::locale(std::locale::classic(), new grouping_t));
     m_catalogs.bind(L"de");
     EXPECT_EQ(number_of(L"12345.5"), L"12.345,5 " + units({0x20AC}));
 }
 
-TEST_F(setbook2_message_catalog_test, what_is_no_directory_or_locale_is_refused_and_changes_nothing)
+TEST_F(setbook2_message_catalog_test, an_invalid_directory_or_locale_is_refused_and_changes_nothing)
 {
     make("de", "deutsch");
     m_catalogs.bind(L"de");
@@ -444,7 +445,7 @@ TEST_F(setbook2_message_catalog_test, what_is_no_directory_or_locale_is_refused_
     }
 }
 
-TEST_F(setbook2_message_catalog_test, a_refused_binding_keeps_what_was_read_and_where_it_looks)
+TEST_F(setbook2_message_catalog_test, a_refused_binding_keeps_the_catalogs_and_the_directory)
 {
     make("de", "deutsch");
     m_catalogs.bind(L"de");
@@ -475,7 +476,7 @@ TEST_F(setbook2_message_catalog_test, an_unknown_id_is_an_empty_message)
         EXPECT_EQ(text_of(id), L"") << testing::PrintToString(id.substr(0, 10));
 }
 
-TEST_F(setbook2_message_catalog_test, an_id_that_is_no_sound_text_is_an_empty_message)
+TEST_F(setbook2_message_catalog_test, an_id_that_is_not_valid_utf_16_is_an_empty_message)
 {
     make("de", "deutsch");
     m_catalogs.bind(L"de");
@@ -516,7 +517,7 @@ TEST_F(setbook2_message_catalog_test, every_one_of_many_ids_is_found)
     EXPECT_EQ(text_of(L"id2000"), L"");
 }
 
-TEST_F(setbook2_message_catalog_test, a_message_is_the_same_each_time_it_is_asked_for)
+TEST_F(setbook2_message_catalog_test, a_message_is_the_same_each_time_it_is_requested)
 {
     make("de", "{n, plural, one {# Datei} other {# Dateien}}");
     m_catalogs.bind(L"de");
@@ -536,7 +537,7 @@ TEST_F(setbook2_message_catalog_test, a_registered_catalog_is_found_by_its_name)
     EXPECT_EQ(getMessageCatalog(L"OWN"), nullptr);
 }
 
-TEST_F(setbook2_message_catalog_test, a_registered_catalog_is_held)
+TEST_F(setbook2_message_catalog_test, a_registered_catalog_is_owned_until_it_is_unregistered)
 {
     auto catalog = fixed(L"own");
     const boost::weak_ptr<const catalog_t> watched = catalog;
@@ -547,19 +548,19 @@ TEST_F(setbook2_message_catalog_test, a_registered_catalog_is_held)
     EXPECT_TRUE(watched.expired());
 }
 
-TEST(setbook2_message_catalog_process_test, a_catalog_that_goes_may_call_from_its_destructor)
+TEST(setbook2_message_catalog_process_test, a_catalog_may_call_the_registry_from_its_destructor)
 {
     testing::FLAGS_gtest_death_test_style = "threadsafe";
-    const auto replace_and_take_back = [] {
+    const auto register_and_unregister = [] {
         alarm(60); // ends a call that never returns
         int count = 0;
         registerMessageCatalog(L"other", fixed(L"other"));
-        registerMessageCatalog(L"own", boost::make_shared<returning_catalog_t>(count));
-        registerMessageCatalog(L"own", boost::make_shared<returning_catalog_t>(count));
+        registerMessageCatalog(L"own", boost::make_shared<unregistering_catalog_t>(count));
+        registerMessageCatalog(L"own", boost::make_shared<unregistering_catalog_t>(count));
         registerMessageCatalog(L"own", nullptr);
         return count;
     };
-    EXPECT_EXIT(std::_Exit(replace_and_take_back()), testing::ExitedWithCode(2), "");
+    EXPECT_EXIT(std::_Exit(register_and_unregister()), testing::ExitedWithCode(2), "");
 }
 
 TEST_F(setbook2_message_catalog_test, a_later_catalog_replaces_the_former_one)
@@ -571,7 +572,8 @@ TEST_F(setbook2_message_catalog_test, a_later_catalog_replaces_the_former_one)
     EXPECT_EQ(text_of(L"t", L"own"), no_catalog);
 }
 
-TEST_F(setbook2_message_catalog_test, a_registered_catalog_covers_the_file_until_it_is_taken_back)
+TEST_F(setbook2_message_catalog_test,
+       a_registered_catalog_replaces_the_file_until_it_is_unregistered)
 {
     make("de", "file");
     m_catalogs.bind(L"de");
@@ -597,7 +599,7 @@ TEST_F(setbook2_message_catalog_test, a_registered_catalog_may_have_any_name)
     }
 }
 
-TEST_F(setbook2_message_catalog_test, taking_back_what_is_not_there_changes_nothing)
+TEST_F(setbook2_message_catalog_test, unregistering_an_unknown_catalog_changes_nothing)
 {
     m_catalogs.add(L"own", fixed(L"own"));
     registerMessageCatalog(L"other", nullptr);
@@ -606,7 +608,7 @@ TEST_F(setbook2_message_catalog_test, taking_back_what_is_not_there_changes_noth
 
 // ---- untrusted files
 
-TEST_F(setbook2_message_catalog_test, a_file_that_is_cut_anywhere_is_passed_over)
+TEST_F(setbook2_message_catalog_test, a_file_truncated_at_any_byte_is_passed_over)
 {
     make("de", "deutsch");
     const std::string whole = bytes_of(po_of({{"t", "text"}, {"u", "other"}}));
@@ -640,7 +642,7 @@ TEST_F(setbook2_message_catalog_test, a_file_with_any_byte_replaced_does_no_harm
     EXPECT_GT(whole_texts, 100);
 }
 
-TEST_F(setbook2_message_catalog_test, a_file_whose_head_leads_out_of_it_is_passed_over)
+TEST_F(setbook2_message_catalog_test, a_file_whose_header_is_out_of_range_is_passed_over)
 {
     const std::string whole = bytes_of(po_of({{"t", "text"}, {"u", "other"}}));
     ASSERT_EQ(text_in(whole), L"text");
@@ -690,26 +692,26 @@ TEST_F(setbook2_message_catalog_test, a_hash_table_may_end_the_file)
     const std::string whole = bytes_of(po_of({{"t", "text"}}));
     const std::string table =
         whole.substr(word_at(whole, hash_table), std::size_t{word_at(whole, hash_size)} * 4);
-    const auto behind = static_cast<std::uint32_t>(whole.size());
-    EXPECT_EQ(text_in(with_word(whole, hash_table, behind) + table), L"text");
+    const auto end = static_cast<std::uint32_t>(whole.size());
+    EXPECT_EQ(text_in(with_word(whole, hash_table, end) + table), L"text");
 }
 
 TEST_F(setbook2_message_catalog_test, a_file_without_any_string_is_passed_over)
 {
     std::string bytes = with_word(bytes_of(po_of({{"t", "text"}})), count, 0);
-    const std::uint32_t places = word_at(bytes, hash_size);
-    for (std::uint32_t place = 0; place < places; ++place)
-        bytes = with_word(bytes, word_at(bytes, hash_table) + place * 4, 0);
+    const std::uint32_t slots = word_at(bytes, hash_size);
+    for (std::uint32_t slot = 0; slot < slots; ++slot)
+        bytes = with_word(bytes, word_at(bytes, hash_table) + slot * 4, 0);
     EXPECT_EQ(text_in(bytes), no_catalog);
-    const auto behind = static_cast<std::uint32_t>(bytes.size());
-    EXPECT_EQ(text_in(with_word(bytes, texts, behind)), no_catalog);
+    const auto end = static_cast<std::uint32_t>(bytes.size());
+    EXPECT_EQ(text_in(with_word(bytes, texts, end)), no_catalog);
 }
 
-TEST_F(setbook2_message_catalog_test, a_file_whose_strings_lead_out_of_it_is_passed_over)
+TEST_F(setbook2_message_catalog_test, a_file_whose_strings_are_out_of_range_is_passed_over)
 {
     const std::string whole = bytes_of(po_of({{"t", "text"}, {"u", "other"}}));
     const auto size = static_cast<std::uint32_t>(whole.size());
-    for (const head table : {keys, texts})
+    for (const header_field_t table : {keys, texts})
         for (std::size_t entry = 0; entry < 3; ++entry) {
             const std::size_t length = word_at(whole, table) + entry * 8;
             const std::size_t offset = length + 4;
@@ -726,36 +728,36 @@ TEST_F(setbook2_message_catalog_test, a_file_whose_strings_lead_out_of_it_is_pas
 TEST_F(setbook2_message_catalog_test, a_file_whose_hash_table_names_no_string_is_passed_over)
 {
     const std::string whole = bytes_of(po_of({{"t", "text"}, {"u", "other"}}));
-    const std::uint32_t places = word_at(whole, hash_size);
-    ASSERT_GT(places, 2U);
-    for (std::uint32_t place = 0; place < places; ++place)
-        EXPECT_EQ(text_in(with_word(whole, word_at(whole, hash_table) + place * 4, 4)), no_catalog)
-            << place;
+    const std::uint32_t slots = word_at(whole, hash_size);
+    ASSERT_GT(slots, 2U);
+    for (std::uint32_t slot = 0; slot < slots; ++slot)
+        EXPECT_EQ(text_in(with_word(whole, word_at(whole, hash_table) + slot * 4, 4)), no_catalog)
+            << slot;
 }
 
 TEST_F(setbook2_message_catalog_test, a_file_whose_hash_table_names_a_string_twice_is_passed_over)
 {
     const std::string whole = bytes_of(po_of({{"t", "text"}, {"u", "other"}}));
     const std::uint32_t end = word_at(whole, hash_table) + word_at(whole, hash_size) * 4;
-    for (std::uint32_t place = word_at(whole, hash_table); place < end; place += 4)
+    for (std::uint32_t slot = word_at(whole, hash_table); slot < end; slot += 4)
         for (const std::uint32_t string : {1U, 2U, 3U})
-            EXPECT_EQ(text_in(with_word(whole, place, string)),
-                      word_at(whole, place) == string ? L"text" : no_catalog)
-                << place << ": " << string;
+            EXPECT_EQ(text_in(with_word(whole, slot, string)),
+                      word_at(whole, slot) == string ? L"text" : no_catalog)
+                << slot << ": " << string;
 }
 
-TEST_F(setbook2_message_catalog_test, a_hash_table_without_a_free_place_ends_the_search)
+TEST_F(setbook2_message_catalog_test, a_hash_table_without_a_free_slot_ends_the_search)
 {
     std::string full = bytes_of(po_of({{"t", "text"}, {"u", "other"}}));
     full = with_word(full, hash_size, 3);
-    for (std::uint32_t place = 0; place < 3; ++place)
-        full = with_word(full, word_at(full, hash_table) + place * 4, place + 1);
+    for (std::uint32_t slot = 0; slot < 3; ++slot)
+        full = with_word(full, word_at(full, hash_table) + slot * 4, slot + 1);
     EXPECT_EQ(text_in(full), L"text");
     EXPECT_EQ(text_of(L"u"), L"other");
     EXPECT_EQ(text_of(L"v"), L"");
 }
 
-TEST_F(setbook2_message_catalog_test, a_file_whose_keys_lie_over_each_other_is_passed_over)
+TEST_F(setbook2_message_catalog_test, a_file_whose_keys_overlap_is_passed_over)
 {
     const std::string whole = bytes_of(po_of({{"t", "text"}, {std::string(1000, 'u'), "other"}}));
     ASSERT_EQ(text_in(whole), L"text");
@@ -780,13 +782,13 @@ TEST_F(setbook2_message_catalog_test, a_file_with_strings_that_depend_on_the_sys
 TEST_F(setbook2_message_catalog_test, a_file_of_more_than_16_mib_is_passed_over)
 {
     std::string bytes = bytes_of(po_of({{"t", "text"}}));
-    bytes.resize(largest_file);
+    bytes.resize(max_file_bytes);
     EXPECT_EQ(text_in(bytes), L"text");
     bytes.push_back('\0');
     EXPECT_EQ(text_in(bytes), no_catalog);
 }
 
-TEST_F(setbook2_message_catalog_test, what_is_no_file_is_passed_over_at_once)
+TEST_F(setbook2_message_catalog_test, a_path_that_is_not_a_regular_file_is_passed_over_at_once)
 {
     make("de", "deutsch");
     ASSERT_EQ(mkfifo(m_catalogs.file("de_AT", "cat").c_str(), 0600), 0);
@@ -807,13 +809,13 @@ TEST_F(setbook2_message_catalog_test, a_file_in_another_encoding_is_passed_over)
     EXPECT_EQ(text_in(bytes), no_catalog);
 }
 
-TEST_F(setbook2_message_catalog_test, a_file_that_does_not_tell_its_encoding_is_passed_over)
+TEST_F(setbook2_message_catalog_test, a_file_without_an_encoding_is_passed_over)
 {
     EXPECT_EQ(text_in(bytes_of("msgid \"t\"\nmsgstr \"text\"\n")), no_catalog);
     EXPECT_EQ(text_in(bytes_of(po_of("Language: de\n", {{"t", "text"}}))), no_catalog);
 }
 
-TEST_F(setbook2_message_catalog_test, the_case_of_an_encoding_does_not_count)
+TEST_F(setbook2_message_catalog_test, encoding_names_are_case_insensitive)
 {
     EXPECT_EQ(
         text_in(bytes_of(po_of("Content-Type: text/plain; charset=utf-8\n", {{"t", "text"}}))),
@@ -837,16 +839,16 @@ TEST_F(setbook2_message_catalog_test, a_file_of_either_byte_order_is_read)
     }
 }
 
-TEST_F(setbook2_message_catalog_test, an_endless_plural_expression_is_passed_over)
+TEST_F(setbook2_message_catalog_test, a_plural_expression_of_a_million_bytes_is_passed_over)
 {
     const std::string type = "Content-Type: text/plain; charset=UTF-8\n";
     const std::string plural = "Plural-Forms: nplurals=2; plural=";
-    for (const char* piece : {"(", "!", "n?", "n+"}) {
+    for (const char* token : {"(", "!", "n?", "n+"}) {
         std::string expression;
         while (expression.size() < 1000000)
-            expression += piece;
+            expression += token;
         const std::string header = type + plural + expression + "n;\n";
-        EXPECT_EQ(text_in(bytes_of(po_of(header, {{"t", "text"}}))), no_catalog) << piece;
+        EXPECT_EQ(text_in(bytes_of(po_of(header, {{"t", "text"}}))), no_catalog) << token;
     }
 }
 
@@ -859,7 +861,7 @@ TEST_F(setbook2_message_catalog_test, a_plural_expression_of_a_real_language_is_
     EXPECT_EQ(text_in(bytes_of(po_of(header, {{"t", "text"}}))), L"text");
 }
 
-TEST_F(setbook2_message_catalog_test, a_damaged_file_lets_the_next_locale_answer)
+TEST_F(setbook2_message_catalog_test, a_damaged_file_falls_back_to_the_next_locale)
 {
     make("de", "deutsch");
     m_catalogs.write("de_AT", "cat", "no catalog");
@@ -867,7 +869,7 @@ TEST_F(setbook2_message_catalog_test, a_damaged_file_lets_the_next_locale_answer
     EXPECT_EQ(text_of(), L"deutsch");
 }
 
-TEST_F(setbook2_message_catalog_test, numbers_look_as_in_the_locale_behind_a_damaged_file)
+TEST_F(setbook2_message_catalog_test, numbers_look_as_in_the_locale_after_a_damaged_file)
 {
     make("de", "{n, number}");
     m_catalogs.write("de_AT", "cat", "no catalog");
@@ -895,7 +897,7 @@ TEST_F(setbook2_message_catalog_test, nothing_is_printed)
 
 // ---- threads
 
-TEST_F(setbook2_message_catalog_test, catalogs_and_messages_are_asked_for_by_all_threads)
+TEST_F(setbook2_message_catalog_test, catalogs_and_messages_can_be_used_by_all_threads)
 {
     for (const char* name : {"0", "1", "2"})
         m_catalogs.make("de", name, po_of({{"t", name}, {"u", "{n} \xE2\x82\xAC"}}));

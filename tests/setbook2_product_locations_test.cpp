@@ -36,38 +36,38 @@ TEST_F(setbook2_product_locations_test, nothing_is_set_at_first)
     EXPECT_EQ(IProductLocations::get(), nullptr);
 }
 
-TEST_F(setbook2_product_locations_test, what_was_set_is_answered)
+TEST_F(setbook2_product_locations_test, get_returns_the_object_that_was_set)
 {
     IProductLocations::set(&m_first);
     EXPECT_EQ(IProductLocations::get(), &m_first);
 }
 
-TEST_F(setbook2_product_locations_test, what_was_set_last_counts)
+TEST_F(setbook2_product_locations_test, get_returns_the_object_that_was_set_last)
 {
     IProductLocations::set(&m_first);
     IProductLocations::set(&m_second);
     EXPECT_EQ(IProductLocations::get(), &m_second);
 }
 
-TEST_F(setbook2_product_locations_test, null_takes_it_back)
+TEST_F(setbook2_product_locations_test, setting_null_removes_the_object)
 {
     IProductLocations::set(&m_first);
     IProductLocations::set(nullptr);
     EXPECT_EQ(IProductLocations::get(), nullptr);
 }
 
-TEST_F(setbook2_product_locations_test, threads_that_set_and_ask_see_one_of_those_that_were_set)
+TEST_F(setbook2_product_locations_test, threads_that_set_and_get_see_only_objects_that_were_set)
 {
-    std::atomic<int> strangers{0};
+    std::atomic<int> unknown_objects{0};
     run_threads(8, [&](int thread) {
         for (int i = 0; i < 10000; ++i) {
             if (thread < 4)
                 IProductLocations::set(i % 2 == 0 ? &m_first : &m_second);
             IProductLocations* const found = IProductLocations::get();
             if (found && found != &m_first && found != &m_second)
-                ++strangers;
+                ++unknown_objects;
         }
     });
-    EXPECT_EQ(strangers, 0);
+    EXPECT_EQ(unknown_objects, 0);
     EXPECT_TRUE(IProductLocations::get());
 }

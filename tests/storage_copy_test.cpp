@@ -72,7 +72,7 @@ struct grouping_digits_t : std::numpunct<wchar_t>
 
 // ---- without a copy
 
-TEST_F(storage_copy_test, no_copy_is_made_of_a_log_that_is_new_or_empty)
+TEST_F(storage_copy_test, no_copy_is_created_of_a_new_or_empty_log)
 {
     for (const bool is_new : {true, false}) {
         std::filesystem::remove(m_folder.name("log.xml"));
@@ -80,7 +80,7 @@ TEST_F(storage_copy_test, no_copy_is_made_of_a_log_that_is_new_or_empty)
             m_folder.write("log.xml", "");
         int calls = 0;
         {
-            const with_faults faults([&](const std::string& call, int) {
+            const faults_scope_t faults([&](const std::string& call, int) {
                 calls += call == "open unnamed" || call == "unlink" ? 1 : 0;
                 return 0;
             });
@@ -91,12 +91,12 @@ TEST_F(storage_copy_test, no_copy_is_made_of_a_log_that_is_new_or_empty)
     }
 }
 
-TEST_F(storage_copy_test, a_log_in_the_written_form_is_not_written_again)
+TEST_F(storage_copy_test, a_log_in_the_written_form_is_not_rewritten)
 {
     record_all(L"ab");
     for (const char* const tail : {"", " <msg>\n  <ty", "</log>\n"}) {
         m_folder.write("log.xml", log().substr(0, log().find("</log>")) + tail);
-        const with_faults faults(nothing_can_be_copied);
+        const faults_scope_t faults(nothing_can_be_copied);
         const storage_ptr storage = get();
         ASSERT_TRUE(storage->start_recording()) << tail;
         EXPECT_EQ(log(), log_of(message_of("a") + message_of("b")).substr(0, log().size()));
@@ -108,14 +108,14 @@ TEST_F(storage_copy_test, a_log_in_the_written_form_is_not_written_again)
 TEST_F(storage_copy_test, a_log_without_messages_stays_an_empty_root)
 {
     record_all(L"");
-    const with_faults faults(nothing_can_be_copied);
+    const faults_scope_t faults(nothing_can_be_copied);
     record_all(L"");
     EXPECT_EQ(log(), empty_log);
     record_all(L"a");
     EXPECT_EQ(log(), log_of(message_of("a")));
 }
 
-TEST_F(storage_copy_test, any_byte_that_differs_has_the_log_written_anew)
+TEST_F(storage_copy_test, a_log_that_differs_in_any_byte_is_rewritten)
 {
     const std::string whole = log_of(message_of("a") + message_of("b"));
     for (std::size_t at = 0; at <= whole.find("</log>"); ++at) {
@@ -133,12 +133,12 @@ TEST_F(storage_copy_test, any_byte_that_differs_has_the_log_written_anew)
 
 // ---- with a copy
 
-TEST_F(storage_copy_test, a_copy_stands_beside_the_log_until_all_is_carried_over)
+TEST_F(storage_copy_test, a_copy_exists_beside_the_log_until_all_is_carried_over)
 {
     m_folder.write("log.xml", foreign_log({"a", "b"}));
     std::string copied;
     {
-        const with_faults faults([&](const std::string& call, int) {
+        const faults_scope_t faults([&](const std::string& call, int) {
             if (call == "ftruncate")
                 copied = m_folder.read("log.xml.tmp");
             return 0;
@@ -150,14 +150,14 @@ TEST_F(storage_copy_test, a_copy_stands_beside_the_log_until_all_is_carried_over
     EXPECT_FALSE(has_copy());
 }
 
-TEST_F(storage_copy_test, a_copy_stands_beside_the_path_that_was_given)
+TEST_F(storage_copy_test, a_copy_is_created_beside_the_given_path)
 {
     std::filesystem::create_directory(m_folder.name("elsewhere"));
     m_folder.write("elsewhere/real.xml", foreign_log({"a"}));
     link("elsewhere/real.xml", "log.xml");
     bool is_beside_the_link = false;
     {
-        const with_faults faults([&](const std::string& call, int) {
+        const faults_scope_t faults([&](const std::string& call, int) {
             is_beside_the_link = is_beside_the_link || (call == "ftruncate" && has_copy());
             return 0;
         });
@@ -168,9 +168,9 @@ TEST_F(storage_copy_test, a_copy_stands_beside_the_path_that_was_given)
     EXPECT_TRUE(std::filesystem::is_symlink(m_folder.name("log.xml")));
 }
 
-TEST_F(storage_copy_test, without_hard_links_nothing_is_lost_and_nothing_stays_behind)
+TEST_F(storage_copy_test, without_hard_links_nothing_is_lost_and_no_copy_remains)
 {
-    const with_faults faults(no_hard_links);
+    const faults_scope_t faults(no_hard_links);
     std::vector<std::string> types;
     for (const wchar_t* const next : {L"a", L"b", L"c"}) {
         m_folder.write("log.xml", foreign_log(types));
@@ -183,12 +183,12 @@ TEST_F(storage_copy_test, without_hard_links_nothing_is_lost_and_nothing_stays_b
     EXPECT_EQ(std::distance(begin(files), end(files)), 1) << "the log";
 }
 
-TEST_F(storage_copy_test, without_a_copy_a_log_that_has_to_be_written_anew_is_not_touched)
+TEST_F(storage_copy_test, a_log_that_cannot_be_copied_is_not_rewritten)
 {
     const files_t files = {{"log.xml", foreign_log({"a"})}};
     write_all(files);
     {
-        const with_faults faults(nothing_can_be_copied);
+        const faults_scope_t faults(nothing_can_be_copied);
         expect_refused_and_unchanged(files);
         EXPECT_TRUE(get("./log.xml")->start_reading());
     }
@@ -197,7 +197,7 @@ TEST_F(storage_copy_test, without_a_copy_a_log_that_has_to_be_written_anew_is_no
     EXPECT_EQ(types_in(), L"a;b;");
 }
 
-TEST_F(storage_copy_test, names_as_long_as_the_system_takes_them_have_a_copy_too)
+TEST_F(storage_copy_test, names_of_the_maximum_length_have_a_copy_too)
 {
     for (const std::string& letter :
          {std::string("x"), std::string("\xC3\xA9"), std::string("\xE2\x82\xAC")})
@@ -206,7 +206,7 @@ TEST_F(storage_copy_test, names_as_long_as_the_system_takes_them_have_a_copy_too
             while (leaf.size() < size)
                 leaf += letter;
             m_folder.write(leaf, foreign_log({"a"}));
-            const with_faults faults(
+            const faults_scope_t faults(
                 [&](const std::string& call, int) { return call == "unlink" ? EIO : 0; });
             EXPECT_FALSE(get(leaf)->start_recording()) << "the copy stays";
             std::filesystem::remove(m_folder.name(leaf));
@@ -219,15 +219,15 @@ TEST_F(storage_copy_test, names_as_long_as_the_system_takes_them_have_a_copy_too
         short_names += name.size() <= 143 ? 1 : 0;
         EXPECT_EQ(name.find("\xEF\xBF\xBD"), std::string::npos) << "a character was cut";
     }
-    EXPECT_EQ(short_names, 12) << "some file systems take no longer ones";
+    EXPECT_EQ(short_names, 12) << "some file systems do not support longer names";
 }
 
-TEST_F(storage_copy_test, a_copy_under_a_short_name_is_found_again_whatever_the_locale)
+TEST_F(storage_copy_test, a_copy_under_a_short_name_is_found_again_in_any_locale)
 {
     const std::string leaf = std::string(251, 'x') + ".xml";
     m_folder.write(leaf, foreign_log({"a"}));
     {
-        const with_faults faults(
+        const faults_scope_t faults(
             [](const std::string& call, int) { return call == "unlink" ? EIO : 0; });
         EXPECT_FALSE(get(leaf)->start_recording());
     }
@@ -269,7 +269,7 @@ TEST_F(storage_copy_test, a_copy_that_was_left_without_its_log_is_carried_over)
     EXPECT_FALSE(has_copy());
 }
 
-TEST_F(storage_copy_test, a_log_with_anything_that_its_copy_does_not_give_is_left_alone)
+TEST_F(storage_copy_test, a_log_with_text_that_is_not_in_its_copy_is_left_alone)
 {
     const std::string copy = log_of(message_of("a"));
     const std::string begun = copy.substr(0, copy.find("</log>"));
@@ -288,7 +288,7 @@ TEST_F(storage_copy_test, a_log_with_anything_that_its_copy_does_not_give_is_lef
     EXPECT_EQ(types_in(), L"a;c;") << "without the copy it can be recorded again";
 }
 
-TEST_F(storage_copy_test, a_copy_beside_a_link_is_found_when_the_link_leads_nowhere)
+TEST_F(storage_copy_test, a_copy_beside_a_dangling_link_is_found)
 {
     link("target.xml", "log.xml");
     m_folder.write("log.xml.tmp", foreign_log({"a", "b"}));
@@ -304,7 +304,7 @@ TEST_F(storage_copy_test, a_killed_start_through_a_link_loses_nothing_when_its_t
     link("elsewhere/real.xml", "log.xml");
     EXPECT_TRUE(was_killed(status_of_child([this] {
         bool is_emptied = false;
-        const with_faults faults([&](const std::string& call, int) {
+        const faults_scope_t faults([&](const std::string& call, int) {
             if (is_emptied)
                 raise(SIGKILL);
             is_emptied = call == "ftruncate";
@@ -318,7 +318,7 @@ TEST_F(storage_copy_test, a_killed_start_through_a_link_loses_nothing_when_its_t
     EXPECT_EQ(types_in(), L"a;b;c;");
 }
 
-TEST_F(storage_copy_test, a_log_whose_own_name_is_no_text_is_carried_over_through_a_link)
+TEST_F(storage_copy_test, a_log_whose_path_is_not_utf_8_is_carried_over_through_a_link)
 {
     std::filesystem::create_directory(m_folder.name("\xFF"));
     m_folder.write("\xFF/log.xml", foreign_log({"a"}));
@@ -328,7 +328,7 @@ TEST_F(storage_copy_test, a_log_whose_own_name_is_no_text_is_carried_over_throug
     EXPECT_FALSE(m_folder.has("link.xml.tmp"));
 }
 
-TEST_F(storage_copy_test, a_copy_that_cannot_be_read_in_full_is_left_alone_and_no_log_is_made)
+TEST_F(storage_copy_test, a_copy_that_cannot_be_read_in_full_is_left_alone_and_no_log_is_created)
 {
     const files_t files = {
         {"log.xml.tmp", "<?xml version='1.0' encoding='none'?>" + foreign_log({"a"})}};
@@ -348,7 +348,7 @@ TEST_F(storage_copy_test, text_that_another_program_writes_into_a_created_log_st
 {
     m_folder.write("log.xml.tmp", "<?xml version='1.0' encoding='none'?><log/>");
     {
-        const with_faults faults([&](const std::string& call, int) {
+        const faults_scope_t faults([&](const std::string& call, int) {
             if (call == "pread")
                 m_folder.write("log.xml", "text");
             return 0;
@@ -371,14 +371,14 @@ TEST_F(storage_copy_test, an_empty_log_that_appears_after_a_refused_start_stays)
 
 // ---- other files with the copy's name
 
-TEST_F(storage_copy_test, a_log_that_somebody_records_is_no_copy)
+TEST_F(storage_copy_test, a_log_that_is_being_recorded_is_not_a_copy)
 {
     const storage_ptr other = get("log.xml.tmp");
     ASSERT_TRUE(other->start_recording());
     for (int i = 0; i < 200; ++i)
         record(other, std::to_wstring(i));
     EXPECT_FALSE(get()->start_recording());
-    EXPECT_FALSE(m_folder.has("log.xml")) << "no log is made by a start that is refused";
+    EXPECT_FALSE(m_folder.has("log.xml")) << "a refused start creates no log";
     const files_t files = {{"log.xml", log_of(message_of("a"))}};
     write_all(files);
     expect_refused_and_unchanged(files);
@@ -386,12 +386,12 @@ TEST_F(storage_copy_test, a_log_that_somebody_records_is_no_copy)
     EXPECT_NE(types_in("log.xml.tmp").find(L";199;"), std::wstring::npos);
 }
 
-TEST_F(storage_copy_test, a_start_is_refused_if_somebody_begins_to_record_at_the_place_of_the_copy)
+TEST_F(storage_copy_test, a_start_is_refused_if_a_recording_begins_at_the_path_of_the_copy)
 {
     record_all(L"a");
     const storage_ptr other = get("log.xml.tmp");
     bool is_recorded = false;
-    const with_faults faults([&](const std::string& call, int) {
+    const faults_scope_t faults([&](const std::string& call, int) {
         if (call == "flock" && !std::exchange(is_recorded, true)) {
             EXPECT_TRUE(other->start_recording());
         }
@@ -401,13 +401,13 @@ TEST_F(storage_copy_test, a_start_is_refused_if_somebody_begins_to_record_at_the
     EXPECT_EQ(log(), log_of(message_of("a")));
 }
 
-TEST_F(storage_copy_test, nobody_records_into_a_copy_while_it_is_carried_over)
+TEST_F(storage_copy_test, a_copy_cannot_be_recorded_into_while_it_is_carried_over)
 {
     m_folder.write("log.xml", foreign_log({"a"}));
     int refused = 0;
     {
         bool is_asking = false;
-        const with_faults faults([&](const std::string& call, int) {
+        const faults_scope_t faults([&](const std::string& call, int) {
             if (call == "ftruncate" && !std::exchange(is_asking, true))
                 refused += get("log.xml.tmp")->start_recording() ? 0 : 1;
             return 0;
@@ -419,7 +419,7 @@ TEST_F(storage_copy_test, nobody_records_into_a_copy_while_it_is_carried_over)
 }
 
 // Two starts can check a copy at once: neither may take the other for a recorder.
-TEST_F(storage_copy_test, a_copy_that_others_have_locked_to_read_is_carried_over)
+TEST_F(storage_copy_test, a_copy_with_a_shared_lock_is_carried_over)
 {
     m_folder.write("log.xml.tmp", foreign_log({"a"}));
     const int reader = open(m_folder.name("log.xml.tmp").c_str(), O_RDONLY | O_CLOEXEC);
@@ -430,19 +430,19 @@ TEST_F(storage_copy_test, a_copy_that_others_have_locked_to_read_is_carried_over
     EXPECT_FALSE(has_copy());
 }
 
-TEST_F(storage_copy_test, the_log_itself_in_the_place_of_the_copy_is_left_alone)
+TEST_F(storage_copy_test, the_log_itself_at_the_path_of_the_copy_is_left_alone)
 {
     const files_t files = {{"log.xml", foreign_log({"a"})}};
     write_all(files);
     std::filesystem::create_hard_link(m_folder.name("log.xml"), m_folder.name("log.xml.tmp"));
     expect_refused_and_unchanged(files);
-    const with_faults without_locks(
+    const faults_scope_t without_locks(
         [](const std::string& call, int) { return call == "flock" ? ENOLCK : 0; });
     expect_refused_and_unchanged(files);
     EXPECT_TRUE(has_copy());
 }
 
-TEST_F(storage_copy_test, a_start_that_is_refused_lets_go_of_the_log)
+TEST_F(storage_copy_test, a_refused_start_releases_the_log)
 {
     record_all(L"a");
     std::filesystem::create_hard_link(m_folder.name("log.xml"), m_folder.name("log.xml.tmp"));
@@ -452,7 +452,7 @@ TEST_F(storage_copy_test, a_start_that_is_refused_lets_go_of_the_log)
     EXPECT_TRUE(get("./log.xml")->start_recording());
 }
 
-TEST_F(storage_copy_test, a_folder_in_the_place_of_the_copy_is_left_alone)
+TEST_F(storage_copy_test, a_folder_at_the_path_of_the_copy_is_left_alone)
 {
     const files_t files = {{"log.xml", log_of(message_of("a"))}};
     write_all(files);
@@ -461,7 +461,7 @@ TEST_F(storage_copy_test, a_folder_in_the_place_of_the_copy_is_left_alone)
     EXPECT_TRUE(has_copy());
 }
 
-TEST_F(storage_copy_test, a_link_in_the_place_of_the_copy_is_left_alone)
+TEST_F(storage_copy_test, a_link_at_the_path_of_the_copy_is_left_alone)
 {
     const files_t files = {{"precious", "text"}};
     write_all(files);
@@ -476,7 +476,7 @@ TEST_F(storage_copy_test, a_copy_of_another_user_is_left_alone)
     const files_t files = {{"log.xml.tmp", log_of(message_of("a"))}};
     write_all(files);
     {
-        const with_other_user other;
+        const other_user_scope_t other;
         expect_refused_and_unchanged(files);
     }
     EXPECT_FALSE(m_folder.has("log.xml"));
@@ -484,11 +484,11 @@ TEST_F(storage_copy_test, a_copy_of_another_user_is_left_alone)
     EXPECT_EQ(types_in(), L"a;b;");
 }
 
-TEST_F(storage_copy_test, what_appears_in_the_place_of_the_copy_meanwhile_is_left_alone)
+TEST_F(storage_copy_test, a_file_that_appears_at_the_path_of_the_copy_is_left_alone)
 {
     const files_t files = {{"log.xml", foreign_log({"a"})}};
     write_all(files);
-    const with_faults faults([&](const std::string& call, int) {
+    const faults_scope_t faults([&](const std::string& call, int) {
         if (call == "fchmod")
             m_folder.write("log.xml.tmp", "new");
         return 0;
@@ -499,7 +499,7 @@ TEST_F(storage_copy_test, what_appears_in_the_place_of_the_copy_meanwhile_is_lef
 
 // ---- logs that cannot be read
 
-TEST_F(storage_copy_test, a_log_that_exceeds_a_limit_is_left_alone_wherever_that_is)
+TEST_F(storage_copy_test, a_log_that_exceeds_a_limit_at_any_offset_is_left_alone)
 {
     std::string tag = "<e";
     for (int i = 0; i < 25001; ++i)
@@ -521,7 +521,7 @@ TEST_F(storage_copy_test, a_log_that_cannot_be_read_is_left_alone)
         const files_t files = {{"log.xml", old}};
         write_all(files);
         {
-            const with_faults faults(
+            const faults_scope_t faults(
                 [](const std::string& call, int) { return call == "pread" ? EIO : 0; });
             EXPECT_FALSE(get()->start_recording());
         }
@@ -537,7 +537,7 @@ TEST_F(storage_copy_test, a_log_that_is_replaced_while_it_is_read_is_not_lost)
         write_all({{"log.xml", foreign_log({"a"})}, {"new.xml", foreign_log({"b"})}});
         int calls = 0;
         {
-            const with_faults faults([&](const std::string&, int) {
+            const faults_scope_t faults([&](const std::string&, int) {
                 if (calls++ == replaced_at) {
                     std::filesystem::rename(m_folder.name("log.xml"), m_folder.name("log.1"));
                     std::filesystem::rename(m_folder.name("new.xml"), m_folder.name("log.xml"));
@@ -562,7 +562,7 @@ TEST_F(storage_copy_test, a_start_whose_log_is_replaced_leaves_the_storage_idle)
     write_all({{"log.xml", foreign_log({"a"})}, {"new.xml", foreign_log({"b"})}});
     const storage_ptr storage = get();
     {
-        const with_faults faults([&](const std::string& call, int) {
+        const faults_scope_t faults([&](const std::string& call, int) {
             if (call == "pread" && m_folder.has("new.xml")) {
                 std::filesystem::rename(m_folder.name("log.xml"), m_folder.name("log.1"));
                 std::filesystem::rename(m_folder.name("new.xml"), m_folder.name("log.xml"));
@@ -581,11 +581,11 @@ TEST_F(storage_copy_test, a_start_whose_log_is_replaced_leaves_the_storage_idle)
 
 // ---- locks
 
-TEST_F(storage_copy_test, a_file_system_without_locks_is_recorded_on_without_them)
+TEST_F(storage_copy_test, a_log_on_a_file_system_without_locks_is_recorded_unlocked)
 {
     for (const int error : {ENOSYS, EOPNOTSUPP, ENOLCK}) {
         m_folder.write("log.xml", foreign_log({"a"}));
-        const with_faults faults(
+        const faults_scope_t faults(
             [&](const std::string& call, int) { return call == "flock" ? error : 0; });
         record_all(L"b");
         EXPECT_EQ(types_in(), L"a;b;") << error;
@@ -594,7 +594,7 @@ TEST_F(storage_copy_test, a_file_system_without_locks_is_recorded_on_without_the
 
 TEST_F(storage_copy_test, without_locks_a_child_leaves_the_log_to_its_parent)
 {
-    const with_faults faults(
+    const faults_scope_t faults(
         [](const std::string& call, int) { return call == "flock" ? ENOLCK : 0; });
     const storage_ptr storage = get();
     ASSERT_TRUE(storage->start_recording());

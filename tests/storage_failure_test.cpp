@@ -37,10 +37,10 @@ int lowest_free_descriptor()
 class descriptor_limit_t
 {
 public:
-    explicit descriptor_limit_t(int free_ones)
+    explicit descriptor_limit_t(int free_descriptors)
     {
         getrlimit(RLIMIT_NOFILE, &m_former);
-        const rlimit limit = {static_cast<rlim_t>(lowest_free_descriptor() + free_ones),
+        const rlimit limit = {static_cast<rlim_t>(lowest_free_descriptor() + free_descriptors),
                               m_former.rlim_max};
         setrlimit(RLIMIT_NOFILE, &limit);
     }
@@ -77,7 +77,7 @@ protected:
 
 } // namespace
 
-TEST_F(storage_failure_test, a_start_without_memory_for_libxml2_answers_and_can_be_stopped)
+TEST_F(storage_failure_test, a_start_returns_and_can_be_stopped_when_libxml2_runs_out_of_memory)
 {
     const storage_ptr storage = get();
     record_all(L"a", "warm up.xml");
@@ -99,7 +99,7 @@ TEST_F(storage_failure_test, a_start_without_memory_for_libxml2_answers_and_can_
     EXPECT_EQ(types_in(), L"b;");
 }
 
-TEST_F(storage_failure_test, a_start_that_fails_without_memory_loses_no_old_message)
+TEST_F(storage_failure_test, a_start_that_runs_out_of_memory_loses_no_old_message)
 {
     for (const std::string& old : {log_of(message_of("a")), foreign_log({"a"})})
         for (const char* const leaf : {"log.xml", "log.xml.tmp"}) {
@@ -119,7 +119,8 @@ TEST_F(storage_failure_test, a_start_that_fails_without_memory_loses_no_old_mess
         }
 }
 
-TEST_F(storage_failure_test, what_is_carried_over_without_memory_is_whole_or_kept_in_the_copy)
+TEST_F(storage_failure_test,
+       a_start_that_runs_out_of_memory_leaves_all_messages_in_the_log_or_the_copy)
 {
     const std::wstring types = L"abcdefghijklmnopqrst";
     int failures = 0;
@@ -151,7 +152,7 @@ TEST_F(storage_failure_test, a_refused_start_removes_no_file_but_its_own)
     EXPECT_TRUE(std::filesystem::exists(others));
 }
 
-TEST_F(storage_failure_test, a_child_that_begins_to_record_without_memory_keeps_its_message)
+TEST_F(storage_failure_test, a_child_that_runs_out_of_memory_at_its_first_message_can_continue)
 {
     const int failed = 1;
     const int thrown = 2;
@@ -164,7 +165,7 @@ TEST_F(storage_failure_test, a_child_that_begins_to_record_without_memory_keeps_
         const pid_t child = fork();
         if (child == 0) {
             has_stopped.wait();
-            const message_ptr message = make_flagged(L"b");
+            const message_ptr_t message = make_flagged(L"b");
             try {
                 const failing_allocations_t failing(memory_t::cxx, extent_t::one, successes);
                 outcome = 0;
@@ -178,7 +179,7 @@ TEST_F(storage_failure_test, a_child_that_begins_to_record_without_memory_keeps_
             _exit(outcome);
         }
         storage->stop_recording();
-        has_stopped.give();
+        has_stopped.send();
         int status = 0;
         ASSERT_EQ(waitpid(child, &status, 0), child);
         outcome = WEXITSTATUS(status);
@@ -202,7 +203,7 @@ TEST_F(storage_failure_test, a_copy_that_cannot_be_opened_leaves_the_storage_as_
     EXPECT_EQ(types_in(), L"a;b;");
 }
 
-TEST_F(storage_failure_test, nothing_is_written_into_a_file_that_got_the_closed_descriptor)
+TEST_F(storage_failure_test, nothing_is_written_into_a_file_that_reuses_a_closed_descriptor)
 {
     record_all(L"a");
     std::filesystem::rename(m_folder.name("log.xml"), m_folder.name("log.xml.tmp"));
@@ -224,29 +225,29 @@ TEST_F(storage_failure_test, without_enough_descriptors_no_old_message_is_lost)
 {
     for (const std::string& old : {log_of(message_of("a")), foreign_log({"a"})})
         for (const char* const leaf : {"log.xml", "log.xml.tmp"})
-            for (int free_ones = 0; free_ones < 7; ++free_ones) {
+            for (int free_descriptors = 0; free_descriptors < 7; ++free_descriptors) {
                 std::filesystem::remove(m_folder.name("log.xml"));
                 m_folder.write(leaf, old);
                 const storage_ptr storage = get();
                 bool is_started = false;
                 {
-                    const descriptor_limit_t limit(free_ones);
+                    const descriptor_limit_t limit(free_descriptors);
                     is_started = storage->start_recording();
                 }
-                EXPECT_TRUE(is_started || m_folder.read(leaf) == old) << leaf << free_ones;
-                EXPECT_TRUE(is_started || free_ones < 6);
+                EXPECT_TRUE(is_started || m_folder.read(leaf) == old) << leaf << free_descriptors;
+                EXPECT_TRUE(is_started || free_descriptors < 6);
                 storage->stop_recording();
                 record_all(L"b");
-                EXPECT_EQ(types_in(), L"a;b;") << leaf << free_ones;
+                EXPECT_EQ(types_in(), L"a;b;") << leaf << free_descriptors;
             }
 }
 
-TEST_F(storage_failure_test, no_descriptor_is_left_open_by_what_failed)
+TEST_F(storage_failure_test, a_failed_operation_leaves_no_descriptor_open)
 {
     const int before = lowest_free_descriptor();
-    for (int free_ones = 0; free_ones < 4; ++free_ones) {
+    for (int free_descriptors = 0; free_descriptors < 4; ++free_descriptors) {
         record_all(L"a");
-        const descriptor_limit_t limit(free_ones);
+        const descriptor_limit_t limit(free_descriptors);
         const storage_ptr storage = get();
         storage->start_recording();
         storage->stop_recording();
@@ -256,7 +257,7 @@ TEST_F(storage_failure_test, no_descriptor_is_left_open_by_what_failed)
     EXPECT_EQ(lowest_free_descriptor(), before);
 }
 
-TEST_F(storage_failure_test, a_storage_that_is_read_over_and_over_leaves_no_descriptor_open)
+TEST_F(storage_failure_test, a_storage_that_is_read_repeatedly_leaves_no_descriptor_open)
 {
     record_all(L"a");
     const int before = lowest_free_descriptor();
@@ -286,7 +287,7 @@ TEST_F(storage_failure_test, a_stop_that_ran_out_of_memory_can_be_repeated)
     EXPECT_EQ(types_in(), L"a;");
 }
 
-TEST_F(storage_failure_test, a_last_owner_without_memory_releases_the_log)
+TEST_F(storage_failure_test, a_last_owner_that_runs_out_of_memory_releases_the_log)
 {
     storage_ptr storage = get();
     ASSERT_TRUE(storage->start_recording());

@@ -30,7 +30,7 @@ const int old_messages = 200;
 std::vector<std::string> calls_of(const std::function<void()>& action)
 {
     std::vector<std::string> calls;
-    const with_faults listening([&](const std::string& call, int) {
+    const faults_scope_t faults([&](const std::string& call, int) {
         calls.push_back(call);
         return 0;
     });
@@ -65,7 +65,7 @@ protected:
     }
 
     // Starts, records and stops on an existing log.
-    bool go_on_recording() const
+    bool record_on_old_log() const
     {
         const storage_ptr storage = get();
         const bool is_started = storage->start_recording();
@@ -75,17 +75,17 @@ protected:
     }
 
     // Returns whether the start succeeded, and whether the log was truncated before.
-    std::pair<bool, bool> go_on_while_one_fails(std::size_t failing, int error) const
+    std::pair<bool, bool> record_with_failing_call(std::size_t failing, int error) const
     {
         std::size_t next = 0;
-        bool is_cut = false;
-        const with_faults faults([&](const std::string& call, int) {
+        bool is_truncated = false;
+        const faults_scope_t faults([&](const std::string& call, int) {
             const bool fails = next++ == failing;
-            is_cut = is_cut || (call == "ftruncate" && !fails);
+            is_truncated = is_truncated || (call == "ftruncate" && !fails);
             return fails ? error : 0;
         });
-        const bool is_started = go_on_recording();
-        return {is_started, is_cut};
+        const bool is_started = record_on_old_log();
+        return {is_started, is_truncated};
     }
 
     // Returns the log and its copy.
@@ -106,21 +106,21 @@ protected:
 
     // Makes each call fail once with each error. In each case the next start must find the old
     // messages.
-    void expect_nothing_lost_whichever_call_fails(const std::pair<std::string, std::string>& old)
+    void expect_nothing_lost_if_any_call_fails(const std::pair<std::string, std::string>& old)
     {
         write(old);
-        const std::vector<std::string> calls = calls_of([&] { go_on_recording(); });
+        const std::vector<std::string> calls = calls_of([&] { record_on_old_log(); });
         for (const int error : {EIO, ENOSPC, EROFS, EDQUOT, ENOMEM, EMFILE})
             for (std::size_t failing = 0; failing != calls.size(); ++failing) {
                 write(old);
                 SCOPED_TRACE(calls[failing] + " at " + std::to_string(failing) + ": " +
                              std::strerror(error));
-                const auto [is_started, is_cut] = go_on_while_one_fails(failing, error);
-                EXPECT_TRUE(is_started || is_cut || files() == old);
+                const auto [is_started, is_truncated] = record_with_failing_call(failing, error);
+                EXPECT_TRUE(is_started || is_truncated || files() == old);
                 // Without a lock it is unknown whether another process records into the log.
-                EXPECT_TRUE(is_started || is_cut || calls[failing] == "flock" ||
+                EXPECT_TRUE(is_started || is_truncated || calls[failing] == "flock" ||
                             m_folder.has("log.xml") != old.first.empty())
-                    << "a log was made";
+                    << "a log was created";
                 record_all(L"z");
                 const std::wstring types = types_in();
                 EXPECT_EQ(types.substr(0, m_old_types.size()), m_old_types);
@@ -143,50 +143,50 @@ protected:
 
 } // namespace
 
-TEST_F(storage_faults_test, short_reads_and_writes_are_gone_on_with)
+TEST_F(storage_faults_test, short_reads_and_writes_are_continued)
 {
-    const with_short_pieces pieces(7, 3);
+    const short_io_scope_t short_io(7, 3);
     make_old_log();
-    EXPECT_TRUE(go_on_recording());
+    EXPECT_TRUE(record_on_old_log());
     EXPECT_EQ(types_in(), numbers(0, 2 * old_messages));
 }
 
-TEST_F(storage_faults_test, interruptions_are_gone_on_with)
+TEST_F(storage_faults_test, interrupted_calls_are_repeated)
 {
     std::map<std::string, int> counts;
-    const with_faults faults([&](const std::string& call, int) {
+    const faults_scope_t faults([&](const std::string& call, int) {
         const bool can_be_interrupted = call == "open" || call == "write" || call == "pread" ||
                                         call == "flock" || call == "ftruncate";
         return can_be_interrupted && ++counts[call] % 3 != 0 ? EINTR : 0;
     });
     make_old_log();
-    EXPECT_TRUE(go_on_recording());
+    EXPECT_TRUE(record_on_old_log());
     EXPECT_EQ(types_in(), numbers(0, 2 * old_messages));
     EXPECT_EQ(counts.size(), 5U);
 }
 
-TEST_F(storage_faults_test, no_old_message_is_lost_whichever_call_fails)
+TEST_F(storage_faults_test, no_old_message_is_lost_if_any_call_fails)
 {
     make_old_log();
-    expect_nothing_lost_whichever_call_fails(files());
+    expect_nothing_lost_if_any_call_fails(files());
 }
 
-TEST_F(storage_faults_test, no_old_message_of_a_foreign_log_is_lost_whichever_call_fails)
+TEST_F(storage_faults_test, no_old_message_of_a_foreign_log_is_lost_if_any_call_fails)
 {
-    expect_nothing_lost_whichever_call_fails({foreign_old_log(), ""});
+    expect_nothing_lost_if_any_call_fails({foreign_old_log(), ""});
 }
 
-TEST_F(storage_faults_test, no_old_message_of_a_copy_is_lost_whichever_call_fails)
+TEST_F(storage_faults_test, no_old_message_of_a_copy_is_lost_if_any_call_fails)
 {
-    expect_nothing_lost_whichever_call_fails({"", foreign_old_log()});
+    expect_nothing_lost_if_any_call_fails({"", foreign_old_log()});
 }
 
-TEST_F(storage_faults_test, a_log_that_cannot_be_opened_is_not_recorded_and_stays)
+TEST_F(storage_faults_test, a_log_that_cannot_be_opened_is_not_changed)
 {
     make_old_log();
     const std::string old_log = m_folder.read("log.xml");
     for (const int error : {EROFS, EACCES, EMFILE, ENFILE, ELOOP, ETXTBSY}) {
-        const with_faults faults(
+        const faults_scope_t faults(
             [&](const std::string& call, int) { return call == "open" ? error : 0; });
         const storage_ptr storage = get();
         EXPECT_FALSE(storage->start_recording()) << std::strerror(error);
@@ -197,14 +197,14 @@ TEST_F(storage_faults_test, a_log_that_cannot_be_opened_is_not_recorded_and_stay
     EXPECT_EQ(m_folder.read("log.xml"), old_log);
 }
 
-TEST_F(storage_faults_test, after_a_refused_write_nothing_more_is_written_until_the_stop)
+TEST_F(storage_faults_test, after_a_failed_write_nothing_more_is_written_until_the_stop)
 {
     for (const int error : {EIO, ENOSPC, EDQUOT}) {
         const storage_ptr storage = get();
         std::filesystem::remove(m_folder.name("log.xml"));
         ASSERT_TRUE(storage->start_recording());
         int writes = 0;
-        const with_faults faults([&](const std::string& call, int) {
+        const faults_scope_t faults([&](const std::string& call, int) {
             return call == "write" && ++writes == 3 ? error : 0;
         });
         record_numbers(storage, 0, 10 * old_messages);
@@ -216,43 +216,43 @@ TEST_F(storage_faults_test, after_a_refused_write_nothing_more_is_written_until_
     }
 }
 
-TEST_F(storage_faults_test, a_replay_that_cannot_read_answers_false_and_can_be_tried_again)
+TEST_F(storage_faults_test, a_replay_that_cannot_read_returns_false_and_can_be_repeated)
 {
     make_old_log();
     const storage_ptr storage = get();
     const auto ex = velmo_ex_t::get(velmo_ex_t::generate_id(L"storage_faults_test."), L"");
     ASSERT_TRUE(storage->start_reading());
     {
-        const with_faults faults(
+        const faults_scope_t faults(
             [](const std::string& call, int) { return call == "pread" ? EIO : 0; });
         EXPECT_FALSE(storage->replay(ex));
     }
     EXPECT_EQ(replay(storage), numbers(0, old_messages));
 }
 
-TEST_F(storage_faults_test, a_replay_that_reads_a_part_goes_on_behind_it)
+TEST_F(storage_faults_test, a_replay_that_reads_a_part_continues_after_it)
 {
     m_folder.write("log.xml", "<log><msg><type>a</type></msg>\n<log><msg><type>b</type></msg>");
     const std::size_t first = m_folder.read("log.xml").find('\n');
     const storage_ptr storage = get();
     {
         int reads = 0;
-        const with_short_pieces pieces(first, SIZE_MAX);
-        const with_faults faults(
+        const short_io_scope_t short_io(first, SIZE_MAX);
+        const faults_scope_t faults(
             [&](const std::string& call, int) { return call == "pread" && ++reads > 1 ? EIO : 0; });
         EXPECT_EQ(replay(storage), L"a;");
     }
     EXPECT_EQ(replay(storage), L"b;");
 }
 
-TEST_F(storage_faults_test, a_reading_that_cannot_be_started_again_is_over)
+TEST_F(storage_faults_test, a_reading_that_cannot_be_restarted_ends)
 {
     make_old_log();
     const storage_ptr storage = get();
     const auto ex = velmo_ex_t::get(velmo_ex_t::generate_id(L"storage_faults_test."), L"");
     ASSERT_TRUE(storage->start_reading());
     {
-        const with_faults faults(
+        const faults_scope_t faults(
             [](const std::string& call, int) { return call == "open" ? EMFILE : 0; });
         EXPECT_FALSE(storage->start_reading());
     }
@@ -260,7 +260,7 @@ TEST_F(storage_faults_test, a_reading_that_cannot_be_started_again_is_over)
     EXPECT_EQ(replay(storage), numbers(0, old_messages));
 }
 
-TEST_F(storage_faults_test, messages_are_written_in_portions_not_one_by_one)
+TEST_F(storage_faults_test, messages_are_written_in_chunks_not_one_by_one)
 {
     const storage_ptr storage = get();
     ASSERT_TRUE(storage->start_recording());
@@ -270,14 +270,14 @@ TEST_F(storage_faults_test, messages_are_written_in_portions_not_one_by_one)
     EXPECT_LT(std::count(calls.begin(), calls.end(), "write"), old_messages / 10);
 }
 
-TEST_F(storage_faults_test, where_the_copy_cannot_be_opened_it_goes_and_the_log_is_free_again)
+TEST_F(storage_faults_test, a_copy_that_cannot_be_opened_is_removed_and_the_log_is_released)
 {
     const std::string old_log = foreign_old_log();
     m_folder.write("log.xml", old_log);
     const storage_ptr storage = get();
     {
         bool is_copied = false;
-        const with_faults faults([&](const std::string& call, int) {
+        const faults_scope_t faults([&](const std::string& call, int) {
             const bool fails = is_copied && call == "open";
             is_copied = is_copied || call == "linkat";
             return fails ? EMFILE : 0;
@@ -297,14 +297,14 @@ TEST_F(storage_faults_test, where_the_copy_cannot_be_opened_it_goes_and_the_log_
 }
 
 // In a child process, so that a start that never returns is ended.
-TEST_F(storage_faults_test, where_the_copy_cannot_be_read_it_goes_and_the_log_stays)
+TEST_F(storage_faults_test, a_copy_that_cannot_be_read_is_removed_and_the_log_stays)
 {
     const std::string old_log = foreign_old_log();
     m_folder.write("log.xml", old_log);
     const int status = status_of_child([&] {
         alarm(10);
         bool is_copied = false;
-        const with_faults faults([&](const std::string& call, int) {
+        const faults_scope_t faults([&](const std::string& call, int) {
             is_copied = is_copied || call == "linkat";
             return is_copied && call == "pread" ? EIO : 0;
         });
@@ -321,7 +321,7 @@ TEST_F(storage_faults_test, a_start_that_cannot_truncate_the_log_leaves_the_stor
         m_folder.write("log.xml", old_log);
         const storage_ptr storage = get();
         {
-            const with_faults faults(
+            const faults_scope_t faults(
                 [](const std::string& call, int) { return call == "ftruncate" ? EIO : 0; });
             EXPECT_FALSE(storage->start_recording());
             EXPECT_FALSE(storage->start_recording()) << "the storage counts as recording";
@@ -331,13 +331,13 @@ TEST_F(storage_faults_test, a_start_that_cannot_truncate_the_log_leaves_the_stor
     }
 }
 
-TEST_F(storage_faults_test, where_the_copy_cannot_be_removed_nothing_is_recorded_and_nothing_lost)
+TEST_F(storage_faults_test, if_the_copy_cannot_be_removed_nothing_is_recorded_or_lost)
 {
     m_folder.write("log.xml", foreign_old_log());
     {
-        const with_faults faults(
+        const faults_scope_t faults(
             [](const std::string& call, int) { return call == "unlink" ? EIO : 0; });
-        EXPECT_FALSE(go_on_recording());
+        EXPECT_FALSE(record_on_old_log());
     }
     EXPECT_TRUE(m_folder.has("log.xml.tmp"));
     record_all(L"z");
@@ -346,7 +346,7 @@ TEST_F(storage_faults_test, where_the_copy_cannot_be_removed_nothing_is_recorded
 
 // ---- the log is removed or replaced
 
-TEST_F(storage_faults_test, a_log_that_is_removed_meanwhile_is_made_again_by_the_next_start)
+TEST_F(storage_faults_test, a_log_removed_during_a_recording_is_created_again_by_the_next_start)
 {
     const storage_ptr storage = get();
     ASSERT_TRUE(storage->start_recording());
@@ -361,7 +361,7 @@ TEST_F(storage_faults_test, a_log_that_is_removed_meanwhile_is_made_again_by_the
     EXPECT_EQ(types_in(), L"c;");
 }
 
-TEST_F(storage_faults_test, a_log_that_is_replaced_meanwhile_is_left_alone_until_the_next_start)
+TEST_F(storage_faults_test, a_log_replaced_during_a_recording_is_left_alone_until_the_next_start)
 {
     record_all(L"xy", "other.xml");
     const std::string other = m_folder.read("other.xml");
@@ -383,7 +383,7 @@ TEST_F(storage_faults_test, a_created_log_that_another_recorder_locks_first_stay
     const storage_ptr other = get("./log.xml");
     {
         bool is_created = false;
-        const with_faults faults([&](const std::string& call, int) {
+        const faults_scope_t faults([&](const std::string& call, int) {
             if (call == "flock" && !std::exchange(is_created, true)) {
                 EXPECT_TRUE(other->start_recording());
             }
@@ -403,7 +403,7 @@ TEST_F(storage_faults_test, a_log_that_is_replaced_while_it_is_locked_is_left_al
         m_folder.write("log.xml", old_log);
         m_folder.write("other.xml", "other");
         {
-            const with_faults faults([&](const std::string& call, int) {
+            const faults_scope_t faults([&](const std::string& call, int) {
                 if (call == "flock" && m_folder.has("other.xml"))
                     std::filesystem::rename(m_folder.name("other.xml"), m_folder.name("log.xml"));
                 return 0;
@@ -421,7 +421,7 @@ TEST_F(storage_faults_test, a_log_that_becomes_a_fifo_as_it_is_opened_is_refused
     const std::string fifo = m_folder.name("fifo");
     const auto starts = [&](bool is_reading, int error) {
         alarm(10);
-        const with_faults faults([&](const std::string& call, int) {
+        const faults_scope_t faults([&](const std::string& call, int) {
             if (call != "open" || !m_folder.has("fifo"))
                 return 0;
             std::filesystem::rename(fifo, m_folder.name("log.xml"));
@@ -448,7 +448,7 @@ TEST_F(storage_faults_test, a_log_that_vanishes_while_it_has_a_lease_is_created_
 {
     make_old_log();
     {
-        const with_faults faults([&](const std::string& call, int) {
+        const faults_scope_t faults([&](const std::string& call, int) {
             return call == "open" && std::filesystem::remove(m_folder.name("log.xml")) ? EWOULDBLOCK
                                                                                        : 0;
         });
@@ -472,7 +472,7 @@ TEST_F(storage_faults_test, a_log_that_is_replaced_by_a_folder_cannot_be_recorde
     EXPECT_FALSE(storage->start_reading());
 }
 
-TEST_F(storage_faults_test, a_log_that_is_emptied_meanwhile_is_recorded_again)
+TEST_F(storage_faults_test, a_log_emptied_during_a_recording_can_be_recorded_again)
 {
     const storage_ptr storage = get();
     ASSERT_TRUE(storage->start_recording());
@@ -514,10 +514,10 @@ TEST_F(storage_faults_test, a_device_is_not_even_opened)
     EXPECT_EQ(std::count(calls.begin(), calls.end(), "open"), 0);
 }
 
-TEST_F(storage_faults_test, in_a_working_folder_that_vanished_only_whole_paths_can_be_recorded)
+TEST_F(storage_faults_test, in_a_removed_working_directory_only_absolute_paths_can_be_recorded)
 {
     std::filesystem::create_directory(m_folder.name("gone"));
-    const with_current_directory gone(m_folder.name("gone"));
+    const current_directory_scope_t removed(m_folder.name("gone"));
     std::filesystem::remove(m_folder.name("gone"));
     const auto relative = messages_storage_t::get(basekit2::path_t(L"log.xml"));
     EXPECT_FALSE(relative->start_recording());

@@ -45,18 +45,18 @@ protected:
             before_fork();
             if (fork() == 0) {
                 while_both_live(storage);
-                child_is_ready.give();
+                child_is_ready.send();
                 parent_has_ended.wait();
                 child(storage);
                 storage->stop_recording();
-                child_has_ended.give();
+                child_has_ended.send();
                 _exit(0);
             }
             child_is_ready.wait();
             parent(storage);
             return 0;
         });
-        parent_has_ended.give();
+        parent_has_ended.send();
         child_has_ended.wait();
     }
 
@@ -66,7 +66,7 @@ protected:
             record(storage, name + std::to_wstring(i));
     }
 
-    static std::wstring many(const std::wstring& name, int count)
+    static std::wstring numbered_types(const std::wstring& name, int count)
     {
         std::wstring types;
         for (int i = 0; i < count; ++i)
@@ -103,13 +103,13 @@ protected:
     }
 
     static void do_nothing(const storage_ptr& /*storage*/) {}
-    static void die(const storage_ptr& /*storage*/) { raise(SIGKILL); }
+    static void kill_self(const storage_ptr& /*storage*/) { raise(SIGKILL); }
     static void record_b(const storage_ptr& storage) { record(storage, L"b"); }
 };
 
 } // namespace
 
-TEST_F(storage_fork_test, a_child_that_lets_go_of_the_storage_leaves_the_recording_alone)
+TEST_F(storage_fork_test, a_child_that_releases_the_storage_leaves_the_recording_alone)
 {
     storage_ptr storage = get();
     ASSERT_TRUE(storage->start_recording());
@@ -144,13 +144,13 @@ TEST_F(storage_fork_test, a_child_that_stops_the_recording_stops_only_its_own_pa
     record(storage, L"a");
     const int status = status_of_child([&] { return storage->stop_recording() ? 0 : 1; });
     EXPECT_TRUE(has_exited_with(status, 0));
-    EXPECT_FALSE(get("./log.xml")->start_recording()) << "the child took the lock away";
+    EXPECT_FALSE(get("./log.xml")->start_recording()) << "the child released the lock";
     record(storage, L"b");
     EXPECT_TRUE(storage->stop_recording());
     EXPECT_EQ(types_in(), L"a;b;");
 }
 
-TEST_F(storage_fork_test, a_child_that_records_much_tears_nothing)
+TEST_F(storage_fork_test, a_child_that_records_much_does_not_damage_the_log)
 {
     const storage_ptr storage = get();
     ASSERT_TRUE(storage->start_recording());
@@ -162,7 +162,7 @@ TEST_F(storage_fork_test, a_child_that_records_much_tears_nothing)
                                 0));
     record_many(storage, L"behind", 1000);
     EXPECT_TRUE(storage->stop_recording());
-    EXPECT_EQ(types_in(), many(L"before", 1000) + many(L"behind", 1000));
+    EXPECT_EQ(types_in(), numbered_types(L"before", 1000) + numbered_types(L"behind", 1000));
 }
 
 TEST_F(storage_fork_test, a_child_cannot_record_until_its_parent_has_stopped)
@@ -186,7 +186,7 @@ TEST_F(storage_fork_test, a_child_cannot_record_until_its_parent_has_stopped)
     EXPECT_EQ(types_in(), L"a;b;");
 }
 
-TEST_F(storage_fork_test, a_child_that_lives_on_does_not_keep_the_log)
+TEST_F(storage_fork_test, a_child_that_stays_alive_does_not_keep_the_log_locked)
 {
     const auto stop_beside_a_child = [&] {
         const storage_ptr storage = get();
@@ -206,7 +206,7 @@ TEST_F(storage_fork_test, a_child_that_lives_on_does_not_keep_the_log)
 
 // ---- a child that outlives its parent
 
-TEST_F(storage_fork_test, a_process_that_goes_to_the_background_loses_nothing)
+TEST_F(storage_fork_test, a_process_that_becomes_a_daemon_loses_nothing)
 {
     const signal_t has_ended;
     EXPECT_TRUE(has_exited_with(status_of_child([&] {
@@ -217,18 +217,18 @@ TEST_F(storage_fork_test, a_process_that_goes_to_the_background_loses_nothing)
                                         return 1;
                                     record_many(storage, L"behind", 1000);
                                     storage->stop_recording();
-                                    has_ended.give();
+                                    has_ended.send();
                                     return 0;
                                 }),
                                 0));
     has_ended.wait();
-    EXPECT_EQ(types_in(), many(L"before", 100) + many(L"behind", 1000));
+    EXPECT_EQ(types_in(), numbered_types(L"before", 100) + numbered_types(L"behind", 1000));
 }
 
 TEST_F(storage_fork_test, a_child_in_another_directory_records_at_the_relative_path_of_its_parent)
 {
     std::filesystem::create_directory(m_folder.name("elsewhere"));
-    const with_current_directory directory(m_folder.name("."));
+    const current_directory_scope_t directory(m_folder.name("."));
     const signal_t has_ended;
     status_of_child([&] {
         const storage_ptr storage = messages_storage_t::get(basekit2::path_t(L"log.xml"));
@@ -238,7 +238,7 @@ TEST_F(storage_fork_test, a_child_in_another_directory_records_at_the_relative_p
             EXPECT_EQ(chdir("elsewhere"), 0);
             record(storage, L"b");
             storage->stop_recording();
-            has_ended.give();
+            has_ended.send();
             _exit(0);
         }
         return 0;
@@ -248,29 +248,29 @@ TEST_F(storage_fork_test, a_child_in_another_directory_records_at_the_relative_p
     EXPECT_FALSE(m_folder.has("elsewhere/log.xml"));
 }
 
-TEST_F(storage_fork_test, a_child_goes_on_where_its_killed_parent_was_at_the_fork)
+TEST_F(storage_fork_test, a_child_continues_from_the_state_of_its_killed_parent_at_the_fork)
 {
-    run(do_nothing, die, record_b);
+    run(do_nothing, kill_self, record_b);
     EXPECT_EQ(m_folder.read("log.xml"), log_of(message_of("a") + message_of("b")));
 }
 
-TEST_F(storage_fork_test, a_child_goes_on_after_what_its_killed_parent_wrote)
+TEST_F(storage_fork_test, a_child_continues_after_the_messages_of_its_killed_parent)
 {
     run(
         do_nothing,
         [](const storage_ptr& storage) {
             record_many(storage, L"parent", 1000);
-            die(storage);
+            kill_self(storage);
         },
         record_b);
     const std::wstring types = types_in();
     EXPECT_EQ(types.substr(types.size() - 2), L"b;");
     const std::wstring before = types.substr(0, types.size() - 2);
-    EXPECT_GT(before.size(), many(L"parent", 900).size());
-    EXPECT_EQ(before, (L"a;" + many(L"parent", 1000)).substr(0, before.size()));
+    EXPECT_GT(before.size(), numbered_types(L"parent", 900).size());
+    EXPECT_EQ(before, (L"a;" + numbered_types(L"parent", 1000)).substr(0, before.size()));
 }
 
-TEST_F(storage_fork_test, a_child_goes_on_after_what_its_parent_recorded_and_closed)
+TEST_F(storage_fork_test, a_child_continues_after_the_log_that_its_parent_closed)
 {
     run(
         record_b,
@@ -284,13 +284,13 @@ TEST_F(storage_fork_test, a_child_goes_on_after_what_its_parent_recorded_and_clo
 
 TEST_F(storage_fork_test, a_child_writes_before_its_stop_when_its_parent_has_ended)
 {
-    run(record_b, die, [this](const storage_ptr& storage) {
+    run(record_b, kill_self, [this](const storage_ptr& storage) {
         record_many(storage, L"child", 1000);
         std::filesystem::copy_file(m_folder.name("log.xml"), m_folder.name("before the stop"));
     });
     const std::wstring types = types_in("before the stop");
-    EXPECT_GT(types.size(), many(L"child", 900).size());
-    EXPECT_EQ(types, (L"a;b;" + many(L"child", 1000)).substr(0, types.size()));
+    EXPECT_GT(types.size(), numbered_types(L"child", 900).size());
+    EXPECT_EQ(types, (L"a;b;" + numbered_types(L"child", 1000)).substr(0, types.size()));
 }
 
 TEST_F(storage_fork_test, a_child_that_stops_waits_for_the_end_of_its_parent)
@@ -304,9 +304,9 @@ TEST_F(storage_fork_test, a_child_that_stops_waits_for_the_end_of_its_parent)
         record(storage, L"a");
         if (fork() == 0) {
             record(storage, L"b");
-            child_stops.give();
+            child_stops.send();
             storage->stop_recording();
-            child_has_ended.give();
+            child_has_ended.send();
             _exit(0);
         }
         child_stops.wait();
@@ -324,7 +324,7 @@ TEST_F(storage_fork_test, a_child_begins_a_log_if_that_of_its_killed_parent_was_
         record_b,
         [this](const storage_ptr& storage) {
             std::filesystem::remove(m_folder.name("log.xml"));
-            die(storage);
+            kill_self(storage);
         },
         do_nothing);
     EXPECT_EQ(m_folder.read("log.xml"), log_of(message_of("b")));
@@ -342,15 +342,15 @@ TEST_F(storage_fork_test, a_child_without_messages_leaves_its_parents_log_alone)
     EXPECT_FALSE(m_folder.has("log.xml"));
 }
 
-TEST_F(storage_fork_test, what_a_parent_recorded_before_the_fork_outlives_both)
+TEST_F(storage_fork_test, messages_recorded_before_the_fork_outlive_both_processes)
 {
-    run(do_nothing, die, do_nothing);
+    run(do_nothing, kill_self, do_nothing);
     EXPECT_EQ(types_in(), L"a;");
 }
 
-TEST_F(storage_fork_test, what_a_child_holds_is_recorded_once_if_it_forks_itself)
+TEST_F(storage_fork_test, pending_messages_of_a_child_that_forks_are_recorded_once)
 {
-    run(record_b, die, [](const storage_ptr& storage) {
+    run(record_b, kill_self, [](const storage_ptr& storage) {
         EXPECT_EQ(status_of_child([&] {
                       storage->stop_recording();
                       return 0;
@@ -361,7 +361,7 @@ TEST_F(storage_fork_test, what_a_child_holds_is_recorded_once_if_it_forks_itself
     EXPECT_EQ(types_in(), L"a;b;c;");
 }
 
-TEST_F(storage_fork_test, a_child_waits_for_the_log_that_has_taken_the_place_of_its_parents)
+TEST_F(storage_fork_test, a_child_waits_for_the_log_that_replaced_the_one_of_its_parent)
 {
     run(
         record_b,
@@ -377,9 +377,9 @@ TEST_F(storage_fork_test, a_child_waits_for_the_log_that_has_taken_the_place_of_
     EXPECT_EQ(types_in(), L"p;b;c;");
 }
 
-TEST_F(storage_fork_test, a_grandchild_goes_on_as_a_child_does)
+TEST_F(storage_fork_test, a_grandchild_continues_as_a_child_does)
 {
-    run(record_b, die, [](const storage_ptr& storage) {
+    run(record_b, kill_self, [](const storage_ptr& storage) {
         const pid_t grandchild = fork();
         if (grandchild != 0)
             _exit(0);
@@ -388,14 +388,14 @@ TEST_F(storage_fork_test, a_grandchild_goes_on_as_a_child_does)
     EXPECT_EQ(types_in(), L"a;b;c;");
 }
 
-TEST_F(storage_fork_test, a_grandchild_that_is_forked_while_all_live_goes_on_too)
+TEST_F(storage_fork_test, a_grandchild_that_is_forked_while_all_processes_live_continues_too)
 {
     run(
         [](const storage_ptr& /*storage*/) {
             if (fork() != 0)
                 _exit(0);
         },
-        die, record_b);
+        kill_self, record_b);
     EXPECT_EQ(types_in(), L"a;b;");
 }
 
@@ -413,7 +413,7 @@ TEST_F(storage_fork_test, a_child_of_a_process_that_has_stopped_records_nothing)
     EXPECT_EQ(types_in(), L"a;");
 }
 
-TEST_F(storage_fork_test, a_child_holds_back_whole_messages_and_not_without_bound)
+TEST_F(storage_fork_test, pending_messages_of_a_child_are_whole_and_limited)
 {
     const std::wstring big(1048576, L'x');
     run(
@@ -421,7 +421,7 @@ TEST_F(storage_fork_test, a_child_holds_back_whole_messages_and_not_without_boun
             for (int i = 0; i < 40; ++i)
                 record(storage, big);
         },
-        die, record_b);
+        kill_self, record_b);
     const std::wstring types = types_in();
     EXPECT_EQ(types.substr(0, 2), L"a;");
     EXPECT_EQ(types.substr(types.size() - 3), L";b;");
@@ -429,11 +429,12 @@ TEST_F(storage_fork_test, a_child_holds_back_whole_messages_and_not_without_boun
     EXPECT_LT(types.size(), 17 * big.size());
 }
 
-TEST_F(storage_fork_test, a_child_goes_on_though_no_descriptor_was_free_at_the_fork)
+TEST_F(storage_fork_test, a_child_continues_though_no_descriptor_was_free_at_the_fork)
 {
     rlimit former = {};
     getrlimit(RLIMIT_NOFILE, &former);
-    run([&](const storage_ptr& /*storage*/) { setrlimit(RLIMIT_NOFILE, &former); }, die, record_b,
+    run([&](const storage_ptr& /*storage*/) { setrlimit(RLIMIT_NOFILE, &former); }, kill_self,
+        record_b,
         [&] {
             const rlimit none = {0, former.rlim_max};
             setrlimit(RLIMIT_NOFILE, &none);
@@ -441,9 +442,9 @@ TEST_F(storage_fork_test, a_child_goes_on_though_no_descriptor_was_free_at_the_f
     EXPECT_EQ(types_in(), L"a;b;");
 }
 
-TEST_F(storage_fork_test, a_child_goes_on_after_a_start_that_lacked_a_descriptor)
+TEST_F(storage_fork_test, a_child_continues_after_a_start_without_a_free_descriptor)
 {
-    run(record_b, die, [this](const storage_ptr& storage) {
+    run(record_b, kill_self, [this](const storage_ptr& storage) {
         std::filesystem::rename(m_folder.name("log.xml"), m_folder.name("log.xml.tmp"));
         rlimit former = {};
         getrlimit(RLIMIT_NOFILE, &former);
@@ -458,7 +459,7 @@ TEST_F(storage_fork_test, a_child_goes_on_after_a_start_that_lacked_a_descriptor
     EXPECT_EQ(types_in(), L"a;b;c;d;");
 }
 
-TEST_F(storage_fork_test, a_process_made_without_the_handlers_of_fork_writes_nothing)
+TEST_F(storage_fork_test, a_process_created_without_the_fork_handlers_writes_nothing)
 {
     const storage_ptr storage = get();
     ASSERT_TRUE(storage->start_recording());
@@ -472,12 +473,12 @@ TEST_F(storage_fork_test, a_process_made_without_the_handlers_of_fork_writes_not
         _exit(0);
     }
     EXPECT_TRUE(storage->stop_recording());
-    is_closed.give();
+    is_closed.send();
     EXPECT_EQ(waitpid(child, nullptr, 0), child);
-    EXPECT_EQ(types_in(), many(L"parent", 300));
+    EXPECT_EQ(types_in(), numbered_types(L"parent", 300));
 }
 
-TEST_F(storage_fork_test, a_handler_of_fork_may_use_a_storage)
+TEST_F(storage_fork_test, a_fork_handler_may_use_a_storage)
 {
     static storage_ptr storage;
     EXPECT_TRUE(has_exited_with(status_of_child([&] {
@@ -496,12 +497,12 @@ TEST_F(storage_fork_test, a_handler_of_fork_may_use_a_storage)
     EXPECT_EQ(types_in(), L"a;b;");
 }
 
-TEST_F(storage_fork_test, a_handler_that_a_replay_reaches_may_fork)
+TEST_F(storage_fork_test, a_message_handler_may_fork_during_a_replay)
 {
     struct forking_handler_t : base_handler_t
     {
         using base_handler_t::on_message;
-        bool on_message(boost::shared_ptr<velmo_ex_t> /*ex*/, message_ptr /*msg*/) override
+        bool on_message(boost::shared_ptr<velmo_ex_t> /*ex*/, message_ptr_t /*msg*/) override
         {
             EXPECT_TRUE(has_exited_with(status_of_child([] { return 0; }), 0));
             return true;
@@ -515,7 +516,8 @@ TEST_F(storage_fork_test, a_handler_that_a_replay_reaches_may_fork)
     EXPECT_TRUE(storage->replay(ex));
 }
 
-TEST_F(storage_fork_test, a_child_that_lives_on_does_not_keep_the_log_of_its_killed_parent)
+TEST_F(storage_fork_test,
+       a_child_that_stays_alive_does_not_keep_the_log_of_its_killed_parent_locked)
 {
     const storage_ptr storage = get();
     bool is_free = false;
@@ -524,7 +526,7 @@ TEST_F(storage_fork_test, a_child_that_lives_on_does_not_keep_the_log_of_its_kil
     EXPECT_TRUE(was_killed(status_of_child([&] {
         storage->start_recording();
         if (fork() == 0) {
-            is_forked.give();
+            is_forked.send();
             may_end.wait();
             _exit(0);
         }
@@ -532,7 +534,7 @@ TEST_F(storage_fork_test, a_child_that_lives_on_does_not_keep_the_log_of_its_kil
         return raise(SIGKILL);
     })));
     is_free = storage->start_recording();
-    may_end.give();
+    may_end.send();
     EXPECT_TRUE(is_free);
 }
 
@@ -545,7 +547,7 @@ TEST_F(storage_fork_test, a_child_reads_and_delivers_as_its_parent_does)
     EXPECT_EQ(replay(storage), L"a;b;");
 }
 
-TEST_F(storage_fork_test, a_child_whose_start_is_refused_does_not_try_with_each_message)
+TEST_F(storage_fork_test, a_child_whose_start_is_refused_does_not_retry_at_each_message)
 {
     const storage_ptr storage = get();
     ASSERT_TRUE(storage->start_recording());
@@ -554,7 +556,7 @@ TEST_F(storage_fork_test, a_child_whose_start_is_refused_does_not_try_with_each_
     if (child == 0) {
         is_refused.wait();
         int calls = 0;
-        const with_faults count([&](const std::string& /*call*/, int /*descriptor*/) {
+        const faults_scope_t count([&](const std::string& /*call*/, int /*descriptor*/) {
             ++calls;
             return 0;
         });
@@ -564,7 +566,7 @@ TEST_F(storage_fork_test, a_child_whose_start_is_refused_does_not_try_with_each_
     storage->stop_recording();
     record_all(L"c");
     m_folder.write("log.xml.tmp", foreign_log({"d"}));
-    is_refused.give();
+    is_refused.send();
     int status = -1;
     EXPECT_EQ(waitpid(child, &status, 0), child);
     EXPECT_TRUE(has_exited_with(status, 0));
@@ -572,12 +574,12 @@ TEST_F(storage_fork_test, a_child_whose_start_is_refused_does_not_try_with_each_
 
 // ---- a process that forks while other threads use storages
 
-TEST_F(storage_fork_test, all_that_was_recorded_is_written_though_another_thread_uses_the_storage)
+TEST_F(storage_fork_test, a_fork_writes_all_messages_while_another_thread_uses_the_storage)
 {
     const storage_ptr storage = get();
     ASSERT_TRUE(storage->start_recording());
     std::atomic<bool> is_over{false};
-    const message_ptr unflagged = make_flagged(L"dropped", 0);
+    const message_ptr_t unflagged = make_flagged(L"dropped", 0);
     std::thread other = repeat_until(is_over, [&] { storage->on_message(nullptr, unflagged); });
     for (int i = 0; i < 200; ++i) {
         record(storage, std::to_wstring(i));
@@ -659,7 +661,7 @@ TEST_F(storage_fork_test, a_fork_does_not_wait_for_a_long_start_and_its_child_ke
     const signal_t may_end;
     EXPECT_TRUE(was_killed(status_of_child([&] {
         std::atomic<bool> is_starting{false};
-        const with_faults slow([&](const std::string& call, int) {
+        const faults_scope_t slow([&](const std::string& call, int) {
             if (call == "pread") {
                 is_starting = true;
                 std::this_thread::sleep_for(std::chrono::seconds(60));
@@ -673,7 +675,7 @@ TEST_F(storage_fork_test, a_fork_does_not_wait_for_a_long_start_and_its_child_ke
         if (fork() == 0) {
             record(get(), L"child");
             get()->stop_recording();
-            is_usable.give();
+            is_usable.send();
             may_end.wait();
             _exit(0);
         }
@@ -681,10 +683,10 @@ TEST_F(storage_fork_test, a_fork_does_not_wait_for_a_long_start_and_its_child_ke
         return raise(SIGKILL);
     })));
     EXPECT_TRUE(get()->start_recording());
-    may_end.give();
+    may_end.send();
 }
 
-TEST_F(storage_fork_test, a_fork_leaves_errno_alone)
+TEST_F(storage_fork_test, a_fork_does_not_change_errno)
 {
     const storage_ptr storage = get();
     ASSERT_TRUE(storage->start_recording());

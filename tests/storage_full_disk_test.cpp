@@ -62,7 +62,7 @@ protected:
 
 } // namespace
 
-TEST_F(storage_full_disk_test, a_start_that_cannot_carry_all_over_answers_false_and_keeps_the_copy)
+TEST_F(storage_full_disk_test, a_start_that_cannot_carry_all_over_returns_false_and_keeps_the_copy)
 {
     const std::size_t size = make_dense_log();
     const std::string before = m_folder.read("log.xml");
@@ -82,7 +82,7 @@ TEST_F(storage_full_disk_test, a_start_that_cannot_carry_all_over_answers_false_
     EXPECT_FALSE(m_folder.has("log.xml.tmp"));
 }
 
-TEST_F(storage_full_disk_test, what_one_start_could_not_carry_over_another_storage_finds)
+TEST_F(storage_full_disk_test, messages_that_one_start_could_not_carry_over_are_found_by_another)
 {
     const std::size_t size = make_dense_log();
     {
@@ -131,7 +131,7 @@ TEST_F(storage_full_disk_test, a_new_log_stays_though_nothing_can_be_written_int
     EXPECT_EQ(types_in(), L"a;");
 }
 
-TEST_F(storage_full_disk_test, a_recording_that_the_disk_ends_keeps_all_before_it)
+TEST_F(storage_full_disk_test, a_recording_ended_by_a_full_disk_keeps_all_earlier_messages)
 {
     make_dense_log();
     const storage_ptr storage = get();
@@ -152,7 +152,7 @@ TEST_F(storage_full_disk_test, a_recording_that_the_disk_ends_keeps_all_before_i
     EXPECT_EQ(types_in(), types + L"n;");
 }
 
-TEST_F(storage_full_disk_test, a_disk_that_is_full_at_the_stop_keeps_all_before_the_last_portion)
+TEST_F(storage_full_disk_test, a_stop_on_a_full_disk_loses_only_the_last_chunk)
 {
     make_dense_log();
     const storage_ptr storage = get();

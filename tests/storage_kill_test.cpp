@@ -135,23 +135,23 @@ protected:
 
 } // namespace
 
-TEST_F(storage_kill_test, no_older_message_is_lost_whichever_change_of_the_disk_is_the_last)
+TEST_F(storage_kill_test, no_older_message_is_lost_by_a_kill_at_any_change_of_the_disk)
 {
     EXPECT_GE(kill_at_each_change([this] { make_old_log(); }), 4)
-        << "cut off the end and write, before and after each";
+        << "truncate and write, before and after each";
 }
 
-TEST_F(storage_kill_test, no_older_message_of_a_foreign_log_is_lost_whichever_change_is_the_last)
+TEST_F(storage_kill_test, no_older_message_of_a_foreign_log_is_lost_by_a_kill_at_any_change)
 {
     EXPECT_GT(kill_at_each_change([this] { make_foreign_log(); }), 12)
         << "copy, link, truncate, write and unlink, before and after each";
 }
 
-TEST_F(storage_kill_test, no_older_message_is_lost_wherever_a_write_is_cut_short)
+TEST_F(storage_kill_test, no_older_message_is_lost_by_a_kill_after_any_short_write)
 {
-    const with_short_pieces pieces(SIZE_MAX, 200);
+    const short_io_scope_t short_io(SIZE_MAX, 200);
     EXPECT_GT(kill_at_each_change([this] { make_foreign_log(); }), 50)
-        << "several pieces of the copy and of the new log each";
+        << "several chunks of the copy and of the new log each";
 }
 
 TEST_F(storage_kill_test, no_older_message_is_lost_through_a_link)
@@ -166,7 +166,7 @@ TEST_F(storage_kill_test, no_older_message_is_lost_through_a_link)
 
 TEST_F(storage_kill_test, no_older_message_is_lost_without_hard_links)
 {
-    const with_faults no_links([](const std::string& call, int) {
+    const faults_scope_t no_links([](const std::string& call, int) {
         return call == "open unnamed" ? EOPNOTSUPP : call == "linkat" || call == "link" ? EPERM : 0;
     });
     EXPECT_GT(kill_at_each_change([this] { make_foreign_log(); }), 12);
@@ -197,7 +197,7 @@ TEST_F(storage_kill_test, no_older_message_is_lost_when_the_next_process_is_kill
 TEST_F(storage_kill_test, two_processes_record_in_turn_and_lose_nothing)
 {
     const int rounds = 100;
-    const auto fight = [&](const std::wstring& name) {
+    const auto record_in_turn = [&](const std::wstring& name) {
         const storage_ptr storage = get();
         for (int round = 0; round < rounds;) {
             if (!storage->start_recording())
@@ -215,10 +215,10 @@ TEST_F(storage_kill_test, two_processes_record_in_turn_and_lose_nothing)
     };
     const pid_t first = fork();
     if (first == 0)
-        fight(L"a");
+        record_in_turn(L"a");
     const pid_t second = fork();
     if (second == 0)
-        fight(L"b");
+        record_in_turn(L"b");
     for (const pid_t child : {first, second}) {
         int status = 0;
         wait_for(child, status);
@@ -283,7 +283,7 @@ protected:
 
 } // namespace
 
-TEST_F(storage_random_kill_test, what_was_closed_is_there_once_whenever_processes_are_killed)
+TEST_F(storage_random_kill_test, each_closed_message_is_in_the_log_once_after_kills_at_random_times)
 {
     const random_seeds_t seeds(60);
     random_source_t random(seeds.first);

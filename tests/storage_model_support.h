@@ -62,7 +62,7 @@ protected:
         EXPECT_EQ(found, m_copies);
     }
 
-    void tell(const std::string& what) { m_history += what + "\n"; }
+    void add_to_history(const std::string& what) { m_history += what + "\n"; }
 
     bytes_t bytes_of(const std::string& leaf) const
     {
@@ -84,7 +84,7 @@ protected:
         return types;
     }
 
-    start_t look()
+    start_t pick_start()
     {
         start_t start = {m_random.pick(spellings), "", bytes_of("log.xml"), {}, m_log, true, true};
         start.copy_name = (start.spelling == "./log.xml" ? "log.xml" : start.spelling) + ".tmp";

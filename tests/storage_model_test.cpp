@@ -51,17 +51,17 @@ private:
 
     void record_here()
     {
-        const start_t start = look();
-        tell("record through " + start.spelling);
+        const start_t start = pick_start();
+        add_to_history("record through " + start.spelling);
         storage_ptr storage = get(start.spelling);
         if (!storage->start_recording())
             return expect_refused(start);
         EXPECT_FALSE(m_folder.has(start.copy_name));
         const types_t types = new_types();
         record_types(storage, types);
-        tell(text_of(types));
+        add_to_history(text_of(types));
         if (m_random.one_in(3))
-            disturb(start.spelling, storage);
+            expect_no_other_recorder(start.spelling, storage);
         const bool is_renamed = m_random.one_in(5);
         if (is_renamed)
             rename("log.xml", "renamed.xml");
@@ -84,10 +84,10 @@ private:
     }
 
     // While this process records, other processes must not.
-    void disturb(const std::string& spelling, const storage_ptr& storage)
+    void expect_no_other_recorder(const std::string& spelling, const storage_ptr& storage)
     {
         const std::string other = m_random.pick(spellings);
-        tell("disturbed through " + other);
+        add_to_history("disturbed through " + other);
         EXPECT_EQ(get(other)->start_recording(), other == spelling);
         const bool is_stopped = m_random.one_in(2);
         const int status = status_of_child([&] {
@@ -102,7 +102,7 @@ private:
 
     void record_in_process()
     {
-        const start_t start = look();
+        const start_t start = pick_start();
         recorder_t recorder = {new_types(), new_types()};
         recorder.is_stopped = m_random.one_in(2);
         recorder.has_links = !m_random.one_in(4);
@@ -112,10 +112,10 @@ private:
         m_certain.set(0);
         const int status =
             status_of_child([&] { return recorder.run(get(start.spelling), m_certain); });
-        tell("process through " + start.spelling + ", last call " +
-             std::to_string(recorder.last_call) + ", status " + std::to_string(status) + "\n" +
-             text_of(recorder.first) + " " + text_of(recorder.second));
-        if (has_exited_with(status, is_refused))
+        add_to_history("process through " + start.spelling + ", last call " +
+                       std::to_string(recorder.last_call) + ", status " + std::to_string(status) +
+                       "\n" + text_of(recorder.first) + " " + text_of(recorder.second));
+        if (has_exited_with(status, refused_exit_code))
             return expect_refused(start);
         EXPECT_TRUE(was_killed(status) || has_exited_with(status, 0));
         expect_recorded(start, recorder.all(), m_certain.get());
@@ -123,7 +123,7 @@ private:
 
     void record_in_daemon()
     {
-        const start_t start = look();
+        const start_t start = pick_start();
         m_kept.clear();
         daemon_t daemon = {new_types(), new_types(), new_types(), new_types(), new_types()};
         daemon.forks_twice = m_random.one_in(2);
@@ -132,11 +132,11 @@ private:
             daemon.last_call = static_cast<int>(m_random.below(6));
         daemon_gates_t gates;
         const int status = status_of_child([&] { return daemon.run(get(start.spelling), gates); });
-        tell("daemon through " + start.spelling + ", last call " +
-             std::to_string(daemon.last_call) + ", status " + std::to_string(status) + "\n" +
-             text_of(daemon.before_fork) + " " + text_of(daemon.after_fork) + " " +
-             text_of(daemon.of_children()));
-        if (has_exited_with(status, is_refused))
+        add_to_history("daemon through " + start.spelling + ", last call " +
+                       std::to_string(daemon.last_call) + ", status " + std::to_string(status) +
+                       "\n" + text_of(daemon.before_fork) + " " + text_of(daemon.after_fork) + " " +
+                       text_of(daemon.of_children()));
+        if (has_exited_with(status, refused_exit_code))
             return expect_refused(start);
         EXPECT_TRUE(start.can_succeed);
         m_copies.erase(start.copy_name);
@@ -149,7 +149,7 @@ private:
     {
         const bool is_renamed = m_random.one_in(3);
         const types_t others = m_random.one_in(2) ? new_types() : types_t();
-        tell((is_renamed ? "renamed, others " : "others ") + text_of(others));
+        add_to_history((is_renamed ? "renamed, others " : "others ") + text_of(others));
         if (is_renamed)
             rename("log.xml", "archive.xml");
         run_child_beside(others, start.spelling, gates);
@@ -189,14 +189,14 @@ private:
     {
         if (!m_folder.has("log.xml"))
             return;
-        tell("rename the log");
+        add_to_history("rename the log");
         rename("log.xml", "archive.xml");
         m_archive = std::exchange(m_log, {});
     }
 
     void remove_log()
     {
-        tell("remove the log");
+        add_to_history("remove the log");
         std::filesystem::remove(m_folder.name("log.xml"));
         m_log.clear();
     }
@@ -205,7 +205,7 @@ private:
     {
         if (!m_archive)
             return;
-        tell("restore the log");
+        add_to_history("restore the log");
         m_folder.write("log.xml", m_folder.read("archive.xml"));
         m_log = *m_archive;
     }
@@ -214,8 +214,8 @@ private:
     {
         if (m_random.one_in(3))
             m_log = new_types();
-        const std::size_t form = m_random.below(foreign_forms);
-        tell("foreign log " + std::to_string(form) + "\n" + text_of(m_log));
+        const std::size_t form = m_random.below(foreign_form_count);
+        add_to_history("foreign log " + std::to_string(form) + "\n" + text_of(m_log));
         m_folder.write("log.xml", foreign_log(m_log, form));
     }
 
@@ -225,7 +225,7 @@ private:
         const std::string copy = m_random.pick(copies);
         const std::string log = m_folder.read("log.xml");
         const std::size_t size = m_random.one_in(3) ? 0 : m_random.below(log.size() + 1);
-        tell("leave a copy at " + copy + ", log of size " + std::to_string(size));
+        add_to_history("leave a copy at " + copy + ", log of size " + std::to_string(size));
         m_folder.write(copy, log);
         m_copies[copy] = m_log;
         m_interrupted.erase(copy);
@@ -236,7 +236,7 @@ private:
     void remove_copy()
     {
         const std::string copy = m_random.pick(copies);
-        tell("remove " + copy);
+        add_to_history("remove " + copy);
         std::filesystem::remove(m_folder.name(copy));
         m_copies.erase(copy);
     }
@@ -244,8 +244,8 @@ private:
     // Records into a log with the name of a copy. No start may take it for a copy meanwhile.
     void record_into_copy()
     {
-        const start_t start = look();
-        tell("record " + start.copy_name);
+        const start_t start = pick_start();
+        add_to_history("record " + start.copy_name);
         const storage_ptr storage = get(start.copy_name);
         EXPECT_TRUE(storage->start_recording());
         const types_t types = new_types();
@@ -259,7 +259,7 @@ private:
 
     void replay_log()
     {
-        tell("replay");
+        add_to_history("replay");
         m_kept.clear();
         const std::wstring types = replay(get(m_random.pick(spellings)));
         EXPECT_EQ(std::string(types.begin(), types.end()), text_of(m_log));

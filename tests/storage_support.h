@@ -40,9 +40,9 @@ inline std::string foreign_log(const std::vector<std::string>& types)
     return log + "</log>";
 }
 
-inline message_ptr make_flagged(const std::wstring& type, int flags = 1)
+inline message_ptr_t make_flagged(const std::wstring& type, int flags = 1)
 {
-    const message_ptr message = make_message(type, message_t::info);
+    const message_ptr_t message = make_message(type, message_t::info);
     message->set_flags(flags);
     return message;
 }
@@ -77,8 +77,8 @@ protected:
     {
         std::vector<int> descriptors;
         for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
-            std::error_code is_gone;
-            if (std::filesystem::read_symlink(entry.path(), is_gone) == m_folder.name("log.xml"))
+            std::error_code ignored;
+            if (std::filesystem::read_symlink(entry.path(), ignored) == m_folder.name("log.xml"))
                 descriptors.push_back(std::stoi(entry.path().filename()));
         }
         return descriptors;
@@ -94,12 +94,12 @@ protected:
         storage->replay(ex);
         storage->stop_reading();
         std::wstring types;
-        for (const message_ptr& message : handler->messages())
+        for (const message_ptr_t& message : handler->messages())
             types += message->get_type() + L";";
         return types;
     }
 
-    /// Returns the same for a whole log.
+    /// Returns the types of all messages in a log.
     std::wstring types_in(const std::string& leaf = "log.xml") const
     {
         m_folder.write("copy to read", m_folder.read(leaf));

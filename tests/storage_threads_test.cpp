@@ -22,13 +22,13 @@ boost::shared_ptr<velmo_ex_t> make_ex()
 }
 
 // Runs an action for each message that is delivered.
-class acting_handler_t : public base_handler_t
+class action_handler_t : public base_handler_t
 {
 public:
-    explicit acting_handler_t(std::function<void()> action) : m_action(std::move(action)) {}
+    explicit action_handler_t(std::function<void()> action) : m_action(std::move(action)) {}
 
     using base_handler_t::on_message;
-    bool on_message(boost::shared_ptr<velmo_ex_t> /*ex*/, message_ptr /*msg*/) override
+    bool on_message(boost::shared_ptr<velmo_ex_t> /*ex*/, message_ptr_t /*msg*/) override
     {
         m_action();
         return false;
@@ -38,10 +38,10 @@ private:
     std::function<void()> m_action;
 };
 
-boost::shared_ptr<velmo_ex_t> make_ex_that(std::function<void()> action)
+boost::shared_ptr<velmo_ex_t> make_ex_with_action(std::function<void()> action)
 {
     auto ex = make_ex();
-    ex->push_handler(boost::make_shared<acting_handler_t>(std::move(action)));
+    ex->push_handler(boost::make_shared<action_handler_t>(std::move(action)));
     return ex;
 }
 
@@ -80,7 +80,7 @@ TEST_F(storage_threads_test, threads_that_record_at_once_write_whole_messages_in
     EXPECT_EQ(count, recorders * messages);
 }
 
-TEST_F(storage_threads_test, storages_of_few_paths_are_got_used_and_released_by_all_threads)
+TEST_F(storage_threads_test, all_threads_may_get_use_and_release_storages_of_few_paths)
 {
     run_threads(8, [&](int thread) {
         for (int i = 0; i < 200; ++i) {
@@ -98,7 +98,7 @@ TEST_F(storage_threads_test, storages_of_few_paths_are_got_used_and_released_by_
     }
 }
 
-TEST_F(storage_threads_test, threads_that_ask_for_one_path_at_once_get_one_storage)
+TEST_F(storage_threads_test, threads_that_request_one_path_at_once_get_one_storage)
 {
     const int count = 8;
     for (int round = 0; round < 200; ++round) {
@@ -108,7 +108,7 @@ TEST_F(storage_threads_test, threads_that_ask_for_one_path_at_once_get_one_stora
     }
 }
 
-TEST_F(storage_threads_test, a_storage_is_replayed_while_another_one_is)
+TEST_F(storage_threads_test, a_storage_can_be_replayed_during_the_replay_of_another)
 {
     record_all(L"a", "0.xml");
     record_all(L"abc", "1.xml");
@@ -116,7 +116,7 @@ TEST_F(storage_threads_test, a_storage_is_replayed_while_another_one_is)
     ASSERT_TRUE(storage->start_reading());
     std::wstring types;
     EXPECT_TRUE(storage->replay(
-        make_ex_that([&] { std::thread([&] { types = replay(get("1.xml")); }).join(); })));
+        make_ex_with_action([&] { std::thread([&] { types = replay(get("1.xml")); }).join(); })));
     EXPECT_EQ(types, L"a;b;c;");
 }
 
@@ -130,7 +130,7 @@ TEST_F(storage_threads_test, each_operation_of_a_storage_waits_for_the_end_of_it
         [](messages_storage_t& storage) { storage.stop_reading(); },
         [](messages_storage_t& storage) { storage.replay(make_ex()); },
         [](messages_storage_t& storage) {
-            storage.on_message(nullptr, message_ptr());
+            storage.on_message(nullptr, message_ptr_t());
         }};
     record_all(L"a");
     for (const auto& operation : operations) {
@@ -138,8 +138,8 @@ TEST_F(storage_threads_test, each_operation_of_a_storage_waits_for_the_end_of_it
         ASSERT_TRUE(storage->start_reading());
         std::atomic<bool> has_begun{false};
         std::future<void> other;
-        bool is_overtaken = true;
-        EXPECT_TRUE(storage->replay(make_ex_that([&] {
+        bool has_finished_early = true;
+        EXPECT_TRUE(storage->replay(make_ex_with_action([&] {
             other = std::async(std::launch::async, [&] {
                 has_begun = true;
                 operation(*storage);
@@ -147,9 +147,9 @@ TEST_F(storage_threads_test, each_operation_of_a_storage_waits_for_the_end_of_it
             while (!has_begun)
                 std::this_thread::yield();
             const auto status = other.wait_for(std::chrono::milliseconds(50));
-            is_overtaken = status == std::future_status::ready;
+            has_finished_early = status == std::future_status::ready;
         })));
         other.get();
-        EXPECT_FALSE(is_overtaken);
+        EXPECT_FALSE(has_finished_early);
     }
 }

@@ -14,10 +14,10 @@
 namespace velmoext_1_4_8
 {
 
-typedef std::map<std::wstring, std::wstring> texts_t;
-typedef boost::shared_ptr<message_t> message_ptr;
+typedef std::map<std::wstring, std::wstring> string_map_t;
+typedef boost::shared_ptr<message_t> message_ptr_t;
 
-inline message_ptr make_message(const std::wstring& type,
+inline message_ptr_t make_message(const std::wstring& type,
                                 message_t::severity_t severity = message_t::none)
 {
     auto message = boost::make_shared<message_t>();
@@ -26,15 +26,15 @@ inline message_ptr make_message(const std::wstring& type,
     return message;
 }
 
-inline message_ptr make_message(const message_t::message_content_t& content)
+inline message_ptr_t make_message(const message_t::message_content_t& content)
 {
     auto message = boost::make_shared<message_t>();
     message->set_content(content);
     return message;
 }
 
-inline message_t::message_content_t make_content(texts_t attributes, texts_t args = {},
-                                                 texts_t elements = {})
+inline message_t::message_content_t make_content(string_map_t attributes, string_map_t args = {},
+                                                 string_map_t elements = {})
 {
     message_t::message_content_t content;
     content.attributes = std::move(attributes);
@@ -59,20 +59,20 @@ public:
     explicit recording_handler_t(bool consumes = false) : m_consumes(consumes) {}
 
     using base_handler_t::on_message;
-    bool on_message(boost::shared_ptr<velmo_ex_t> ex, message_ptr msg) override
+    bool on_message(boost::shared_ptr<velmo_ex_t> ex, message_ptr_t msg) override
     {
         m_exs.push_back(ex.get());
         m_messages.push_back(std::move(msg));
         return m_consumes;
     }
 
-    const std::vector<message_ptr>& messages() const { return m_messages; }
+    const std::vector<message_ptr_t>& messages() const { return m_messages; }
     /// The extension objects that delivered. Not owned.
     const std::vector<velmo_ex_t*>& exs() const { return m_exs; }
 
 private:
     bool m_consumes;
-    std::vector<message_ptr> m_messages;
+    std::vector<message_ptr_t> m_messages;
     std::vector<velmo_ex_t*> m_exs;
 };
 
@@ -83,7 +83,7 @@ public:
     explicit owner_handler_t(const boost::weak_ptr<velmo_ex_t>& owned) : m_owned(owned) {}
 
     using base_handler_t::on_message;
-    bool on_message(boost::shared_ptr<velmo_ex_t> ex, message_ptr /*msg*/) override
+    bool on_message(boost::shared_ptr<velmo_ex_t> ex, message_ptr_t /*msg*/) override
     {
         m_results.push_back(ex && !ex.owner_before(m_owned) && !m_owned.owner_before(ex));
         return true;
@@ -105,7 +105,7 @@ inline void say_to(const boost::shared_ptr<velmo_ex_t>& ex, const std::wstring& 
     static_cast<velmo2::IMessenger&>(adapter).say(velmo2::info, text.c_str());
 }
 
-inline void deliver(const boost::shared_ptr<velmo_ex_t>& ex, const message_ptr& message)
+inline void deliver(const boost::shared_ptr<velmo_ex_t>& ex, const message_ptr_t& message)
 {
     say_to(ex, string_message_serializer_t::message_to_xml_string(message));
 }

@@ -11,13 +11,13 @@
 typedef std::function<int(const std::string& call, int descriptor)> faults_t;
 
 /// While in scope, calls faults_t for each call of this program that changes or reads a file.
-class with_faults
+class faults_scope_t
 {
 public:
-    explicit with_faults(faults_t faults);
-    with_faults(const with_faults&) = delete;
-    with_faults& operator=(const with_faults&) = delete;
-    ~with_faults();
+    explicit faults_scope_t(faults_t faults);
+    faults_scope_t(const faults_scope_t&) = delete;
+    faults_scope_t& operator=(const faults_scope_t&) = delete;
+    ~faults_scope_t();
 
 private:
     faults_t m_faults;
@@ -25,21 +25,21 @@ private:
 
 /// While in scope, geteuid() returns another user than the owner of the program's files. The
 /// system's own permission checks do not change.
-class with_other_user
+class other_user_scope_t
 {
 public:
-    with_other_user();
-    with_other_user(const with_other_user&) = delete;
-    with_other_user& operator=(const with_other_user&) = delete;
-    ~with_other_user();
+    other_user_scope_t();
+    other_user_scope_t(const other_user_scope_t&) = delete;
+    other_user_scope_t& operator=(const other_user_scope_t&) = delete;
+    ~other_user_scope_t();
 };
 
 /// While in scope, no call reads or writes more bytes at once.
-class with_short_pieces
+class short_io_scope_t
 {
 public:
-    with_short_pieces(std::size_t read, std::size_t written);
-    with_short_pieces(const with_short_pieces&) = delete;
-    with_short_pieces& operator=(const with_short_pieces&) = delete;
-    ~with_short_pieces();
+    short_io_scope_t(std::size_t read, std::size_t written);
+    short_io_scope_t(const short_io_scope_t&) = delete;
+    short_io_scope_t& operator=(const short_io_scope_t&) = delete;
+    ~short_io_scope_t();
 };

@@ -16,14 +16,14 @@ protected:
         velmo_ex_t::get(velmo_ex_t::generate_id(L"testing_test."), L"");
 };
 
-message_ptr make_large(message_t::severity_t severity = message_t::warning)
+message_ptr_t make_large(message_t::severity_t severity = message_t::warning)
 {
-    const message_ptr message = make_message(L"file_large", severity);
+    const message_ptr_t message = make_message(L"file_large", severity);
     message->set_content(make_content({{L"tool", L"audit"}}, {{L"path", L"/a"}}));
     return message;
 }
 
-bool matches(const message_ptr& message)
+bool matches(const message_ptr_t& message)
 {
     return testing::Matches(is_message(L"file_large", message_t::warning, {{L"path", L"/a"}}))(
         message);
@@ -65,7 +65,7 @@ TEST_F(testing_test, a_message_matches_by_type_severity_and_arguments)
     EXPECT_FALSE(matches(make_large(message_t::error)));
     EXPECT_FALSE(matches(make_message(L"file_large", message_t::warning))) << "no argument";
     EXPECT_FALSE(matches(nullptr));
-    const message_ptr other = make_large();
+    const message_ptr_t other = make_large();
     other->set_type(L"file_small");
     EXPECT_FALSE(matches(other));
 }
@@ -76,5 +76,5 @@ TEST_F(testing_test, messages_are_printed_whole)
               "type L\"file_large\", severity 2, flags 0, attributes { (L\"tool\", L\"audit\") }, "
               "args { (L\"path\", L\"/a\") }, elements {}");
     EXPECT_EQ(testing::PrintToString(make_large()), testing::PrintToString(*make_large()));
-    EXPECT_EQ(testing::PrintToString(message_ptr()), "no message");
+    EXPECT_EQ(testing::PrintToString(message_ptr_t()), "no message");
 }

@@ -24,33 +24,33 @@ class exclusive_handler_t : public base_handler_t
 {
 public:
     using base_handler_t::on_message;
-    bool on_message(boost::shared_ptr<velmo_ex_t> ex, message_ptr msg) override
+    bool on_message(boost::shared_ptr<velmo_ex_t> ex, message_ptr_t msg) override
     {
-        EXPECT_EQ(++m_inside, 1);
+        EXPECT_EQ(++m_active_calls, 1);
         EXPECT_TRUE(ex);
         EXPECT_TRUE(msg);
         ++m_seen;
-        --m_inside;
+        --m_active_calls;
         return false;
     }
 
     int seen() const { return m_seen; }
 
 private:
-    std::atomic<int> m_inside{0};
+    std::atomic<int> m_active_calls{0};
     int m_seen = 0; ///< guarded by the extension object that delivers
 };
 
 } // namespace
 
-TEST(threads_test, objects_of_few_ids_are_made_used_and_released_by_all_threads)
+TEST(threads_test, all_threads_may_create_use_and_release_objects_of_few_ids)
 {
     const std::wstring base = velmo_ex_t::generate_id(L"threads_test.");
     const auto end = std::chrono::steady_clock::now() + duration;
     std::atomic<long> delivered{0};
     run_threads(thread_count, [&](int thread) {
         std::minstd_rand random(static_cast<unsigned>(thread) + 1);
-        const message_ptr message = make_message(L"t", message_t::info);
+        const message_ptr_t message = make_message(L"t", message_t::info);
         while (std::chrono::steady_clock::now() < end) {
             const std::wstring id = base + std::to_wstring(random() % 4);
             const boost::shared_ptr<velmo_ex_t> ex = velmo_ex_t::get(id, L"p");
@@ -66,7 +66,7 @@ TEST(threads_test, objects_of_few_ids_are_made_used_and_released_by_all_threads)
     });
     EXPECT_GT(delivered.load(), thread_count);
     for (int i = 0; i < 4; ++i)
-        EXPECT_TRUE(velmo_ex_t::get(base + std::to_wstring(i), L"")) << "an entry was left behind";
+        EXPECT_TRUE(velmo_ex_t::get(base + std::to_wstring(i), L"")) << "an entry remains";
 }
 
 TEST(threads_test, ids_that_all_threads_generate_at_once_are_different)
@@ -78,8 +78,8 @@ TEST(threads_test, ids_that_all_threads_generate_at_once_are_different)
             ids[static_cast<std::size_t>(thread)].push_back(velmo_ex_t::generate_id(L"job"));
     });
     std::set<std::wstring> different;
-    for (const auto& of_one : ids)
-        different.insert(of_one.begin(), of_one.end());
+    for (const auto& thread_ids : ids)
+        different.insert(thread_ids.begin(), thread_ids.end());
     EXPECT_EQ(different.size(), thread_count * ids_of_each);
 }
 
@@ -96,7 +96,7 @@ TEST(threads_test, one_object_sees_the_messages_of_all_threads_one_at_a_time)
     EXPECT_EQ(handler->seen(), thread_count * messages);
 }
 
-TEST(threads_test, a_handler_that_releases_objects_while_others_die_blocks_nobody)
+TEST(threads_test, a_handler_that_releases_objects_during_other_destructions_does_not_deadlock)
 {
     struct owning_handler_t : base_handler_t
     {
@@ -121,7 +121,7 @@ TEST(threads_test, the_first_use_in_a_process_may_come_from_all_threads_at_once)
 {
     testing::FLAGS_gtest_death_test_style = "threadsafe";
     const auto use = [] {
-        const message_ptr message = make_message(L"t");
+        const message_ptr_t message = make_message(L"t");
         run_threads(thread_count, [&](int) {
             string_message_serializer_t::xml_string_to_message(
                 string_message_serializer_t::message_to_xml_string(message));
@@ -133,7 +133,7 @@ TEST(threads_test, the_first_use_in_a_process_may_come_from_all_threads_at_once)
 
 TEST(threads_test, one_message_is_encoded_by_all_threads_at_once)
 {
-    const message_ptr message = make_message(make_content({{L"tool", L"x"}}, {{L"\xE9", L"&"}}));
+    const message_ptr_t message = make_message(make_content({{L"tool", L"x"}}, {{L"\xE9", L"&"}}));
     const std::wstring text = string_message_serializer_t::message_to_xml_string(message);
     run_threads(thread_count, [&](int) {
         for (int i = 0; i < 500; ++i) {

@@ -49,7 +49,7 @@ protected:
         static_cast<velmo2::IMessenger&>(adapter).say(severity, text.c_str());
     }
 
-    static message_ptr make_full_message()
+    static message_ptr_t make_full_message()
     {
         const auto message = make_message(
             make_content({{L"tool", L"audit"}}, {{L"path", L"a <b> & c"}}, {{L"note", L"\x4E00"}}));
@@ -71,10 +71,10 @@ TEST_F(velmo_adapter_test, a_message_arrives_over_the_channel_as_it_was_sent)
     host_messenger_t host(&m_receiver);
     velmo_adapter_t sender;
     sender.set_output_velmo(&host);
-    const message_ptr sent = make_full_message();
+    const message_ptr_t sent = make_full_message();
     sender.send_to_velmo(sent);
     ASSERT_EQ(m_handler->messages().size(), 1U);
-    const message_ptr arrived = m_handler->messages().front();
+    const message_ptr_t arrived = m_handler->messages().front();
     EXPECT_TRUE(arrived->equal_to(sent));
     EXPECT_EQ(arrived->get_content().args, sent->get_content().args);
     EXPECT_EQ(arrived->get_content().attributes, sent->get_content().attributes);
@@ -98,11 +98,11 @@ TEST_F(velmo_adapter_test, the_hosts_severity_has_no_effect)
     for (const auto severity : {velmo2::debug, velmo2::info, velmo2::warning, velmo2::error})
         say(m_receiver, text, severity);
     ASSERT_EQ(m_handler->messages().size(), 4U);
-    for (const message_ptr& message : m_handler->messages())
+    for (const message_ptr_t& message : m_handler->messages())
         EXPECT_EQ(message->get_severity(), message_t::critical);
 }
 
-TEST_F(velmo_adapter_test, every_text_goes_out_with_the_hosts_severity_one)
+TEST_F(velmo_adapter_test, every_text_is_sent_with_the_hosts_severity_info)
 {
     host_messenger_t host;
     velmo_adapter_t sender;
@@ -121,25 +121,25 @@ TEST_F(velmo_adapter_test, without_an_extension_object_no_text_does_anything)
     EXPECT_TRUE(m_handler->messages().empty());
 }
 
-TEST_F(velmo_adapter_test, a_text_that_holds_no_message_arrives_as_null)
+TEST_F(velmo_adapter_test, a_text_without_a_message_arrives_as_null)
 {
     for (const wchar_t* text : {L"plain text", L"", L"<log><msg><type>t</type></msg></log>"})
         say(m_receiver, text);
-    EXPECT_EQ(m_handler->messages(), std::vector<message_ptr>(3));
+    EXPECT_EQ(m_handler->messages(), std::vector<message_ptr_t>(3));
 }
 
-TEST_F(velmo_adapter_test, what_is_encoded_is_what_is_sent)
+TEST_F(velmo_adapter_test, the_encoded_text_is_the_text_that_is_sent)
 {
     host_messenger_t host;
     velmo_adapter_t sender;
     sender.set_output_velmo(&host);
-    const message_ptr message = make_full_message();
+    const message_ptr_t message = make_full_message();
     sender.send_to_velmo(message);
     EXPECT_EQ(host.texts(), std::vector<std::wstring>{sender.encode_to_velmo(message)});
     EXPECT_EQ(host.texts().front(), string_message_serializer_t::message_to_xml_string(message));
 }
 
-TEST_F(velmo_adapter_test, encoding_says_and_delivers_nothing)
+TEST_F(velmo_adapter_test, encoding_sends_and_delivers_nothing)
 {
     host_messenger_t host;
     m_receiver.set_output_velmo(&host);
@@ -158,7 +158,7 @@ TEST_F(velmo_adapter_test, a_copy_delivers_into_the_same_extension_object)
     EXPECT_EQ(m_handler->messages().size(), 2U);
 }
 
-TEST_F(velmo_adapter_test, a_copy_says_to_the_same_host_messenger)
+TEST_F(velmo_adapter_test, a_copy_sends_to_the_same_host_messenger)
 {
     host_messenger_t host;
     m_receiver.set_output_velmo(&host);
@@ -183,7 +183,7 @@ TEST_F(velmo_adapter_test, sending_does_not_deliver_to_the_own_extension_object)
     EXPECT_TRUE(m_handler->messages().empty());
 }
 
-TEST_F(velmo_adapter_test, delivering_says_nothing_to_the_host)
+TEST_F(velmo_adapter_test, delivering_sends_nothing_to_the_host)
 {
     host_messenger_t host;
     m_receiver.set_output_velmo(&host);
@@ -191,7 +191,7 @@ TEST_F(velmo_adapter_test, delivering_says_nothing_to_the_host)
     EXPECT_TRUE(host.texts().empty());
 }
 
-TEST_F(velmo_adapter_test, holds_its_extension_object_until_it_gets_another)
+TEST_F(velmo_adapter_test, owns_its_extension_object_until_it_gets_another)
 {
     boost::weak_ptr<velmo_ex_t> watched = m_ex;
     m_ex.reset();
@@ -212,13 +212,13 @@ TEST_F(velmo_adapter_test, takes_null_for_a_host_messenger)
     EXPECT_TRUE(host.texts().empty());
 }
 
-TEST_F(velmo_adapter_test, a_handler_may_switch_the_delivery_off_and_be_the_last_to_let_go)
+TEST_F(velmo_adapter_test, a_handler_may_reset_the_output_and_so_release_the_extension_object)
 {
     struct closing_handler_t : base_handler_t
     {
         explicit closing_handler_t(velmo_adapter_t& adapter) : m_adapter(adapter) {}
         using base_handler_t::on_message;
-        bool on_message(boost::shared_ptr<velmo_ex_t> ex, message_ptr /*msg*/) override
+        bool on_message(boost::shared_ptr<velmo_ex_t> ex, message_ptr_t /*msg*/) override
         {
             m_adapter.set_output_velmoext(boost::shared_ptr<velmo_ex_t>());
             return !ex;
@@ -233,12 +233,12 @@ TEST_F(velmo_adapter_test, a_handler_may_switch_the_delivery_off_and_be_the_last
     EXPECT_TRUE(watched.expired());
 }
 
-TEST_F(velmo_adapter_test, what_a_handler_throws_passes_out_and_the_next_message_arrives)
+TEST_F(velmo_adapter_test, an_exception_of_a_handler_propagates_and_the_next_message_arrives)
 {
     struct throwing_handler_t : base_handler_t
     {
         using base_handler_t::on_message;
-        bool on_message(boost::shared_ptr<velmo_ex_t> /*ex*/, message_ptr /*msg*/) override
+        bool on_message(boost::shared_ptr<velmo_ex_t> /*ex*/, message_ptr_t /*msg*/) override
         {
             throw 1;
         }
@@ -250,7 +250,7 @@ TEST_F(velmo_adapter_test, what_a_handler_throws_passes_out_and_the_next_message
     EXPECT_EQ(m_handler->messages().size(), 1U);
 }
 
-TEST_F(velmo_adapter_test, what_the_host_throws_passes_out_to_the_sender)
+TEST_F(velmo_adapter_test, an_exception_of_the_host_propagates_to_the_sender)
 {
     struct throwing_host_t : velmo2::IMessenger
     {

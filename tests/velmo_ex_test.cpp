@@ -20,13 +20,13 @@ typedef boost::shared_ptr<velmo_ex_t> ex_ptr;
 
 // Runs a step in its destructor. On the stack of an object that is being destroyed, the registry
 // still has the object's entry then, which has expired.
-class last_words_t : public base_handler_t
+class destruction_handler_t : public base_handler_t
 {
 public:
-    explicit last_words_t(std::function<void()> step) : m_step(std::move(step)) {}
-    last_words_t(const last_words_t&) = delete;
-    last_words_t& operator=(const last_words_t&) = delete;
-    ~last_words_t() override { m_step(); }
+    explicit destruction_handler_t(std::function<void()> step) : m_step(std::move(step)) {}
+    destruction_handler_t(const destruction_handler_t&) = delete;
+    destruction_handler_t& operator=(const destruction_handler_t&) = delete;
+    ~destruction_handler_t() override { m_step(); }
 
 private:
     std::function<void()> m_step;
@@ -37,9 +37,9 @@ ex_ptr make_ex(const std::wstring& prefix = L"")
     return velmo_ex_t::get(velmo_ex_t::generate_id(L"velmo_ex_test."), prefix);
 }
 
-void run_when_dying(const ex_ptr& ex, std::function<void()> step)
+void run_on_destruction(const ex_ptr& ex, std::function<void()> step)
 {
-    ex->push_handler(boost::make_shared<last_words_t>(std::move(step)));
+    ex->push_handler(boost::make_shared<destruction_handler_t>(std::move(step)));
 }
 
 long generate_number()
@@ -57,7 +57,7 @@ TEST(velmo_ex_test, the_same_id_gives_the_same_object_with_its_first_prefix)
     EXPECT_EQ(first->get_prefix(), L"p1");
 }
 
-TEST(velmo_ex_test, an_id_is_free_again_when_its_object_is_gone)
+TEST(velmo_ex_test, an_id_is_free_again_when_its_object_is_destroyed)
 {
     const std::wstring id = velmo_ex_t::generate_id(L"a");
     ex_ptr ex = velmo_ex_t::get(id, L"p1");
@@ -96,7 +96,7 @@ TEST(velmo_ex_test, the_prefix_can_be_replaced)
     EXPECT_EQ(ex->get_prefix(), L"after");
 }
 
-TEST(velmo_ex_test, an_object_gives_out_shared_pointers_to_itself)
+TEST(velmo_ex_test, an_object_returns_shared_pointers_to_itself)
 {
     const ex_ptr ex = make_ex();
     EXPECT_EQ(ex->shared_from_this(), ex);
@@ -111,65 +111,65 @@ TEST(velmo_ex_test, objects_come_only_from_get)
     EXPECT_FALSE(std::is_copy_assignable<velmo_ex_t>::value);
 }
 
-TEST(velmo_ex_test, an_object_that_is_dying_is_answered_as_null)
+TEST(velmo_ex_test, get_returns_null_while_the_object_is_being_destroyed)
 {
     const std::wstring id = velmo_ex_t::generate_id(L"a");
     ex_ptr ex = velmo_ex_t::get(id, L"");
     ex_ptr found = make_ex();
-    run_when_dying(ex, [&] { found = velmo_ex_t::get(id, L"p"); });
+    run_on_destruction(ex, [&] { found = velmo_ex_t::get(id, L"p"); });
     ex.reset();
     EXPECT_FALSE(found);
 }
 
-TEST(velmo_ex_test, an_object_that_is_dying_has_no_shared_pointer_to_itself)
+TEST(velmo_ex_test, an_object_that_is_being_destroyed_has_no_shared_pointer_to_itself)
 {
     ex_ptr ex = make_ex();
-    velmo_ex_t* const dying = ex.get();
-    bool thrown = false;
-    run_when_dying(ex, [&] {
+    velmo_ex_t* const destroyed = ex.get();
+    bool has_thrown = false;
+    run_on_destruction(ex, [&] {
         try {
-            dying->shared_from_this();
+            destroyed->shared_from_this();
         } catch (const boost::bad_weak_ptr&) {
-            thrown = true;
+            has_thrown = true;
         }
     });
     ex.reset();
-    EXPECT_TRUE(thrown);
+    EXPECT_TRUE(has_thrown);
 }
 
-TEST(velmo_ex_test, the_death_of_one_object_frees_the_ids_of_others_that_are_dying)
+TEST(velmo_ex_test, the_destruction_of_one_object_frees_the_ids_of_others_being_destroyed)
 {
     const std::wstring id = velmo_ex_t::generate_id(L"a");
-    ex_ptr dying = velmo_ex_t::get(id, L"old");
+    ex_ptr destroyed = velmo_ex_t::get(id, L"old");
     ex_ptr other = make_ex();
     ex_ptr successor;
-    run_when_dying(dying, [&] {
+    run_on_destruction(destroyed, [&] {
         other.reset();
         successor = velmo_ex_t::get(id, L"new");
     });
-    dying.reset();
+    destroyed.reset();
     ASSERT_TRUE(successor);
     EXPECT_EQ(successor->get_prefix(), L"new");
-    EXPECT_EQ(velmo_ex_t::get(id, L""), successor) << "the former object took the entry with it";
+    EXPECT_EQ(velmo_ex_t::get(id, L""), successor) << "the former object removed the entry";
 }
 
-TEST(velmo_ex_test, a_dying_object_lets_go_of_its_handlers_from_the_first_pushed_on)
+TEST(velmo_ex_test, an_object_being_destroyed_releases_its_handlers_in_the_order_of_their_push)
 {
     std::wstring order;
     ex_ptr ex = make_ex();
     for (const wchar_t name : {L'a', L'b', L'c'})
-        run_when_dying(ex, [&order, name] { order += name; });
+        run_on_destruction(ex, [&order, name] { order += name; });
     ex.reset();
     EXPECT_EQ(order, L"abc");
 }
 
-TEST(velmo_ex_test, an_object_whose_last_owner_is_a_handler_of_another_dies_with_it)
+TEST(velmo_ex_test, an_object_owned_only_by_a_handler_of_another_is_destroyed_with_it)
 {
     const std::wstring id = velmo_ex_t::generate_id(L"inner");
     ex_ptr inner = velmo_ex_t::get(id, L"");
     boost::weak_ptr<velmo_ex_t> watched = inner;
     ex_ptr outer = make_ex();
-    run_when_dying(outer, [inner] {});
+    run_on_destruction(outer, [inner] {});
     inner.reset();
     EXPECT_FALSE(watched.expired());
     outer.reset();
@@ -205,12 +205,12 @@ TEST(velmo_ex_test, an_id_that_is_in_use_is_not_generated)
     EXPECT_EQ(generate_number(), number + 3);
 }
 
-TEST(velmo_ex_test, the_id_of_a_dying_object_is_not_generated)
+TEST(velmo_ex_test, the_id_of_an_object_being_destroyed_is_not_generated)
 {
     const long number = generate_number();
     ex_ptr ex = velmo_ex_t::get(L"job" + std::to_wstring(number + 1), L"");
     std::wstring generated;
-    run_when_dying(ex, [&] { generated = velmo_ex_t::generate_id(L"job"); });
+    run_on_destruction(ex, [&] { generated = velmo_ex_t::generate_id(L"job"); });
     ex.reset();
     EXPECT_EQ(generated, L"job" + std::to_wstring(number + 2));
 }
@@ -221,7 +221,7 @@ TEST(velmo_ex_test, generating_an_id_does_not_reserve_it)
     EXPECT_EQ(velmo_ex_t::get(id, L"mine")->get_prefix(), L"mine");
 }
 
-TEST(velmo_ex_test, a_number_is_plain_digits_whatever_the_global_locale)
+TEST(velmo_ex_test, a_number_is_plain_digits_in_any_global_locale)
 {
     struct grouping_t : std::numpunct<wchar_t>
     {
@@ -238,7 +238,7 @@ TEST(velmo_ex_test, a_number_is_plain_digits_whatever_the_global_locale)
         << testing::PrintToString(id);
 }
 
-TEST(velmo_ex_test, many_objects_die_without_a_walk_through_all_others)
+TEST(velmo_ex_test, the_destruction_of_many_objects_takes_linear_time)
 {
     const std::clock_t before = std::clock();
     std::vector<ex_ptr> exs;

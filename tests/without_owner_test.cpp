@@ -118,7 +118,7 @@ TEST_F(without_owner_test, a_replay_into_an_object_without_an_owner_throws)
     EXPECT_EQ(types_in(), L"a;b;");
 }
 
-TEST_F(without_owner_test, a_text_that_is_said_to_an_object_without_an_owner_throws)
+TEST_F(without_owner_test, a_text_sent_to_an_object_without_an_owner_throws)
 {
     run_without_owner([&](const boost::shared_ptr<velmo_ex_t>& borrowed) {
         EXPECT_THROW(say_to(borrowed, L"<msg><type>t</type></msg>"), boost::bad_weak_ptr);

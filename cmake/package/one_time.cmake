@@ -1,4 +1,4 @@
-# CPack reads this before it packs. All files get the same time, so that the same sources always
+# CPack reads this before it creates the packages. All files get the same time, so that the same sources always
 # give the same bytes.
 execute_process(
   COMMAND find ${CPACK_TEMPORARY_INSTALL_DIRECTORY}

@@ -16,9 +16,9 @@ namespace audit
 namespace
 {
 
-// Two would do: a directory that may be listed but not searched has no way back up through "..",
+// Two are enough: a directory that may be listed but not searched has no way back up through "..",
 // nor is there a way down from it.
-const std::size_t most_descriptors = 32;
+const std::size_t max_descriptors = 32;
 
 const int opening_flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
 
@@ -74,8 +74,8 @@ std::error_code directory_chain_t::enter(const std::string& name)
         return error;
     m_levels.push_back(std::move(child));
     // The topmost directory stays open, since it cannot be opened again through its parent.
-    if (m_levels.size() > most_descriptors)
-        m_levels[m_levels.size() - most_descriptors].directory = descriptor_t();
+    if (m_levels.size() > max_descriptors)
+        m_levels[m_levels.size() - max_descriptors].directory = descriptor_t();
     return std::error_code();
 }
 

@@ -83,9 +83,9 @@ void entry_auditor_t::audit_access(const entry_t& entry)
     if ((entry.status.st_mode & S_IWOTH) == 0)
         return;
     // A user that writes into such a file runs code as its owner or group.
-    const bool lends_rights = (entry.status.st_mode & (S_ISUID | S_ISGID)) != 0;
-    m_reporter.find(lends_rights ? message_t::critical : message_t::error, L"file_world_writable",
-                    {{L"path", entry.path}, {L"mode", mode_text(entry)}});
+    const bool is_setuid_or_setgid = (entry.status.st_mode & (S_ISUID | S_ISGID)) != 0;
+    m_reporter.find(is_setuid_or_setgid ? message_t::critical : message_t::error,
+                    L"file_world_writable", {{L"path", entry.path}, {L"mode", mode_text(entry)}});
 }
 
 void entry_auditor_t::audit_size(const entry_t& entry)

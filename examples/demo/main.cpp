@@ -1,6 +1,7 @@
 #include "catalogs.h"
 #include "channel.h"
 #include "consumer.h"
+#include "counting_handler.h"
 #include "interrupt.h"
 #include "library_names.h"
 #include "locations.h"
@@ -12,7 +13,6 @@
 #include "quoted.h"
 #include "readable_line.h"
 #include "reporter.h"
-#include "tally.h"
 #include "terminal_progress.h"
 #include "tree_walker.h"
 
@@ -46,19 +46,19 @@ enum exit_code_t
 };
 
 const char unrecordable[] =
-    " cannot be recorded into: it is no regular file that can be written, or somebody else records "
-    "into it, or what it holds cannot be carried over";
-const char unreadable[] = " cannot be replayed: it is no regular file that can be read";
-const char without_message[] = " cannot be replayed: no message is in it";
+    " cannot be recorded into: it is not a writable regular file, or another process records into "
+    "it, or its contents cannot be carried over";
+const char unreadable[] = " cannot be replayed: it is not a readable regular file";
+const char without_message[] = " cannot be replayed: it contains no message";
 
-void complain(const std::string& text)
+void print_error(const std::string& text)
 {
     std::fprintf(stderr, "audit: %s\n", text.c_str());
 }
 
-int refuse(const std::string& path, const std::string& why)
+int reject_path(const std::string& path, const std::string& reason)
 {
-    complain(quoted(path) + why);
+    print_error(quoted(path) + reason);
     return unusable_path;
 }
 
@@ -67,7 +67,7 @@ int finish(output_t& output, exit_code_t code)
     output.flush();
     if (!output.error())
         return code;
-    complain("standard output cannot be written: " + output.error().message());
+    print_error("standard output cannot be written: " + output.error().message());
     return unwritable_output;
 }
 
@@ -103,7 +103,7 @@ public:
 private:
     void choose_language();
     void show(const std::string& line);
-    int end(exit_code_t code, std::uint64_t messages, const char* deed);
+    int end(exit_code_t code, std::uint64_t messages, const char* outcome);
 
     const options_t& m_options;
     const bool m_is_watched;
@@ -139,7 +139,7 @@ int host_t::walk()
     watch_for_interrupt();
     recording_t recording;
     if (m_options.log && !recording.start(*m_options.log, *m_consumer.ex()))
-        return refuse(*m_options.log, unrecordable);
+        return reject_path(*m_options.log, unrecordable);
 
     channel_t channel(m_consumer.messenger());
     velmoext::velmo_adapter_t outbound;
@@ -148,7 +148,7 @@ int host_t::walk()
     progress_reporter_t progress(m_consumer.ex(), m_consumer.progress_handler(), m_progress);
     tree_walker_t walker(reporter, progress, m_options.large);
     if (const std::error_code error = walker.walk(m_options.directory))
-        return refuse(m_options.directory, " cannot be read: " + error.message());
+        return reject_path(m_options.directory, " cannot be read: " + error.message());
     // Before the last output, which can block for long.
     recording.stop();
     return end(walker.is_complete() ? complete : interrupted, channel.count(),
@@ -159,13 +159,13 @@ int host_t::replay()
 {
     const auto log = open_log(m_options.replayed_log);
     if (!log->start_reading())
-        return refuse(m_options.replayed_log, unreadable);
-    const auto tally = boost::make_shared<tally_t>();
-    m_consumer.ex()->push_handler(tally);
+        return reject_path(m_options.replayed_log, unreadable);
+    const auto counter = boost::make_shared<counting_handler_t>();
+    m_consumer.ex()->push_handler(counter);
     // A replay also succeeds for some texts that are not logs, but delivers nothing.
-    if (!log->replay(m_consumer.ex()) || tally->count() == 0)
-        return refuse(m_options.replayed_log, without_message);
-    return end(complete, tally->count(), "were replayed");
+    if (!log->replay(m_consumer.ex()) || counter->count() == 0)
+        return reject_path(m_options.replayed_log, without_message);
+    return end(complete, counter->count(), "were replayed");
 }
 
 void host_t::show(const std::string& line)
@@ -175,14 +175,14 @@ void host_t::show(const std::string& line)
     m_output.write(line + '\n');
 }
 
-int host_t::end(exit_code_t code, std::uint64_t messages, const char* deed)
+int host_t::end(exit_code_t code, std::uint64_t messages, const char* outcome)
 {
     m_progress->hide();
-    const int answer = finish(m_output, code);
+    const int result = finish(m_output, code);
     if (m_is_watched)
         std::fprintf(stderr, "audit: %" PRIu64 " messages %s, %" PRIu64 " were shown\n", messages,
-                     deed, m_lines);
-    return answer;
+                     outcome, m_lines);
+    return result;
 }
 
 int run(const options_t& options)
@@ -204,12 +204,12 @@ int run(const options_t& options)
 
 int main(int argc, char** argv)
 {
-    // A reader that went away is an error like any other of standard output.
+    // A closed pipe is reported like any other error of standard output.
     std::signal(SIGPIPE, SIG_IGN);
     try {
         return audit::run(audit::parse_options({argv + std::min(argc, 1), argv + argc}));
     } catch (const audit::usage_error_t& error) {
-        audit::complain(error.what() + std::string("; see audit --help"));
+        audit::print_error(error.what() + std::string("; see audit --help"));
         return audit::wrong_usage;
     }
 }

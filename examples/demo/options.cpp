@@ -68,7 +68,7 @@ public:
 
     options_t parse()
     {
-        while (m_next != m_end && !is_answered())
+        while (m_next != m_end && !is_help_or_version())
             read(*m_next++);
         if (m_options.action == options_t::replay)
             check_replay();
@@ -76,7 +76,7 @@ public:
     }
 
 private:
-    bool is_answered() const
+    bool is_help_or_version() const
     {
         return m_options.action == options_t::help || m_options.action == options_t::version;
     }
@@ -177,31 +177,31 @@ std::string usage_text()
            "Walks the directory tree DIR (by default " +
            options_t().directory +
            ") and prints a line for\n"
-           "each thing that is not as it should be.\n"
+           "each finding.\n"
            "\n"
            "  --severity LEVEL  the least severity that is shown: info, warning (the default),\n"
            "                    error or critical; info shows every file\n"
-           "  --large BYTES     report files of BYTES and more, with K, M or G behind the number\n"
+           "  --large BYTES     report files of BYTES and more, with K, M or G after the number\n"
            "                    for the powers of 1024 (by default 100M)\n"
-           "  --log FILE        record what is found into the log FILE, shown or not, behind what\n"
-           "                    earlier walks left there; a FILE that is no log is overwritten\n"
-           "  --replay FILE     walk nothing, and print what the log FILE holds\n"
-           "  --lang LANG       show the texts in that language, as in de or en_GB, whatever the\n"
-           "                    environment asks for (LC_ALL, LC_MESSAGES, LANG)\n"
+           "  --log FILE        record all findings into the log FILE, shown or not, after the\n"
+           "                    findings of earlier walks; any other FILE is overwritten\n"
+           "  --replay FILE     walk nothing, and print the messages of the log FILE\n"
+           "  --lang LANG       show the texts in that language, as in de or en_GB, instead of\n"
+           "                    that of the environment (LC_ALL, LC_MESSAGES, LANG)\n"
            "  --plain           show the messages as they are, without texts\n"
-           "  --progress        show how far the walk is, and figures at its end, also where\n"
-           "                    standard error is no terminal\n"
+           "  --progress        show how far the walk is, and counts at its end, even if\n"
+           "                    standard error is not a terminal\n"
            "  --help            print this text\n"
            "  --version         print the version\n"
-           "  --                end the options: what follows is DIR\n"
+           "  --                end the options: the next argument is DIR\n"
            "\n"
-           "A line has the severity, the title and the text of one message, in English where\n"
-           "there are no texts in the language. With --plain, and where a message has no text,\n"
+           "A line has the severity, the title and the text of one message, in English if\n"
+           "there are no texts in the language. With --plain, and if a message has no text,\n"
            "it has the severity, the type, the source and the named values.\n"
            "In paths, \\xHH stands for a byte that cannot be shown, and \\\\ for a backslash.\n"
            "\n"
-           "A log gives back plain ASCII as it was. A value with &, <, >, \" or a character\n"
-           "beyond ASCII comes back changed or in pieces.\n"
+           "A replay shows plain ASCII unchanged. A value with &, <, >, \" or a character\n"
+           "beyond ASCII is shown changed or in parts.\n"
            "\n"
            "Exit status: 0 the walk or the replay is complete, 1 wrong usage, 2 DIR cannot\n"
            "be read or FILE cannot be recorded into or replayed, 3 standard output cannot be "

@@ -28,8 +28,8 @@ private:
     std::size_t write_some(std::size_t begin);
 
     const int m_descriptor;
-    const std::size_t m_gathered_at_most;
-    std::string m_gathered;
+    const std::size_t m_max_buffered;
+    std::string m_buffer;
     std::error_code m_error;
 };
 

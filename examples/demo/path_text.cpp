@@ -15,13 +15,13 @@ namespace
 {
 
 /// The bytes of one character, and its UTF-16 form, which is empty if it is not readable.
-struct piece_t
+struct character_t
 {
     std::string_view bytes;
     std::wstring text;
 };
 
-std::size_t announced_length(char lead)
+std::size_t sequence_length(char lead)
 {
     const auto value = static_cast<unsigned char>(lead);
     if (value < 0xC2)
@@ -39,9 +39,9 @@ bool is_readable(const std::wstring& character)
 }
 
 // A character is UTF-8 only if a conversion to UTF-16 and back leaves it unchanged.
-piece_t next_piece(std::string_view rest)
+character_t next_character(std::string_view rest)
 {
-    const std::string bytes(rest.substr(0, announced_length(rest.front())));
+    const std::string bytes(rest.substr(0, sequence_length(rest.front())));
     std::wstring text = rova::strings::utf8_to_utf16(bytes);
     if (rova::strings::utf16_to_utf8(text) != bytes)
         return {rest.substr(0, 1), std::wstring()};
@@ -50,14 +50,14 @@ piece_t next_piece(std::string_view rest)
     return {rest.substr(0, bytes.size()), text};
 }
 
-void append(std::wstring& text, const piece_t& piece)
+void append(std::wstring& text, const character_t& character)
 {
-    if (piece.text.empty())
-        text += rova::strings::utf8_to_utf16(escape(piece.bytes));
-    else if (piece.text == L"\\")
+    if (character.text.empty())
+        text += rova::strings::utf8_to_utf16(escape(character.bytes));
+    else if (character.text == L"\\")
         text += L"\\\\";
     else
-        text += piece.text;
+        text += character.text;
 }
 
 bool is_plain(char byte)
@@ -77,9 +77,9 @@ std::wstring path_text(const std::string& path)
         rest.remove_prefix(static_cast<std::size_t>(plain_end - rest.begin()));
         if (rest.empty())
             break;
-        const piece_t piece = next_piece(rest);
-        append(text, piece);
-        rest.remove_prefix(piece.bytes.size());
+        const character_t character = next_character(rest);
+        append(text, character);
+        rest.remove_prefix(character.bytes.size());
     }
     return text;
 }
@@ -90,10 +90,10 @@ bool is_printable(const std::string& name)
     if (std::all_of(rest.begin(), rest.end(), is_plain))
         return true;
     while (!rest.empty()) {
-        const piece_t piece = next_piece(rest);
-        if (piece.text.empty())
+        const character_t character = next_character(rest);
+        if (character.text.empty())
             return false;
-        rest.remove_prefix(piece.bytes.size());
+        rest.remove_prefix(character.bytes.size());
     }
     return true;
 }

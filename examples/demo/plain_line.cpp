@@ -12,7 +12,7 @@ namespace
 using velmoext::message_t;
 
 // Escapes quotation marks, so that a value cannot end its own.
-std::string without_quotes(const std::wstring& text)
+std::string escape_quotes(const std::wstring& text)
 {
     std::string shown;
     for (const char letter : terminal_text(text))
@@ -22,7 +22,7 @@ std::string without_quotes(const std::wstring& text)
 
 std::string field(const std::wstring& text)
 {
-    const std::string shown = without_quotes(text);
+    const std::string shown = escape_quotes(text);
     const bool is_plain = !shown.empty() && shown.find_first_of(" =") == std::string::npos;
     return is_plain ? shown : '"' + shown + '"';
 }

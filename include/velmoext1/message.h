@@ -87,7 +87,7 @@ public:
     bool empty() const;
 
 private:
-    friend struct message_access;
+    friend struct message_access_t;
 
     std::wstring m_type;
     severity_t m_severity = none;

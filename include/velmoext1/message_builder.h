@@ -16,16 +16,12 @@
 namespace velmoext_1_4_8
 {
 
-/// Builds messages. Each operation but build() sets one part and returns the builder:
+/// Builds messages. Each operation but build() sets one part and returns the builder. Throws
+/// std::bad_alloc only. Not synchronized: a builder is used by one thread at a time.
 ///
-///     const auto message = message_builder_t(L"file_large")
-///                              .severity(message_t::warning)
-///                              .source(L"audit")
-///                              .arg(L"path", path)
-///                              .arg(L"size", 4096)
-///                              .build();
-///
-/// Throws std::bad_alloc only. Not synchronized: a builder is used by one thread at a time.
+///     message_builder_t message(L"file_large");
+///     message.severity(message_t::warning).source(L"audit").arg(L"path", path).arg(L"size", 4096);
+///     adapter.send_to_velmo(message.build());
 class message_builder_t
 {
 public:
@@ -50,9 +46,8 @@ public:
         return *this;
     }
 
-    /// Sets a named argument. The channel carries any text, a log does not: after a replay a text
-    /// with markup or beyond ASCII, such as the file name "Tom & Jerry", is only a part of what it
-    /// was. docs/fidelity.md has the details.
+    /// Sets a named argument. The channel carries any text. A log can lose parts of a text with
+    /// markup or beyond ASCII, such as "Tom & Jerry": docs/fidelity.md has the details.
     message_builder_t& arg(const std::wstring& name, const std::wstring& value)
     {
         m_content.args[name] = value;

@@ -54,11 +54,10 @@ public:
     /// recorded in part or not at all; the rest of this recording can be lost with it.
     bool on_message(boost::shared_ptr<velmo_ex_t> ex, boost::shared_ptr<message_t> msg) override;
 
-    /// Begins a log, and carries over into it the messages of the log that is there. If these are
-    /// in the form in which they would be written, they stay in the file. Otherwise a copy of
-    /// the log is beside it meanwhile, under its name followed by ".tmp" or, if that is too long,
-    /// under a shorter one. If a previous process was killed and left a copy, that is carried over,
-    /// provided that the log has no other messages. docs/log_format.md has the details.
+    /// Starts a recording, and carries over the messages of an existing log. They stay in the file
+    /// if writing them would not change them. Otherwise a copy of the log is beside it meanwhile,
+    /// under its name and ".tmp" or, if that is too long, a shorter one. A copy that a killed
+    /// process left is carried over if the log has no other messages: see docs/log_format.md.
     ///
     /// Returns true if recording is on, also if it was on before. Returns false, with the storage
     /// idle and log and copy unchanged, if
@@ -79,26 +78,23 @@ public:
     virtual bool start_recording();
 
     /// Stops recording and closes the log. Returns true, even if no recording is on or the file has
-    /// refused a part of it.
-    /// In a child of fork() that has something to write, waits a second at most for its parent to
-    /// stop or end, and drops its messages then.
+    /// refused a part of it. In a child of fork() that has something to write, waits a second at
+    /// most for its parent to stop or end, and drops its messages then.
     virtual bool stop_recording();
 
     /// Allows replay(). Returns false, with replay() not allowed, if the path is not a regular file
     /// that can be read.
     virtual bool start_reading();
 
-    /// Delivers the messages of the file to the extension object, in the order of the file, as if
-    /// they were sent again. The first replay reads the whole file. A later one reads only the text
-    /// after the offset at which the former one stopped, as a document of its own. A recording in
-    /// between rewrites the file but does not reset that offset. A new storage reads from the
-    /// beginning.
+    /// Delivers the messages of the file to the extension object, in their order, as if they were
+    /// sent again. The first replay of a storage reads the whole file. A later one reads only the
+    /// text after the offset at which the former one stopped, as a document of its own. A recording
+    /// in between rewrites the file but does not reset that offset.
     ///
     /// Returns true if there was something new to read, even if it was damaged, exceeds a limit or
-    /// is in an encoding that is not known: the messages before that point have been delivered.
-    /// Returns false, with nothing delivered, while recording is on, without start_reading(), or if
-    /// there is nothing new, the file cannot be read or has become shorter, or its new part has no
-    /// '>'.
+    /// has an unknown encoding: the messages before that point have been delivered. Returns false,
+    /// with nothing delivered, while recording is on, without start_reading(), or if nothing is
+    /// new, the file cannot be read or has become shorter, or its new part has no '>'.
     ///
     /// Exceptions of a handler pass out. Throws boost::bad_weak_ptr if there is a handler but the
     /// extension object has no owner, and std::bad_alloc, also if libxml2 runs out of memory. The

@@ -99,18 +99,18 @@ void message_t::set_source(const std::wstring& source)
 
 std::wstring message_t::get_source() const
 {
-    const std::wstring* const source = message_access::find_source(*this);
+    const std::wstring* const source = message_access_t::find_source(*this);
     return source ? *source : std::wstring();
 }
 
-const std::wstring* message_access::find_source(const message_t& message)
+const std::wstring* message_access_t::find_source(const message_t& message)
 {
     const string_map_t& attributes = message.m_content.attributes;
     const std::wstring* const preferred = find_text(attributes, preferred_source_key());
     return preferred ? preferred : find_text(attributes, stored_source_key());
 }
 
-void message_access::add_tool(message_t& message)
+void message_access_t::add_tool(message_t& message)
 {
     const std::wstring* const source =
         find_text(message.m_content.attributes, preferred_source_key());

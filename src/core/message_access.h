@@ -6,7 +6,7 @@ namespace velmoext_1_4_8
 {
 
 /// Gives the library's own code the texts of a message, which the public operations copy.
-struct message_access
+struct message_access_t
 {
     static std::wstring& type(message_t& message) { return message.m_type; }
 

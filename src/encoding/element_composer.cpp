@@ -22,7 +22,7 @@ namespace
 {
 
 typedef std::map<std::wstring, std::wstring> string_map_t;
-typedef element_names names;
+namespace names = element_names;
 
 // As libxml2's writer escapes them: in an attribute, white space too would not survive a reader.
 std::string_view escape_in_text(wchar_t character)
@@ -143,11 +143,11 @@ public:
         static constexpr auto end = join<Char>("</", names::msg, ">\n");
         static constexpr auto type_begin = join<Char>("<", names::type, ">");
         static constexpr auto type_end = join<Char>("</", names::type, ">\n");
-        const message_t::message_content_t& content = message_access::content(message);
+        const message_t::message_content_t& content = message_access_t::content(message);
         prefetch_texts(content.attributes, content.attributes.begin());
         prefetch_texts(content.args, content.args.begin());
         prefetch_texts(content.elements, content.elements.begin());
-        __builtin_prefetch(message_access::type(message).data());
+        __builtin_prefetch(message_access_t::type(message).data());
         append_indent(m_depth);
         append(begin);
         const bool is_complete = append_attributes(content.attributes);
@@ -158,7 +158,7 @@ public:
         }
         append_indent(m_depth + 1);
         append(type_begin);
-        append_text(message_access::type(message), escape_in_text);
+        append_text(message_access_t::type(message), escape_in_text);
         append(type_end);
         append_severity(message.get_severity());
         append_indent(m_depth);
@@ -348,7 +348,7 @@ void append_message_element(const message_t& message, std::size_t depth,
 
 void prefetch_message(const message_t& message)
 {
-    const message_t::message_content_t& content = message_access::content(message);
+    const message_t::message_content_t& content = message_access_t::content(message);
     for (const string_map_t* texts : {&content.attributes, &content.args, &content.elements})
         if (!texts->empty())
             __builtin_prefetch(&*texts->begin());

@@ -7,15 +7,15 @@ namespace velmoext_1_4_8
 {
 
 /// The names in a message's XML form, shared by everything that writes or reads it.
-struct element_names
+namespace element_names
 {
-    static constexpr char log[] = "log";
-    static constexpr char msg[] = "msg";
-    static constexpr char arg[] = "arg";
-    static constexpr char arg_name[] = "name";
-    static constexpr char type[] = "type";
-    static constexpr char severity[] = "severity";
-};
+inline constexpr char log[] = "log";
+inline constexpr char msg[] = "msg";
+inline constexpr char arg[] = "arg";
+inline constexpr char arg_name[] = "name";
+inline constexpr char type[] = "type";
+inline constexpr char severity[] = "severity";
+} // namespace element_names
 
 /// Returns the name of an argument that has none in XML: "arg" and the message's next number. The
 /// number is incremented and wraps to the smallest.

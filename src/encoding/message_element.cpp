@@ -32,7 +32,7 @@ public:
     boost::shared_ptr<message_t> read(const xmlNode& element)
     {
         const auto message = boost::make_shared<message_t>();
-        message_t::message_content_t& content = message_access::content(*message);
+        message_t::message_content_t& content = message_access_t::content(*message);
         if (xmlStrEqual(element.name, to_xml(element_names::msg)))
             read_attributes(element, content.attributes);
         for (const xmlNode* child = element.children; child && m_is_within_limits;
@@ -52,12 +52,12 @@ private:
 
     void read_child(const xmlNode& child, message_t& message)
     {
-        message_t::message_content_t& content = message_access::content(message);
+        message_t::message_content_t& content = message_access_t::content(message);
         read_utf8(child.children);
         if (xmlStrEqual(child.name, to_xml(element_names::severity)))
             message.set_severity(parse_severity(m_utf8));
         else if (xmlStrEqual(child.name, to_xml(element_names::type)))
-            message_access::type(message) = utf8_to_wide(m_utf8);
+            message_access_t::type(message) = utf8_to_wide(m_utf8);
         else if (xmlStrEqual(child.name, to_xml(element_names::arg)))
             add_arg(child, content);
         else

@@ -137,7 +137,7 @@ class element_recognizer_t
 {
 public:
     element_recognizer_t(scanner_t& scanner, message_t& message)
-        : m_scanner(scanner), m_message(message), m_content(message_access::content(message))
+        : m_scanner(scanner), m_message(message), m_content(message_access_t::content(message))
     {}
 
     // Returns whether a text is well-formed but not as the rules can read it.
@@ -171,7 +171,7 @@ private:
         if (m_content.attributes.size() != count || !finish_start_tag())
             return false;
         if (Rules::adds_tool)
-            message_access::add_tool(m_message);
+            message_access_t::add_tool(m_message);
         return true;
     }
 
@@ -235,7 +235,7 @@ private:
         attribute_t attribute;
         m_has_type = true;
         return !m_scanner.next_attribute(attribute) && find_text(element_names::type, text) &&
-               accept(Rules::read_type(text, message_access::type(m_message)), text);
+               accept(Rules::read_type(text, message_access_t::type(m_message)), text);
     }
 
     bool read_severity()

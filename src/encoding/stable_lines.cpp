@@ -11,7 +11,7 @@ namespace velmoext_1_4_8
 namespace
 {
 
-typedef element_names names;
+namespace names = element_names;
 
 // Elements that are not additional texts of a message.
 bool is_reserved(std::string_view name)

@@ -45,11 +45,11 @@ std::wstring config_reader_t::read_property(boost::shared_ptr<velmo_ex_t> velmo_
 {
     const boost::mutex::scoped_lock lock(m_lookup_mutex);
     const std::wstring no_source;
-    const std::wstring* const source = message_access::find_source(*message);
+    const std::wstring* const source = message_access_t::find_source(*message);
     const config_file_t* const file = find_file(source ? *source : no_source);
     if (!file)
         return std::wstring();
-    const std::wstring& type = message_access::type(*message);
+    const std::wstring& type = message_access_t::type(*message);
     std::wstring value = file->find_property(name, type, velmo_ex->m_prefix);
     if (value.empty())
         value = file->find_property(name, type, std::wstring());

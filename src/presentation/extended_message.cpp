@@ -84,7 +84,7 @@ std::wstring extended_message_t::compose(const catalog_ref_t& ref)
 void extended_message_t::fill(catalog_ref_t& ref, const std::wstring& msgid) const
 {
     catalog_ref_t filled = {generate_filename(true), msgid, ref.arguments, true};
-    append_arguments(filled, message_access::content(*m_message));
+    append_arguments(filled, message_access_t::content(*m_message));
     ref = std::move(filled);
 }
 

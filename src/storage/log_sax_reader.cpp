@@ -187,10 +187,10 @@ void log_sax_reader::start_message(const xmlChar** attributes)
 {
     current_message = boost::make_shared<message_t>();
     parse_state = in_message;
-    string_map_t& read = message_access::content(*current_message).attributes;
+    string_map_t& read = message_access_t::content(*current_message).attributes;
     for (const xmlChar** at = attributes; at && at[0]; at += 2)
         read.emplace_hint(read.end(), read_text(at[0]), read_text(at[1]));
-    message_access::add_tool(*current_message);
+    message_access_t::add_tool(*current_message);
 }
 
 void log_sax_reader::start_arg(const xmlChar** attributes)
@@ -201,7 +201,7 @@ void log_sax_reader::start_arg(const xmlChar** attributes)
     pending_arg_name = name && name[0] ? read_text(name[1]) : std::wstring();
     if (pending_arg_name.empty() && current_message)
         pending_arg_name =
-            generate_arg_name(message_access::content(*current_message).next_arg_number);
+            generate_arg_name(message_access_t::content(*current_message).next_arg_number);
 }
 
 void log_sax_reader::end_element(const char* name)
@@ -254,7 +254,7 @@ void log_sax_reader::set_type(const char* text, std::size_t length)
 {
     const std::string_view type = text_to_next_tag(text, length + m_look_ahead_left);
     m_look_ahead_left -= type.size() - std::min(type.size(), length);
-    message_access::type(*current_message) = utf8_to_wide(type);
+    message_access_t::type(*current_message) = utf8_to_wide(type);
 }
 
 void log_sax_reader::set_severity(const char* text)
@@ -264,14 +264,14 @@ void log_sax_reader::set_severity(const char* text)
 
 void log_sax_reader::add_arg(const char* text)
 {
-    add_text(message_access::content(*current_message).args, std::move(pending_arg_name), text);
+    add_text(message_access_t::content(*current_message).args, std::move(pending_arg_name), text);
     pending_arg_name.clear();
 }
 
 // No further text of this element can count, so it is passed over like text between others.
 void log_sax_reader::add_element(const char* text)
 {
-    add_text(message_access::content(*current_message).elements, std::move(m_other_name), text);
+    add_text(message_access_t::content(*current_message).elements, std::move(m_other_name), text);
     current_element = element_t::msg;
 }
 

@@ -116,6 +116,14 @@ item_t find_item(std::string_view text)
     return {item_t::kind_t::complete, size_of(scanner, text)};
 }
 
+// Returns the size up to which libxml2 parses a text with a malformed item at `begin`, so that it
+// reports the messages before the fault. Returns npos if no fault is known, or not far enough.
+std::size_t find_parse_end(std::string_view text, std::size_t begin, const item_t& item)
+{
+    return item.kind == item_t::kind_t::malformed ? size_with_fault(text, begin + item.size)
+                                                  : std::string_view::npos;
+}
+
 } // namespace
 
 std::size_t log_walker_t::walk(std::string_view text, bool is_last)
@@ -189,13 +197,9 @@ std::size_t log_walker_t::walk_elements(std::string_view text, bool is_last)
         if (walked - parsed >= max_collected_bytes)
             parse_walked();
     }
-    // libxml2 parses the text with a fault as soon as it is read far enough, to report the messages
-    // before the fault.
-    const std::size_t end = item.kind == item_t::kind_t::malformed
-                                ? size_with_fault(text, walked + item.size)
-                                : std::string_view::npos;
+    const std::size_t end = find_parse_end(text, walked, item);
     const bool is_rest_known = is_last || end != std::string_view::npos;
-    if (item.kind != item_t::kind_t::root_end && is_rest_known)
+    if (is_rest_known && item.kind != item_t::kind_t::root_end)
         parse_rest(text.substr(0, end).substr(parsed));
     else
         parse_walked();

@@ -30,7 +30,7 @@ constexpr range_t further_name_characters[] = {
 template <std::size_t Count>
 constexpr bool contains(const range_t (&ranges)[Count], std::uint32_t character)
 {
-    // NOLINTNEXTLINE(readability-use-anyofallof): that is no constant expression yet
+    // NOLINTNEXTLINE(readability-use-anyofallof): that is not a constant expression yet
     for (const range_t& range : ranges)
         if (range.first <= character && character <= range.last)
             return true;

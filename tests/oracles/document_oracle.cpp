@@ -19,7 +19,7 @@ namespace
 
 using velmoext_1_4_8::message_t;
 
-typedef boost::shared_ptr<message_t> message_ptr;
+typedef boost::shared_ptr<message_t> message_ptr_t;
 typedef std::unique_ptr<xmlTextReader, decltype(&xmlFreeTextReader)> reader_t;
 typedef std::unique_ptr<xmlParserCtxt, decltype(&xmlFreeParserCtxt)> parser_t;
 
@@ -62,7 +62,7 @@ void read_child(const xmlNode* child, message_t& message, message_t::message_con
 
 // Removes comments and instructions directly in an entity: libxml2 2.9.14 takes them for text,
 // later releases do not.
-void remove_remarks(xmlEntity* entity)
+void remove_comments_and_instructions(xmlEntity* entity)
 {
     for (xmlNode* node = entity->children; node != nullptr;) {
         xmlNode* const next = node->next;
@@ -74,19 +74,19 @@ void remove_remarks(xmlEntity* entity)
     }
 }
 
-void remove_remarks_of_entities(const xmlDoc* document)
+void remove_comments_and_instructions_of_entities(const xmlDoc* document)
 {
     const xmlDtd* const type = xmlGetIntSubset(document);
     if (type == nullptr)
         return;
     for (xmlNode* node = type->children; node != nullptr; node = node->next)
         if (node->type == XML_ENTITY_DECL)
-            remove_remarks(reinterpret_cast<xmlEntity*>(node));
+            remove_comments_and_instructions(reinterpret_cast<xmlEntity*>(node));
 }
 
-message_ptr read_element(const xmlNode* node)
+message_ptr_t read_element(const xmlNode* node)
 {
-    remove_remarks_of_entities(node->doc);
+    remove_comments_and_instructions_of_entities(node->doc);
     const auto message = boost::make_shared<message_t>();
     message_t::message_content_t content;
     for (const xmlAttr* at = node->properties; at != nullptr; at = at->next)
@@ -109,13 +109,13 @@ public:
     {
         expansion_t expansion;
         for (const xmlAttr* at = element->properties; at != nullptr; at = at->next)
-            expansion.add_each(at->children);
-        expansion.add_each(element->children);
+            expansion.add_siblings(at->children);
+        expansion.add_siblings(element->children);
         return expansion.m_bytes <= max_expanded_bytes;
     }
 
 private:
-    void add_each(const xmlNode* first)
+    void add_siblings(const xmlNode* first)
     {
         for (const xmlNode* node = first; node != nullptr && m_bytes <= max_expanded_bytes;
              node = node->next)
@@ -129,8 +129,8 @@ private:
         if (node->type != XML_ELEMENT_NODE)
             return;
         for (const xmlAttr* at = node->properties; at != nullptr; at = at->next)
-            add_each(at->children);
-        add_each(node->children);
+            add_siblings(at->children);
+        add_siblings(node->children);
     }
 
     void add_entity(const xmlEntity* entity)
@@ -141,7 +141,7 @@ private:
         if (m_depth == 1000)
             m_bytes = max_expanded_bytes + 1;
         ++m_depth;
-        add_each(entity->children);
+        add_siblings(entity->children);
         --m_depth;
     }
 
@@ -210,13 +210,13 @@ public:
     }
 
     // Returns null after any fault.
-    message_ptr message() const
+    message_ptr_t message() const
     {
         if (m_parser->wellFormed == 0)
-            return message_ptr();
+            return message_ptr_t();
         const xmlNode* const root = xmlDocGetRootElement(m_parser->myDoc);
         const bool is_readable = is_message(root) && expansion_t::is_within_limit(root);
-        return is_readable ? read_element(root) : message_ptr();
+        return is_readable ? read_element(root) : message_ptr_t();
     }
 
 private:
@@ -262,11 +262,11 @@ document_oracle_t::document_oracle_t(const std::wstring& text)
     read();
     if (m_exception == exception_t::none && m_document.size() > max_unlimited_bytes)
         m_exception = exception_t::document_size;
-    if (!is_any_right())
+    if (!is_any_result_valid())
         read_whole();
 }
 
-bool document_oracle_t::is_any_right() const
+bool document_oracle_t::is_any_result_valid() const
 {
     return m_exception == exception_t::parameter_entity ||
            m_exception == exception_t::expanded_entities ||
@@ -314,10 +314,10 @@ void document_oracle_t::read_whole()
 std::string
 document_oracle_t::difference(const boost::shared_ptr<velmoext_1_4_8::message_t>& result) const
 {
-    if (is_any_right() || (!result && m_exception != exception_t::none))
+    if (is_any_result_valid() || (!result && m_exception != exception_t::none))
         return std::string();
     const std::string actual = fields_of(result);
-    const bool is_right =
+    const bool is_valid =
         actual == fields_of(m_message) || (m_whole_message && actual == fields_of(m_whole_message));
-    return is_right ? std::string() : "expected " + fields_of(m_message) + "but read " + actual;
+    return is_valid ? std::string() : "expected " + fields_of(m_message) + "but read " + actual;
 }

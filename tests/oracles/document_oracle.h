@@ -12,7 +12,7 @@ class document_oracle_t
 public:
     explicit document_oracle_t(const std::wstring& text);
 
-    /// Returns an empty string if the library's result is right, else the difference.
+    /// Returns an empty string if the library's result is valid, else the difference.
     std::string difference(const boost::shared_ptr<velmoext_1_4_8::message_t>& result) const;
 
     /// Reason why the library's result may differ from that of libxml2's text reader.
@@ -40,12 +40,12 @@ public:
     const boost::shared_ptr<velmoext_1_4_8::message_t>& message() const { return m_message; }
 
 private:
-    bool is_any_right() const;
+    bool is_any_result_valid() const;
     void read();
     void read_whole();
 
     std::string m_document;
-    boost::shared_ptr<velmoext_1_4_8::message_t> m_message; ///< what the reader gives
+    boost::shared_ptr<velmoext_1_4_8::message_t> m_message; ///< the result of the text reader
     boost::shared_ptr<velmoext_1_4_8::message_t> m_whole_message;
     exception_t m_exception = exception_t::none;
 };

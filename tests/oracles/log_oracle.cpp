@@ -21,12 +21,12 @@ using velmoext_1_4_8::message_t;
 namespace
 {
 
-typedef std::map<std::wstring, std::wstring> texts_t;
+typedef std::map<std::wstring, std::wstring> string_map_t;
 
 // If several attributes have one name, the first one counts.
-texts_t read_attributes(const xmlChar** attributes)
+string_map_t read_attributes(const xmlChar** attributes)
 {
-    texts_t read;
+    string_map_t read;
     for (; attributes != nullptr && *attributes != nullptr; attributes += 2)
         read.emplace(wide_from_xml(attributes[0]), wide_from_xml(attributes[1]));
     return read;

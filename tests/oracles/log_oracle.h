@@ -26,7 +26,7 @@ public:
         bool is_read = false; ///< The result of the replay.
         start_t start = start_t::succeeds;
         std::vector<velmoext_1_4_8::message_t> delivered; ///< As they were at delivery.
-        std::vector<boost::shared_ptr<velmoext_1_4_8::message_t>> messages; ///< As they became.
+        std::vector<boost::shared_ptr<velmoext_1_4_8::message_t>> messages; ///< After the parse.
     };
 
     /// Reads the bytes that are new in the file.

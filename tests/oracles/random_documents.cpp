@@ -25,10 +25,10 @@ const std::array<const char*, 14> fragments = {
 
 std::string repeated(const std::string& text, std::size_t count)
 {
-    std::string made;
+    std::string result;
     for (; count != 0; --count)
-        made += text;
-    return made;
+        result += text;
+    return result;
 }
 
 // Writes one document, part by part.
@@ -379,21 +379,21 @@ private:
         static const words_t values = {
             "",           "v",           "u",           "a b",   "a &amp; b",  "&lt;",
             "\xC3\xA9 x", "&#233;&#10;", "a\n\tb\r\nc", "x > y", "http://a/b", "&quot;&apos;"};
-        std::string made = m_random.pick(values);
+        std::string result = m_random.pick(values);
         if (m_entities != 0 && m_random.one_in(4))
-            made += reference();
+            result += reference();
         if (m_random.one_in(60))
-            made += repeated("\xE4\xB8\xAD", m_random.between(100, 500));
-        return made;
+            result += repeated("\xE4\xB8\xAD", m_random.between(100, 500));
+        return result;
     }
 
     void add_content(int depth)
     {
         for (std::size_t count = m_random.below(4); count != 0; --count)
-            add_piece(depth);
+            add_content_part(depth);
     }
 
-    void add_piece(int depth)
+    void add_content_part(int depth)
     {
         switch (m_random.below(14)) {
         case 0:
@@ -441,8 +441,8 @@ private:
         static const words_t characters = {
             "\xC3\xA9", "\xE4\xB8\xAD", "\xF0\x9F\x98\x80", "x",        "\xC3\xA9 ",    "x\xC3\xA9",
             "\xD0\xB6", "ab ",          "\xE4\xB8\xADx",    "\xC2\x85", "\r\n\xC3\xA9", "&#233;"};
-        const std::string piece = m_random.pick(characters);
-        return repeated(piece, m_random.one_in(3) ? m_random.between(90, 450) : m_random.below(30));
+        const std::string unit = m_random.pick(characters);
+        return repeated(unit, m_random.one_in(3) ? m_random.between(90, 450) : m_random.below(30));
     }
 
     std::string plain()

@@ -8,7 +8,7 @@ using velmoext_1_4_8::message_t;
 namespace
 {
 
-typedef std::map<std::wstring, std::wstring> texts_t;
+typedef std::map<std::wstring, std::wstring> string_map_t;
 
 const std::array<const wchar_t*, 36> known_keys = {
     L"tool",      L"source",  L"name",      L"arg", L"arg1",  L"arg2",   L"type",     L"severity",
@@ -20,7 +20,7 @@ const std::array<const wchar_t*, 36> known_keys = {
 const std::array<const wchar_t*, 12> odd_keys = {L"a b", L"1",  L"-a", L"a<",  L"a&",   L"a\"",
                                                  L"a=",  L" a", L"a/", L"a\n", L"\x01", L"\xD7"};
 
-const std::array<const wchar_t*, 24> pieces = {
+const std::array<const wchar_t*, 24> fragments = {
     L"&",   L"<",    L">",    L"\"",  L"'",         L"]]>",  L"&amp;",  L"&#13;",
     L"<a>", L"</a>", L"<!--", L"-->", L"<![CDATA[", L"]]",   L"<?p ?>", L"\r\n",
     L"\r",  L"\n",   L"\t",   L"%a;", L"<!DOCTYPE", L"INFO", L"error",  L"http://a/b"};
@@ -84,9 +84,9 @@ std::wstring random_key(random_source_t& random)
     }
 }
 
-texts_t random_texts(random_source_t& random)
+string_map_t random_texts(random_source_t& random)
 {
-    texts_t texts;
+    string_map_t texts;
     std::size_t count = random.one_in(3) ? 0 : random.below(6);
     if (random.one_in(200))
         count = 40;
@@ -104,7 +104,7 @@ std::wstring random_text(random_source_t& random)
         switch (random.below(8)) {
         case 0:
         case 1:
-            text += random.pick(pieces);
+            text += random.pick(fragments);
             break;
         case 2:
             text.push_back(static_cast<wchar_t>(random.pick(odd_elements)));

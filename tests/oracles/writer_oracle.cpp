@@ -20,7 +20,7 @@ namespace
 using ROVA_2_18::strings::utf16_to_utf8;
 using velmoext_1_4_8::message_t;
 
-typedef std::map<std::wstring, std::wstring> texts_t;
+typedef std::map<std::wstring, std::wstring> string_map_t;
 
 // ---- characters and names
 
@@ -136,7 +136,7 @@ std::string utf8_text(const std::wstring& text)
     return utf16_to_utf8(writable_text(text));
 }
 
-bool write_attributes(xmlTextWriterPtr writer, const texts_t& attributes)
+bool write_attributes(xmlTextWriterPtr writer, const string_map_t& attributes)
 {
     std::set<std::string> names;
     for (const auto& [key, text] : attributes) {
@@ -149,7 +149,7 @@ bool write_attributes(xmlTextWriterPtr writer, const texts_t& attributes)
     return true;
 }
 
-bool write_args(xmlTextWriterPtr writer, const texts_t& args)
+bool write_args(xmlTextWriterPtr writer, const string_map_t& args)
 {
     return std::all_of(args.begin(), args.end(), [&](const auto& arg) {
         return xmlTextWriterStartElement(writer, BAD_CAST "arg") >= 0 &&
@@ -160,7 +160,7 @@ bool write_args(xmlTextWriterPtr writer, const texts_t& args)
     });
 }
 
-bool write_elements(xmlTextWriterPtr writer, const texts_t& elements)
+bool write_elements(xmlTextWriterPtr writer, const string_map_t& elements)
 {
     return std::all_of(elements.begin(), elements.end(), [&](const auto& element) {
         return (!element.first.empty() && !is_name(element.first)) ||

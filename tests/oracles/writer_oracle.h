@@ -10,10 +10,10 @@
 /// read:
 /// - an attribute or element whose key is not a name that libxml2 reads;
 /// - an attribute with the name, in UTF-8, of an earlier one.
-/// A character that XML 1.0 cannot carry is written as U+FFFD. An empty key ends the content.
+/// A character that XML 1.0 does not allow is written as U+FFFD. An empty key ends the content.
 
 std::string written_document(const velmoext_1_4_8::message_t& message);
 std::string written_log(const std::vector<velmoext_1_4_8::message_t>& messages);
 
-/// Returns a text as XML 1.0 can carry it, in UTF-16.
+/// Returns a text with each character that XML 1.0 does not allow replaced, in UTF-16.
 std::wstring writable_text(const std::wstring& text);

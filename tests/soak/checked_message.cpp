@@ -46,9 +46,9 @@ std::wstring sum_of(const std::wstring& type, const message_t::message_content_t
 
 } // namespace
 
-std::wstring plain_text(std::mt19937& random, std::size_t longest)
+std::wstring plain_text(std::mt19937& random, std::size_t max_length)
 {
-    std::wstring text(1 + random() % longest, L'a');
+    std::wstring text(1 + random() % max_length, L'a');
     for (wchar_t& unit : text)
         unit = static_cast<wchar_t>(L'a' + random() % 26);
     return text;
@@ -86,7 +86,7 @@ boost::shared_ptr<message_t> make_checked_message(std::mt19937& random, const st
     return message;
 }
 
-bool is_whole(const message_t& message)
+bool is_intact(const message_t& message)
 {
     const message_t::message_content_t content = message.get_content();
     const auto sum = content.args.find(sum_name);

@@ -11,7 +11,7 @@ namespace soak
 {
 
 /// Returns text of plain letters, which no transport of a message changes.
-std::wstring plain_text(std::mt19937& random, std::size_t longest);
+std::wstring plain_text(std::mt19937& random, std::size_t max_length);
 
 /// Returns any text, or a part of a message.
 std::wstring odd_text(std::mt19937& random);
@@ -20,7 +20,7 @@ std::wstring odd_text(std::mt19937& random);
 boost::shared_ptr<velmoext_1_4_8::message_t> make_checked_message(std::mt19937& random,
                                                                   const std::wstring& source);
 
-/// Whether the message is unchanged, or not from make_checked_message().
-bool is_whole(const velmoext_1_4_8::message_t& message);
+/// Returns whether the message is unchanged, or not from make_checked_message().
+bool is_intact(const velmoext_1_4_8::message_t& message);
 
 } // namespace soak

@@ -15,23 +15,23 @@ using namespace velmoext_1_4_8;
 bool checking_handler_t::on_message(boost::shared_ptr<velmo_ex_t> ex,
                                     boost::shared_ptr<message_t> msg)
 {
-    m_world.check(ex && (!msg || is_whole(*msg)), "a message is delivered as it was made");
+    m_world.check(ex && (!msg || is_intact(*msg)), "a message is delivered unchanged");
     m_world.count_message();
     return m_consumes;
 }
 
-thread_local std::vector<std::wstring> hearing_handler_t::m_heard;
+thread_local std::vector<std::wstring> text_recording_handler_t::m_texts;
 
-bool hearing_handler_t::on_message(boost::shared_ptr<velmo_ex_t> /*ex*/,
-                                   boost::shared_ptr<message_t> msg)
+bool text_recording_handler_t::on_message(boost::shared_ptr<velmo_ex_t> /*ex*/,
+                                          boost::shared_ptr<message_t> msg)
 {
-    m_heard.push_back(string_message_serializer_t::message_to_xml_string(std::move(msg)));
+    m_texts.push_back(string_message_serializer_t::message_to_xml_string(std::move(msg)));
     return false;
 }
 
-std::vector<std::wstring> hearing_handler_t::heard()
+std::vector<std::wstring> text_recording_handler_t::take_texts()
 {
-    return std::exchange(m_heard, {});
+    return std::exchange(m_texts, {});
 }
 
 bool flagging_handler_t::on_message(boost::shared_ptr<velmo_ex_t> /*ex*/,
@@ -42,15 +42,15 @@ bool flagging_handler_t::on_message(boost::shared_ptr<velmo_ex_t> /*ex*/,
     return false;
 }
 
-forwarding_handler_t::forwarding_handler_t(boost::shared_ptr<velmo_ex_t> listener)
-    : m_listener(std::move(listener))
+forwarding_handler_t::forwarding_handler_t(boost::shared_ptr<velmo_ex_t> target)
+    : m_target(std::move(target))
 {}
 
 bool forwarding_handler_t::on_message(boost::shared_ptr<velmo_ex_t> /*ex*/,
                                       boost::shared_ptr<message_t> msg)
 {
     if (msg)
-        say_to(m_listener, string_message_serializer_t::message_to_xml_string(std::move(msg)));
+        say_to(m_target, string_message_serializer_t::message_to_xml_string(std::move(msg)));
     return false;
 }
 

@@ -26,7 +26,7 @@ private:
 };
 
 /// Records the text of each message, for the thread that sends and so delivers it.
-class hearing_handler_t : public velmoext_1_4_8::base_handler_t
+class text_recording_handler_t : public velmoext_1_4_8::base_handler_t
 {
 public:
     using base_handler_t::on_message;
@@ -35,10 +35,10 @@ public:
 
     /// Returns the texts that all handlers of this class recorded on this thread since the last
     /// call.
-    static std::vector<std::wstring> heard();
+    static std::vector<std::wstring> take_texts();
 
 private:
-    static thread_local std::vector<std::wstring> m_heard;
+    static thread_local std::vector<std::wstring> m_texts;
 };
 
 /// Flags each message for recording.
@@ -54,14 +54,14 @@ public:
 class forwarding_handler_t : public velmoext_1_4_8::base_handler_t
 {
 public:
-    explicit forwarding_handler_t(boost::shared_ptr<velmoext_1_4_8::velmo_ex_t> listener);
+    explicit forwarding_handler_t(boost::shared_ptr<velmoext_1_4_8::velmo_ex_t> target);
 
     using base_handler_t::on_message;
     bool on_message(boost::shared_ptr<velmoext_1_4_8::velmo_ex_t> ex,
                     boost::shared_ptr<velmoext_1_4_8::message_t> msg) override;
 
 private:
-    const boost::shared_ptr<velmoext_1_4_8::velmo_ex_t> m_listener;
+    const boost::shared_ptr<velmoext_1_4_8::velmo_ex_t> m_target;
 };
 
 /// Sends a text to an object, as the host's channel does.

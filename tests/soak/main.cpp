@@ -24,7 +24,7 @@ using soak::world_t;
 
 const int rounds = 10;
 const int warm_up_rounds = 3;
-const std::int64_t most_growth = 65536;
+const std::int64_t max_growth_bytes = 65536;
 
 struct options_t
 {
@@ -90,9 +90,9 @@ int main(int argc, char** argv)
                   << world.messages() << " messages delivered, " << after << " bytes in use"
                   << std::endl;
     }
-    const bool is_flat = after - before <= most_growth;
-    std::cout << operations << " operations by " << options.threads << " threads, " << world.wrong()
-              << " wrong, memory grew by " << after - before << " bytes after " << warm_up_rounds
-              << " of " << rounds << " rounds" << std::endl;
-    return world.wrong() == 0 && is_flat ? EXIT_SUCCESS : EXIT_FAILURE;
+    const bool is_flat = after - before <= max_growth_bytes;
+    std::cout << operations << " operations by " << options.threads << " threads, "
+              << world.failures() << " failures, memory grew by " << after - before
+              << " bytes after " << warm_up_rounds << " of " << rounds << " rounds" << std::endl;
+    return world.failures() == 0 && is_flat ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -30,20 +30,18 @@ namespace
 class host_messenger_t : public velmo2::IMessenger
 {
 public:
-    explicit host_messenger_t(boost::shared_ptr<velmo_ex_t> listener)
-        : m_listener(std::move(listener))
-    {}
+    explicit host_messenger_t(boost::shared_ptr<velmo_ex_t> target) : m_target(std::move(target)) {}
 
     void say(velmo2::ESeverity /*severity*/, const wchar_t* text) override
     {
-        say_to(m_listener, text);
+        say_to(m_target, text);
     }
 
 private:
-    const boost::shared_ptr<velmo_ex_t> m_listener;
+    const boost::shared_ptr<velmo_ex_t> m_target;
 };
 
-class half_done_t : public velmo2::IProgress
+class progress_stub_t : public velmo2::IProgress
 {
 public:
     void set_percent(int /*percent*/) override {}
@@ -59,30 +57,41 @@ bool has_title(const message_t& message)
 
 void worker_t::work()
 {
-    static void (worker_t::*const operations[])() = {
-        &worker_t::say_checked,   &worker_t::say_checked,
-        &worker_t::say_checked,   &worker_t::say_odd,
-        &worker_t::push,          &worker_t::pop,
-        &worker_t::let_go,        &worker_t::say_through_the_host,
-        &worker_t::make_anew,     &worker_t::record,
-        &worker_t::record,        &worker_t::start_or_stop,
-        &worker_t::replay,        &worker_t::damage,
-        &worker_t::read_property, &worker_t::show,
-        &worker_t::copy_values,   &worker_t::report_progress,
-        &worker_t::use_files,     &worker_t::pop,
-        &worker_t::say_heard,     &worker_t::say_heard,
-        &worker_t::keep_own_log,  &worker_t::show_from_files};
+    static void (worker_t::*const operations[])() = {&worker_t::say_checked_message,
+                                                     &worker_t::say_checked_message,
+                                                     &worker_t::say_checked_message,
+                                                     &worker_t::say_odd_text,
+                                                     &worker_t::push,
+                                                     &worker_t::pop,
+                                                     &worker_t::release_object,
+                                                     &worker_t::say_through_the_host,
+                                                     &worker_t::use_new_ex,
+                                                     &worker_t::record,
+                                                     &worker_t::record,
+                                                     &worker_t::start_or_stop,
+                                                     &worker_t::replay,
+                                                     &worker_t::damage_log,
+                                                     &worker_t::read_property,
+                                                     &worker_t::compose_text,
+                                                     &worker_t::copy_values,
+                                                     &worker_t::report_progress,
+                                                     &worker_t::copy_and_remove_file,
+                                                     &worker_t::pop,
+                                                     &worker_t::say_and_check,
+                                                     &worker_t::say_and_check,
+                                                     &worker_t::record_and_replay_own_log,
+                                                     &worker_t::compose_text_from_files};
     (this->*operations[pick(std::size(operations))])();
 }
 
-boost::shared_ptr<velmo_ex_t> worker_t::talking_ex()
+boost::shared_ptr<velmo_ex_t> worker_t::main_ex()
 {
-    return m_world.ex(pick(world_t::talking));
+    return m_world.ex(pick(world_t::main_exs));
 }
 
-boost::shared_ptr<velmo_ex_t> worker_t::listening_ex()
+boost::shared_ptr<velmo_ex_t> worker_t::target_ex()
 {
-    return m_world.ex(world_t::talking + pick(world_t::listening));
+    return m_world.ex(world_t::main_exs + pick(world_t::target_exs));
 }
 
 boost::shared_ptr<messages_storage_t> worker_t::storage()
@@ -90,9 +99,9 @@ boost::shared_ptr<messages_storage_t> worker_t::storage()
     return m_world.storage(pick(world_t::logs));
 }
 
-void worker_t::check_heard(const std::vector<std::wstring>& sent, const char* what)
+void worker_t::check_delivered(const std::vector<std::wstring>& sent, const char* what)
 {
-    m_world.check(hearing_handler_t::heard() == sent, what);
+    m_world.check(text_recording_handler_t::take_texts() == sent, what);
 }
 
 boost::shared_ptr<message_t> worker_t::message()
@@ -100,40 +109,42 @@ boost::shared_ptr<message_t> worker_t::message()
     return make_checked_message(m_random, world_t::source_name(pick(world_t::sources)));
 }
 
-void worker_t::say_checked()
+void worker_t::say_checked_message()
 {
     const auto sent = message();
     const std::wstring text = string_message_serializer_t::message_to_xml_string(sent);
     const auto read = string_message_serializer_t::xml_string_to_message(text);
-    m_world.check(read && sent->equal_to(read) && is_whole(*read), "a message survives its text");
-    say_to(talking_ex(), text);
+    m_world.check(read && sent->equal_to(read) && is_intact(*read),
+                  "a message is preserved in its text");
+    say_to(main_ex(), text);
 }
 
-void worker_t::say_heard()
+void worker_t::say_and_check()
 {
-    const auto ex = m_world.heard_ex();
+    const auto ex = m_world.checked_ex();
     const std::wstring text = string_message_serializer_t::message_to_xml_string(message());
     ex->push_handler(boost::make_shared<checking_handler_t>(m_world, false));
     say_to(ex, text);
-    check_heard({text}, "a message is delivered once");
+    check_delivered({text}, "a message is delivered once");
     m_world.check(static_cast<bool>(ex->pop_handler()), "a pushed handler can be popped");
 }
 
-void worker_t::say_odd()
+void worker_t::say_odd_text()
 {
-    say_to(talking_ex(), odd_text(m_random));
+    say_to(main_ex(), odd_text(m_random));
 }
 
 void worker_t::say_through_the_host()
 {
-    host_messenger_t messenger(m_world.heard_ex());
+    host_messenger_t messenger(m_world.checked_ex());
     velmo_adapter_t adapter;
     adapter.set_output_velmo(&messenger);
     const auto sent = message();
     const std::wstring text = string_message_serializer_t::message_to_xml_string(sent);
     adapter.send_to_velmo(sent);
-    check_heard({text}, "the host passes a message on once");
-    m_world.check(adapter.encode_to_velmo(sent) == text, "an adapter says a message's text");
+    check_delivered({text}, "the host passes a message on once");
+    m_world.check(adapter.encode_to_velmo(sent) == text,
+                  "an adapter encodes the text that it sends");
 }
 
 boost::shared_ptr<base_handler_t> worker_t::make_handler()
@@ -142,7 +153,7 @@ boost::shared_ptr<base_handler_t> worker_t::make_handler()
     case 0:
         return boost::make_shared<flagging_handler_t>();
     case 1:
-        return boost::make_shared<forwarding_handler_t>(listening_ex());
+        return boost::make_shared<forwarding_handler_t>(target_ex());
     case 2:
         return storage();
     default:
@@ -153,40 +164,40 @@ boost::shared_ptr<base_handler_t> worker_t::make_handler()
 void worker_t::push()
 {
     if (pick(3) == 0)
-        listening_ex()->push_handler(boost::make_shared<checking_handler_t>(m_world, false));
+        target_ex()->push_handler(boost::make_shared<checking_handler_t>(m_world, false));
     else
-        talking_ex()->push_handler(make_handler());
+        main_ex()->push_handler(make_handler());
 }
 
 void worker_t::pop()
 {
-    (pick(3) == 0 ? listening_ex() : talking_ex())->pop_handler();
+    (pick(3) == 0 ? target_ex() : main_ex())->pop_handler();
 }
 
-void worker_t::let_go()
+void worker_t::release_object()
 {
     if (pick(2) == 0)
-        m_world.let_go_of_ex(pick(world_t::talking + world_t::listening));
+        m_world.release_ex(pick(world_t::main_exs + world_t::target_exs));
     else
-        m_world.let_go_of_storage(pick(world_t::logs));
+        m_world.release_storage(pick(world_t::logs));
 }
 
-void worker_t::make_anew()
+void worker_t::use_new_ex()
 {
     const std::wstring id = velmo_ex_t::generate_id(L"soak.generated.");
     const auto ex = velmo_ex_t::get(id, world_t::prefix());
     m_world.check(ex && ex->get_prefix() == world_t::prefix(), "a generated id is free");
-    ex->push_handler(boost::make_shared<hearing_handler_t>());
+    ex->push_handler(boost::make_shared<text_recording_handler_t>());
     ex->push_handler(boost::make_shared<checking_handler_t>(m_world, false));
     const std::wstring text = string_message_serializer_t::message_to_xml_string(message());
     say_to(ex, text);
-    check_heard({text}, "a new object delivers a message once");
+    check_delivered({text}, "a new object delivers a message once");
 }
 
 void worker_t::record()
 {
     const auto kept = storage();
-    m_world.check(!kept->on_message(talking_ex(), message()), "a storage consumes nothing");
+    m_world.check(!kept->on_message(main_ex(), message()), "a storage consumes nothing");
 }
 
 void worker_t::start_or_stop()
@@ -203,11 +214,11 @@ void worker_t::replay()
     if (pick(4) == 0)
         kept->stop_reading();
     else if (kept->start_reading())
-        kept->replay(listening_ex());
+        kept->replay(target_ex());
 }
 
 // No other worker uses this log. A former worker may have left one.
-void worker_t::keep_own_log()
+void worker_t::record_and_replay_own_log()
 {
     if (m_recorded.empty() || m_recorded.size() > 20) {
         basekit2::remove_file(m_own_log);
@@ -215,10 +226,10 @@ void worker_t::keep_own_log()
     }
     record_in_own_log();
     const auto kept = messages_storage_t::get(m_own_log);
-    m_world.check(kept->start_reading() && kept->replay(m_world.heard_ex()),
+    m_world.check(kept->start_reading() && kept->replay(m_world.checked_ex()),
                   "a log can be replayed");
-    check_heard(m_recorded, "a replay delivers what was recorded");
-    m_world.check(!kept->replay(m_world.heard_ex()), "a log is replayed once");
+    check_delivered(m_recorded, "a replay delivers what was recorded");
+    m_world.check(!kept->replay(m_world.checked_ex()), "a log is replayed once");
 }
 
 void worker_t::record_in_own_log()
@@ -227,14 +238,14 @@ void worker_t::record_in_own_log()
     m_world.check(kept->start_recording(), "a log can be recorded");
     for (std::size_t i = pick(5); i != 0; --i) {
         const auto sent = message();
-        kept->on_message(m_world.heard_ex(), sent);
+        kept->on_message(m_world.checked_ex(), sent);
         if (sent->get_flags() != 0)
             m_recorded.push_back(string_message_serializer_t::message_to_xml_string(sent));
     }
 }
 
 // Damages or removes a log without the library's knowledge.
-void worker_t::damage()
+void worker_t::damage_log()
 {
     const std::string log = m_world.log_name(pick(world_t::logs));
     std::error_code error;
@@ -250,39 +261,39 @@ void worker_t::damage()
 void worker_t::read_property()
 {
     const auto asked = message();
-    const std::wstring name = config_reader_t::get()->read_property(talking_ex(), asked, L"name");
+    const std::wstring name = config_reader_t::get()->read_property(main_ex(), asked, L"name");
     const std::wstring type = asked->get_type();
     m_world.check(name == (type == L"soak_third" ? L"" : type.substr(5)), "a property is found");
 }
 
-void worker_t::show()
+void worker_t::compose_text()
 {
-    const auto shown = message();
-    const std::wstring sum = shown->get_content().args.at(L"sum");
-    check_shown({talking_ex(), shown}, (has_title(*shown) ? L"title " : L" ") + sum,
-                shown->get_type() + L' ' + sum);
+    const auto original = message();
+    const std::wstring sum = original->get_content().args.at(L"sum");
+    check_composed({main_ex(), original}, (has_title(*original) ? L"title " : L" ") + sum,
+                   original->get_type() + L' ' + sum);
 }
 
-void worker_t::show_from_files()
+void worker_t::compose_text_from_files()
 {
     static const std::pair<const wchar_t*, const wchar_t*> counts[] = {
         {L"0", L"0 files of "}, {L"1", L"1 file of "}, {L"1234", L"1,234 files of "}};
     const auto& [count, text] = counts[pick(std::size(counts))];
-    const auto shown = make_checked_message(m_random, world_t::filed_source_name());
-    message_t::message_content_t content = shown->get_content();
+    const auto original = make_checked_message(m_random, world_t::source_name_with_files());
+    message_t::message_content_t content = original->get_content();
     content.args[L"count"] = count;
-    shown->set_content(content);
+    original->set_content(content);
     const std::wstring sum = content.args.at(L"sum");
-    check_shown({talking_ex(), shown}, has_title(*shown) ? L"title " + sum : L"", text + sum);
+    check_composed({main_ex(), original}, has_title(*original) ? L"title " + sum : L"", text + sum);
 }
 
-void worker_t::check_shown(extended_message_t shown, const std::wstring& title,
-                           const std::wstring& text)
+void worker_t::check_composed(extended_message_t extended, const std::wstring& title,
+                              const std::wstring& text)
 {
-    m_world.check(shown.get_text() == text, "a text is composed");
-    m_world.check(shown.get_title() == title, "a title is composed");
-    extended_message_t copy(shown);
-    m_world.check(copy.get_message() == shown.get_message() && copy.get_title() == title &&
+    m_world.check(extended.get_text() == text, "a text is composed");
+    m_world.check(extended.get_title() == title, "a title is composed");
+    extended_message_t copy(extended);
+    m_world.check(copy.get_message() == extended.get_message() && copy.get_title() == title &&
                       copy.get_text() == text,
                   "a copy reads the same");
 }
@@ -293,37 +304,37 @@ void worker_t::copy_values()
     message_t copy(*original);
     copy.set_type(L"another");
     copy = *original;
-    m_world.check(is_whole(copy) && copy.get_flags() == original->get_flags() &&
+    m_world.check(is_intact(copy) && copy.get_flags() == original->get_flags() &&
                       copy.get_source() == original->get_source() && !copy.empty(),
                   "a copy is the same");
     const std::wstring text = odd_text(m_random);
     const std::string utf8 = ROVA_2_18::strings::utf16_to_utf8(text);
     m_world.check(ROVA_2_18::strings::utf16_to_utf8(ROVA_2_18::strings::utf8_to_utf16(utf8)) ==
                       utf8,
-                  "UTF-8 survives the way through wide text");
+                  "UTF-8 is preserved by a conversion to wide text");
 }
 
 void worker_t::report_progress()
 {
     const auto progress = boost::make_shared<progress_message_t>();
     progress->set_message(message());
-    progress->set_progress(boost::make_shared<half_done_t>());
+    progress->set_progress(boost::make_shared<progress_stub_t>());
     progress->set_cancelable(false);
     checking_handler_t handler(m_world, false);
-    m_world.check(!static_cast<base_handler_t&>(handler).on_message(talking_ex(), progress),
-                  "progress passes");
+    m_world.check(!static_cast<base_handler_t&>(handler).on_message(main_ex(), progress),
+                  "progress is not consumed");
     const progress_message_t copy(*progress);
-    m_world.check(!copy.is_cancelable(), "a copy is of the same progress");
+    m_world.check(!copy.is_cancelable(), "a copy has the same settings");
 }
 
-void worker_t::use_files()
+void worker_t::copy_and_remove_file()
 {
     const basekit2::path_t file(m_world.file_name("source0.xml"));
     const basekit2::path_t copy(m_world.file_name("copy" + std::to_string(m_random()) + ".xml"));
     m_world.check(basekit2::copy_file(file, copy), "a file can be copied");
     basekit2::variant_bag_t bag;
     basekit2::load_variant_bag2(bag, copy.as_string(), L"bag", false);
-    m_world.check(!bag.begin_bags().at_end(), "a copy holds what the file does");
+    m_world.check(!bag.begin_bags().at_end(), "a copy has the contents of the file");
     m_world.check(basekit2::remove_file(copy), "a file can be removed");
 }
 

@@ -23,7 +23,7 @@ const char configuration[] =
     "  <message_type id='soak_second' title_msgid='title' name='second'/>\n"
     "</bag>\n";
 
-// The titles are in the catalog that is asked second.
+// The titles are in the catalog that is searched second.
 const wchar_t locale[] = L"en_GB.UTF-8";
 const char files[] = "{count, plural, one {# file} other {# files}} of {sum}";
 const po_entries_t filed_texts = {
@@ -43,14 +43,14 @@ public:
 } // namespace
 
 world_t::world_t()
-    : m_reader(config_reader_t::get()), m_heard_ex(velmo_ex_t::get(L"soak.heard", prefix()))
+    : m_reader(config_reader_t::get()), m_checked_ex(velmo_ex_t::get(L"soak.checked", prefix()))
 {
-    m_heard_ex->push_handler(boost::make_shared<hearing_handler_t>());
+    m_checked_ex->push_handler(boost::make_shared<text_recording_handler_t>());
     for (std::size_t i = 0; i < sources; ++i) {
         configure(source_name(i));
         m_catalogs.add(prefix() + L'.' + source_name(i), boost::make_shared<echo_catalog_t>());
     }
-    configure(filed_source_name());
+    configure(source_name_with_files());
     m_catalogs.make("en", "soak.filed", po_of(filed_texts));
     m_catalogs.make("en", "filed", po_of(filed_titles));
     m_catalogs.bind(locale);
@@ -97,9 +97,9 @@ std::wstring world_t::source_name(std::size_t number)
 void world_t::clear()
 {
     for (std::size_t i = 0; i < m_exs.size(); ++i)
-        let_go_of_ex(i);
+        release_ex(i);
     for (std::size_t i = 0; i < logs; ++i) {
-        let_go_of_storage(i);
+        release_storage(i);
         std::error_code ignored;
         std::filesystem::remove(log_name(i), ignored);
         std::filesystem::remove(log_name(i) + ".tmp", ignored);
@@ -109,7 +109,7 @@ void world_t::clear()
 
 void world_t::check(bool condition, const char* what)
 {
-    if (!condition && ++m_wrong < 20)
+    if (!condition && ++m_failures < 20)
         std::cerr << "does not hold: " << what << '\n';
 }
 

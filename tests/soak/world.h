@@ -41,29 +41,29 @@ private:
     boost::shared_ptr<Object> m_object; ///< guarded by m_mutex
 };
 
-/// The objects of the threads. Talking objects have handlers and storages. Listening ones are the
-/// targets of replays, so they have no storage of their own.
+/// The objects of the threads. Main objects have handlers and storages. Target objects receive
+/// replays, so they have no storage of their own.
 class world_t
 {
 public:
-    static constexpr std::size_t talking = 40;
-    static constexpr std::size_t listening = 10;
+    static constexpr std::size_t main_exs = 40;
+    static constexpr std::size_t target_exs = 10;
     static constexpr std::size_t logs = 10;
     static constexpr std::size_t sources = 4;
 
     world_t();
 
     boost::shared_ptr<velmoext_1_4_8::velmo_ex_t> ex(std::size_t number);
-    void let_go_of_ex(std::size_t number) { m_exs.at(number).set(nullptr); }
-    /// Returns the object whose lowest handler is a hearing one. Any thread may push others above
+    void release_ex(std::size_t number) { m_exs.at(number).set(nullptr); }
+    /// Returns the object whose lowest handler records texts. Any thread may push others above
     /// it and pop as many.
-    boost::shared_ptr<velmoext_1_4_8::velmo_ex_t> heard_ex() const { return m_heard_ex; }
+    boost::shared_ptr<velmoext_1_4_8::velmo_ex_t> checked_ex() const { return m_checked_ex; }
     boost::shared_ptr<velmoext_1_4_8::messages_storage_t> storage(std::size_t number);
-    void let_go_of_storage(std::size_t number) { m_storages.at(number).set(nullptr); }
+    void release_storage(std::size_t number) { m_storages.at(number).set(nullptr); }
 
     std::string log_name(std::size_t number) const;
     static std::wstring source_name(std::size_t number);
-    static std::wstring filed_source_name() { return L"filed"; }
+    static std::wstring source_name_with_files() { return L"filed"; }
     static std::wstring prefix() { return L"soak"; }
 
     /// Returns the name of a file in the common folder.
@@ -73,7 +73,7 @@ public:
     void clear();
 
     void check(bool condition, const char* what);
-    std::uint64_t wrong() const { return m_wrong; }
+    std::uint64_t failures() const { return m_failures; }
     void count_message() { ++m_messages; }
     std::uint64_t messages() const { return m_messages; }
 
@@ -83,10 +83,10 @@ private:
     scratch_folder_t m_folder;
     catalogs_t m_catalogs;
     boost::shared_ptr<velmoext_1_4_8::config_reader_t> m_reader;
-    const boost::shared_ptr<velmoext_1_4_8::velmo_ex_t> m_heard_ex;
-    std::array<slot_t<velmoext_1_4_8::velmo_ex_t>, talking + listening> m_exs;
+    const boost::shared_ptr<velmoext_1_4_8::velmo_ex_t> m_checked_ex;
+    std::array<slot_t<velmoext_1_4_8::velmo_ex_t>, main_exs + target_exs> m_exs;
     std::array<slot_t<velmoext_1_4_8::messages_storage_t>, logs> m_storages;
-    std::atomic<std::uint64_t> m_wrong{0};
+    std::atomic<std::uint64_t> m_failures{0};
     std::atomic<std::uint64_t> m_messages{0};
 };
 

@@ -25,10 +25,10 @@ namespace
 {
 
 const int could_not_start = 127;
-const unsigned longest_run_in_seconds = 50;
+const unsigned max_run_seconds = 50;
 
 // Sets no_new_privs, so that execve() cannot restore the capabilities that root has by default.
-bool give_up_privileges()
+bool drop_privileges()
 {
     __user_cap_header_struct header = {_LINUX_CAPABILITY_VERSION_3, 0};
     std::array<__user_cap_data_struct, _LINUX_CAPABILITY_U32S_3> sets = {};
@@ -72,7 +72,7 @@ audit_process_t::audit_process_t(const std::vector<std::string>& arguments, cons
     : m_out(std::tmpfile()), m_err(std::tmpfile()), m_id(::fork())
 {
     if (m_id == 0)
-        become(arguments, launch);
+        exec(arguments, launch);
 }
 
 audit_process_t::~audit_process_t()
@@ -109,7 +109,7 @@ result_t audit_process_t::finish()
     return {exit_code, contents(m_out.get()), contents(m_err.get())};
 }
 
-void audit_process_t::become(std::vector<std::string> arguments, const launch_t& launch)
+void audit_process_t::exec(std::vector<std::string> arguments, const launch_t& launch)
 {
     if (launch.is_plain)
         arguments.insert(arguments.begin(), "--plain");
@@ -120,11 +120,11 @@ void audit_process_t::become(std::vector<std::string> arguments, const launch_t&
     words.push_back(nullptr);
 
     std::signal(SIGINT, launch.ignores_interrupt ? SIG_IGN : SIG_DFL);
-    ::alarm(longest_run_in_seconds);
+    ::alarm(max_run_seconds);
     const bool is_ready =
         redirect(launch.out) && set_language(launch.language) &&
-        (launch.is_privileged || give_up_privileges()) &&
-        (launch.most_descriptors == 0 || limit_descriptors(launch.most_descriptors));
+        (launch.is_privileged || drop_privileges()) &&
+        (launch.max_descriptors == 0 || limit_descriptors(launch.max_descriptors));
     if (is_ready)
         ::execv(AUDIT_PROGRAM, words.data());
     ::_exit(could_not_start);
@@ -167,9 +167,9 @@ narrow_pipe_t::narrow_pipe_t()
 std::string read_all(const descriptor_t& source)
 {
     std::string text;
-    std::array<char, 4096> piece = {};
-    for (ssize_t length = 0; (length = ::read(source.get(), piece.data(), piece.size())) > 0;)
-        text.append(piece.data(), static_cast<std::size_t>(length));
+    std::array<char, 4096> buffer = {};
+    for (ssize_t length = 0; (length = ::read(source.get(), buffer.data(), buffer.size())) > 0;)
+        text.append(buffer.data(), static_cast<std::size_t>(length));
     return text;
 }
 

@@ -24,7 +24,7 @@ struct launch_t
     bool is_plain = true;      ///< messages are shown as they are
     bool is_privileged = true; ///< false: file modes restrict even a process of root
     bool ignores_interrupt = false;
-    unsigned most_descriptors = 0; ///< 0: the limit stays
+    unsigned max_descriptors = 0; ///< 0: the limit stays
     /// The only variables of the environment that select the language.
     std::map<std::string, std::string> language = {{"LC_ALL", "C"}};
 };
@@ -61,7 +61,7 @@ private:
     };
     typedef std::unique_ptr<std::FILE, close_file_t> file_t;
 
-    [[noreturn]] void become(std::vector<std::string> arguments, const launch_t& launch);
+    [[noreturn]] void exec(std::vector<std::string> arguments, const launch_t& launch);
     bool redirect(int out);
 
     file_t m_out;

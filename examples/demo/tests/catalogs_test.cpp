@@ -28,7 +28,7 @@ std::string language_of(const variables_t& variables)
     return environment_language();
 }
 
-TEST(catalogs_test, the_environment_asks_for_a_language_in_three_ways)
+TEST(catalogs_test, the_language_comes_from_lc_all_then_lc_messages_then_lang)
 {
     EXPECT_EQ(language_of({{"LC_ALL", "a"}, {"LC_MESSAGES", "b"}, {"LANG", "c"}}), "a");
     EXPECT_EQ(language_of({{"LC_MESSAGES", "b"}, {"LANG", "c"}}), "b");
@@ -36,7 +36,7 @@ TEST(catalogs_test, the_environment_asks_for_a_language_in_three_ways)
     EXPECT_EQ(language_of({}), "");
 }
 
-TEST(catalogs_test, an_empty_variable_asks_for_nothing)
+TEST(catalogs_test, an_empty_variable_is_ignored)
 {
     EXPECT_EQ(language_of({{"LC_ALL", ""}, {"LC_MESSAGES", ""}, {"LANG", "c"}}), "c");
 }
@@ -57,7 +57,7 @@ TEST(catalogs_test, a_language_without_texts_cannot_be_chosen)
     }
 }
 
-TEST(catalogs_test, english_stands_in_for_a_language_without_texts)
+TEST(catalogs_test, english_is_used_for_a_language_without_texts)
 {
     for (const char* const language : {"tlh", "C", "C.UTF-8", "POSIX", "", "en", "../de", "1"}) {
         bind_catalogs_or_english(directory, language);

@@ -41,7 +41,7 @@ protected:
                           }};
 };
 
-TEST_F(consumer_test, shows_what_is_grave_enough)
+TEST_F(consumer_test, shows_messages_of_the_least_severity_and_above)
 {
     for (const auto severity :
          {message_t::critical, message_t::warning, message_t::error, message_t::info})
@@ -49,7 +49,7 @@ TEST_F(consumer_test, shows_what_is_grave_enough)
     EXPECT_EQ(m_lines, (std::vector<std::string>{"critical", "error"}));
 }
 
-TEST_F(consumer_test, a_text_that_is_no_message_shows_nothing_and_does_no_harm)
+TEST_F(consumer_test, a_text_that_is_not_a_message_is_ignored)
 {
     for (const wchar_t* const text : {L"", L"hello", L"<msg", L"<other/>"})
         say(text);

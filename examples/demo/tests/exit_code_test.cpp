@@ -20,15 +20,15 @@ namespace
 /// Whether the text is one whole line of this program.
 testing::AssertionResult is_one_line(const std::string& text)
 {
-    const bool is_whole = text.compare(0, 7, "audit: ") == 0 && text.find('\n') == text.size() - 1;
-    return is_whole ? testing::AssertionSuccess() : testing::AssertionFailure() << text;
+    const bool is_match = text.compare(0, 7, "audit: ") == 0 && text.find('\n') == text.size() - 1;
+    return is_match ? testing::AssertionSuccess() : testing::AssertionFailure() << text;
 }
 
-void expect_failure(const result_t& result, int exit_code, const std::string& complaint)
+void expect_failure(const result_t& result, int exit_code, const std::string& message)
 {
     EXPECT_EQ(result.exit_code, exit_code);
     EXPECT_EQ(result.out, "");
-    EXPECT_EQ(result.err, "audit: " + complaint + '\n');
+    EXPECT_EQ(result.err, "audit: " + message + '\n');
 }
 
 descriptor_t open_full_device()
@@ -48,7 +48,7 @@ protected:
     const scratch_tree_t m_tree;
 };
 
-TEST_F(exit_code_test, a_complete_walk_succeeds_whatever_it_found)
+TEST_F(exit_code_test, a_complete_walk_succeeds_with_any_findings)
 {
     m_tree.make_link("gone", "nowhere");
     const result_t result = run_audit({m_tree.path()});
@@ -73,7 +73,7 @@ TEST_F(exit_code_test, the_version_is_one_line)
     EXPECT_EQ(result.err, "");
 }
 
-TEST_F(exit_code_test, wrong_usage_is_1_and_one_line_that_points_at_help)
+TEST_F(exit_code_test, wrong_usage_exits_with_1_and_one_line_that_names_help)
 {
     const std::vector<std::string> cases[] = {{"--bogus"},
                                               {"-x"},
@@ -95,14 +95,14 @@ TEST_F(exit_code_test, wrong_usage_is_1_and_one_line_that_points_at_help)
     }
 }
 
-TEST_F(exit_code_test, a_missing_directory_is_2)
+TEST_F(exit_code_test, a_missing_directory_exits_with_2)
 {
     expect_failure(run_audit({m_tree.path("none")}), 2,
                    "'" + m_tree.path("none") + "' cannot be read: No such file or directory");
     expect_failure(run_audit({""}), 2, "'' cannot be read: No such file or directory");
 }
 
-TEST_F(exit_code_test, what_is_no_directory_is_2)
+TEST_F(exit_code_test, a_path_that_is_not_a_directory_exits_with_2)
 {
     m_tree.make_file("file");
     m_tree.make_fifo("fifo");
@@ -111,7 +111,7 @@ TEST_F(exit_code_test, what_is_no_directory_is_2)
                        "'" + m_tree.path(name) + "' cannot be read: Not a directory");
 }
 
-TEST_F(exit_code_test, an_unreadable_directory_is_2)
+TEST_F(exit_code_test, an_unreadable_directory_exits_with_2)
 {
     m_tree.make_directory("closed");
     m_tree.set_mode("closed", 0);
@@ -121,13 +121,13 @@ TEST_F(exit_code_test, an_unreadable_directory_is_2)
                    "'" + m_tree.path("closed") + "' cannot be read: Permission denied");
 }
 
-TEST_F(exit_code_test, a_directory_s_name_does_not_break_the_line)
+TEST_F(exit_code_test, a_directory_name_is_escaped_in_the_error_line)
 {
     expect_failure(run_audit({"/a\nb\x1b[31m"}), 2,
                    R"('/a\x0ab\x1b[31m' cannot be read: No such file or directory)");
 }
 
-TEST_F(exit_code_test, a_full_device_is_3)
+TEST_F(exit_code_test, a_full_device_exits_with_3)
 {
     m_tree.make_file("a");
     const descriptor_t full = open_full_device();
@@ -151,7 +151,7 @@ TEST_F(exit_code_test, a_full_device_ends_a_long_walk_early)
     EXPECT_EQ(result.err.find("100 %"), std::string::npos);
 }
 
-TEST_F(exit_code_test, a_full_device_does_no_harm_where_nothing_is_printed)
+TEST_F(exit_code_test, a_full_device_does_not_matter_if_nothing_is_printed)
 {
     const descriptor_t full = open_full_device();
     launch_t launch;
@@ -159,7 +159,7 @@ TEST_F(exit_code_test, a_full_device_does_no_harm_where_nothing_is_printed)
     EXPECT_EQ(run_audit({m_tree.path()}, launch).exit_code, 0);
 }
 
-TEST_F(exit_code_test, a_pipe_without_a_reader_is_3)
+TEST_F(exit_code_test, a_pipe_without_a_reader_exits_with_3)
 {
     make_many_files();
     narrow_pipe_t pipe;
@@ -170,7 +170,7 @@ TEST_F(exit_code_test, a_pipe_without_a_reader_is_3)
                    "standard output cannot be written: Broken pipe");
 }
 
-TEST_F(exit_code_test, no_standard_output_at_all_is_3)
+TEST_F(exit_code_test, a_closed_standard_output_exits_with_3)
 {
     m_tree.make_file("a");
     launch_t launch;
@@ -179,7 +179,7 @@ TEST_F(exit_code_test, no_standard_output_at_all_is_3)
                    "standard output cannot be written: Bad file descriptor");
 }
 
-TEST_F(exit_code_test, an_interrupted_walk_is_130_and_ends_with_its_summary)
+TEST_F(exit_code_test, an_interrupted_walk_exits_with_130_after_its_summary)
 {
     make_many_files();
     const interrupted_run_t walk({"--severity", "info", m_tree.path()});
@@ -191,7 +191,7 @@ TEST_F(exit_code_test, an_interrupted_walk_is_130_and_ends_with_its_summary)
     EXPECT_NE(walk.lines.back().find(" complete=no "), std::string::npos) << walk.lines.back();
 }
 
-TEST_F(exit_code_test, the_second_interrupt_ends_it_at_once)
+TEST_F(exit_code_test, the_second_interrupt_ends_the_program_at_once)
 {
     make_many_files();
     narrow_pipe_t pipe;

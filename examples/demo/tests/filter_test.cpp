@@ -21,21 +21,21 @@ bool consumes(message_t::severity_t least, message_t::severity_t severity)
     return filter_t(least).on_message(nullptr, message);
 }
 
-TEST(filter_test, consumes_what_is_less_grave_than_the_least)
+TEST(filter_test, consumes_messages_below_the_least_severity)
 {
     EXPECT_TRUE(consumes(message_t::warning, message_t::info));
     EXPECT_TRUE(consumes(message_t::critical, message_t::error));
     EXPECT_TRUE(consumes(message_t::info, message_t::none));
 }
 
-TEST(filter_test, passes_the_least_and_what_is_graver)
+TEST(filter_test, passes_messages_of_the_least_severity_and_above)
 {
     EXPECT_FALSE(consumes(message_t::info, message_t::info));
     EXPECT_FALSE(consumes(message_t::warning, message_t::warning));
     EXPECT_FALSE(consumes(message_t::warning, message_t::critical));
 }
 
-TEST(filter_test, passes_a_text_that_is_no_message)
+TEST(filter_test, passes_a_text_that_is_not_a_message)
 {
     EXPECT_FALSE(filter_t(message_t::critical).on_message(nullptr, boost::shared_ptr<message_t>()));
 }

@@ -104,7 +104,7 @@ TEST_F(findings_test, a_dangling_link_is_reported_with_its_target)
               (lines_t{path("gone") + " target=no/where", path("under_file") + " target=file/x"}));
 }
 
-TEST_F(findings_test, a_target_is_reported_whatever_its_bytes)
+TEST_F(findings_test, a_target_of_any_bytes_is_reported)
 {
     m_tree.make_link("blank", " ");
     m_tree.make_link("wild", "\x1b[2J\xff\n\"");
@@ -113,7 +113,7 @@ TEST_F(findings_test, a_target_is_reported_whatever_its_bytes)
                        path("wild") + R"( target=\x1b[2J\xff\x0a\x22)"}));
 }
 
-TEST_F(findings_test, links_in_a_ring_are_reported)
+TEST_F(findings_test, links_in_a_cycle_are_reported)
 {
     m_tree.make_link("one", "two");
     m_tree.make_link("two", "one");
@@ -121,7 +121,7 @@ TEST_F(findings_test, links_in_a_ring_are_reported)
               (lines_t{path("one") + " target=two", path("two") + " target=one"}));
 }
 
-TEST_F(findings_test, a_link_whose_target_is_out_of_reach_is_not_called_dangling)
+TEST_F(findings_test, a_link_with_an_inaccessible_target_is_not_reported_as_dangling)
 {
     m_tree.make_directory("closed");
     m_tree.set_mode("closed", 0);
@@ -130,7 +130,7 @@ TEST_F(findings_test, a_link_whose_target_is_out_of_reach_is_not_called_dangling
               lines_t{"error=EACCES " + path("into") + " target=closed/x"});
 }
 
-TEST_F(findings_test, a_link_that_leads_somewhere_is_no_finding)
+TEST_F(findings_test, a_link_with_an_existing_target_is_not_a_finding)
 {
     m_tree.make_file("file");
     m_tree.make_directory("dir");
@@ -139,14 +139,14 @@ TEST_F(findings_test, a_link_that_leads_somewhere_is_no_finding)
     EXPECT_EQ(walk({"--severity", "warning"}), lines_t{});
 }
 
-TEST_F(findings_test, a_file_that_anyone_may_write_is_an_error)
+TEST_F(findings_test, a_world_writable_file_is_an_error)
 {
     m_tree.make_file("open");
     m_tree.set_mode("open", 0666);
     EXPECT_EQ(find("error file_world_writable"), lines_t{"mode=0666 " + path("open")});
 }
 
-TEST_F(findings_test, such_a_file_that_lends_rights_is_critical)
+TEST_F(findings_test, a_world_writable_setuid_or_setgid_file_is_critical)
 {
     m_tree.make_file("user");
     m_tree.set_mode("user", 04777);
@@ -164,7 +164,7 @@ TEST_F(findings_test, a_file_is_large_from_the_chosen_size_on)
     EXPECT_EQ(rest_of("warning file_large audit ", lines), lines_t{path("more") + " size=2048"});
 }
 
-TEST_F(findings_test, an_empty_file_is_noted)
+TEST_F(findings_test, an_empty_file_is_reported)
 {
     m_tree.make_file("nothing", 0);
     m_tree.make_file("something", 1);
@@ -204,7 +204,7 @@ TEST_F(findings_test, a_printable_name_is_shown_as_it_is)
                        path("\xc3\xa4\xe2\x82\xac\xf0\x9f\x98\x80") + " target=x"}));
 }
 
-TEST_F(findings_test, a_name_cannot_turn_the_direction_of_its_line)
+TEST_F(findings_test, a_name_cannot_change_the_text_direction_of_its_line)
 {
     // In two parts, so that no literal turns its own line.
     m_tree.make_link(std::string("\xe2\x80") + "\xaegpj.exe", "x");
@@ -225,7 +225,7 @@ TEST_F(findings_test, a_tree_of_3000_levels_is_walked_with_few_descriptors)
 {
     m_tree.make_depth(3000);
     launch_t launch;
-    launch.most_descriptors = 64;
+    launch.max_descriptors = 64;
     const lines_t lines = walk({"--severity", "info"}, launch);
     ASSERT_EQ(lines.size(), 2U);
     std::string bottom = m_tree.path();
@@ -237,7 +237,7 @@ TEST_F(findings_test, a_tree_of_3000_levels_is_walked_with_few_descriptors)
                             m_tree.path());
 }
 
-TEST_F(findings_test, only_what_is_as_grave_as_chosen_is_printed)
+TEST_F(findings_test, only_messages_of_the_chosen_severity_and_above_are_printed)
 {
     m_tree.make_file("info", 0);
     m_tree.make_link("warning", "nowhere");
@@ -262,7 +262,7 @@ TEST_F(findings_test, two_walks_of_a_tree_print_the_same)
     EXPECT_EQ(walk(), walk());
 }
 
-TEST_F(findings_test, each_of_10000_files_makes_a_message_that_crosses_the_channel)
+TEST_F(findings_test, each_of_10000_files_sends_a_message_over_the_channel)
 {
     for (int number = 0; number < 10000; ++number)
         m_tree.make_file(std::to_string(number));

@@ -17,7 +17,7 @@ namespace
 using velmoext::message_t;
 
 /// Returns the flags of a message after the handler.
-int flags_behind(const std::wstring& type, int flags)
+int flags_after(const std::wstring& type, int flags)
 {
     const auto message = boost::make_shared<message_t>();
     message->set_type(type);
@@ -26,24 +26,24 @@ int flags_behind(const std::wstring& type, int flags)
     return message->get_flags();
 }
 
-TEST(flagger_test, flags_whatever_was_found)
+TEST(flagger_test, flags_every_finding)
 {
     for (const wchar_t* const type : {L"link_dangling", L"tree_summary", L"", L"file_seen_too"})
-        EXPECT_EQ(flags_behind(type, 0), 1);
+        EXPECT_EQ(flags_after(type, 0), 1);
 }
 
-TEST(flagger_test, a_file_that_was_merely_seen_stays_without_a_flag)
+TEST(flagger_test, does_not_flag_a_file_that_was_only_seen)
 {
-    EXPECT_EQ(flags_behind(L"file_seen", 0), 0);
+    EXPECT_EQ(flags_after(L"file_seen", 0), 0);
 }
 
 TEST(flagger_test, leaves_other_flags_alone)
 {
-    EXPECT_EQ(flags_behind(L"link_dangling", 6), 7);
-    EXPECT_EQ(flags_behind(L"file_seen", 6), 6);
+    EXPECT_EQ(flags_after(L"link_dangling", 6), 7);
+    EXPECT_EQ(flags_after(L"file_seen", 6), 6);
 }
 
-TEST(flagger_test, passes_a_text_that_is_no_message)
+TEST(flagger_test, passes_a_text_that_is_not_a_message)
 {
     EXPECT_FALSE(flagger_t().on_message(nullptr, boost::shared_ptr<message_t>()));
 }

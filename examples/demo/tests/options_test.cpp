@@ -14,7 +14,7 @@ namespace
 using velmoext::message_t;
 typedef std::vector<std::string> arguments_t;
 
-std::string complaint_about(const arguments_t& arguments)
+std::string usage_error_of(const arguments_t& arguments)
 {
     try {
         parse_options(arguments);
@@ -36,7 +36,7 @@ TEST(options_test, without_arguments_the_documentation_is_walked_for_warnings)
     EXPECT_FALSE(options.language);
 }
 
-TEST(options_test, every_option_may_stand_on_either_side_of_the_directory)
+TEST(options_test, every_option_may_precede_or_follow_the_directory)
 {
     const arguments_t orders[] = {
         {"--severity", "error", "--large", "7", "--lang", "de", "--plain", "--progress", "dir"},
@@ -83,39 +83,39 @@ TEST(options_test, a_size_must_be_a_number_that_fits)
 {
     for (const char* const text : {"", "K", "-1", "+1", " 1", "1 ", "1KB", "1T", "0x10", "1.5",
                                    "18446744073709551616", "17179869184G"})
-        EXPECT_NE(complaint_about({"--large", text}).find("--large takes"), std::string::npos)
+        EXPECT_NE(usage_error_of({"--large", text}).find("--large takes"), std::string::npos)
             << text;
 }
 
-TEST(options_test, an_unknown_severity_is_refused_with_those_that_are_known)
+TEST(options_test, an_unknown_severity_is_refused_with_the_list_of_severities)
 {
     for (const char* const name : {"", "Warning", "none", "2", "fatal"})
-        EXPECT_EQ(complaint_about({"--severity", name}),
+        EXPECT_EQ(usage_error_of({"--severity", name}),
                   "--severity takes info, warning, error or critical, not '" + std::string(name) +
                       "'");
 }
 
-TEST(options_test, a_value_must_follow_where_one_is_needed)
+TEST(options_test, an_option_without_its_required_value_is_refused)
 {
-    EXPECT_EQ(complaint_about({"--severity"}), "--severity needs a value");
-    EXPECT_EQ(complaint_about({"dir", "--large"}), "--large needs a value");
-    EXPECT_EQ(complaint_about({"--log"}), "--log needs a value");
-    EXPECT_EQ(complaint_about({"--replay"}), "--replay needs a value");
+    EXPECT_EQ(usage_error_of({"--severity"}), "--severity needs a value");
+    EXPECT_EQ(usage_error_of({"dir", "--large"}), "--large needs a value");
+    EXPECT_EQ(usage_error_of({"--log"}), "--log needs a value");
+    EXPECT_EQ(usage_error_of({"--replay"}), "--replay needs a value");
 }
 
 TEST(options_test, an_unknown_option_is_refused)
 {
     for (const char* const option : {"-x", "---", "--sever", "--Help", "--progress=1"})
-        EXPECT_EQ(complaint_about({option}), "unknown option '" + std::string(option) + "'");
+        EXPECT_EQ(usage_error_of({option}), "unknown option '" + std::string(option) + "'");
 }
 
 TEST(options_test, a_second_directory_is_refused)
 {
-    EXPECT_EQ(complaint_about({"one", "two"}), "one directory at a time, not also 'two'");
-    EXPECT_EQ(complaint_about({"one", "--", "two"}), "one directory at a time, not also 'two'");
+    EXPECT_EQ(usage_error_of({"one", "two"}), "one directory at a time, not also 'two'");
+    EXPECT_EQ(usage_error_of({"one", "--", "two"}), "one directory at a time, not also 'two'");
 }
 
-TEST(options_test, a_walk_is_recorded_only_where_that_is_asked_for)
+TEST(options_test, a_walk_is_recorded_only_if_requested)
 {
     EXPECT_FALSE(parse_options({"dir"}).log.has_value());
     for (const arguments_t& arguments :
@@ -127,7 +127,7 @@ TEST(options_test, a_walk_is_recorded_only_where_that_is_asked_for)
     }
 }
 
-TEST(options_test, an_empty_name_is_a_log_s_name_too)
+TEST(options_test, an_empty_log_name_is_accepted)
 {
     EXPECT_EQ(parse_options({"--log="}).log, "");
     EXPECT_EQ(parse_options({"--replay="}).action, options_t::replay);
@@ -145,30 +145,30 @@ TEST(options_test, a_replay_has_no_directory)
 {
     for (const arguments_t& arguments :
          {arguments_t{"--replay", "file", "dir"}, arguments_t{"dir", "--replay", "file"}})
-        EXPECT_EQ(complaint_about(arguments), "--replay walks no directory, so not also 'dir'");
+        EXPECT_EQ(usage_error_of(arguments), "--replay walks no directory, so not also 'dir'");
 }
 
 TEST(options_test, a_replay_is_not_recorded)
 {
     for (const arguments_t& arguments :
          {arguments_t{"--replay", "a", "--log", "b"}, arguments_t{"--log", "a", "--replay", "b"}})
-        EXPECT_EQ(complaint_about(arguments), "either --log or --replay");
+        EXPECT_EQ(usage_error_of(arguments), "either --log or --replay");
 }
 
-TEST(options_test, help_is_there_in_a_replay_too)
+TEST(options_test, help_is_accepted_with_a_replay)
 {
     EXPECT_EQ(parse_options({"dir", "--replay", "file", "--help"}).action, options_t::help);
 }
 
-TEST(options_test, a_log_s_name_is_utf_8)
+TEST(options_test, a_log_name_must_be_utf_8)
 {
     EXPECT_EQ(parse_options({"--log", "\xc3\xa4"}).log, "\xc3\xa4");
     for (const char* const option : {"--log", "--replay"})
-        EXPECT_EQ(complaint_about({option, "a\xff"}),
+        EXPECT_EQ(usage_error_of({option, "a\xff"}),
                   std::string(option) + R"( takes a name in UTF-8, not 'a\xff')");
 }
 
-TEST(options_test, what_follows_two_dashes_is_a_directory)
+TEST(options_test, an_argument_after_two_dashes_is_a_directory)
 {
     EXPECT_EQ(parse_options({"--", "--help"}).directory, "--help");
     EXPECT_EQ(parse_options({"--progress", "--", "--"}).directory, "--");
@@ -180,15 +180,15 @@ TEST(options_test, one_dash_and_an_empty_text_are_directories)
     EXPECT_EQ(parse_options({""}).directory, "");
 }
 
-TEST(options_test, help_and_version_end_the_reading)
+TEST(options_test, help_and_version_end_the_parsing)
 {
     EXPECT_EQ(parse_options({"--help", "--bogus"}).action, options_t::help);
     EXPECT_EQ(parse_options({"dir", "--version", "dir"}).action, options_t::version);
 }
 
-TEST(options_test, a_complaint_shows_an_argument_safely)
+TEST(options_test, an_error_message_escapes_the_argument)
 {
-    EXPECT_EQ(complaint_about({"--\x1b[31m\xff"}), R"(unknown option '--\x1b[31m\xff')");
+    EXPECT_EQ(usage_error_of({"--\x1b[31m\xff"}), R"(unknown option '--\x1b[31m\xff')");
 }
 
 TEST(options_test, the_usage_names_every_option)

@@ -30,12 +30,12 @@ extern "C" void drain_pipe(int /*signal*/)
         std::abort();
 }
 
-/// Drains a pipe when a signal arrives, which is sent soon. The signal also interrupts a write that
-/// waits for room.
-class soon_drained_t
+/// Drains a pipe after a short delay, in a signal handler. The signal also interrupts a blocked
+/// write.
+class delayed_drain_t
 {
 public:
-    explicit soon_drained_t(const descriptor_t& pipe)
+    explicit delayed_drain_t(const descriptor_t& pipe)
     {
         drained_pipe = pipe.get();
         struct sigaction action = {};
@@ -44,9 +44,9 @@ public:
         const itimerval soon = {{}, {0, 20000}};
         ::setitimer(ITIMER_REAL, &soon, nullptr);
     }
-    soon_drained_t(const soon_drained_t&) = delete;
-    soon_drained_t& operator=(const soon_drained_t&) = delete;
-    ~soon_drained_t() { ::sigaction(SIGALRM, &m_former, nullptr); }
+    delayed_drain_t(const delayed_drain_t&) = delete;
+    delayed_drain_t& operator=(const delayed_drain_t&) = delete;
+    ~delayed_drain_t() { ::sigaction(SIGALRM, &m_former, nullptr); }
 
 private:
     struct sigaction m_former = {};
@@ -88,7 +88,7 @@ protected:
     descriptor_t m_writer;
 };
 
-TEST_F(output_test, gathers_what_is_written_until_it_is_flushed)
+TEST_F(output_test, buffers_output_until_it_is_flushed)
 {
     output_t output(m_writer.get());
     output.write("one ");
@@ -99,7 +99,7 @@ TEST_F(output_test, gathers_what_is_written_until_it_is_flushed)
     EXPECT_FALSE(output.error());
 }
 
-TEST_F(output_test, writes_by_itself_once_much_is_gathered)
+TEST_F(output_test, writes_a_full_buffer_without_a_flush)
 {
     const std::string received = read_during([this] {
         output_t output(m_writer.get());
@@ -109,7 +109,7 @@ TEST_F(output_test, writes_by_itself_once_much_is_gathered)
     EXPECT_EQ(received, std::string(66000, 'x'));
 }
 
-TEST_F(output_test, writes_all_of_a_piece_that_does_not_fit_at_once)
+TEST_F(output_test, writes_a_text_larger_than_the_pipe_in_full)
 {
     const std::string text(1U << 20U, 'y');
     const std::string received = read_during([&] {
@@ -120,21 +120,21 @@ TEST_F(output_test, writes_all_of_a_piece_that_does_not_fit_at_once)
     EXPECT_TRUE(received == text) << received.size();
 }
 
-TEST_F(output_test, a_signal_during_the_wait_for_room_is_no_failure)
+TEST_F(output_test, a_signal_during_a_blocked_write_is_not_a_failure)
 {
     ASSERT_GE(::fcntl(m_writer.get(), F_SETPIPE_SZ, 4096), 4096);
     ASSERT_EQ(::write(m_writer.get(), std::string(4096, 'z').data(), 4096), 4096);
     output_t output(m_writer.get());
     output.write("after it");
     {
-        const soon_drained_t soon_drained(m_reader);
+        const delayed_drain_t drain(m_reader);
         output.flush();
     }
     EXPECT_FALSE(output.error());
     EXPECT_EQ(read(), "after it");
 }
 
-TEST_F(output_test, the_first_failure_stays_and_nothing_is_written_after_it)
+TEST_F(output_test, the_first_failure_is_kept_and_nothing_is_written_after_it)
 {
     const descriptor_t full(::open("/dev/full", O_WRONLY | O_CLOEXEC));
     output_t output(full.get());
@@ -149,7 +149,7 @@ TEST_F(output_test, the_first_failure_stays_and_nothing_is_written_after_it)
     EXPECT_EQ(read(), "only");
 }
 
-TEST_F(output_test, nothing_to_write_is_no_failure)
+TEST_F(output_test, a_flush_without_output_is_not_a_failure)
 {
     output_t output(-1);
     output.flush();

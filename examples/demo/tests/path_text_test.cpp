@@ -65,13 +65,13 @@ std::wstring sent_and_received(const std::wstring& text)
     return received ? received->get_content().args[L"path"] : std::wstring();
 }
 
-TEST(path_text_test, what_is_readable_stays_and_every_other_byte_is_escaped)
+TEST(path_text_test, readable_characters_stay_and_all_other_bytes_are_escaped)
 {
     for (const case_t& given : cases)
         EXPECT_EQ(rova::strings::utf16_to_utf8(path_text(given.path)), given.text);
 }
 
-TEST(path_text_test, a_name_is_printable_where_no_byte_is_escaped)
+TEST(path_text_test, a_name_is_printable_if_no_byte_is_escaped)
 {
     for (const case_t& given : cases)
         EXPECT_EQ(is_printable(given.path), given.is_printable) << given.text;

@@ -54,7 +54,7 @@ TEST(plain_line_test, an_empty_message_is_a_line_of_empty_fields)
     EXPECT_EQ(plain_line(message_t()), "0 \"\" \"\"");
 }
 
-TEST(plain_line_test, what_could_be_taken_apart_is_quoted)
+TEST(plain_line_test, empty_fields_and_fields_with_separators_are_quoted)
 {
     EXPECT_EQ(line_of({{L"a", L"b c"}}), "info type here a=\"b c\"");
     EXPECT_EQ(line_of({{L"a", L""}}), "info type here a=\"\"");

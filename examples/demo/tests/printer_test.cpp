@@ -71,19 +71,19 @@ protected:
                         }};
 };
 
-TEST_F(printer_test, a_message_is_one_line_and_consumed)
+TEST_F(printer_test, a_message_is_printed_as_one_line_and_consumed)
 {
     EXPECT_TRUE(print(make(message_t::error, L"file_lost", {})));
     EXPECT_EQ(m_lines, std::vector<std::string>{"file_lost"});
 }
 
-TEST_F(printer_test, a_text_that_is_no_message_is_passed_on_unseen)
+TEST_F(printer_test, a_text_that_is_not_a_message_is_passed_on_without_a_line)
 {
     EXPECT_FALSE(print(nullptr));
     EXPECT_TRUE(m_lines.empty());
 }
 
-TEST_F(printer_test, progress_goes_to_the_host_and_is_no_line)
+TEST_F(printer_test, progress_goes_to_the_host_and_prints_no_line)
 {
     EXPECT_TRUE(print_progress(make(message_t::info, L"t", {{L"percent", L"42"}})));
     EXPECT_EQ(m_progress->percents, std::vector<int>{42});

@@ -111,7 +111,7 @@ TEST_F(readable_line_test, without_catalogs_every_message_is_shown_as_it_is)
     EXPECT_EQ(line_of(message), plain_line(*message));
 }
 
-TEST_F(readable_line_test, without_a_configured_title_the_text_stands_alone)
+TEST_F(readable_line_test, without_a_configured_title_the_text_is_shown_alone)
 {
     m_reader->set_cfg_dir(shared("none"));
     EXPECT_EQ(line_of(make(L"file_empty", {{L"path", L"/a"}})), "warning: /a is empty.");
@@ -136,7 +136,7 @@ TEST_F(readable_line_test, quotation_marks_stay)
               "warning: Content: /\"a\" is empty.");
 }
 
-TEST_F(readable_line_test, an_error_without_words_is_shown_by_its_name)
+TEST_F(readable_line_test, an_error_without_a_text_is_shown_by_its_name)
 {
     EXPECT_EQ(line_of(make(L"file_unreadable", {{L"path", L"/a"}, {L"error", L"EXDEV"}})),
               "warning: Access rights: /a cannot be read: EXDEV.");
@@ -148,7 +148,7 @@ TEST_F(readable_line_test, a_value_cannot_be_a_placeholder)
               "warning: Symbolic link: {target} leads to '{x}', which is not there.");
 }
 
-TEST_F(readable_line_test, what_is_missing_can_be_seen)
+TEST_F(readable_line_test, a_missing_argument_keeps_its_placeholder)
 {
     EXPECT_EQ(line_of(make(L"link_dangling", {{L"path", L"/a"}})),
               "warning: Symbolic link: /a leads to {target}, which is not there.");

@@ -15,7 +15,7 @@ namespace audit
 namespace
 {
 
-bool is_about_a_file_as_such(const std::string& line)
+bool is_about_seen_file(const std::string& line)
 {
     return line.compare(0, 15, "info file_seen ") == 0;
 }
@@ -37,9 +37,10 @@ protected:
 
     void expect_unrecordable(const result_t& result, const std::string& log) const
     {
-        expect_refusal(result, log,
-                       "recorded into: it is no regular file that can be written, or somebody else "
-                       "records into it, or what it holds cannot be carried over");
+        expect_refusal(
+            result, log,
+            "recorded into: it is not a writable regular file, or another process records "
+            "into it, or its contents cannot be carried over");
     }
 
     /// Whether the log has its end, so that its next reader gets all of it.
@@ -52,13 +53,12 @@ protected:
     }
 };
 
-TEST_F(recording_test, what_was_found_is_recorded_and_files_as_such_are_not)
+TEST_F(recording_test, findings_are_recorded_and_files_without_findings_are_not)
 {
     make_findings();
     lines_t walked = record();
     EXPECT_EQ(walked.size(), 8U);
-    walked.erase(std::remove_if(walked.begin(), walked.end(), is_about_a_file_as_such),
-                 walked.end());
+    walked.erase(std::remove_if(walked.begin(), walked.end(), is_about_seen_file), walked.end());
     EXPECT_EQ(walked.size(), 5U);
     EXPECT_EQ(replay(), walked);
     EXPECT_EQ(read_log().find("file_seen"), std::string::npos);
@@ -71,14 +71,14 @@ TEST_F(recording_test, a_walk_prints_the_same_with_a_log_as_without)
     EXPECT_EQ(record(), lines_of_run({"--severity", "info", m_tree.path()}));
 }
 
-TEST_F(recording_test, what_is_printed_does_not_change_what_is_recorded)
+TEST_F(recording_test, the_printed_severity_does_not_affect_the_recording)
 {
     make_findings();
     EXPECT_EQ(record("critical").size(), 2U);
     EXPECT_EQ(replay().size(), 5U);
 }
 
-TEST_F(recording_test, a_second_walk_leaves_the_first_one_s_messages_in_front_of_its_own)
+TEST_F(recording_test, a_second_walk_appends_its_messages_to_those_of_the_first)
 {
     make_findings();
     record();
@@ -88,7 +88,7 @@ TEST_F(recording_test, a_second_walk_leaves_the_first_one_s_messages_in_front_of
     EXPECT_TRUE(is_closed());
 }
 
-TEST_F(recording_test, a_log_is_its_owner_s_alone_and_alone_in_its_folder)
+TEST_F(recording_test, a_log_is_private_to_its_owner_and_the_only_file_in_its_folder)
 {
     record();
     record();
@@ -105,21 +105,21 @@ TEST_F(recording_test, a_log_within_the_tree_is_a_file_like_any_other)
     EXPECT_GE(lines_of_run({"--replay", log, "--severity", "info"}).size(), 2U);
 }
 
-TEST_F(recording_test, a_name_beyond_ascii_is_a_log_s_name_too)
+TEST_F(recording_test, a_log_name_may_have_non_ascii_characters)
 {
     const std::string log = m_folder.path("\xc3\xa4\xf0\x9f\x98\x80");
     EXPECT_EQ(run_with_log(log).exit_code, 0);
     EXPECT_EQ(lines_of_run({"--replay", log, "--severity", "info"}).size(), 1U);
 }
 
-TEST_F(recording_test, a_log_that_cannot_be_made_is_refused)
+TEST_F(recording_test, a_log_that_cannot_be_created_is_refused)
 {
     for (const std::string& log :
          {m_folder.path("none/log"), m_folder.path("none/"), std::string()})
         expect_unrecordable(run_with_log(log), log);
 }
 
-TEST_F(recording_test, what_is_no_regular_file_is_refused_at_once)
+TEST_F(recording_test, a_log_that_is_not_a_regular_file_is_refused_at_once)
 {
     m_folder.make_directory("directory");
     m_folder.make_fifo("fifo");
@@ -128,7 +128,7 @@ TEST_F(recording_test, what_is_no_regular_file_is_refused_at_once)
         expect_unrecordable(run_with_log(log), log);
 }
 
-TEST_F(recording_test, a_log_that_must_not_be_written_is_refused)
+TEST_F(recording_test, a_log_without_write_permission_is_refused)
 {
     record();
     m_folder.set_mode("log.xml", 0400);
@@ -138,7 +138,7 @@ TEST_F(recording_test, a_log_that_must_not_be_written_is_refused)
     EXPECT_EQ(replay().size(), 1U);
 }
 
-TEST_F(recording_test, a_log_that_another_process_holds_is_refused_and_left_alone)
+TEST_F(recording_test, a_log_locked_by_another_process_is_refused_and_left_alone)
 {
     record();
     const std::string log = read_log();
@@ -148,7 +148,7 @@ TEST_F(recording_test, a_log_that_another_process_holds_is_refused_and_left_alon
     EXPECT_EQ(read_log(), log);
 }
 
-TEST_F(recording_test, nothing_is_walked_where_nothing_can_be_recorded)
+TEST_F(recording_test, nothing_is_walked_if_nothing_can_be_recorded)
 {
     const std::string log = m_folder.path();
     expect_unrecordable(run_audit({"--log", log, m_tree.path("none")}), log);

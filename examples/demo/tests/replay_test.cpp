@@ -15,8 +15,8 @@ namespace audit
 namespace
 {
 
-const char unreadable[] = "replayed: it is no regular file that can be read";
-const char without_message[] = "replayed: no message is in it";
+const char unreadable[] = "replayed: it is not a readable regular file";
+const char without_message[] = "replayed: it contains no message";
 
 class replay_test : public log_test_t
 {
@@ -27,7 +27,7 @@ protected:
     }
 };
 
-TEST_F(replay_test, only_what_is_as_grave_as_chosen_is_printed)
+TEST_F(replay_test, only_messages_of_the_chosen_severity_and_above_are_printed)
 {
     make_findings();
     record();
@@ -41,7 +41,7 @@ TEST_F(replay_test, only_what_is_as_grave_as_chosen_is_printed)
     EXPECT_EQ(lines_of_run({"--replay", m_log}), replay("warning"));
 }
 
-TEST_F(replay_test, a_log_stays_as_it_is)
+TEST_F(replay_test, a_replay_does_not_change_the_log)
 {
     make_findings();
     record();
@@ -50,13 +50,13 @@ TEST_F(replay_test, a_log_stays_as_it_is)
     EXPECT_EQ(read_log(), log);
 }
 
-TEST_F(replay_test, a_log_may_hide_all_its_messages)
+TEST_F(replay_test, a_severity_may_hide_all_messages_of_a_log)
 {
     record();
     EXPECT_EQ(replay("critical"), lines_t{});
 }
 
-TEST_F(replay_test, figures_come_where_they_are_asked_for)
+TEST_F(replay_test, counts_are_printed_on_request)
 {
     make_findings();
     record();
@@ -65,7 +65,7 @@ TEST_F(replay_test, figures_come_where_they_are_asked_for)
     EXPECT_EQ(result.err, "audit: 5 messages were replayed, 4 were shown\n");
 }
 
-TEST_F(replay_test, what_is_no_file_that_can_be_read_is_refused_at_once)
+TEST_F(replay_test, a_log_that_is_not_a_readable_file_is_refused_at_once)
 {
     m_folder.make_directory("directory");
     m_folder.make_fifo("fifo");
@@ -74,7 +74,7 @@ TEST_F(replay_test, what_is_no_file_that_can_be_read_is_refused_at_once)
         expect_refusal(run_replay(log), log, unreadable);
 }
 
-TEST_F(replay_test, a_file_that_must_not_be_read_is_refused)
+TEST_F(replay_test, a_log_without_read_permission_is_refused)
 {
     record();
     m_folder.set_mode("log.xml", 0200);
@@ -93,7 +93,7 @@ TEST_F(replay_test, a_file_without_a_message_is_refused)
     }
 }
 
-TEST_F(replay_test, a_log_without_its_end_gives_what_is_complete)
+TEST_F(replay_test, a_truncated_log_replays_its_complete_messages)
 {
     make_findings();
     record();
@@ -104,7 +104,7 @@ TEST_F(replay_test, a_log_without_its_end_gives_what_is_complete)
 }
 
 // These are limits of the library's log, which the program does not change.
-TEST_F(replay_test, a_value_that_xml_must_write_otherwise_comes_back_changed_and_in_pieces)
+TEST_F(replay_test, a_value_with_xml_escapes_is_replayed_changed_and_in_parts)
 {
     m_tree.make_link("a&b", "x");
     const std::string path = m_tree.path();
@@ -113,7 +113,7 @@ TEST_F(replay_test, a_value_that_xml_must_write_otherwise_comes_back_changed_and
               "warning link_dangling audit \"\"=& path=" + path + "/a&amp;b target=x");
 }
 
-TEST_F(replay_test, an_interrupt_ends_it_at_once)
+TEST_F(replay_test, an_interrupt_ends_a_replay_at_once)
 {
     m_tree.make_empty_files(600);
     record();
@@ -127,7 +127,7 @@ TEST_F(replay_test, an_interrupt_ends_it_at_once)
     EXPECT_EQ(process.finish().exit_code, -SIGINT);
 }
 
-TEST_F(replay_test, a_full_device_is_3)
+TEST_F(replay_test, a_full_device_exits_with_3)
 {
     record();
     const descriptor_t full(::open("/dev/full", O_WRONLY | O_CLOEXEC));

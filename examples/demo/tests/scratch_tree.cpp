@@ -39,9 +39,9 @@ void make_file_at(int directory, const std::string& name, off_t size)
 descriptor_t make_directory_at(int directory, const std::string& name)
 {
     require(::mkdirat(directory, name.c_str(), 0755) == 0, name);
-    descriptor_t made(::openat(directory, name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    require(made.is_open(), name);
-    return made;
+    descriptor_t created(::openat(directory, name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    require(created.is_open(), name);
+    return created;
 }
 
 // Runs a tool of the system, which works at any depth.

@@ -15,7 +15,7 @@ struct case_t
     std::string shown;
 };
 
-TEST(terminal_text_test, only_what_is_unsafe_on_a_terminal_is_escaped)
+TEST(terminal_text_test, only_characters_unsafe_on_a_terminal_are_escaped)
 {
     const case_t cases[] = {
         {L"", ""},
@@ -41,7 +41,7 @@ TEST(terminal_text_test, only_what_is_unsafe_on_a_terminal_is_escaped)
         EXPECT_EQ(terminal_text(given.text), given.shown);
 }
 
-TEST(terminal_text_test, no_single_element_brings_a_control_byte)
+TEST(terminal_text_test, no_single_element_produces_a_control_byte)
 {
     for (wchar_t element = 0; element < 0x3000; ++element)
         for (const char byte : terminal_text(std::wstring(1, element))) {

@@ -60,7 +60,7 @@ TEST_F(texts_test, the_environment_chooses_the_language)
     EXPECT_EQ(first_warning({{"LANG", "en_GB.UTF-8"}}), english());
 }
 
-TEST_F(texts_test, english_is_shown_where_the_environment_asks_for_what_is_not_there)
+TEST_F(texts_test, english_is_shown_if_the_requested_language_has_no_texts)
 {
     make_findings();
     for (const char* const locale : {"C", "C.UTF-8", "POSIX", "tlh_AA", "../../de", "."})
@@ -68,7 +68,7 @@ TEST_F(texts_test, english_is_shown_where_the_environment_asks_for_what_is_not_t
     EXPECT_EQ(first_warning({}), english());
 }
 
-TEST_F(texts_test, the_user_chooses_before_the_environment)
+TEST_F(texts_test, the_language_option_precedes_the_environment)
 {
     make_findings();
     EXPECT_EQ(read({"--lang=de", m_tree.path()}, in({{"LC_ALL", "en"}})).front(), german());
@@ -111,7 +111,7 @@ TEST_F(texts_test, each_message_of_a_walk_has_a_text_in_each_language)
     }
 }
 
-TEST_F(texts_test, the_system_s_errors_are_told_in_the_reader_s_language)
+TEST_F(texts_test, system_errors_are_shown_in_the_user_s_language)
 {
     m_tree.make_directory("closed");
     m_tree.set_mode("closed", 0);
@@ -140,7 +140,7 @@ TEST_F(texts_test, the_summary_counts_in_the_reader_s_language)
                                         "0 weiteren Eintr\xc3\xa4gen.");
 }
 
-TEST_F(texts_test, a_log_reads_in_the_language_of_its_reader)
+TEST_F(texts_test, a_log_is_shown_in_the_chosen_language)
 {
     make_findings();
     EXPECT_EQ(read({"--lang", "en", "--log", m_log, m_tree.path()}), walk_in("en", "warning"));
@@ -148,7 +148,7 @@ TEST_F(texts_test, a_log_reads_in_the_language_of_its_reader)
     EXPECT_EQ(read({"--lang", "en", "--replay", m_log}), walk_in("en", "warning"));
 }
 
-TEST_F(texts_test, a_message_of_somebody_else_is_shown_as_it_is)
+TEST_F(texts_test, a_message_of_another_source_is_shown_as_it_is)
 {
     write_log("<log><msg tool=\"other\"><arg name=\"disk\">sda</arg><type>disk_lost</type>"
               "<severity>ERROR</severity></msg></log>");

@@ -93,8 +93,8 @@ protected:
         return arg(*m_receiver.messages.back(), name);
     }
 
-    /// Sets the action for the moment when the walk is at this file.
-    void when_at(const std::string& name, const std::function<void()>& action)
+    /// Sets the action that runs when the walk reaches this file.
+    void on_visit(const std::string& name, const std::function<void()>& action)
     {
         m_receiver.on_message = [this, name, action](const message_t& message) {
             if (message.get_type() == L"file_seen" && arg(message, L"path") == m_tree.path(name))
@@ -167,7 +167,7 @@ TEST_F(tree_walker_test, the_summary_counts_what_was_seen)
     EXPECT_EQ(summary(L"findings"), "1");
 }
 
-TEST_F(tree_walker_test, the_summary_is_as_grave_as_the_gravest_finding)
+TEST_F(tree_walker_test, the_summary_has_the_highest_severity_of_all_findings)
 {
     m_tree.make_link("a", "nowhere");
     m_tree.make_file("b");
@@ -177,14 +177,14 @@ TEST_F(tree_walker_test, the_summary_is_as_grave_as_the_gravest_finding)
     EXPECT_EQ(m_receiver.messages.back()->get_severity(), message_t::error);
 }
 
-TEST_F(tree_walker_test, a_tree_that_is_as_it_should_be_has_a_summary_that_only_informs)
+TEST_F(tree_walker_test, the_summary_of_a_tree_without_findings_is_an_info)
 {
     EXPECT_FALSE(walk());
     ASSERT_EQ(m_receiver.messages.size(), 1U);
     EXPECT_EQ(m_receiver.messages.back()->get_severity(), message_t::info);
 }
 
-TEST_F(tree_walker_test, nothing_is_sent_where_the_top_cannot_be_read)
+TEST_F(tree_walker_test, nothing_is_sent_if_the_top_cannot_be_read)
 {
     EXPECT_EQ(m_walker.walk(m_tree.path("none")), std::errc::no_such_file_or_directory);
     m_tree.make_file("file");
@@ -193,7 +193,7 @@ TEST_F(tree_walker_test, nothing_is_sent_where_the_top_cannot_be_read)
     EXPECT_TRUE(m_recorder->percents.empty());
 }
 
-TEST_F(tree_walker_test, a_slash_behind_the_top_is_not_doubled)
+TEST_F(tree_walker_test, a_slash_after_the_top_is_not_doubled)
 {
     m_tree.make_file("a");
     EXPECT_FALSE(m_walker.walk(m_tree.path() + '/'));
@@ -236,11 +236,11 @@ TEST_F(tree_walker_test, each_percentage_is_reported_once)
     EXPECT_EQ(m_recorder->percents.size(), 101U);
 }
 
-TEST_F(tree_walker_test, a_canceled_walk_ends_with_a_summary_that_says_so)
+TEST_F(tree_walker_test, a_canceled_walk_ends_with_an_incomplete_summary)
 {
     for (const char* const name : {"a", "b", "c"})
         m_tree.make_file(name);
-    when_at("b", [this] { m_progress->canceled = true; });
+    on_visit("b", [this] { m_progress->canceled = true; });
     EXPECT_FALSE(walk());
     EXPECT_FALSE(m_walker.is_complete());
     EXPECT_EQ(args_of(L"file_seen", L"path"), paths({"a", "b"}));
@@ -248,29 +248,29 @@ TEST_F(tree_walker_test, a_canceled_walk_ends_with_a_summary_that_says_so)
     EXPECT_EQ(summary(L"complete"), "no");
 }
 
-TEST_F(tree_walker_test, a_file_that_vanishes_meanwhile_is_no_finding)
+TEST_F(tree_walker_test, a_file_that_vanishes_during_the_walk_is_not_a_finding)
 {
     for (const char* const name : {"a", "b", "c"})
         m_tree.make_file(name);
-    when_at("a", [this] { m_tree.remove_file("b"); });
+    on_visit("a", [this] { m_tree.remove_file("b"); });
     EXPECT_FALSE(walk());
     EXPECT_EQ(args_of(L"file_seen", L"path"), paths({"a", "c"}));
     EXPECT_EQ(summary(L"findings"), "0");
 }
 
-TEST_F(tree_walker_test, a_file_that_vanishes_while_it_is_looked_at_is_no_finding)
+TEST_F(tree_walker_test, a_file_that_vanishes_during_its_audit_is_not_a_finding)
 {
     m_tree.make_file("a");
-    when_at("a", [this] { m_tree.remove_file("a"); });
+    on_visit("a", [this] { m_tree.remove_file("a"); });
     EXPECT_FALSE(walk());
     EXPECT_EQ(summary(L"findings"), "0");
 }
 
-TEST_F(tree_walker_test, an_unprintable_name_that_vanishes_meanwhile_is_no_finding)
+TEST_F(tree_walker_test, an_unprintable_name_that_vanishes_is_not_a_finding)
 {
     m_tree.make_file("a");
     m_tree.make_file("b\n");
-    when_at("a", [this] { m_tree.remove_file("b\n"); });
+    on_visit("a", [this] { m_tree.remove_file("b\n"); });
     EXPECT_FALSE(walk());
     EXPECT_EQ(summary(L"findings"), "0");
 }
@@ -279,29 +279,29 @@ TEST_F(tree_walker_test, a_directory_whose_parents_are_moved_meanwhile_is_walked
 {
     m_tree.make_depth(40);
     m_tree.make_file(depth(4) + "/last");
-    when_at(depth(40) + "/bottom", [this] { m_tree.move(depth(3), "elsewhere"); });
+    on_visit(depth(40) + "/bottom", [this] { m_tree.move(depth(3), "elsewhere"); });
     EXPECT_FALSE(walk());
     EXPECT_EQ(args_of(L"file_seen", L"path"), paths({depth(40) + "/bottom", depth(4) + "/last"}));
     EXPECT_EQ(summary(L"findings"), "0");
 }
 
-TEST_F(tree_walker_test, a_directory_that_is_moved_away_meanwhile_is_walked_where_it_is)
+TEST_F(tree_walker_test, a_directory_that_is_moved_away_meanwhile_is_walked_to_its_end)
 {
     m_tree.make_depth(40);
     m_tree.make_file(depth(4) + "/last");
-    when_at(depth(40) + "/bottom", [this] { m_tree.move(depth(5), "elsewhere"); });
+    on_visit(depth(40) + "/bottom", [this] { m_tree.move(depth(5), "elsewhere"); });
     EXPECT_FALSE(walk());
     EXPECT_EQ(args_of(L"file_seen", L"path"), paths({depth(40) + "/bottom", depth(4) + "/last"}));
     EXPECT_EQ(summary(L"findings"), "0");
     EXPECT_EQ(summary(L"complete"), "yes");
 }
 
-TEST_F(tree_walker_test, a_directory_that_gets_out_of_reach_is_reported_and_its_parent_goes_on)
+TEST_F(tree_walker_test, a_directory_that_becomes_unreachable_is_reported_and_its_parent_is_walked)
 {
     m_tree.make_depth(40);
     m_tree.make_file(depth(4) + "/last");
     m_tree.make_file(depth(3) + "/last");
-    when_at(depth(40) + "/bottom", [this] {
+    on_visit(depth(40) + "/bottom", [this] {
         m_tree.move(depth(5), "elsewhere");
         m_tree.move(depth(4), "lost");
     });
@@ -312,11 +312,11 @@ TEST_F(tree_walker_test, a_directory_that_gets_out_of_reach_is_reported_and_its_
     EXPECT_EQ(args_of(L"file_seen", L"path"), paths({depth(40) + "/bottom", depth(3) + "/last"}));
 }
 
-TEST_F(tree_walker_test, another_directory_in_the_place_of_one_that_was_moved_is_not_taken_for_it)
+TEST_F(tree_walker_test, a_directory_that_replaces_a_moved_one_is_not_walked)
 {
     m_tree.make_depth(40);
     m_tree.make_file(depth(4) + "/last");
-    when_at(depth(40) + "/bottom", [this] {
+    on_visit(depth(40) + "/bottom", [this] {
         m_tree.move(depth(5), "elsewhere");
         m_tree.move(depth(4), "lost");
         m_tree.make_directory(depth(4));
@@ -327,10 +327,10 @@ TEST_F(tree_walker_test, another_directory_in_the_place_of_one_that_was_moved_is
     EXPECT_EQ(args_of(L"file_seen", L"path"), paths({depth(40) + "/bottom"}));
 }
 
-TEST_F(tree_walker_test, a_directory_out_of_reach_is_no_finding_where_no_names_are_left)
+TEST_F(tree_walker_test, an_unreachable_directory_without_names_left_is_not_a_finding)
 {
     m_tree.make_depth(40);
-    when_at(depth(40) + "/bottom", [this] {
+    on_visit(depth(40) + "/bottom", [this] {
         m_tree.move(depth(5), "elsewhere");
         m_tree.move(depth(4), "lost");
     });

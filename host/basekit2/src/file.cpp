@@ -23,7 +23,7 @@ namespace
 
 constexpr std::size_t part_size = 65536;
 
-enum class outcome
+enum class outcome_t
 {
     created,
     failed,
@@ -102,17 +102,17 @@ bool fill(int source, int target)
 
 /// Writes an unnamed file and names it when it is complete. If the process ends before, the system
 /// removes the file.
-outcome copy_unnamed(int source, const std::string& directory, const std::string& to)
+outcome_t copy_unnamed(int source, const std::string& directory, const std::string& to)
 {
     const descriptor_t target(posix::open_file(directory.c_str(), O_TMPFILE | O_WRONLY));
     if (!target.is_open())
-        return outcome::not_supported;
+        return outcome_t::not_supported;
     if (!fill(source, target.number()))
-        return outcome::failed;
+        return outcome_t::failed;
     const std::string unnamed = "/proc/self/fd/" + std::to_string(target.number());
     if (linkat(AT_FDCWD, unnamed.c_str(), AT_FDCWD, to.c_str(), AT_SYMLINK_FOLLOW) == 0)
-        return outcome::created;
-    return errno == EEXIST ? outcome::failed : outcome::not_supported;
+        return outcome_t::created;
+    return errno == EEXIST ? outcome_t::failed : outcome_t::not_supported;
 }
 
 /// Renames a file on a file system without hard links. If renameat2() fails, the destination is
@@ -183,12 +183,12 @@ bool copy_file(const path_t& from, const path_t& to)
     if (!source.is_open() || !posix::is_regular(source.number()))
         return false;
     const std::string directory = directory_of(to);
-    const outcome result = copy_unnamed(source.number(), directory, destination);
+    const outcome_t result = copy_unnamed(source.number(), directory, destination);
     // The error for a file system without unnamed files depends on the kernel and the file system.
     // Any other cause makes the second attempt fail as well.
-    if (result == outcome::not_supported)
+    if (result == outcome_t::not_supported)
         return copy_named(source.number(), directory, destination);
-    return result == outcome::created;
+    return result == outcome_t::created;
 }
 
 bool read_file(const path_t& path, std::size_t at_most, std::string& bytes)

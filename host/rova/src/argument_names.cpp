@@ -53,19 +53,17 @@ bool has_large_power(const icu::UnicodeString& style)
     return false;
 }
 
-void add_use(argument_uses_t& uses, UMessagePatternArgType type)
+void add_number_use(argument_uses_t& uses, bool is_date)
 {
-    if (type == UMSGPAT_ARG_TYPE_NONE)
-        ++uses.text_uses;
-    else if (type == UMSGPAT_ARG_TYPE_SELECT)
-        uses.is_selector = true;
-    else
-        uses.is_number = true;
+    uses.is_date = is_date && (uses.is_date || !uses.is_number);
+    uses.is_number = true;
 }
 
 } // namespace
 
-argument_names_t::argument_names_t(const icu::MessagePattern& pattern) : m_pattern(pattern)
+argument_names_t::argument_names_t(const icu::MessagePattern& pattern,
+                                   const renamed_pattern_t& renamed)
+    : m_pattern(pattern), m_renamed(renamed)
 {
     for (std::int32_t i = 0; i != pattern.countParts() && !exceeds_limits(); ++i)
         add_part(i);
@@ -115,8 +113,24 @@ void argument_names_t::add_part(std::int32_t index)
 void argument_names_t::add_argument(std::int32_t start)
 {
     const auto type = m_pattern.getPart(start).getArgType();
+    const icu::UnicodeString name = name_at(start);
+    const auto renamed = m_renamed.names.find(name);
+    argument_uses_t& uses = m_names[name];
+    uses.original_name = renamed == m_renamed.names.end() ? name : renamed->second;
     ++(type == UMSGPAT_ARG_TYPE_NONE ? m_text_uses : m_number_uses);
-    add_use(m_names[name_at(start)], type);
+    if (type == UMSGPAT_ARG_TYPE_NONE)
+        ++uses.text_uses;
+    else if (type == UMSGPAT_ARG_TYPE_SELECT)
+        uses.is_selector = true;
+    else
+        add_number_use(uses, type == UMSGPAT_ARG_TYPE_SIMPLE && is_date(start));
+}
+
+// After the start and the name of an argument, the pattern has the type.
+bool argument_names_t::is_date(std::int32_t start) const
+{
+    const icu::UnicodeString type = m_pattern.getSubstring(m_pattern.getPart(start + 2));
+    return type == u"date" || type == u"time";
 }
 
 void argument_names_t::add_type(const icu::UnicodeString& type)
@@ -173,7 +187,7 @@ std::int32_t argument_names_t::copy_text(std::int32_t start, std::int32_t copied
 }
 
 /// Adds a branch, named by the new name, that is selected if the argument is missing. It writes the
-/// argument's name in braces.
+/// argument's original name in braces, all in apostrophes.
 std::int32_t argument_names_t::copy_select(std::int32_t start, std::int32_t copied,
                                            const icu::UnicodeString& new_name,
                                            icu::UnicodeString& result) const
@@ -181,7 +195,9 @@ std::int32_t argument_names_t::copy_select(std::int32_t start, std::int32_t copi
     const std::int32_t name_end = copy_text(start, copied, new_name, result);
     const std::int32_t selector = m_pattern.getPart(start + 2).getIndex();
     result.append(m_pattern.getPatternString(), name_end, selector - name_end);
-    result.append(new_name).append(u"{'{'").append(name_at(start)).append(u"'}'} ");
+    icu::UnicodeString name = m_names.find(name_at(start))->second.original_name;
+    name.findAndReplace(u"'", u"''");
+    result.append(new_name).append(u"{'{").append(name).append(u"}'} ");
     return selector;
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "placeholder_names.h"
+
 #include <unicode/messagepattern.h>
 #include <unicode/unistr.h>
 
@@ -18,6 +20,8 @@ struct argument_uses_t
     std::size_t text_uses = 0; ///< number of uses as a text
     bool is_selector = false;
     bool is_number = false;
+    bool is_date = false; ///< if it is a number, whether it is only used as a date or time
+    icu::UnicodeString original_name; ///< in the pattern
     icu::UnicodeString text_name;     ///< empty if the text keeps its name
     icu::UnicodeString selector_name; ///< empty if the selector keeps its name
 };
@@ -29,7 +33,9 @@ class argument_names_t
 public:
     typedef std::map<icu::UnicodeString, argument_uses_t> names_t;
 
-    explicit argument_names_t(const icu::MessagePattern& pattern);
+    /// Takes a pattern, and the original names of the arguments that were renamed in it. Both must
+    /// outlive this object.
+    argument_names_t(const icu::MessagePattern& pattern, const renamed_pattern_t& renamed);
 
     const names_t& all() const { return m_names; }
     /// Returns whether the pattern exceeds a limit. Its names are incomplete in that case.
@@ -47,6 +53,7 @@ private:
     icu::UnicodeString name_at(std::int32_t start) const;
     void add_part(std::int32_t index);
     void add_argument(std::int32_t start);
+    bool is_date(std::int32_t start) const;
     void add_type(const icu::UnicodeString& type);
     void add_style(const icu::UnicodeString& style);
     void rename(argument_uses_t& uses);
@@ -59,6 +66,7 @@ private:
                              const icu::UnicodeString& new_name, icu::UnicodeString& result) const;
 
     const icu::MessagePattern& m_pattern;
+    const renamed_pattern_t& m_renamed;
     names_t m_names;
     std::size_t m_text_uses = 0;
     std::size_t m_number_uses = 0;

@@ -1,5 +1,6 @@
 #include "icu_arguments.h"
 
+#include "iso_date.h"
 #include "unicode_text.h"
 
 #include <rova/strings.h>
@@ -64,7 +65,9 @@ icu::Formattable to_decimal(const std::string& text)
 
 } // namespace
 
-icu_arguments_t::icu_arguments_t(const std::vector<icu::UnicodeString>& names) : m_all_names(names)
+icu_arguments_t::icu_arguments_t(const std::vector<icu::UnicodeString>& names,
+                                 const std::string& time_zone)
+    : m_all_names(names), m_time_zone(time_zone)
 {
     m_values.reserve(names.size());
 }
@@ -86,14 +89,14 @@ void icu_arguments_t::add(const slot_t& slot, const std::wstring* text)
 void icu_arguments_t::add_value(const slot_t& slot, const std::wstring* text)
 {
     if (text != nullptr && slot.is_number)
-        add_number(strings::utf16_to_utf8(*text));
+        add_number(slot, strings::utf16_to_utf8(*text));
     else if (text != nullptr)
         m_values.emplace_back(strings::to_unicode(*text));
     else if (!slot.fallback.isEmpty())
         m_values.emplace_back(slot.fallback);
 }
 
-void icu_arguments_t::add_number(const std::string& text)
+void icu_arguments_t::add_number(const slot_t& slot, const std::string& text)
 {
     std::int64_t whole = 0;
     double real = 0;
@@ -101,6 +104,8 @@ void icu_arguments_t::add_number(const std::string& text)
         m_values.push_back(to_formattable(whole));
     else if (is_whole_text(text, real) && std::isfinite(real))
         m_values.push_back(is_long_decimal(text) ? to_decimal(text) : icu::Formattable(real));
+    else if (const auto date = slot.is_date ? parse_iso_date(text, m_time_zone) : std::nullopt)
+        m_values.emplace_back(*date, icu::Formattable::kIsDate);
 }
 
 } // namespace i18n

@@ -1,6 +1,9 @@
 #include "message_pattern.h"
 
 #include "argument_names.h"
+#include "locale_name.h"
+#include "placeholder_names.h"
+#include "time_zone.h"
 #include "unicode_text.h"
 
 #include <rova/strings.h>
@@ -68,7 +71,7 @@ bool has_data(const char* package, const icu::Locale& locale)
 /// the process's default locale.
 icu::Locale find_language(const std::string& name, bool with_rules)
 {
-    icu::Locale locale(name.c_str());
+    icu::Locale locale = to_icu_locale(name);
     if (locale.isBogus() || !has_data(nullptr, locale))
         return icu::Locale::getRoot();
     if (with_rules && !has_data(U_ICUDATA_NAME "-rbnf", locale))
@@ -76,14 +79,14 @@ icu::Locale find_language(const std::string& name, bool with_rules)
     return locale;
 }
 
-/// Returns the locale with the time zone GMT. Otherwise ICU would format all dates, nested ones
-/// too, in the process's time zone.
-icu::Locale find_locale(const std::string& name, bool with_rules)
+/// Returns the locale with the time zone. Otherwise ICU would format all dates, nested ones too, in
+/// the process's time zone.
+icu::Locale find_locale(const std::string& name, bool with_rules, const std::string& time_zone)
 {
     icu::Locale locale = find_language(name, with_rules);
     UErrorCode status = U_ZERO_ERROR;
-    locale.setKeywordValue("timezone", "GMT", status);
-    return succeeded(status) ? locale : icu::Locale("@timezone=GMT");
+    locale.setKeywordValue("timezone", time_zone.c_str(), status);
+    return succeeded(status) ? locale : icu::Locale(("@timezone=" + time_zone).c_str());
 }
 
 bool fits(const std::wstring* text)
@@ -120,23 +123,32 @@ std::string to_utf8(const icu::UnicodeString& text)
 
 } // namespace
 
-pattern_t::pattern_t(const std::wstring& pattern, const std::string& locale) : m_text(pattern)
+pattern_t::pattern_t(const std::wstring& pattern, const std::string& locale)
+    : m_text(pattern), m_time_zone(get_time_zone())
 {
     if (pattern.size() > max_pattern || is_too_deep(pattern))
         return;
+    const icu::UnicodeString text = strings::to_unicode(pattern);
     UErrorCode status = U_ZERO_ERROR;
-    const icu::MessagePattern parsed(strings::to_unicode(pattern), nullptr, status);
+    icu::MessagePattern parsed(text, nullptr, status);
+    renamed_pattern_t renamed;
+    if (!succeeded(status)) {
+        renamed = rename_placeholders(text);
+        status = U_ZERO_ERROR;
+        parsed.parse(checked(renamed.pattern), nullptr, status);
+    }
     if (!succeeded(status))
         return;
-    const argument_names_t names(parsed);
+    const argument_names_t names(parsed, renamed);
     if (names.exceeds_limits())
         return;
     m_length = pattern.size() + names.number_uses() * max_number;
     add_slots(names);
     if (names.number_uses() == 0)
-        split(parsed);
+        split(parsed, names);
     else
-        make_format(names.renamed_pattern(), find_locale(locale, names.need_rules()));
+        make_format(names.renamed_pattern(), find_locale(locale, names.need_rules(), m_time_zone));
+    m_original_names = std::move(renamed.names);
 }
 
 pattern_t::~pattern_t() = default;
@@ -148,12 +160,17 @@ std::wstring pattern_t::format(const generic::varg_list& arguments) const
         return m_text;
     if (!m_format)
         return m_segments.empty() ? m_text : join(texts);
-    icu_arguments_t given(m_names);
+    icu_arguments_t given(m_names, m_time_zone);
     for (const slot_t& slot : m_slots)
         given.add(slot, texts[slot.argument]);
     UErrorCode status = U_ZERO_ERROR;
-    const icu::UnicodeString result = format(given, status);
-    return succeeded(status) ? strings::from_unicode(result) : m_text;
+    icu::UnicodeString result = format(given, status);
+    if (!succeeded(status))
+        return m_text;
+    if (!given.is_complete())
+        for (const auto& [name, original_name] : m_original_names)
+            result.findAndReplace(make_placeholder(name), make_placeholder(original_name));
+    return strings::from_unicode(result);
 }
 
 icu::UnicodeString pattern_t::format(const icu_arguments_t& given, UErrorCode& status) const
@@ -167,7 +184,7 @@ icu::UnicodeString pattern_t::format(const icu_arguments_t& given, UErrorCode& s
 void pattern_t::add_slots(const argument_names_t& names)
 {
     for (const auto& entry : names.all())
-        m_arguments.push_back(to_utf8(entry.first));
+        m_arguments.push_back(to_utf8(entry.second.original_name));
     // Names that are not valid Unicode may be equal in UTF-8.
     std::sort(m_arguments.begin(), m_arguments.end());
     m_arguments.erase(std::unique(m_arguments.begin(), m_arguments.end()), m_arguments.end());
@@ -177,13 +194,14 @@ void pattern_t::add_slots(const argument_names_t& names)
 
 void pattern_t::add_slots(const icu::UnicodeString& name, const argument_uses_t& uses)
 {
-    const std::size_t argument = find_argument(to_utf8(name), 0);
+    const std::size_t argument = find_argument(to_utf8(uses.original_name), 0);
+    const icu::UnicodeString placeholder = make_placeholder(uses.original_name);
     const std::size_t text_uses = uses.is_number ? 0 : uses.text_uses;
-    add_slot(name, {argument, uses.is_number, text_uses, icu::UnicodeString()});
+    add_slot(name, {argument, uses.is_number, uses.is_date, text_uses, icu::UnicodeString()});
     if (!uses.text_name.isEmpty())
-        add_slot(uses.text_name, {argument, false, uses.text_uses, make_placeholder(name)});
+        add_slot(uses.text_name, {argument, false, false, uses.text_uses, placeholder});
     if (!uses.selector_name.isEmpty())
-        add_slot(uses.selector_name, {argument, false, 0, uses.selector_name});
+        add_slot(uses.selector_name, {argument, false, false, 0, uses.selector_name});
 }
 
 void pattern_t::add_slot(const icu::UnicodeString& name, const slot_t& slot)
@@ -207,7 +225,7 @@ void pattern_t::make_format(const icu::UnicodeString& pattern, const icu::Locale
 
 /// Splits a pattern that has only texts as arguments. ICU would give the same result, but copies
 /// each text several times.
-void pattern_t::split(const icu::MessagePattern& parsed)
+void pattern_t::split(const icu::MessagePattern& parsed, const argument_names_t& names)
 {
     icu::UnicodeString literal;
     std::int32_t copied = 0;
@@ -217,7 +235,8 @@ void pattern_t::split(const icu::MessagePattern& parsed)
         copied = part.getLimit();
         if (part.getType() != UMSGPAT_PART_TYPE_ARG_START)
             continue;
-        const icu::UnicodeString name = parsed.getSubstring(parsed.getPart(i + 1));
+        const auto& name =
+            names.all().find(parsed.getSubstring(parsed.getPart(i + 1)))->second.original_name;
         m_segments.push_back({strings::from_unicode(literal), find_argument(to_utf8(name), 0),
                               strings::from_unicode(make_placeholder(name))});
         literal.remove();

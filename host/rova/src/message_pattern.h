@@ -11,6 +11,7 @@
 #include <unicode/unistr.h>
 
 #include <cstddef>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -49,7 +50,7 @@ private:
     void add_slots(const argument_names_t& names);
     void add_slots(const icu::UnicodeString& name, const argument_uses_t& uses);
     void add_slot(const icu::UnicodeString& name, const slot_t& slot);
-    void split(const icu::MessagePattern& parsed);
+    void split(const icu::MessagePattern& parsed, const argument_names_t& names);
     void make_format(const icu::UnicodeString& pattern, const icu::Locale& locale);
     std::size_t find_argument(const std::string& name, std::size_t expected) const;
     texts_t find_texts(const generic::varg_list& arguments) const;
@@ -57,7 +58,9 @@ private:
     std::wstring join(const texts_t& texts) const;
     icu::UnicodeString format(const icu_arguments_t& given, UErrorCode& status) const;
 
-    std::wstring m_text;                  ///< the pattern; also the result if formatting fails
+    std::wstring m_text; ///< the pattern; also the result if formatting fails
+    std::string m_time_zone;
+    std::map<icu::UnicodeString, icu::UnicodeString> m_original_names; ///< of renamed placeholders
     std::vector<std::string> m_arguments; ///< the names that the pattern uses, sorted
     std::vector<slot_t> m_slots;
     std::vector<icu::UnicodeString> m_names; ///< ICU's names of the slots

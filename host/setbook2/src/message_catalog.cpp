@@ -1,20 +1,18 @@
 #include <setbook2/message_catalog.h>
 
-#include "catalog_file.h"
+#include "file_catalog.h"
+#include "locale_folders.h"
 
 #include <rova/strings.h>
 
-#include <boost/algorithm/string/predicate.hpp>
-#include <boost/locale/info.hpp>
-#include <boost/locale/util.hpp>
-
-#include <algorithm>
-#include <locale>
+#include <chrono>
+#include <cstddef>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace setbook2
 {
@@ -23,6 +21,12 @@ namespace
 
 using ROVA_2_18::i18n::catalog_t;
 using ROVA_2_18::strings::utf16_to_utf8;
+using std::chrono::steady_clock;
+
+// Each new message asks for the catalog of its prefix, which most components do not have.
+constexpr std::chrono::seconds retry_pause(1);
+// The names can come from untrusted senders.
+const std::size_t max_missing_names = 1000;
 
 class catalogs_t
 {
@@ -36,8 +40,10 @@ private:
 
     std::mutex m_mutex;
     std::map<std::wstring, boost::shared_ptr<const catalog_t>> m_registered; ///< guarded by m_mutex
-    std::map<std::wstring, std::unique_ptr<const catalog_file_t>> m_files;   ///< guarded by m_mutex
-    std::optional<catalog_location_t> m_location;                            ///< guarded by m_mutex
+    std::map<std::wstring, std::unique_ptr<const file_catalog_t>> m_files;   ///< guarded by m_mutex
+    std::map<std::wstring, steady_clock::time_point>
+        m_missing; ///< names without a file, and when to try again; guarded by m_mutex
+    std::optional<catalog_location_t> m_location; ///< guarded by m_mutex
 };
 
 const catalog_t* catalogs_t::find(const std::wstring& name)
@@ -54,8 +60,18 @@ const catalog_t* catalogs_t::find_file(const std::wstring& name)
         return known->second.get();
     if (!m_location)
         return nullptr;
-    auto file = catalog_file_t::find(*m_location, name);
-    return file ? m_files.emplace(name, std::move(file)).first->second.get() : nullptr;
+    const auto now = steady_clock::now();
+    const auto missing = m_missing.find(name);
+    if (missing != m_missing.end() && now < missing->second)
+        return nullptr;
+    if (auto file = file_catalog_t::find(*m_location, name)) {
+        m_missing.erase(name);
+        return m_files.emplace(name, std::move(file)).first->second.get();
+    }
+    if (m_missing.size() == max_missing_names)
+        m_missing.clear();
+    m_missing[name] = steady_clock::now() + retry_pause;
+    return nullptr;
 }
 
 // The former catalog is destroyed with the parameter, after the lock is released: the destructor of
@@ -71,58 +87,17 @@ void catalogs_t::set(const std::wstring& name, boost::shared_ptr<const catalog_t
 
 void catalogs_t::bind(const catalog_location_t& location)
 {
-    std::map<std::wstring, std::unique_ptr<const catalog_file_t>> former;
+    std::map<std::wstring, std::unique_ptr<const file_catalog_t>> former;
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_location = location;
     m_files.swap(former);
+    m_missing.clear();
 }
 
 catalogs_t& catalogs()
 {
     static catalogs_t all;
     return all;
-}
-
-// The language that Boost.Locale returns for a text that is not a locale name.
-const char no_language[] = "C";
-
-// Rejects all other characters, since the text becomes part of a path.
-bool is_locale_text(const std::string& text)
-{
-    return std::all_of(text.begin(), text.end(), [](char letter) {
-        return std::isalnum(letter, std::locale::classic()) || letter == '_' || letter == '-' ||
-               letter == '.' || letter == '@';
-    });
-}
-
-// Returns the folder for a locale that has no language, and an empty text for any other.
-// Older releases of Boost.Locale read such a locale as a language, newer ones as none.
-std::string folder_without_language(const std::string& text)
-{
-    const std::string name = text.substr(0, text.find_first_of("_-.@"));
-    for (const char* folder : {"c", "posix"})
-        if (boost::algorithm::iequals(name, folder, std::locale::classic()))
-            return folder;
-    return std::string();
-}
-
-std::optional<catalog_location_t> parse_location(const std::wstring& directory,
-                                                 const std::wstring& locale)
-{
-    if (directory.empty() || directory.find(L'\0') != std::wstring::npos)
-        return std::nullopt;
-    const std::string text = utf16_to_utf8(locale);
-    if (!is_locale_text(text))
-        return std::nullopt;
-    const std::string folder = folder_without_language(text);
-    if (!folder.empty())
-        return catalog_location_t{utf16_to_utf8(directory), folder, std::string(), std::string()};
-    const std::locale parsed = boost::locale::util::create_info(std::locale::classic(), text);
-    const auto& info = std::use_facet<boost::locale::info>(parsed);
-    if (info.language() == no_language)
-        return std::nullopt;
-    return catalog_location_t{utf16_to_utf8(directory), info.language(), info.country(),
-                              info.variant()};
 }
 
 } // namespace
@@ -139,10 +114,13 @@ void registerMessageCatalog(const std::wstring& name, boost::shared_ptr<const ca
 
 bool bindCatalogDirectory(const std::wstring& directory, const std::wstring& locale)
 {
-    const auto location = parse_location(directory, locale);
-    if (location)
-        catalogs().bind(*location);
-    return location.has_value();
+    const bool can_be_directory = !directory.empty() && directory.find(L'\0') == std::wstring::npos;
+    const catalog_location_t location = {utf16_to_utf8(directory),
+                                         locale_folders(utf16_to_utf8(locale))};
+    const bool is_valid = can_be_directory && !location.folders.empty();
+    if (is_valid)
+        catalogs().bind(location);
+    return is_valid;
 }
 
 } // namespace setbook2

@@ -16,6 +16,12 @@ namespace i18n
 
 class pattern_t;
 
+/// Sets the time zone for the dates and times of the texts that are created from now on, such as
+/// "Europe/Berlin" or "GMT+02:00". It is "GMT" at first. Returns false, with nothing changed, if
+/// ICU does not know the zone. Any thread may call it at any time. A host calls it before it binds
+/// catalogs, whose texts are kept.
+ROVA_API bool set_time_zone(const std::string& id);
+
 /// A text of a catalog: a pattern of ICU's MessageFormat with named arguments, such as `{name}`,
 /// plurals and selects. Copies share the pattern, which is parsed once.
 ///
@@ -27,8 +33,9 @@ public:
     message_t() = default;
     /// Creates a text. The locale, such as "de_AT", determines plural forms and the format of
     /// numbers. The root locale is used if it is empty or unknown to ICU, or if the pattern spells
-    /// out numbers and ICU has no rules for its language. Dates and times are in GMT. The locale
-    /// and the time zone of the process have no effect.
+    /// out numbers and ICU has no rules for its language. A modifier as in "sr_RS@latin" or
+    /// "ca_ES@valencia" counts as a script or a variant; any other is ignored. Dates and times are
+    /// in the zone of set_time_zone(). The locale and the time zone of the process have no effect.
     explicit message_t(const std::wstring& pattern, const std::string& locale = std::string());
 
     /// Returns the pattern with its placeholders filled.
@@ -37,7 +44,14 @@ public:
     /// choice, a typed argument), the argument must be a decimal number, such as "-12", "0.5" or
     /// "1e6", without blanks and without a plus sign. A number of up to 100 characters without an
     /// exponent keeps all its digits. Any other, and one for a plural with an offset, is converted
-    /// to the nearest double. A date is in milliseconds since the beginning of 1970.
+    /// to the nearest double.
+    ///
+    /// A date or a time must be in milliseconds since the beginning of 1970, or as in ISO 8601:
+    /// "2026-11-21", "2026-11-21T14:05" or "2026-11-21T14:05:07.25", a time also with "Z" or an
+    /// offset such as "+01:00". Without an offset it is in the zone of the text.
+    ///
+    /// A placeholder's name extends to the next comma or brace, without the blanks around it. It has
+    /// no apostrophe.
     ///
     /// A placeholder remains as `{name}` if there is no such argument, or if it is not a required
     /// number. The first of several arguments with one name is used.

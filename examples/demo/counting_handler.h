@@ -13,7 +13,7 @@ namespace audit
 {
 
 /// Counts the messages that pass.
-class tally_t : public velmoext::base_handler_t
+class counting_handler_t : public velmoext::base_handler_t
 {
 public:
     using velmoext::base_handler_t::on_message;

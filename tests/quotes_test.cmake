@@ -1,0 +1,81 @@
+# Fails unless the programs in the documents are those in DIRECTORY/examples, which are built and
+# run:
+# - README.md has examples/report.cpp as a whole.
+# - A sentence in DIRECTORY/docs that ends in "From [examples/X](../examples/X):" precedes a block of
+#   C++. The block is a run of lines of that file. Indentation may differ.
+# - Each program is quoted.
+cmake_minimum_required(VERSION 3.20)
+set(quoted "")
+
+# NAME is the name of a variable. Adds an empty first line, so that each line follows a newline.
+function(remove_indentation name)
+  string(REGEX REPLACE "\n +" "\n" result "\n${${name}}")
+  set(${name} "${result}" PARENT_SCOPE)
+endfunction()
+
+# Sets IS_FOUND to whether the variable NAME contains MARK. If so, sets BEFORE to the text before it
+# and NAME to the text after it.
+function(split name mark before is_found)
+  string(FIND "${${name}}" "${mark}" end)
+  if(end EQUAL -1)
+    set(${is_found} OFF PARENT_SCOPE)
+    return()
+  endif()
+  string(LENGTH "${mark}" length)
+  math(EXPR rest "${end} + ${length}")
+  string(SUBSTRING "${${name}}" 0 ${end} head)
+  string(SUBSTRING "${${name}}" ${rest} -1 tail)
+  set(${before} "${head}" PARENT_SCOPE)
+  set(${name} "${tail}" PARENT_SCOPE)
+  set(${is_found} ON PARENT_SCOPE)
+endfunction()
+
+function(check_quotes document)
+  file(READ ${document} text)
+  split(text "From [examples/" ignored is_found)
+  while(is_found)
+    split(text "](" file is_found)
+    set(program ${DIRECTORY}/examples/${file})
+    if(NOT EXISTS ${program})
+      message(SEND_ERROR "${document} quotes examples/${file}, which does not exist")
+      return()
+    endif()
+    split(text "\n```" introduction is_found)
+    if(NOT introduction STREQUAL "../examples/${file}):\n")
+      message(SEND_ERROR "${document}: no block follows \"From [examples/${file}]\"")
+      return()
+    endif()
+    split(text "\n```" quote is_found)
+    string(REGEX REPLACE "^cpp\n" "" quote "${quote}\n")
+    file(READ ${program} source)
+    remove_indentation(source)
+    remove_indentation(quote)
+    string(FIND "${source}" "${quote}" position)
+    if(position EQUAL -1)
+      message(SEND_ERROR "${document}: these lines are not in examples/${file}:${quote}")
+    endif()
+    list(APPEND quoted ${file})
+    split(text "From [examples/" ignored is_found)
+  endwhile()
+  set(quoted "${quoted}" PARENT_SCOPE)
+endfunction()
+
+file(READ ${DIRECTORY}/README.md text)
+file(READ ${DIRECTORY}/examples/report.cpp source)
+split(text "```cpp\n" ignored is_found)
+split(text "```" quote is_found)
+if(NOT quote STREQUAL source)
+  message(SEND_ERROR "The program in README.md is not examples/report.cpp")
+endif()
+list(APPEND quoted report.cpp)
+
+file(GLOB documents ${DIRECTORY}/docs/*.md)
+foreach(document ${documents})
+  check_quotes(${document})
+endforeach()
+
+file(GLOB programs RELATIVE ${DIRECTORY}/examples ${DIRECTORY}/examples/*.cpp)
+list(REMOVE_ITEM programs ${quoted})
+if(programs)
+  message(SEND_ERROR "No document quotes these examples: ${programs}")
+endif()
