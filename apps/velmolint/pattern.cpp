@@ -3,6 +3,8 @@
 #include "output_text.h"
 #include "quoted_placeholders.h"
 
+#include <placeholder_names.h>
+
 #include <unicode/messagepattern.h>
 #include <unicode/parseerr.h>
 #include <unicode/unistr.h>
@@ -47,40 +49,94 @@ bool is_too_deep(const icu::UnicodeString& text)
     return depth > max_depth;
 }
 
-std::string excerpt(const icu::UnicodeString& text, std::int32_t offset)
-{
-    const std::int32_t end = text.getChar32Limit(std::min(offset + max_excerpt, text.length()));
-    return in_quotes(to_utf8(text.tempSubStringBetween(offset, end)));
-}
-
 void set_fault(pattern_t& pattern, const std::string& check, const std::string& message)
 {
     pattern.fault_check = check;
     pattern.fault = message;
 }
 
-void set_syntax_fault(pattern_t& pattern, const icu::UnicodeString& text, UErrorCode status,
-                      const UParseError& error)
+/// Parses a pattern as the library does: placeholders with names that ICU refuses get other names
+/// if the pattern is invalid otherwise.
+class parser_t
 {
-    if (status == U_DEFAULT_KEYWORD_MISSING)
+public:
+    explicit parser_t(const icu::UnicodeString& text) : m_text(text)
+    {
+        parse(text);
+        if (is_valid())
+            return;
+        m_renamed = ROVA_2_18::i18n::rename_placeholders(text);
+        if (!m_renamed.names.empty()) {
+            m_text = m_renamed.pattern;
+            parse(m_renamed.pattern);
+        }
+    }
+
+    bool is_valid() const { return U_SUCCESS(m_status); }
+    const icu::MessagePattern& parsed() const { return m_parsed; }
+    /// Returns the text as it is in the catalog.
+    icu::UnicodeString original(const icu::UnicodeString& text) const;
+    void describe_fault(pattern_t& pattern) const;
+
+private:
+    void parse(const icu::UnicodeString& text)
+    {
+        m_status = U_ZERO_ERROR;
+        m_parsed.parse(text, &m_error, m_status);
+    }
+
+    UErrorCode m_status = U_ZERO_ERROR;
+    UParseError m_error = {};
+    icu::MessagePattern m_parsed{m_status};
+    ROVA_2_18::i18n::renamed_pattern_t m_renamed;
+    icu::UnicodeString m_text; ///< as it was parsed
+};
+
+// A new name is a character for private use and a number.
+icu::UnicodeString parser_t::original(const icu::UnicodeString& text) const
+{
+    if (m_renamed.names.empty())
+        return text;
+    icu::UnicodeString result;
+    std::int32_t next = 0;
+    while (next != text.length()) {
+        std::int32_t end = next + 1;
+        while (end != text.length() && text[end] >= u'0' && text[end] <= u'9')
+            ++end;
+        const auto name = m_renamed.names.find(text.tempSubStringBetween(next, end));
+        if (name != m_renamed.names.end())
+            result.append(name->second);
+        else
+            result.append(text, next, end - next);
+        next = end;
+    }
+    return result;
+}
+
+void parser_t::describe_fault(pattern_t& pattern) const
+{
+    if (m_status == U_DEFAULT_KEYWORD_MISSING)
         return set_fault(pattern, "pattern-other",
                          "A plural or select has no branch \"other\". Add other {...}.");
-    if (status == U_UNMATCHED_BRACES)
+    if (m_status == U_UNMATCHED_BRACES)
         return set_fault(pattern, "pattern-syntax",
                          "A \"{\" has no matching \"}\", so the pattern is shown as it is. Add the "
                          "brace, or write '{' for a brace.");
-    const std::int32_t offset = std::clamp(error.offset, 0, text.length());
+    const std::int32_t offset = std::clamp(m_error.offset, 0, m_text.length());
+    const std::int32_t end = m_text.getChar32Limit(std::min(offset + max_excerpt, m_text.length()));
+    const icu::UnicodeString before = original(m_text.tempSubString(0, offset));
     set_fault(pattern, "pattern-syntax",
-              "The pattern is invalid at character " +
-                  std::to_string(text.countChar32(0, offset) + 1) + ", before " +
-                  excerpt(text, offset) + ", so it is shown as it is. Correct it there.");
+              "The pattern is invalid at character " + std::to_string(before.countChar32() + 1) +
+                  ", before " +
+                  in_quotes(to_utf8(original(m_text.tempSubStringBetween(offset, end)))) +
+                  ", so it is shown as it is. Correct it there.");
 }
 
 class pattern_reader_t
 {
 public:
-    pattern_reader_t(const icu::MessagePattern& parsed, pattern_t& pattern)
-        : m_parsed(parsed), m_pattern(pattern)
+    pattern_reader_t(const parser_t& parser, pattern_t& pattern)
+        : m_parser(parser), m_parsed(parser.parsed()), m_pattern(pattern)
     {}
 
     void read();
@@ -88,13 +144,14 @@ public:
 private:
     std::string substring(std::int32_t index) const
     {
-        return to_utf8(m_parsed.getSubstring(m_parsed.getPart(index)));
+        return to_utf8(m_parser.original(m_parsed.getSubstring(m_parsed.getPart(index))));
     }
     void read_argument(std::int32_t start);
     void read_typed(std::int32_t start);
     void read_plural(std::int32_t start, bool is_ordinal);
     void check_limits();
 
+    const parser_t& m_parser;
     const icu::MessagePattern& m_parsed;
     pattern_t& m_pattern;
     std::int32_t m_nested_texts = 0;
@@ -176,15 +233,13 @@ pattern_t parse_pattern(const std::string& text)
                   "shown as it is. Shorten it.");
         return pattern;
     }
-    UErrorCode status = U_ZERO_ERROR;
-    UParseError error = {};
-    const icu::MessagePattern parsed(characters, &error, status);
-    if (U_FAILURE(status)) {
-        set_syntax_fault(pattern, characters, status, error);
+    const parser_t parser(characters);
+    if (!parser.is_valid()) {
+        parser.describe_fault(pattern);
         return pattern;
     }
-    pattern.quoted_placeholders = find_quoted_placeholders(parsed);
-    pattern_reader_t(parsed, pattern).read();
+    pattern.quoted_placeholders = find_quoted_placeholders(parser.parsed());
+    pattern_reader_t(parser, pattern).read();
     return pattern;
 }
 

@@ -26,7 +26,7 @@ offsets_t skipped_offsets(const icu::MessagePattern& pattern)
 
 bool is_name_character(char16_t unit)
 {
-    return u_isalnum(unit) != 0 || unit == u'_';
+    return u_isalnum(unit) != 0 || unit == u'_' || unit == u'-' || unit == u'.';
 }
 
 /// Adds each name between "{" and "}" or ",".
