@@ -23,7 +23,8 @@ struct coverage_row_t
 
 typedef std::map<std::string, coverage_row_t> coverage_t; ///< by language
 
-/// Counts the texts of one catalog in each language, and reports those that are missing or fuzzy.
+/// Counts the texts of one catalog in each language, and reports those that are missing or fuzzy. A
+/// language such as de_AT takes texts from de, as in the library.
 class coverage_count_t
 {
 public:
@@ -41,18 +42,22 @@ private:
         fuzzy,
         translated
     };
+    typedef std::map<std::string, state_t> states_t; ///< by id
     struct language_t
     {
-        std::string file; ///< the first one
-        std::map<std::string, state_t> states;
+        std::string file; ///< the first catalog; empty if there is none
+        states_t own;
+        states_t all; ///< with the texts that the language takes from its fall-backs
     };
 
     static state_t state_of(const text_t& text);
-    static void report_text(const text_t& text, const std::string& file, findings_t& findings);
-    void report_absent(const language_t& language, findings_t& findings) const;
+    void report_text(const text_t& text, const catalog_t& catalog, findings_t& findings) const;
+    void add_texts(const catalog_t& catalog);
+    void add_fallbacks(const std::string& name, language_t& language) const;
+    void report_absent(const std::string& name, const language_t& language,
+                       findings_t& findings) const;
 
     const std::vector<const catalog_t*>& m_catalogs;
-    const std::set<std::string>& m_all_languages;
     std::map<std::string, language_t> m_languages;
     std::map<std::string, std::string> m_ids; ///< each id with a language that has it
 };
