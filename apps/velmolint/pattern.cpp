@@ -3,6 +3,7 @@
 #include "output_text.h"
 #include "quoted_placeholders.h"
 
+#include <argument_names.h>
 #include <placeholder_names.h>
 
 #include <unicode/messagepattern.h>
@@ -22,9 +23,6 @@ namespace
 // The limits of rova/i18n.h. ICU parses nested arguments recursively.
 constexpr std::int32_t max_pattern = std::int32_t{1} << 20;
 constexpr std::size_t max_depth = 100;
-constexpr std::int32_t max_nested_texts = 50;
-constexpr std::size_t max_names = 1000;
-constexpr std::size_t max_typed_arguments = 1000;
 
 constexpr std::int32_t max_excerpt = 20;
 
@@ -73,6 +71,10 @@ public:
     }
 
     bool is_valid() const { return U_SUCCESS(m_status); }
+    bool exceeds_limits() const
+    {
+        return ROVA_2_18::i18n::argument_names_t(m_parsed, m_renamed).exceeds_limits();
+    }
     const icu::MessagePattern& parsed() const { return m_parsed; }
     /// Returns the text as it is in the catalog.
     icu::UnicodeString original(const icu::UnicodeString& text) const;
@@ -149,24 +151,17 @@ private:
     void read_argument(std::int32_t start);
     void read_typed(std::int32_t start);
     void read_plural(std::int32_t start, bool is_ordinal);
-    void check_limits();
 
     const parser_t& m_parser;
     const icu::MessagePattern& m_parsed;
     pattern_t& m_pattern;
-    std::int32_t m_nested_texts = 0;
 };
 
 void pattern_reader_t::read()
 {
-    for (std::int32_t i = 0; i != m_parsed.countParts(); ++i) {
-        const icu::MessagePattern::Part& part = m_parsed.getPart(i);
-        if (part.getType() == UMSGPAT_PART_TYPE_ARG_START)
+    for (std::int32_t i = 0; i != m_parsed.countParts(); ++i)
+        if (m_parsed.getPartType(i) == UMSGPAT_PART_TYPE_ARG_START)
             read_argument(i);
-        else if (part.getType() == UMSGPAT_PART_TYPE_MSG_START)
-            m_nested_texts = std::max(m_nested_texts, part.getValue());
-    }
-    check_limits();
 }
 
 void pattern_reader_t::read_argument(std::int32_t start)
@@ -209,18 +204,6 @@ void pattern_reader_t::read_plural(std::int32_t start, bool is_ordinal)
     m_pattern.plurals.push_back(std::move(plural));
 }
 
-void pattern_reader_t::check_limits()
-{
-    if (m_nested_texts > max_nested_texts)
-        set_fault(m_pattern, "pattern-limit",
-                  "Texts are nested more than 50 deep, so the pattern is shown as it is. Nest "
-                  "fewer.");
-    else if (m_pattern.arguments.size() > max_names ||
-             m_pattern.typed_arguments.size() > max_typed_arguments)
-        set_fault(m_pattern, "pattern-limit",
-                  "The pattern has more than 1,000 arguments, so it is shown as it is. Use fewer.");
-}
-
 } // namespace
 
 pattern_t parse_pattern(const std::string& text)
@@ -236,6 +219,12 @@ pattern_t parse_pattern(const std::string& text)
     const parser_t parser(characters);
     if (!parser.is_valid()) {
         parser.describe_fault(pattern);
+        return pattern;
+    }
+    if (parser.exceeds_limits()) {
+        set_fault(pattern, "pattern-limit",
+                  "The pattern exceeds a limit on its arguments, nested texts or numbers, so it is "
+                  "shown as it is. Shorten it.");
         return pattern;
     }
     pattern.quoted_placeholders = find_quoted_placeholders(parser.parsed());
