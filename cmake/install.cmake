@@ -1,4 +1,4 @@
-# Installs the library and its headers. With the bundled host, also installs the host libraries and
+# Installs the library, its headers and velmolint. With the bundled host, also installs the host libraries and
 # the files for CMake and pkg-config. cmake/package.cmake packs each component separately.
 option(VELMOEXT1_INSTALL "Make install rules" ${top_level})
 if(NOT VELMOEXT1_INSTALL)
@@ -21,6 +21,19 @@ function(install_library target component development_component)
     COMPONENT ${component}
     NAMELINK_COMPONENT ${development_component})
 endfunction()
+
+if(VELMOEXT1_APPS)
+  install(TARGETS velmolint RUNTIME COMPONENT velmolint)
+  if(NOT VELMOEXT1_PACKAGES)
+    install(FILES apps/velmolint/velmolint.1
+      DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
+      COMPONENT velmolint)
+  endif()
+  install(FILES apps/velmolint/velmolint.bash
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
+    RENAME velmolint
+    COMPONENT velmolint)
+endif()
 
 install_headers(include/ development)
 

@@ -131,6 +131,26 @@ velmoext1 requires of its host application.
 \nThis package contains the headers. The files for CMake and pkg-config are in
 libvelmoext1-dev.")
 
+if(VELMOEXT1_APPS)
+  package(velmolint velmolint devel
+    SUMMARY "checks configuration and message catalogs of velmoext1"
+    TEXT
+"velmolint reports mistakes in the configuration files and the message catalogs
+of components that use velmoext1: titles and texts that do not exist, patterns
+that are invalid, placeholders and plural forms that are missing. It counts the
+translated texts of each language.")
+  string(APPEND config
+    "library_depends(VELMOLINT [[$<TARGET_FILE:velmolint>]] [[$<TARGET_FILE_DIR:rova>]])\n")
+  set(man_page ${PROJECT_BINARY_DIR}/package/velmolint.1)
+  configure_file(apps/velmolint/velmolint.1 ${man_page} COPYONLY)
+  execute_process(
+    COMMAND gzip --best --no-name --force --keep ${man_page}
+    COMMAND_ERROR_IS_FATAL ANY)
+  install(FILES ${man_page}.gz
+    DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
+    COMPONENT velmolint)
+endif()
+
 package(documentation libvelmoext1-doc doc
   SUMMARY "structured message reporting over a text channel, documentation"
   TEXT

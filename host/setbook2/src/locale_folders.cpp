@@ -143,7 +143,9 @@ std::vector<std::string> spellings(const std::string& language, const std::strin
     std::vector<std::string> names = {join(language, script, country)};
     if (script.empty())
         return names;
-    names.push_back(join(language, "", country) + "@" + modifier_of(script));
+    const std::string modifier = modifier_of(script);
+    if (modifier.find('_') == std::string::npos) // not for "traditional_han"
+        names.push_back(join(language, "", country) + "@" + modifier);
     const std::string usual_country =
         country.empty() ? most_likely(names.front()).getCountry() : country;
     const std::string without_script = join(language, "", usual_country);
