@@ -15,7 +15,7 @@
 namespace
 {
 
-// More entries would make a run slow.
+// A run with more entries is slow.
 const std::size_t max_entries = 64;
 
 std::string_view find_first(const setbook2::mo_file_t& file, std::string_view id)

@@ -18,7 +18,7 @@ typedef std::map<std::wstring, std::wstring> string_map_t;
 typedef boost::shared_ptr<message_t> message_ptr_t;
 
 inline message_ptr_t make_message(const std::wstring& type,
-                                message_t::severity_t severity = message_t::none)
+                                  message_t::severity_t severity = message_t::none)
 {
     auto message = boost::make_shared<message_t>();
     message->set_type(type);

@@ -98,7 +98,7 @@ private:
 
     std::unique_ptr<xmlParserCtxt, parser_deleter_t> m_parser;
     std::string_view m_unread;
-    position_t m_event_end = {1, 1}; ///< where the next markup begins
+    position_t m_event_end = {1, 1}; ///< of the last event, the begin of the next markup
     std::size_t m_depth = 0;
     bool m_is_in_entry = false;
     std::vector<entry_t> m_entries;

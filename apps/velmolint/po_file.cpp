@@ -209,7 +209,7 @@ position_t header_position(const po_scan_t& scan)
     return scan.entries.empty() ? position_t() : scan.entries.front().id;
 }
 
-/// Returns why gettext could not read the bytes, null if their encoding is no reason.
+/// Returns why gettext could not read the bytes, null if their encoding is not the reason.
 const char* wrong_encoding(const std::string& bytes)
 {
     if (bytes.find('\0') != std::string::npos)

@@ -1,7 +1,7 @@
 #include <basekit2/variant_bag.h>
 
+#include "bag_limits.h"
 #include "file_content.h"
-#include "limits.h"
 #include "xml_errors.h"
 
 #include <rova/strings.h>

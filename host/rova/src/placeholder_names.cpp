@@ -50,7 +50,7 @@ public:
     }
 
 private:
-    /// What an apostrophe can quote besides braces.
+    /// Determines what an apostrophe can quote besides braces.
     enum class kind_t
     {
         message,

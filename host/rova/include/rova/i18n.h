@@ -50,8 +50,8 @@ public:
     /// "2026-11-21", "2026-11-21T14:05" or "2026-11-21T14:05:07.25", a time also with "Z" or an
     /// offset such as "+01:00". Without an offset it is in the zone of the text.
     ///
-    /// A placeholder's name extends to the next comma or brace, without the blanks around it. It has
-    /// no apostrophe.
+    /// A placeholder's name extends to the next comma or brace, without the blanks around it. It
+    /// has no apostrophe.
     ///
     /// A placeholder remains as `{name}` if there is no such argument, or if it is not a required
     /// number. The first of several arguments with one name is used.
