@@ -104,7 +104,9 @@ void icu_arguments_t::add_number(const slot_t& slot, const std::string& text)
         m_values.push_back(to_formattable(whole));
     else if (is_whole_text(text, real) && std::isfinite(real))
         m_values.push_back(is_long_decimal(text) ? to_decimal(text) : icu::Formattable(real));
-    else if (const auto date = slot.is_date ? parse_iso_date(text, m_time_zone) : std::nullopt)
+    else if (const auto date = slot.is_date
+                                   ? parse_iso_date(icu::UnicodeString::fromUTF8(text), m_time_zone)
+                                   : std::nullopt)
         m_values.emplace_back(*date, icu::Formattable::kIsDate);
 }
 
