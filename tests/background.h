@@ -6,20 +6,30 @@
 #include <thread>
 #include <utility>
 
-/// Runs an action in a thread of its own. The destructor waits for its end.
+/// A thread for one action. The destructor waits for its end.
 class background_t
 {
 public:
-    explicit background_t(std::function<void()> action)
-        : m_thread([this, action = std::move(action)] {
-              action();
-              m_end.set_value();
-          })
-    {}
+    background_t() = default;
     background_t(const background_t&) = delete;
     background_t& operator=(const background_t&) = delete;
-    ~background_t() { m_thread.join(); }
+    ~background_t()
+    {
+        if (m_thread.joinable())
+            m_thread.join();
+    }
 
+    /// Starts the action. Has no effect if one was started before.
+    void start(std::function<void()> action)
+    {
+        if (!m_thread.joinable())
+            m_thread = std::thread([this, action = std::move(action)] {
+                action();
+                m_end.set_value();
+            });
+    }
+
+    bool has_started() const { return m_thread.joinable(); }
     /// Returns false after a while if the action waits for something.
     bool ends() const { return ends_within(std::chrono::seconds(20)); }
     /// Returns whether the action waits. Takes that while to return true.

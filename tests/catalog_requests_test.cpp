@@ -12,6 +12,7 @@
 
 #include <gtest/gtest.h>
 
+#include <stdexcept>
 #include <type_traits>
 #include <utility>
 
@@ -345,6 +346,82 @@ TEST_F(catalog_requests_test, the_title_does_not_fill_the_text)
     set_args({{L"a", L"2"}});
     EXPECT_EQ(message.get_text(), L"2");
     EXPECT_EQ(message.get_title(), L"1");
+}
+
+TEST_F(catalog_requests_test, each_object_of_one_message_is_filled_for_itself)
+{
+    m_catalogs[L"p.src"].set({{L"title", L"{a}"}});
+    set_args({{L"a", L"1"}});
+    exposed_message_t message = make();
+    EXPECT_EQ(message.get_title(), L"1");
+    set_args({{L"a", L"2"}});
+    EXPECT_EQ(make().get_title(), L"2");
+    EXPECT_EQ(message.get_title(), L"1");
+}
+
+TEST_F(catalog_requests_test, a_copy_is_not_filled_again)
+{
+    m_catalogs[L"src"].set({{L"title", L"{a}{b}"}});
+    set_args({{L"a", L"1"}});
+    exposed_message_t message = make();
+    message.get_title();
+    take_names();
+    set_args({{L"a", L"2"}, {L"b", L"3"}});
+    exposed_message_t copy(message);
+    EXPECT_EQ(copy.get_title(), L"1{b}");
+    EXPECT_EQ(take_names(), names_t({L"src"}));
+    EXPECT_EQ(m_loads, 1);
+}
+
+TEST_F(catalog_requests_test, updating_the_title_reads_all_but_former_arguments_again)
+{
+    m_catalogs[L"src"].set({{L"title", L"wrong"}});
+    set_args({{L"a", L"1"}});
+    exposed_message_t message = make();
+    message.get_title();
+    m_titles = {{L"t", L"new"}};
+    m_ex->set_prefix(L"q");
+    set_args({{L"a", L"2"}, {L"b", L"3"}});
+    m_catalogs[L"q.src"].set({{L"new", L"{a}{b}"}});
+    message.update_title();
+    take_names();
+    EXPECT_EQ(message.get_title(), L"13");
+    EXPECT_EQ(take_names(), names_t({L"q.src"}));
+    EXPECT_EQ(m_loads, 2);
+}
+
+TEST_F(catalog_requests_test, a_title_that_could_not_be_filled_is_filled_by_the_next_call)
+{
+    m_catalogs[L"p.src"].set({{L"title", L"{a}{b}"}});
+    set_args({{L"a", L"1"}});
+    exposed_message_t message = make();
+    {
+        const loader_scope_t loader(
+            [](variant_bag_t&, const std::wstring&, const wchar_t*, bool) -> std::uint32_t {
+                throw std::runtime_error("load");
+            });
+        EXPECT_THROW(message.get_title(), std::runtime_error);
+    }
+    EXPECT_EQ(take_names(), names_t());
+    set_args({{L"a", L"2"}, {L"b", L"3"}});
+    EXPECT_EQ(message.get_title(), L"23");
+}
+
+TEST_F(catalog_requests_test, an_exception_of_the_host_reaches_the_caller_and_takes_no_fallback)
+{
+    m_catalogs[L"p.src"].set({{L"t", L"{a}{b}"}});
+    set_args({{L"a", L"1"}});
+    exposed_message_t message = make();
+    {
+        const catalog_finder_scope_t finder(
+            [](const std::wstring&) -> const ROVA_2_18::i18n::catalog_t* {
+                throw std::runtime_error("catalog");
+            });
+        EXPECT_THROW(message.get_text(), std::runtime_error);
+    }
+    set_args({{L"a", L"2"}, {L"b", L"3"}});
+    EXPECT_EQ(message.get_text(), L"1{b}");
+    EXPECT_EQ(take_names(), names_t({L"p.src"}));
 }
 
 // ---- the fallback is named after the source at its time

@@ -315,14 +315,14 @@ TEST_F(config_host_test, while_the_host_is_asked_another_reader_waits)
     config_reader_t copy(*m_reader);
     copy.set_cfg_dir(path_t(dir("two")));
     std::wstring value;
-    std::unique_ptr<background_t> other;
+    background_t other;
     const host_t host([&] {
-        other = std::make_unique<background_t>([&] { value = read_from(copy); });
-        EXPECT_TRUE(other->waits());
+        other.start([&] { value = read_from(copy); });
+        EXPECT_TRUE(other.waits());
         return dir("one");
     });
     EXPECT_EQ(read(), L"a");
-    EXPECT_TRUE(other->ends());
+    EXPECT_TRUE(other.ends());
     EXPECT_EQ(value, L"b");
 }
 
@@ -330,8 +330,9 @@ TEST_F(config_host_test, the_host_may_get_the_reader)
 {
     write("one", "p='a'");
     boost::shared_ptr<config_reader_t> got;
+    background_t getter;
     const host_t host([&] {
-        const background_t getter([&] { got = config_reader_t::get(); });
+        getter.start([&] { got = config_reader_t::get(); });
         EXPECT_TRUE(getter.ends());
         return dir("one");
     });
@@ -345,8 +346,9 @@ TEST_F(config_host_test, the_host_may_create_the_reader_while_a_copy_is_used)
     config_reader_t copy(*m_reader);
     m_reader.reset();
     boost::shared_ptr<config_reader_t> got;
+    background_t getter;
     const host_t host([&] {
-        const background_t getter([&] { got = config_reader_t::get(); });
+        getter.start([&] { got = config_reader_t::get(); });
         EXPECT_TRUE(getter.ends());
         return dir("one");
     });
@@ -364,7 +366,8 @@ TEST_F(config_host_test, an_exception_of_the_host_reaches_the_caller_and_ends_th
     }
     const host_t host([&] { return dir("one"); });
     std::wstring value;
-    const background_t reader([&] { value = read(); });
+    background_t reader;
+    reader.start([&] { value = read(); });
     EXPECT_TRUE(reader.ends());
     EXPECT_EQ(value, L"a");
 }

@@ -16,6 +16,7 @@
 #include <memory>
 #include <stdexcept>
 #include <type_traits>
+#include <utility>
 
 using namespace velmoext_1_4_8;
 
@@ -124,6 +125,8 @@ static_assert(std::has_virtual_destructor_v<config_reader_t>);
 static_assert(!std::is_default_constructible_v<config_reader_t>);
 static_assert(std::is_copy_constructible_v<config_reader_t>);
 static_assert(std::is_copy_assignable_v<config_reader_t>);
+static_assert(
+    std::is_same_v<decltype(std::declval<const config_reader_t&>().get_cfg_dir()), path_t>);
 
 } // namespace
 
@@ -466,6 +469,47 @@ TEST_F(config_loader_test, an_attribute_of_an_entry_hides_a_child_in_each_of_its
     EXPECT_EQ(read(of_prefix(L"P")), L"next");
 }
 
+namespace
+{
+
+int assertions = 0;
+
+void count_assertion(const char* expression, const char* /*file*/, int /*line*/,
+                     const char* /*function*/)
+{
+    ++assertions;
+    EXPECT_STREQ(expression, "can_get<const wchar_t*>()");
+}
+
+} // namespace
+
+TEST_F(config_loader_test, each_search_reports_a_value_that_is_not_a_text)
+{
+    const auto former = ROVA_2_18::debug::set_assert_handler(count_assertion);
+    assertions = 0;
+    add_entry(m_bag, L"t", L"P").add_value(L"p", variant_t(true));
+    EXPECT_EQ(read(), L"");
+    EXPECT_EQ(assertions, 2);
+    EXPECT_EQ(read(of_prefix(L"P")), L"");
+    EXPECT_EQ(assertions, 4);
+    EXPECT_EQ(read(of_prefix(L"Q")), L"");
+    EXPECT_EQ(assertions, 5);
+    EXPECT_EQ(read(of_name(L"q")), L"");
+    EXPECT_EQ(assertions, 5);
+    ROVA_2_18::debug::set_assert_handler(former);
+}
+
+TEST_F(config_loader_test, a_value_that_is_not_a_text_does_not_end_the_search)
+{
+    const auto former = ROVA_2_18::debug::set_assert_handler(count_assertion);
+    assertions = 0;
+    add_entry(m_bag).add_value(L"p", variant_t(true));
+    add_property(L"next");
+    EXPECT_EQ(read(), L"next");
+    EXPECT_EQ(assertions, 1);
+    ROVA_2_18::debug::set_assert_handler(former);
+}
+
 // ---- locks
 
 TEST_F(config_loader_test, while_a_file_is_loaded_another_reader_waits)
@@ -474,69 +518,74 @@ TEST_F(config_loader_test, while_a_file_is_loaded_another_reader_waits)
     config_reader_t copy(*m_reader);
     copy.set_cfg_dir(path_t(L"/other"));
     std::wstring value;
-    std::unique_ptr<background_t> other;
-    const loader_scope_t loader([&](variant_bag_t& bag, const std::wstring&, const wchar_t*, bool) {
-        bag = m_bag;
-        if (!other) {
-            other = std::make_unique<background_t>([&] { value = read_from(copy); });
-            EXPECT_TRUE(other->waits());
-        }
-        return m_status;
-    });
+    background_t other;
+    const loader_scope_t loader(
+        [&](variant_bag_t& bag, const std::wstring& file, const wchar_t*, bool) {
+            bag = m_bag;
+            if (file == L"/dir/src.xml") {
+                other.start([&] { value = read_from(copy); });
+                EXPECT_TRUE(other.waits());
+            }
+            return m_status;
+        });
     EXPECT_EQ(read(), L"a");
-    EXPECT_TRUE(other->ends());
+    EXPECT_TRUE(other.ends());
     EXPECT_EQ(value, L"a");
 }
 
-TEST_F(config_loader_test, while_a_file_is_loaded_the_reader_can_be_got)
+TEST_F(config_loader_test, while_a_file_is_loaded_get_returns_the_reader)
 {
+    boost::shared_ptr<config_reader_t> got;
+    background_t getter;
     const loader_scope_t loader([&](variant_bag_t&, const std::wstring&, const wchar_t*, bool) {
-        const background_t getter([&] { EXPECT_EQ(config_reader_t::get(), m_reader); });
+        getter.start([&] { got = config_reader_t::get(); });
         EXPECT_TRUE(getter.ends());
         return m_status;
     });
     EXPECT_EQ(read(), L"");
+    EXPECT_EQ(got, m_reader);
 }
 
 namespace
 {
 
-boost::shared_ptr<config_reader_t> reader_got_meanwhile;
+background_t* getter_of_assertion = nullptr;
 
 void get_reader(const char* /*expression*/, const char* /*file*/, int /*line*/,
                 const char* /*function*/)
 {
-    const background_t getter([] { reader_got_meanwhile = config_reader_t::get(); });
-    EXPECT_TRUE(getter.ends());
+    getter_of_assertion->start([] { EXPECT_TRUE(config_reader_t::get()); });
+    EXPECT_TRUE(getter_of_assertion->ends());
 }
 
 } // namespace
 
-TEST_F(config_loader_test, while_a_value_is_read_the_reader_can_be_got)
+TEST_F(config_loader_test, while_a_value_is_read_get_returns_the_reader)
 {
+    background_t getter;
+    getter_of_assertion = &getter;
     const auto former = ROVA_2_18::debug::set_assert_handler(get_reader);
     add_entry(m_bag).add_value(L"p", variant_t(true));
     EXPECT_EQ(read(), L"");
-    EXPECT_EQ(reader_got_meanwhile, m_reader);
-    reader_got_meanwhile.reset();
     ROVA_2_18::debug::set_assert_handler(former);
+    EXPECT_TRUE(getter.has_started());
 }
 
-TEST_F(config_loader_test, while_a_file_is_loaded_another_reader_can_be_set_copied_and_destroyed)
+TEST_F(config_loader_test, while_a_file_is_loaded_another_reader_is_set_copied_and_destroyed)
 {
     auto other = std::make_unique<config_reader_t>(*m_reader);
+    background_t user;
     const loader_scope_t loader([&](variant_bag_t&, const std::wstring&, const wchar_t*, bool) {
-        const background_t user([&] {
-            config_reader_t own(other ? *other : *config_reader_t::get());
-            own.set_cfg_dir(path_t(L"/other"));
-            config_reader_t copy(own);
+        user.start([&] {
+            other->set_cfg_dir(path_t(L"/other"));
+            config_reader_t copy(*other);
             EXPECT_EQ(copy.get_cfg_dir(), path_t(L"/other"));
-            own = copy;
+            *other = copy;
             other.reset();
         });
         EXPECT_TRUE(user.ends());
         return m_status;
     });
     EXPECT_EQ(read(), L"");
-    EXPECT_FALSE(other);
+    EXPECT_TRUE(user.has_started());
 }
