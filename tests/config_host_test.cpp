@@ -231,6 +231,24 @@ TEST_F(config_host_test, a_directory_that_is_set_meanwhile_is_used_by_the_second
     EXPECT_EQ(host.calls(), 1);
 }
 
+TEST_F(config_host_test, a_source_that_is_changed_meanwhile_is_used_by_the_second_search)
+{
+    const std::string one = "one/a source that is longer than a text without memory of its own";
+    const std::string two = "one/another source that is longer than a text without memory";
+    m_folder.write(one + ".xml", "<bag><message_type id='t' p='a'/></bag>");
+    m_folder.write(two + ".xml", "<bag><message_type id='t' p='b' q='c'/></bag>");
+    const message_ptr_t message = make_message(make_content({{L"source", dir(one)}}));
+    message->set_type(L"t");
+    const host_t host([&] {
+        message->set_content(make_content({{L"source", dir(two)}}));
+        return L"";
+    });
+    const auto ex = velmo_ex_t::get(velmo_ex_t::generate_id(L"config_host_test."), L"");
+    EXPECT_EQ(m_reader->read_property(ex, message, L"p"), L"a");
+    message->set_content(make_content({{L"source", dir(one)}}));
+    EXPECT_EQ(m_reader->read_property(ex, message, L"q"), L"c");
+}
+
 TEST_F(config_host_test, a_file_that_is_created_before_the_second_search_is_found)
 {
     int calls = 0;

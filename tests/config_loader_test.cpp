@@ -260,6 +260,17 @@ TEST_F(config_loader_test, both_searches_of_each_call_try_a_file_that_cannot_be_
     }
 }
 
+TEST_F(config_loader_test, without_any_directory_the_loader_gets_an_empty_path)
+{
+    m_reader->set_cfg_dir(path_t());
+    m_status = load_failed;
+    EXPECT_EQ(read(), L"");
+    EXPECT_EQ(m_files, (files_t{L"", L""}));
+    m_status = 0;
+    add_property();
+    EXPECT_EQ(read(), L"a");
+}
+
 TEST_F(config_loader_test, a_file_that_only_the_second_search_can_load_is_searched_by_type_only)
 {
     add_entry(m_bag, L"t", L"Q").add_value(L"p", L"other");

@@ -13,13 +13,18 @@ const config_file_t* config_files_t::find(const basekit2::path_t& dir, const std
     if (known != m_files_of_dir.end())
         return known->second.get();
     basekit2::path_t path = dir;
-    const auto file = load(path.append(source + L".xml").as_string(false));
+    const auto file = get(path.append(source + L".xml").as_string(false));
     if (file)
         m_files_of_dir.emplace(source, file);
     return file.get(); // owned by the maps
 }
 
-boost::shared_ptr<const config_file_t> config_files_t::load(const std::wstring& path)
+const config_file_t* config_files_t::load(const std::wstring& path)
+{
+    return get(path).get();
+}
+
+boost::shared_ptr<const config_file_t> config_files_t::get(const std::wstring& path)
 {
     const auto known = m_files.find(path);
     if (known != m_files.end())

@@ -82,7 +82,11 @@ const config_file_t* config_reader_t::find_file(const message_t& message)
     if (!m_cfg_dir.is_empty())
         return m_files->find(m_cfg_dir, source);
     setbook2::IProductLocations* const locations = setbook2::IProductLocations::get();
-    return locations ? m_files->find(locations->get_config_dir(), source) : nullptr;
+    if (!locations)
+        return m_files->load(std::wstring());
+    // A copy, since the host can change the message meanwhile.
+    const std::wstring copy = source;
+    return m_files->find(locations->get_config_dir(), copy);
 }
 
 } // namespace velmoext_1_4_8
