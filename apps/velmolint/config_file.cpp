@@ -3,12 +3,14 @@
 #include "input_file.h"
 #include "output_text.h"
 
+#include <bag_limits.h>
 #include <xml_errors.h>
 
 #include <libxml/SAX2.h>
 #include <libxml/parser.h>
 #include <libxml/parserInternals.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
 #include <exception>
@@ -26,11 +28,11 @@ const char root_name[] = "bag";
 const char entry_name[] = "message_type";
 const char no_line[] = " line 0";
 
-// The library's limits, without which libxml2's time could be quadratic.
-constexpr std::size_t max_text_bytes = 10000000;
-constexpr std::size_t max_depth = 256;
-constexpr std::size_t max_attributes = 256;
-constexpr std::size_t max_name_bytes = 65536;
+// Without the library's limits, libxml2's time could be quadratic.
+namespace limits = basekit2::limits;
+
+const char too_many_attributes[] =
+    "The element has more than 10,000 attributes or equals signs. Use fewer of them.";
 
 constexpr std::size_t root_depth = 1;
 constexpr std::size_t entry_depth = 2;
@@ -98,7 +100,9 @@ private:
 
     std::unique_ptr<xmlParserCtxt, parser_deleter_t> m_parser;
     std::string_view m_unread;
-    position_t m_event_end = {1, 1}; ///< of the last event, the begin of the next markup
+    position_t m_event_end = {1, 1};      ///< of the last event, the begin of the next markup
+    std::size_t m_equals_since_event = 0; ///< equals signs that were read since the last event
+    std::size_t m_compared_attributes = 0;
     std::size_t m_depth = 0;
     bool m_is_in_entry = false;
     std::vector<entry_t> m_entries;
@@ -126,24 +130,32 @@ bool config_parser_t::parse(const std::string& bytes)
 
 void config_parser_t::check_end(std::size_t size)
 {
+    // The input was ended before its end.
+    if (m_equals_since_event > limits::max_element_attributes)
+        m_fault = {m_event_end, "config-limit", too_many_attributes};
     // libxml2 reports too many names as an allocation failure.
-    if (xmlDictGetUsage(basekit2::dictionary_of(*m_parser)) > max_name_bytes)
+    if (xmlDictGetUsage(basekit2::dictionary_of(*m_parser)) > limits::max_name_bytes)
         m_fault = {m_event_end, "config-limit",
-                   "The names of elements and attributes take more than 64 KiB. Use fewer names."};
+                   "The names of elements and attributes take more than 1 MiB. Use fewer names."};
     if (!m_fault && !basekit2::is_used_up(*m_parser, size))
         refuse(m_event_end, "config-syntax",
                "The file is not well-formed XML: it goes on after the end of the document. "
                "Remove the rest.");
 }
 
-// Ends the input at the first fault: libxml2 could take very long over the faults that follow.
+// Ends the input at the first fault: libxml2 could take very long over the faults that follow. Ends
+// it also in a tag with too many attributes, of which each has an equals sign: libxml2 reports them
+// only at the end of the tag.
 int config_parser_t::on_read(void* parser, char* buffer, int size)
 {
     auto& self = *static_cast<config_parser_t*>(parser);
     if (self.m_fault || self.m_failure)
         return 0;
+    if (self.m_equals_since_event > limits::max_element_attributes)
+        return 0;
     const std::size_t count = self.m_unread.copy(buffer, static_cast<std::size_t>(size));
     self.m_unread.remove_prefix(count);
+    self.m_equals_since_event += static_cast<std::size_t>(std::count(buffer, buffer + count, '='));
     return static_cast<int>(count);
 }
 
@@ -151,7 +163,7 @@ int config_parser_t::on_read(void* parser, char* buffer, int size)
 void config_parser_t::on_document(void* parser)
 {
     const auto& self = *static_cast<config_parser_t*>(parser);
-    xmlDictSetLimit(basekit2::dictionary_of(*self.m_parser), max_name_bytes);
+    xmlDictSetLimit(basekit2::dictionary_of(*self.m_parser), limits::max_name_bytes);
 }
 
 xmlSAXHandler config_parser_t::make_table()
@@ -224,6 +236,7 @@ void config_parser_t::guard(const Step& step) noexcept
 {
     if (m_fault || m_failure)
         return;
+    m_equals_since_event = 0;
     try {
         step();
         m_event_end = current_position();
@@ -247,7 +260,7 @@ void config_parser_t::refuse(const position_t& position, const std::string& chec
 
 void config_parser_t::start(const std::string& name, const xmlChar** attributes)
 {
-    if (++m_depth > max_depth)
+    if (++m_depth > limits::max_element_depth)
         return refuse(m_event_end, "config-limit",
                       "Elements are nested more than 256 deep. Nest fewer of them.");
     if (m_depth == root_depth && name != root_name)
@@ -266,12 +279,15 @@ void config_parser_t::add_attributes(const xmlChar** attributes)
 {
     std::size_t count = 0;
     for (const xmlChar** at = attributes; at != nullptr && at[0] != nullptr; at += 2) {
-        if (++count > max_attributes || at[1] == nullptr)
-            return refuse(m_event_end, "config-limit",
-                          "The element has more than 256 attributes. Use fewer of them.");
+        if (++count > limits::max_element_attributes || at[1] == nullptr)
+            return refuse(m_event_end, "config-limit", too_many_attributes);
         if (m_depth == entry_depth && m_is_in_entry)
             m_entries.back().properties.push_back({from_xml(at[0]), from_xml(at[1]), m_event_end});
     }
+    m_compared_attributes += count * count / 2;
+    if (m_compared_attributes > limits::max_compared_attributes)
+        refuse(m_event_end, "config-limit",
+               "The elements have too many attributes in all. Use fewer of them.");
 }
 
 void config_parser_t::add_text(std::string_view text)
@@ -280,7 +296,7 @@ void config_parser_t::add_text(std::string_view text)
         return;
     property_t& property = m_entries.back().properties.back();
     property.value.append(text);
-    if (property.value.size() > max_text_bytes)
+    if (property.value.size() > limits::max_value_bytes)
         refuse(property.position, "config-limit",
                "The text of the element exceeds 10,000,000 bytes. Shorten it.");
 }
