@@ -154,6 +154,32 @@ std::vector<std::string> spellings(const std::string& language, const std::strin
     return names;
 }
 
+// Returns the names of all steps, without the modifier.
+std::vector<std::string> fall_backs(const locale_parts_t& parts)
+{
+    std::string script = parts.script;
+    // The country can imply another script than the language alone: "zh_TW".
+    const std::string usual_script =
+        most_likely(join(parts.language, "", parts.country)).getScript();
+    const bool is_implied =
+        script.empty() && usual_script != most_likely(parts.language).getScript();
+    if (is_implied)
+        script = usual_script;
+    std::vector<std::string> names;
+    const auto add = [&](const std::string& step_script, const std::string& country) {
+        const auto step = spellings(parts.language, step_script, country);
+        names.insert(names.end(), step.begin(), step.end());
+    };
+    if (is_implied || script.empty())
+        add("", parts.country);
+    if (!script.empty()) {
+        add(script, parts.country);
+        add(script, "");
+    }
+    add("", "");
+    return names;
+}
+
 } // namespace
 
 std::vector<std::string> locale_folders(const std::string& locale)
@@ -166,39 +192,18 @@ std::vector<std::string> locale_folders(const std::string& locale)
     const locale_parts_t parts = parse(locale);
     if (parts.language.empty())
         return {};
-    std::string script = parts.script;
-    // The country can imply another script than the language alone: "zh_TW".
-    const std::string usual_script =
-        most_likely(join(parts.language, "", parts.country)).getScript();
-    const bool is_implied =
-        script.empty() && usual_script != most_likely(parts.language).getScript();
-    if (is_implied)
-        script = usual_script;
-
-    std::vector<std::string> steps;
-    const auto add = [&](const std::string& step_script, const std::string& country) {
-        const auto names = spellings(parts.language, step_script, country);
-        steps.insert(steps.end(), names.begin(), names.end());
-    };
-    if (is_implied || script.empty())
-        add("", parts.country);
-    if (!script.empty()) {
-        add(script, parts.country);
-        add(script, "");
-    }
-    add("", "");
-
     std::vector<std::string> folders;
-    const auto add_folder = [&](const std::string& folder) {
+    const auto add = [&](const std::string& folder) {
         if (std::find(folders.begin(), folders.end(), folder) == folders.end())
             folders.push_back(folder);
     };
+    const std::vector<std::string> names = fall_backs(parts);
     if (!parts.modifier.empty())
-        for (const std::string& step : steps)
-            if (step.find('@') == std::string::npos)
-                add_folder(step + "@" + parts.modifier);
-    for (const std::string& step : steps)
-        add_folder(step);
+        for (const std::string& name : names)
+            if (name.find('@') == std::string::npos)
+                add(name + "@" + parts.modifier);
+    for (const std::string& name : names)
+        add(name);
     return folders;
 }
 
