@@ -4,6 +4,7 @@
 #include <velmoext1/config_reader.h>
 
 #include "background.h"
+#include "config_lookup.h"
 #include "host_functions.h"
 #include "support.h"
 
@@ -29,44 +30,6 @@ using basekit2::variant_bag_t;
 using basekit2::variant_t;
 
 typedef std::vector<std::wstring> files_t;
-
-/// The input of one lookup. The defaults are those of most cases.
-struct lookup_t
-{
-    std::wstring type = L"t";
-    std::wstring prefix;
-    std::wstring name = L"p";
-    std::wstring source = L"src";
-};
-
-lookup_t of_prefix(const std::wstring& prefix)
-{
-    lookup_t lookup;
-    lookup.prefix = prefix;
-    return lookup;
-}
-
-lookup_t of_name(const std::wstring& name)
-{
-    lookup_t lookup;
-    lookup.name = name;
-    return lookup;
-}
-
-lookup_t of_source(const std::wstring& source)
-{
-    lookup_t lookup;
-    lookup.source = source;
-    return lookup;
-}
-
-std::wstring read_from(config_reader_t& reader, const lookup_t& lookup = lookup_t())
-{
-    const message_ptr_t message = make_message(lookup.type);
-    message->set_source(lookup.source);
-    const auto ex = velmo_ex_t::get(velmo_ex_t::generate_id(L"config_loader_test."), lookup.prefix);
-    return reader.read_property(ex, message, lookup.name);
-}
 
 /// Appends an entry; the reference stays valid until the next one.
 variant_bag_t& add_entry(variant_bag_t& bag, const std::wstring& id = L"t",
