@@ -38,13 +38,13 @@ public:
             m_folder.write(leaf, bytes);
     }
 
-    storage_ptr storage() const { return get("log.xml"); }
+    storage_ptr_t storage() const { return get("log.xml"); }
     // Another spelling is another storage.
-    storage_ptr other_storage() const { return get("./log.xml"); }
+    storage_ptr_t other_storage() const { return get("./log.xml"); }
 
     messages_t messages() const
     {
-        const storage_ptr reading = get("././log.xml");
+        const storage_ptr_t reading = get("././log.xml");
         const auto handler = boost::make_shared<recording_handler_t>();
         const auto ex = velmo_ex_t::get(velmo_ex_t::generate_id(L"allocation_storage_test."), L"");
         ex->push_handler(handler);
@@ -54,7 +54,7 @@ public:
     }
 
 private:
-    storage_ptr get(const std::string& leaf) const
+    storage_ptr_t get(const std::string& leaf) const
     {
         return messages_storage_t::get(basekit2::path_t(m_folder.wide_name(leaf)));
     }
@@ -115,7 +115,7 @@ const message_ptr_t neighbour = make_flagged(L"neighbour");
 messages_t record_with_enough_memory(const message_ptr_t& message)
 {
     const log_t log;
-    const storage_ptr storage = log.storage();
+    const storage_ptr_t storage = log.storage();
     storage->start_recording();
     for (const message_ptr_t& each : {neighbour, message, neighbour})
         storage->on_message(nullptr, each);
@@ -144,7 +144,7 @@ std::function<attempt_t()> record(const std::wstring& text, on_failure_t failure
     const auto right = std::make_shared<messages_t>();
     return [=]() -> attempt_t {
         const auto log = std::make_shared<log_t>();
-        const storage_ptr storage = log->storage();
+        const storage_ptr_t storage = log->storage();
         const message_ptr_t message = make_rich_message(text);
         if (right->empty())
             *right = record_with_enough_memory(message);
@@ -176,9 +176,10 @@ const std::string old_messages =
     R"(element "a_long_element_name_that_is_allocated" = ")" +
     std::string(5000, 'l') + R"(";)";
 
-std::string failed_start_result(const log_t& log, const storage_ptr& storage, on_failure_t failure)
+std::string failed_start_result(const log_t& log, const storage_ptr_t& storage,
+                                on_failure_t failure)
 {
-    const storage_ptr other = log.other_storage();
+    const storage_ptr_t other = log.other_storage();
     if (!other->start_recording())
         return "the lock was not released";
     other->stop_recording();
@@ -195,7 +196,7 @@ std::function<attempt_t()> start(const std::string& leaf, on_failure_t failure)
 {
     return [=]() -> attempt_t {
         const auto log = std::make_shared<log_t>(leaf, old_log);
-        const storage_ptr storage = log->storage();
+        const storage_ptr_t storage = log->storage();
         const auto is_started = std::make_shared<bool>(false);
         return {[=] { *is_started = storage->start_recording(); },
                 [=] {
@@ -213,7 +214,7 @@ std::function<attempt_t()> start(const std::string& leaf, on_failure_t failure)
 attempt_t replay()
 {
     const auto log = std::make_shared<log_t>("log.xml", old_log);
-    const storage_ptr storage = log->storage();
+    const storage_ptr_t storage = log->storage();
     storage->start_reading();
     const auto ex = velmo_ex_t::get(velmo_ex_t::generate_id(L"allocation_storage_test."), L"");
     const auto handler = boost::make_shared<preallocated_handler_t>();

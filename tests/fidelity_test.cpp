@@ -48,7 +48,7 @@ public:
 private:
     void record(const message_ptr_t& message) const
     {
-        const storage_ptr storage = messages_storage_t::get(m_path);
+        const storage_ptr_t storage = messages_storage_t::get(m_path);
         EXPECT_TRUE(storage->start_recording());
         if (message)
             message->set_flags(1);
@@ -61,7 +61,7 @@ private:
         const auto ex = velmo_ex_t::get(velmo_ex_t::generate_id(L"fidelity_test."), L"");
         const auto handler = boost::make_shared<recording_handler_t>();
         ex->push_handler(handler);
-        const storage_ptr storage = messages_storage_t::get(m_path);
+        const storage_ptr_t storage = messages_storage_t::get(m_path);
         EXPECT_TRUE(storage->start_reading());
         EXPECT_TRUE(storage->replay(ex));
         return handler->messages();
@@ -427,7 +427,7 @@ TEST_F(fidelity_test, flags_never_survive)
 TEST_F(fidelity_test, a_message_without_the_flags_of_recording_is_not_logged)
 {
     record_all(L"");
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     ASSERT_TRUE(storage->start_recording());
     record(storage, L"a", 4);
     storage->stop_recording();
@@ -527,7 +527,7 @@ TEST_F(fidelity_test, attributes_of_any_length_survive)
 
 TEST_F(fidelity_test, a_message_that_is_dropped_does_not_affect_the_others)
 {
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     ASSERT_TRUE(storage->start_recording());
     record(storage, L"a");
     const message_ptr_t empty = with_element_alone(L"e", L"x");

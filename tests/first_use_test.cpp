@@ -85,7 +85,7 @@ int status_without_memory(
 class first_use_test : public storage_test_t
 {
 protected:
-    storage_ptr m_storage = get();
+    storage_ptr_t m_storage = get();
     std::function<void()> m_start = [this] {
         m_storage->start_recording();
     };

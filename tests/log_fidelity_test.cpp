@@ -85,7 +85,7 @@ private:
     std::vector<message_ptr_t> m_messages;
 };
 
-boost::shared_ptr<writing_handler_t> replay_whole(const storage_ptr& storage)
+boost::shared_ptr<writing_handler_t> replay_whole(const storage_ptr_t& storage)
 {
     const auto ex = velmo_ex_t::get(velmo_ex_t::generate_id(L"log_fidelity_test."), L"");
     const auto handler = boost::make_shared<writing_handler_t>();
@@ -171,7 +171,7 @@ TEST_F(log_fidelity_test, a_replay_after_an_append_delivers_only_the_first_appen
 {
     const std::string log = "<log>\n <msg><type>a</type></msg>\n";
     m_folder.write("log.xml", log);
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     EXPECT_EQ(replay(storage), L"a;");
     m_folder.write("log.xml", log + "<msg><type>b</type></msg>\n<msg><type>c</type></msg>\n</log>");
     EXPECT_EQ(replay(storage), L"b;") << "it is parsed as a document of its own";
@@ -179,7 +179,7 @@ TEST_F(log_fidelity_test, a_replay_after_an_append_delivers_only_the_first_appen
 
 TEST_F(log_fidelity_test, a_storage_that_has_replayed_a_log_misses_messages_that_are_recorded_later)
 {
-    storage_ptr storage = get();
+    storage_ptr_t storage = get();
     record_all(L"a");
     EXPECT_EQ(replay(storage), L"a;");
     record_all(L"bc");
@@ -192,7 +192,7 @@ TEST_F(log_fidelity_test, a_replay_that_begins_within_a_message_delivers_nothing
 {
     const std::string log = "<log>\n <msg><type>a</type></msg>\n <msg><ty";
     m_folder.write("log.xml", log);
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     EXPECT_EQ(replay(storage), L"a;");
     m_folder.write("log.xml", log + "pe>b</type></msg>\n <msg><type>c</type></msg>\n");
     EXPECT_EQ(replay(storage), L"") << "it begins in the middle of a message";

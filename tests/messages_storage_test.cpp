@@ -33,7 +33,7 @@ protected:
         m_folder.write("copy to read", log());
         const auto handler = boost::make_shared<recording_handler_t>();
         m_ex->push_handler(handler);
-        const storage_ptr storage = get("copy to read");
+        const storage_ptr_t storage = get("copy to read");
         EXPECT_TRUE(storage->start_reading());
         EXPECT_TRUE(storage->replay(m_ex));
         m_ex->pop_handler();
@@ -50,14 +50,14 @@ protected:
 
 TEST_F(messages_storage_test, the_same_path_gives_the_same_storage_while_it_lives)
 {
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     EXPECT_EQ(get(), storage);
     EXPECT_NE(get("other.xml"), storage);
 }
 
 TEST_F(messages_storage_test, a_path_whose_storage_is_destroyed_gives_a_new_one)
 {
-    storage_ptr storage = get();
+    storage_ptr_t storage = get();
     const boost::weak_ptr<messages_storage_t> watched = storage;
     storage.reset();
     EXPECT_TRUE(watched.expired());
@@ -68,7 +68,7 @@ TEST_F(messages_storage_test, a_path_whose_storage_is_destroyed_gives_a_new_one)
 
 TEST_F(messages_storage_test, getting_a_storage_touches_no_file)
 {
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     EXPECT_FALSE(m_folder.has("log.xml"));
 }
 
@@ -97,7 +97,7 @@ TEST_F(messages_storage_test, only_its_owner_can_read_and_write_a_log)
 
 TEST_F(messages_storage_test, a_second_start_changes_nothing)
 {
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     EXPECT_TRUE(storage->start_recording());
     record(storage, L"a");
     EXPECT_TRUE(storage->start_recording());
@@ -122,7 +122,7 @@ TEST_F(messages_storage_test, a_second_recording_continues_the_same_log)
 
 TEST_F(messages_storage_test, one_storage_records_again_after_a_stop)
 {
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     for (const wchar_t* type : {L"a", L"b", L"c"}) {
         EXPECT_TRUE(storage->start_recording());
         record(storage, type);
@@ -138,7 +138,7 @@ TEST_F(messages_storage_test, one_storage_records_again_after_a_stop)
 
 TEST_F(messages_storage_test, only_flagged_messages_are_written)
 {
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     storage->start_recording();
     for (const int flags : {0, 1, 2, 3, 4, 5, 6, 7, 8, 16, -1, -4})
         record(storage, std::to_wstring(flags), flags);
@@ -155,7 +155,7 @@ TEST_F(messages_storage_test, carried_over_messages_need_no_flag)
 
 TEST_F(messages_storage_test, no_message_is_consumed)
 {
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     const boost::shared_ptr<velmo_ex_t> ex;
     EXPECT_FALSE(storage->on_message(ex, make_flagged(L"a")));
     EXPECT_FALSE(storage->on_message(ex, message_ptr_t()));
@@ -172,7 +172,7 @@ TEST_F(messages_storage_test, an_argument_with_one_owner_may_call_the_storage_wh
     EXPECT_TRUE(
         has_exited_with(status_of_child([&] {
                             alarm(10);
-                            const storage_ptr storage = get();
+                            const storage_ptr_t storage = get();
                             const message_ptr_t message = make_flagged(L"b");
                             int calls = 0;
                             const auto call = [&](auto*) {
@@ -193,7 +193,7 @@ TEST_F(messages_storage_test, an_argument_with_one_owner_may_call_the_storage_wh
 
 TEST_F(messages_storage_test, messages_without_a_recording_are_not_kept)
 {
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     record(storage, L"a");
     storage->start_recording();
     storage->stop_recording();
@@ -203,7 +203,7 @@ TEST_F(messages_storage_test, messages_without_a_recording_are_not_kept)
 
 TEST_F(messages_storage_test, the_last_owner_closes_the_log)
 {
-    storage_ptr storage = get();
+    storage_ptr_t storage = get();
     storage->start_recording();
     record(storage, L"a");
     storage.reset();
@@ -212,7 +212,7 @@ TEST_F(messages_storage_test, the_last_owner_closes_the_log)
 
 TEST_F(messages_storage_test, a_storage_on_a_stack_records_and_passes_on)
 {
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     const auto below = boost::make_shared<recording_handler_t>();
     m_ex->push_handler(below);
     m_ex->push_handler(storage);
@@ -279,8 +279,8 @@ TEST_F(messages_storage_test,
 {
     record_all(L"a");
     ASSERT_EQ(symlink(m_folder.name("log.xml").c_str(), m_folder.name("link.xml").c_str()), 0);
-    const storage_ptr first = get();
-    const storage_ptr second = get("link.xml");
+    const storage_ptr_t first = get();
+    const storage_ptr_t second = get("link.xml");
     ASSERT_TRUE(first->start_recording());
     EXPECT_FALSE(second->start_recording());
     record(second, L"x");
@@ -308,7 +308,7 @@ TEST_F(messages_storage_test, a_log_that_another_process_has_locked_is_not_chang
 TEST_F(messages_storage_test, a_recorder_cannot_read_through_its_descriptor)
 {
     record_all(L"a");
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     ASSERT_TRUE(storage->start_recording());
     const std::vector<int> descriptors = descriptors_of_log();
     ASSERT_EQ(descriptors.size(), 1U);
@@ -317,10 +317,10 @@ TEST_F(messages_storage_test, a_recorder_cannot_read_through_its_descriptor)
 
 TEST_F(messages_storage_test, a_reader_that_closes_the_log_leaves_the_lock_in_place)
 {
-    const storage_ptr recorder = get();
+    const storage_ptr_t recorder = get();
     ASSERT_TRUE(recorder->start_recording());
     m_folder.read("log.xml");
-    const storage_ptr reader = get("./log.xml");
+    const storage_ptr_t reader = get("./log.xml");
     EXPECT_TRUE(reader->start_reading());
     reader->stop_reading();
     EXPECT_FALSE(reader->start_recording());
@@ -329,7 +329,7 @@ TEST_F(messages_storage_test, a_reader_that_closes_the_log_leaves_the_lock_in_pl
 TEST_F(messages_storage_test, recording_starts_while_the_log_is_read)
 {
     record_all(L"a");
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     ASSERT_TRUE(storage->start_reading());
     EXPECT_TRUE(storage->start_recording());
     storage->stop_recording();
@@ -338,7 +338,7 @@ TEST_F(messages_storage_test, recording_starts_while_the_log_is_read)
 
 TEST_F(messages_storage_test, a_program_that_is_started_during_a_recording_does_not_inherit_the_log)
 {
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     ASSERT_TRUE(storage->start_recording());
     ASSERT_TRUE(storage->start_reading());
     const std::string command =
@@ -408,7 +408,7 @@ TEST_F(messages_storage_test, a_start_waits_for_the_release_of_a_lease)
 TEST_F(messages_storage_test, a_path_with_a_zero_inside_is_refused)
 {
     const std::wstring name = m_folder.wide_name("log.xml") + units({0}) + L"x";
-    const storage_ptr storage = messages_storage_t::get(basekit2::path_t(name));
+    const storage_ptr_t storage = messages_storage_t::get(basekit2::path_t(name));
     EXPECT_FALSE(storage->start_recording());
     EXPECT_FALSE(storage->start_reading());
     EXPECT_FALSE(m_folder.has("log.xml"));
@@ -427,7 +427,7 @@ TEST_F(messages_storage_test, a_log_of_more_than_2_gib_is_replayed)
 {
     m_folder.write("log.xml", log_of(message_of("a")));
     ASSERT_EQ(truncate(m_folder.name("log.xml").c_str(), (1LL << 31) + 10), 0);
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     EXPECT_EQ(replay(storage), L"a;") << "a zero byte ends what is read";
     EXPECT_EQ(replay(storage), L"");
 }
@@ -439,7 +439,7 @@ TEST_F(messages_storage_test, a_replay_delivers_the_log_in_its_order)
     record_all(L"abc");
     const auto handler = boost::make_shared<recording_handler_t>();
     m_ex->push_handler(handler);
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     EXPECT_TRUE(storage->start_reading());
     EXPECT_TRUE(storage->replay(m_ex));
     ASSERT_EQ(handler->messages().size(), 3U);
@@ -452,7 +452,7 @@ TEST_F(messages_storage_test, a_replay_delivers_the_log_in_its_order)
 TEST_F(messages_storage_test, a_replay_requires_a_started_reading)
 {
     record_all(L"a");
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     EXPECT_FALSE(storage->replay(m_ex));
     EXPECT_TRUE(storage->start_reading());
     storage->stop_reading();
@@ -463,7 +463,7 @@ TEST_F(messages_storage_test, a_replay_requires_a_started_reading)
 TEST_F(messages_storage_test, a_storage_that_records_does_not_replay)
 {
     record_all(L"a");
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     storage->start_recording();
     EXPECT_TRUE(storage->start_reading());
     EXPECT_FALSE(storage->replay(m_ex));
@@ -473,7 +473,7 @@ TEST_F(messages_storage_test, a_storage_that_records_does_not_replay)
 
 TEST_F(messages_storage_test, a_missing_log_cannot_be_read)
 {
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     EXPECT_FALSE(storage->start_reading());
     EXPECT_FALSE(storage->replay(m_ex));
     EXPECT_FALSE(m_folder.has("log.xml"));
@@ -482,7 +482,7 @@ TEST_F(messages_storage_test, a_missing_log_cannot_be_read)
 TEST_F(messages_storage_test, a_log_that_was_removed_cannot_be_replayed)
 {
     record_all(L"a");
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     EXPECT_TRUE(storage->start_reading());
     std::filesystem::remove(m_folder.name("log.xml"));
     EXPECT_FALSE(storage->replay(m_ex));
@@ -498,7 +498,7 @@ TEST_F(messages_storage_test, stopping_a_reading_that_was_not_started_is_harmles
 TEST_F(messages_storage_test, a_second_replay_of_an_unchanged_log_delivers_nothing)
 {
     record_all(L"a");
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     ASSERT_TRUE(storage->start_reading());
     EXPECT_TRUE(storage->replay(m_ex));
     EXPECT_FALSE(storage->replay(m_ex));
@@ -510,7 +510,7 @@ TEST_F(messages_storage_test, a_later_replay_delivers_the_appended_messages)
 {
     const std::string start = "<log>\n" + message_of("a");
     m_folder.write("log.xml", start);
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     EXPECT_EQ(replay(storage), L"a;");
     m_folder.write("log.xml", start + message_of("b"));
     EXPECT_EQ(replay(storage), L"b;");
@@ -518,7 +518,7 @@ TEST_F(messages_storage_test, a_later_replay_delivers_the_appended_messages)
 
 TEST_F(messages_storage_test, a_replay_continues_at_the_former_offset_after_a_new_recording)
 {
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     ASSERT_TRUE(storage->start_recording());
     record(storage, L"a");
     ASSERT_TRUE(storage->stop_recording());
@@ -533,7 +533,7 @@ TEST_F(messages_storage_test, a_replay_continues_at_the_former_offset_after_a_ne
 TEST_F(messages_storage_test, a_log_that_became_shorter_is_not_replayed)
 {
     record_all(L"ab");
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     EXPECT_EQ(replay(storage), L"a;b;");
     m_folder.write("log.xml", log_of(message_of("c")));
     ASSERT_TRUE(storage->start_reading());
@@ -546,7 +546,7 @@ TEST_F(messages_storage_test,
 {
     const std::string start = "<log>\n" + message_of("a");
     m_folder.write("log.xml", start);
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     EXPECT_EQ(replay(storage), L"a;");
     m_folder.write("log.xml", "");
     EXPECT_EQ(replay(storage), L"");
@@ -561,7 +561,7 @@ TEST_F(messages_storage_test, a_message_of_more_than_a_thousand_attributes_is_re
         attributes[L"a" + std::to_wstring(i)] = std::to_wstring(i);
     const message_ptr_t message = make_flagged(L"t");
     message->set_content(make_content(attributes));
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     ASSERT_TRUE(storage->start_recording());
     storage->on_message(m_ex, message);
     storage->stop_recording();
@@ -663,7 +663,7 @@ TEST_F(messages_storage_test, a_long_document_type_counts_as_damage)
                                       ") 'v'>]><log><msg><type>a</type></msg></log>");
         EXPECT_EQ(types_in(), L"") << prolog;
     }
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     EXPECT_TRUE(storage->start_recording());
 }
 
@@ -725,7 +725,7 @@ TEST_F(messages_storage_test, a_start_on_a_log_in_an_unknown_encoding_changes_no
           "<?xml version=\"1.0\"\n encoding=\"x-unknown\" standalone='yes'?>\n<!-- c --><log>\n" +
               message_of("a")}) {
         m_folder.write("log.xml", before);
-        const storage_ptr storage = get();
+        const storage_ptr_t storage = get();
         for (int i = 0; i < 2; ++i) {
             EXPECT_FALSE(storage->start_recording());
             record(storage, L"x");
@@ -746,7 +746,7 @@ TEST_F(messages_storage_test, a_message_that_a_handler_consumes_does_not_end_the
     const auto above = boost::make_shared<recording_handler_t>(true);
     m_ex->push_handler(below);
     m_ex->push_handler(above);
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     storage->start_reading();
     EXPECT_TRUE(storage->replay(m_ex));
     EXPECT_EQ(above->messages().size(), 2U);
@@ -756,7 +756,7 @@ TEST_F(messages_storage_test, a_message_that_a_handler_consumes_does_not_end_the
 TEST_F(messages_storage_test, a_log_that_is_cut_within_a_message_replays_its_complete_messages)
 {
     m_folder.write("log.xml", "<log>\n" + message_of("a") + " <msg>\n  <type>b</type>");
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     ASSERT_TRUE(storage->start_reading());
     const auto handler = boost::make_shared<recording_handler_t>();
     m_ex->push_handler(handler);
@@ -767,7 +767,7 @@ TEST_F(messages_storage_test, a_log_that_is_cut_within_a_message_replays_its_com
 TEST_F(messages_storage_test, a_replay_of_a_log_without_a_tag_returns_false)
 {
     m_folder.write("log.xml", "plain text");
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     ASSERT_TRUE(storage->start_reading());
     EXPECT_FALSE(storage->replay(m_ex));
 }
@@ -775,7 +775,7 @@ TEST_F(messages_storage_test, a_replay_of_a_log_without_a_tag_returns_false)
 TEST_F(messages_storage_test, a_replay_of_a_log_that_begins_with_a_zero_returns_false)
 {
     m_folder.write("log.xml", std::string(1, '\0') + log_of(message_of("a")));
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     ASSERT_TRUE(storage->start_reading());
     EXPECT_FALSE(storage->replay(m_ex));
 }
@@ -799,7 +799,7 @@ TEST_F(messages_storage_test,
         }
     };
     record_all(L"ab");
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     storage->start_reading();
     m_ex->push_handler(boost::make_shared<throwing_handler_t>());
     EXPECT_THROW(storage->replay(m_ex), std::runtime_error);
@@ -812,7 +812,7 @@ TEST_F(messages_storage_test,
 TEST_F(messages_storage_test, a_storage_may_be_replayed_into_a_stack_that_another_one_records)
 {
     record_all(L"ab");
-    const storage_ptr copy = get("copy.xml");
+    const storage_ptr_t copy = get("copy.xml");
     ASSERT_TRUE(copy->start_recording());
     struct flagging_handler_t : base_handler_t
     {
@@ -825,7 +825,7 @@ TEST_F(messages_storage_test, a_storage_may_be_replayed_into_a_stack_that_anothe
     };
     m_ex->push_handler(copy);
     m_ex->push_handler(boost::make_shared<flagging_handler_t>());
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     storage->start_reading();
     EXPECT_TRUE(storage->replay(m_ex));
     copy->stop_recording();
@@ -841,7 +841,7 @@ TEST_F(messages_storage_test, handlers_get_the_extension_objects_own_pointer)
         record_all(L"ab");
         const auto handler = boost::make_shared<owner_handler_t>(m_ex);
         m_ex->push_handler(handler);
-        const storage_ptr storage = get();
+        const storage_ptr_t storage = get();
         EXPECT_TRUE(storage->start_reading());
         EXPECT_TRUE(storage->replay(borrowed));
         EXPECT_EQ(handler->results(), std::vector<bool>(2, true));
@@ -867,7 +867,7 @@ TEST_F(messages_storage_test, a_replay_continues_after_a_handler_releases_the_ex
     auto ex = velmo_ex_t::get(velmo_ex_t::generate_id(L"messages_storage_test."), L"");
     const auto handler = boost::make_shared<releasing_handler_t>(ex);
     ex->push_handler(handler);
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     EXPECT_TRUE(storage->start_reading());
     EXPECT_TRUE(storage->replay(std::move(ex)));
     EXPECT_EQ(handler->messages().size(), 2U);
@@ -875,7 +875,7 @@ TEST_F(messages_storage_test, a_replay_continues_after_a_handler_releases_the_ex
 
 TEST_F(messages_storage_test, many_different_names_lose_no_message)
 {
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     ASSERT_TRUE(storage->start_recording());
     for (int i = 0; i < 600; ++i) {
         const message_ptr_t message = make_flagged(L"t");

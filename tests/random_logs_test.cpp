@@ -49,7 +49,7 @@ class random_logs_test : public storage_test_t
 protected:
     random_logs_test() { m_ex->push_handler(m_handler); }
 
-    std::string replay(const storage_ptr& storage, bool& is_read) const
+    std::string replay(const storage_ptr_t& storage, bool& is_read) const
     {
         EXPECT_TRUE(storage->start_reading());
         is_read = storage->replay(m_ex);
@@ -60,7 +60,7 @@ protected:
     void expect_replay(const std::vector<std::string>& parts) const
     {
         log_oracle_t oracle;
-        const storage_ptr storage = get();
+        const storage_ptr_t storage = get();
         std::string log;
         for (const std::string& part : parts) {
             log += part;
@@ -76,7 +76,7 @@ protected:
     void expect_carry_over(const std::string& log) const
     {
         m_folder.write("log.xml", log);
-        const storage_ptr storage = get();
+        const storage_ptr_t storage = get();
         const log_oracle_t::reading_t expected = log_oracle_t().read(log);
         const bool is_started = storage->start_recording();
         ASSERT_TRUE(storage->stop_recording());

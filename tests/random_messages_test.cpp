@@ -44,7 +44,7 @@ TEST_F(random_messages_test, a_log_equals_the_output_of_libxml2s_writer)
     for (auto seed = seeds.first; seed != seeds.end(); ++seed) {
         random_source_t random(seed);
         std::vector<message_t> messages;
-        const storage_ptr storage = get();
+        const storage_ptr_t storage = get();
         ASSERT_TRUE(storage->start_recording());
         for (std::size_t count = random.below(6); count != 0; --count) {
             messages.push_back(random_message(random));

@@ -74,7 +74,7 @@ inline std::string foreign_log(const types_t& types, std::size_t form)
 }
 
 /// Records messages. Some are long, so that the storage writes before it is stopped.
-inline void record_types(const storage_ptr& storage, const types_t& types)
+inline void record_types(const storage_ptr_t& storage, const types_t& types)
 {
     for (const std::string& type : types) {
         const std::size_t number = std::stoul(type);
@@ -173,7 +173,7 @@ struct recorder_t
 
     types_t all() const { return join(first, second); }
 
-    int run(const storage_ptr& storage, shared_number_t& certain_count) const
+    int run(const storage_ptr_t& storage, shared_number_t& certain_count) const
     {
         const short_io_scope_t short_writes(SIZE_MAX, max_written);
         const kill_scope_t kill(last_call, has_links);
@@ -217,7 +217,7 @@ struct daemon_t
         return join(of_child, join(of_child_alone, of_child_after_others));
     }
 
-    int run(storage_ptr storage, daemon_gates_t& gates) const
+    int run(storage_ptr_t storage, daemon_gates_t& gates) const
     {
         if (!storage->start_recording())
             return refused_exit_code;
@@ -234,7 +234,7 @@ struct daemon_t
     }
 
 private:
-    [[noreturn]] void run_child(storage_ptr& storage, gate_t& has_recorded,
+    [[noreturn]] void run_child(storage_ptr_t& storage, gate_t& has_recorded,
                                 daemon_gates_t& gates) const
     {
         if (forks_twice && fork() != 0)

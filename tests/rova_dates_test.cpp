@@ -31,7 +31,7 @@ TEST_F(rova_dates_test, a_date_of_iso_8601_is_formatted)
     EXPECT_EQ(format(L"{d, date}", L"2026-11-21"), L"Nov 21, 2026");
     EXPECT_EQ(format(full, L"2026-11-21"), L"2026-11-21 00:00:00.000");
     EXPECT_EQ(format(full, L"1969-12-31"), L"1969-12-31 00:00:00.000");
-    EXPECT_EQ(format(full, L"0001-01-01"), L"0001-01-01 00:00:00.000");
+    EXPECT_EQ(format(full, L"1583-01-01"), L"1583-01-01 00:00:00.000");
     EXPECT_EQ(format(full, L"9999-12-31"), L"9999-12-31 00:00:00.000");
 }
 
@@ -54,11 +54,27 @@ TEST_F(rova_dates_test, an_offset_is_subtracted)
 
 TEST_F(rova_dates_test, a_text_that_is_not_a_date_leaves_the_placeholder)
 {
-    for (const wchar_t* const text :
-         {L"2026-13-01", L"2026-02-30", L"2026-11-21T25:00", L"2026-11-21T14:60", L"2026-11-21T",
-          L"2026-11-21T14", L"2026-1-1", L"26-11-21", L"2026-11-21x", L" 2026-11-21",
-          L"2026-11-21Z", L"2026-11-21T14:05:07.", L"2026-11-21T14:05+1", L"2026\u201311-21",
-          L"\u0662026-11-21", L"202\u0666-11-21"})
+    for (const wchar_t* const text : {L"2026-13-01",
+                                      L"2026-02-30",
+                                      L"2026-11-21T25:00",
+                                      L"2026-11-21T14:60",
+                                      L"2026-11-21T",
+                                      L"2026-11-21T14",
+                                      L"2026-1-1",
+                                      L"26-11-21",
+                                      L"2026-11-21x",
+                                      L" 2026-11-21",
+                                      L"2026-11-21Z",
+                                      L"2026-11-21T14:05:07.",
+                                      L"2026-11-21T14:05+1",
+                                      L"2026-11-21T14:05+24:00",
+                                      L"2026-11-21T14:05-12:60",
+                                      L"2026-11-21T14:05+99:99",
+                                      L"1582-10-10",
+                                      L"0001-01-01",
+                                      L"2026\u201311-21",
+                                      L"\u0662026-11-21",
+                                      L"202\u0666-11-21"})
         EXPECT_EQ(format(full, text), L"{d}");
     EXPECT_EQ(format(full, L"2026-11-21T14:05:07." + std::wstring(100000, L'1')), L"{d}");
 }
@@ -89,6 +105,22 @@ TEST_F(rova_dates_test, a_date_without_an_offset_is_in_the_time_zone)
     EXPECT_EQ(format(full, L"2026-07-01T12:00:01"), L"2026-07-01 12:00:01.000");
 }
 
+TEST_F(rova_dates_test, a_time_that_the_zone_skips_is_the_next_one)
+{
+    ASSERT_TRUE(set_time_zone("America/Sao_Paulo"));
+    EXPECT_EQ(format(full, L"2018-11-04"), L"2018-11-04 01:00:00.000");
+    ASSERT_TRUE(set_time_zone("Europe/Berlin"));
+    EXPECT_EQ(format(full, L"2026-03-29T02:30"), L"2026-03-29 03:00:00.000");
+}
+
+TEST_F(rova_dates_test, the_case_of_a_type_does_not_count)
+{
+    EXPECT_EQ(format(L"{d, DATE, short}", L"2026-11-21"),
+              format(L"{d, date, short}", L"2026-11-21"));
+    EXPECT_NE(format(L"{d, DATE, short}", L"2026-11-21"), L"{d}");
+    EXPECT_EQ(format(L"{d, NUMBER}", L"1234567.5", "eu"), L"1.234.567,5");
+}
+
 TEST_F(rova_dates_test, an_offset_is_a_time_zone)
 {
     ASSERT_TRUE(set_time_zone("GMT+02:00"));
@@ -99,7 +131,7 @@ TEST_F(rova_dates_test, an_offset_is_a_time_zone)
 TEST_F(rova_dates_test, an_unknown_time_zone_is_refused_and_changes_nothing)
 {
     ASSERT_TRUE(set_time_zone("Asia/Tokyo"));
-    for (const char* const zone : {"", "Nowhere/Land", "Europe/Berlin ", "\xFF"})
+    for (const char* const zone : {"", "Etc/Unknown", "Nowhere/Land", "Europe/Berlin ", "\xFF"})
         EXPECT_FALSE(set_time_zone(zone)) << zone;
     EXPECT_EQ(format(L"{d, time,HH:mm}", L"0"), L"09:00");
 }
@@ -118,6 +150,22 @@ TEST(rova_locale_test, a_modifier_that_names_a_variant_counts)
 {
     EXPECT_EQ(format(L"{d, number}", L"1234.5", "ca_ES@valencia"), L"1.234,5");
     EXPECT_EQ(format(L"{d, number}", L"1234.5", "ca@valencia"), L"1.234,5");
+}
+
+TEST(rova_locale_test, a_variant_keeps_the_country)
+{
+    EXPECT_EQ(format(L"{d, number}", L"1234567.5", "es_MX@modern"), L"1,234,567.5");
+    EXPECT_EQ(format(L"{d, number}", L"1234567.5", "pt_PT@ao1990"),
+              format(L"{d, number}", L"1234567.5", "pt_PT"));
+}
+
+TEST(rova_locale_test, a_script_without_data_and_a_replaced_name_are_not_the_root_locale)
+{
+    EXPECT_EQ(
+        format(L"{d, plural, one{one} few{few} many{many} other{other}}", L"5", "be_BY@latin"),
+        L"many");
+    EXPECT_EQ(format(L"{d, date, MMMM}", L"0", "cmn_TW"),
+              format(L"{d, date, MMMM}", L"0", "zh_TW"));
 }
 
 TEST(rova_locale_test, any_other_modifier_and_an_encoding_do_not_count)

@@ -1,5 +1,7 @@
 #include <rova/i18n.h>
 
+#include "usage.h"
+
 #include <gtest/gtest.h>
 
 #include <string>
@@ -100,6 +102,26 @@ TEST(rova_placeholder_names_test, names_for_private_use_do_not_collide)
                        L"p"},
                       {"a-a", L"1"}}),
               L"1 p");
+}
+
+TEST(rova_placeholder_names_test, many_missing_arguments_and_a_long_text_take_linear_time)
+{
+    std::wstring pattern = L"{x}{n,number}";
+    for (int i = 0; i < 9000; ++i)
+        pattern += L"{a-b}";
+    const velmoext_1_4_8::usage_t usage;
+    EXPECT_EQ(format(pattern, {{"x", std::wstring(10000000, L'y')}}).substr(10000000, 8),
+              L"{n}{a-b}");
+    EXPECT_LT(usage.seconds(), 5);
+}
+
+TEST(rova_placeholder_names_test, a_text_for_private_use_is_inserted_unchanged)
+{
+    EXPECT_EQ(format(L"{x} {a-b} {n, number}", {{"x", L"{\xE001"
+                                                      L"1}"},
+                                                {"n", L"1"}}),
+              L"{\xE001"
+              L"1} {a-b} 1");
 }
 
 TEST(rova_placeholder_names_test, a_pattern_with_all_prefixes_stays_as_it_is)

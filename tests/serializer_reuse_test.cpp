@@ -14,7 +14,7 @@ using namespace velmoext_1_4_8;
 namespace
 {
 
-typedef string_message_serializer_t serializer;
+typedef string_message_serializer_t serializer_t;
 
 const std::wstring odd_texts[] = {
     L"",
@@ -49,7 +49,7 @@ std::wstring text_of(const message_ptr_t& message)
 
 std::wstring read(const std::wstring& text)
 {
-    return text_of(serializer::xml_string_to_message(text));
+    return text_of(serializer_t::xml_string_to_message(text));
 }
 
 // Reads the text on a thread that has read nothing before.
@@ -63,7 +63,7 @@ std::wstring read_first(const std::wstring& text)
 std::wstring write_first(const message_ptr_t& message)
 {
     std::wstring result;
-    std::thread([&] { result = serializer::message_to_xml_string(message); }).join();
+    std::thread([&] { result = serializer_t::message_to_xml_string(message); }).join();
     return result;
 }
 
@@ -97,8 +97,8 @@ TEST(serializer_reuse_test, a_message_is_written_the_same_after_any_other_messag
     for (const message_ptr_t& message : messages) {
         const std::wstring expected = write_first(message);
         for (const message_ptr_t& before : messages) {
-            serializer::message_to_xml_string(before);
-            EXPECT_EQ(serializer::message_to_xml_string(message), expected);
+            serializer_t::message_to_xml_string(before);
+            EXPECT_EQ(serializer_t::message_to_xml_string(message), expected);
         }
     }
 }
@@ -108,7 +108,7 @@ TEST(serializer_reuse_test, many_different_names_are_read_in_sequence)
     for (int i = 0; i < 8000; ++i) {
         const std::wstring name = L"n" + std::to_wstring(i) + std::wstring(4000, L'x');
         const auto message =
-            serializer::xml_string_to_message(L"<msg><" + name + L">v</" + name + L"></msg>");
+            serializer_t::xml_string_to_message(L"<msg><" + name + L">v</" + name + L"></msg>");
         ASSERT_TRUE(message);
         ASSERT_EQ(message->get_content().elements, (string_map_t{{name, L"v"}})) << i;
     }

@@ -3,6 +3,7 @@
 #include "catalog_support.h"
 #include "run_threads.h"
 #include "support.h"
+#include "usage.h"
 
 #include <gtest/gtest.h>
 
@@ -418,7 +419,8 @@ TEST_F(setbook2_message_catalog_test, scripts_and_regions_count)
         {L"zh_Hant", {"zh_Hant", "zh_TW", "zh"}},
         {L"zh_TW", {"zh_TW", "zh_Hant_TW", "zh_Hant", "zh"}},
         {L"zh_Hans", {"zh_Hans", "zh_CN", "zh"}},
-        {L"zh_CN", {"zh_CN", "zh"}},
+        {L"zh_CN", {"zh_CN", "zh_Hans_CN", "zh_Hans", "zh"}},
+        {L"yue_HK", {"yue_HK", "yue_Hant", "yue"}},
         {L"sr_Latn_RS", {"sr_Latn_RS", "sr_RS@latin", "sr_Latn", "sr@latin", "sr"}},
         {L"sr_RS@latin", {"sr_Latn_RS", "sr_RS@latin", "sr_Latn", "sr@latin", "sr"}},
         {L"sr@latin", {"sr_Latn", "sr@latin", "sr"}},
@@ -860,6 +862,24 @@ TEST_F(setbook2_message_catalog_test, a_file_without_any_string_is_passed_over)
     EXPECT_EQ(text_in(with_word(bytes, count, 0)), no_catalog);
 }
 
+TEST_F(setbook2_message_catalog_test, overlapping_strings_take_linear_time)
+{
+    const std::uint32_t strings = 200000;
+    const std::uint32_t table = 28;
+    const std::uint32_t end = table + strings * 8;
+    std::string bytes = bytes_of(po_of({{"t", "text"}})).substr(0, table);
+    bytes = with_word(with_word(with_word(bytes, count, strings), keys, table), texts, table);
+    bytes.resize(max_file_bytes, 'x');
+    bytes.back() = '\0';
+    for (std::uint32_t string = 0; string < strings; ++string) {
+        bytes = with_word(std::move(bytes), table + string * 8, max_file_bytes - 1 - end);
+        bytes = with_word(std::move(bytes), table + string * 8 + 4, end);
+    }
+    const velmoext_1_4_8::usage_t usage;
+    EXPECT_EQ(text_in(bytes), no_catalog);
+    EXPECT_LT(usage.seconds(), 5);
+}
+
 TEST_F(setbook2_message_catalog_test, strings_that_depend_on_the_system_are_left_out)
 {
     const std::string number = "\n#, c-format\nmsgid \"%<PRIu64>\"\nmsgstr \"n %<PRIu64>\"\n";
@@ -920,6 +940,7 @@ TEST_F(setbook2_message_catalog_test, a_text_with_a_context_is_not_found_by_its_
     const std::string entry = "\nmsgctxt \"menu\"\nmsgid \"Open\"\nmsgstr \"Auf\"\n";
     EXPECT_EQ(text_in(bytes_of(po_of({{"t", "text"}}) + entry)), L"text");
     EXPECT_EQ(text_of(L"Open"), L"");
+    EXPECT_EQ(text_of(L"menu\x04Open"), L"");
 }
 
 TEST_F(setbook2_message_catalog_test, a_file_in_a_declared_charset_is_read)
@@ -952,6 +973,13 @@ TEST_F(setbook2_message_catalog_test, a_text_that_its_charset_does_not_allow_is_
     m_catalogs.write("de_AT", "cat", in_charset("EUC-JP", "\xC6\x20"));
     m_catalogs.bind(L"de_AT");
     EXPECT_EQ(text_of(), L"deutsch");
+}
+
+TEST_F(setbook2_message_catalog_test, an_id_with_a_character_that_the_charset_lacks_is_not_found)
+{
+    EXPECT_EQ(text_in(in_charset("ISO-8859-2", "\xBE")), L"text \u017E");
+    EXPECT_EQ(text_of(L"t\u200B"), L"");
+    EXPECT_EQ(text_of(L"\u200B"), L"");
 }
 
 TEST_F(setbook2_message_catalog_test, a_file_in_an_unknown_charset_is_passed_over)

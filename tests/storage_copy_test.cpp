@@ -44,7 +44,7 @@ protected:
 
     void expect_refused_and_unchanged(const files_t& files, const std::string& leaf = "log.xml")
     {
-        const storage_ptr storage = get(leaf);
+        const storage_ptr_t storage = get(leaf);
         EXPECT_FALSE(storage->start_recording());
         EXPECT_FALSE(storage->start_recording()) << "the storage counts as recording";
         EXPECT_TRUE(descriptors_of_log().empty());
@@ -97,7 +97,7 @@ TEST_F(storage_copy_test, a_log_in_the_written_form_is_not_rewritten)
     for (const char* const tail : {"", " <msg>\n  <ty", "</log>\n"}) {
         m_folder.write("log.xml", log().substr(0, log().find("</log>")) + tail);
         const faults_scope_t faults(nothing_can_be_copied);
-        const storage_ptr storage = get();
+        const storage_ptr_t storage = get();
         ASSERT_TRUE(storage->start_recording()) << tail;
         EXPECT_EQ(log(), log_of(message_of("a") + message_of("b")).substr(0, log().size()));
         EXPECT_TRUE(storage->stop_recording());
@@ -360,7 +360,7 @@ TEST_F(storage_copy_test, text_that_another_program_writes_into_a_created_log_st
 
 TEST_F(storage_copy_test, an_empty_log_that_appears_after_a_refused_start_stays)
 {
-    const storage_ptr storage = get("folder/log.xml");
+    const storage_ptr_t storage = get("folder/log.xml");
     EXPECT_FALSE(storage->start_recording()) << "no log can be created without the folder";
     std::filesystem::create_directory(m_folder.name("folder"));
     write_all({{"folder/log.xml", ""},
@@ -373,7 +373,7 @@ TEST_F(storage_copy_test, an_empty_log_that_appears_after_a_refused_start_stays)
 
 TEST_F(storage_copy_test, a_log_that_is_being_recorded_is_not_a_copy)
 {
-    const storage_ptr other = get("log.xml.tmp");
+    const storage_ptr_t other = get("log.xml.tmp");
     ASSERT_TRUE(other->start_recording());
     for (int i = 0; i < 200; ++i)
         record(other, std::to_wstring(i));
@@ -389,7 +389,7 @@ TEST_F(storage_copy_test, a_log_that_is_being_recorded_is_not_a_copy)
 TEST_F(storage_copy_test, a_start_is_refused_if_a_recording_begins_at_the_path_of_the_copy)
 {
     record_all(L"a");
-    const storage_ptr other = get("log.xml.tmp");
+    const storage_ptr_t other = get("log.xml.tmp");
     bool is_recorded = false;
     const faults_scope_t faults([&](const std::string& call, int) {
         if (call == "flock" && !std::exchange(is_recorded, true)) {
@@ -446,7 +446,7 @@ TEST_F(storage_copy_test, a_refused_start_releases_the_log)
 {
     record_all(L"a");
     std::filesystem::create_hard_link(m_folder.name("log.xml"), m_folder.name("log.xml.tmp"));
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     EXPECT_FALSE(storage->start_recording());
     std::filesystem::remove(m_folder.name("log.xml.tmp"));
     EXPECT_TRUE(get("./log.xml")->start_recording());
@@ -545,7 +545,7 @@ TEST_F(storage_copy_test, a_log_that_is_replaced_while_it_is_read_is_not_lost)
                 }
                 return 0;
             });
-            const storage_ptr storage = get();
+            const storage_ptr_t storage = get();
             storage->start_recording();
             storage->stop_recording();
         }
@@ -560,7 +560,7 @@ TEST_F(storage_copy_test, a_log_that_is_replaced_while_it_is_read_is_not_lost)
 TEST_F(storage_copy_test, a_start_whose_log_is_replaced_leaves_the_storage_idle)
 {
     write_all({{"log.xml", foreign_log({"a"})}, {"new.xml", foreign_log({"b"})}});
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     {
         const faults_scope_t faults([&](const std::string& call, int) {
             if (call == "pread" && m_folder.has("new.xml")) {
@@ -596,7 +596,7 @@ TEST_F(storage_copy_test, without_locks_a_child_leaves_the_log_to_its_parent)
 {
     const faults_scope_t faults(
         [](const std::string& call, int) { return call == "flock" ? ENOLCK : 0; });
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     ASSERT_TRUE(storage->start_recording());
     record(storage, L"a");
     const int status = status_of_child([&] {

@@ -65,7 +65,7 @@ class storage_failure_test : public storage_test_t
 {
 protected:
     // Returns false also if the start throws.
-    static bool starts(const storage_ptr& storage)
+    static bool starts(const storage_ptr_t& storage)
     {
         try {
             return storage->start_recording();
@@ -79,7 +79,7 @@ protected:
 
 TEST_F(storage_failure_test, a_start_returns_and_can_be_stopped_when_libxml2_runs_out_of_memory)
 {
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     record_all(L"a", "warm up.xml");
     bool is_started = false;
     int failures = 0;
@@ -107,7 +107,7 @@ TEST_F(storage_failure_test, a_start_that_runs_out_of_memory_loses_no_old_messag
             for (long successes = 0; !is_started; ++successes) {
                 std::filesystem::remove(m_folder.name("log.xml"));
                 m_folder.write(leaf, old);
-                const storage_ptr storage = get();
+                const storage_ptr_t storage = get();
                 {
                     const xml_memory_limit_t limit(successes);
                     is_started = starts(storage);
@@ -129,7 +129,7 @@ TEST_F(storage_failure_test,
         std::filesystem::remove(m_folder.name("log.xml.tmp"));
         record_all(types);
         std::filesystem::rename(m_folder.name("log.xml"), m_folder.name("log.xml.tmp"));
-        const storage_ptr storage = get();
+        const storage_ptr_t storage = get();
         {
             const xml_memory_limit_t limit(successes);
             failures += starts(storage) ? 0 : 1;
@@ -159,7 +159,7 @@ TEST_F(storage_failure_test, a_child_that_runs_out_of_memory_at_its_first_messag
     int outcome = failed;
     for (long successes = 0; (outcome & failed) != 0; ++successes) {
         std::filesystem::remove(m_folder.name("log.xml"));
-        const storage_ptr storage = get();
+        const storage_ptr_t storage = get();
         ASSERT_TRUE(storage->start_recording());
         const signal_t has_stopped;
         const pid_t child = fork();
@@ -191,7 +191,7 @@ TEST_F(storage_failure_test, a_copy_that_cannot_be_opened_leaves_the_storage_as_
 {
     record_all(L"a");
     std::filesystem::rename(m_folder.name("log.xml"), m_folder.name("log.xml.tmp"));
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     {
         const descriptor_limit_t limit(1);
         EXPECT_FALSE(storage->start_recording());
@@ -207,7 +207,7 @@ TEST_F(storage_failure_test, nothing_is_written_into_a_file_that_reuses_a_closed
 {
     record_all(L"a");
     std::filesystem::rename(m_folder.name("log.xml"), m_folder.name("log.xml.tmp"));
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     {
         const descriptor_limit_t limit(1);
         EXPECT_FALSE(storage->start_recording());
@@ -228,7 +228,7 @@ TEST_F(storage_failure_test, without_enough_descriptors_no_old_message_is_lost)
             for (int free_descriptors = 0; free_descriptors < 7; ++free_descriptors) {
                 std::filesystem::remove(m_folder.name("log.xml"));
                 m_folder.write(leaf, old);
-                const storage_ptr storage = get();
+                const storage_ptr_t storage = get();
                 bool is_started = false;
                 {
                     const descriptor_limit_t limit(free_descriptors);
@@ -248,7 +248,7 @@ TEST_F(storage_failure_test, a_failed_operation_leaves_no_descriptor_open)
     for (int free_descriptors = 0; free_descriptors < 4; ++free_descriptors) {
         record_all(L"a");
         const descriptor_limit_t limit(free_descriptors);
-        const storage_ptr storage = get();
+        const storage_ptr_t storage = get();
         storage->start_recording();
         storage->stop_recording();
         storage->start_reading();
@@ -261,7 +261,7 @@ TEST_F(storage_failure_test, a_storage_that_is_read_repeatedly_leaves_no_descrip
 {
     record_all(L"a");
     const int before = lowest_free_descriptor();
-    storage_ptr storage = get();
+    storage_ptr_t storage = get();
     EXPECT_TRUE(storage->start_reading());
     EXPECT_TRUE(storage->start_reading());
     EXPECT_NE(lowest_free_descriptor(), before);
@@ -271,7 +271,7 @@ TEST_F(storage_failure_test, a_storage_that_is_read_repeatedly_leaves_no_descrip
 
 TEST_F(storage_failure_test, a_stop_that_ran_out_of_memory_can_be_repeated)
 {
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     ASSERT_TRUE(storage->start_recording());
     record(storage, L"a");
     bool has_thrown = false;
@@ -289,7 +289,7 @@ TEST_F(storage_failure_test, a_stop_that_ran_out_of_memory_can_be_repeated)
 
 TEST_F(storage_failure_test, a_last_owner_that_runs_out_of_memory_releases_the_log)
 {
-    storage_ptr storage = get();
+    storage_ptr_t storage = get();
     ASSERT_TRUE(storage->start_recording());
     record(storage, L"a");
     run_on_thread_without_memory([&] { storage.reset(); });
@@ -300,7 +300,7 @@ TEST_F(storage_failure_test, a_last_owner_that_runs_out_of_memory_releases_the_l
 
 TEST_F(storage_failure_test, a_fork_on_a_thread_without_memory_loses_nothing)
 {
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     ASSERT_TRUE(storage->start_recording());
     record(storage, L"a");
     int status = -1;

@@ -42,7 +42,7 @@ class storage_faults_test : public storage_test_t
 {
 protected:
     // Records the numbers from `first` to `last`, without `last`.
-    void record_numbers(const storage_ptr& storage, int first, int last) const
+    void record_numbers(const storage_ptr_t& storage, int first, int last) const
     {
         for (int i = first; i < last; ++i)
             record(storage, std::to_wstring(i));
@@ -50,7 +50,7 @@ protected:
 
     void make_old_log() const
     {
-        const storage_ptr storage = get();
+        const storage_ptr_t storage = get();
         ASSERT_TRUE(storage->start_recording());
         record_numbers(storage, 0, old_messages);
         ASSERT_TRUE(storage->stop_recording());
@@ -67,7 +67,7 @@ protected:
     // Starts, records and stops on an existing log.
     bool record_on_old_log() const
     {
-        const storage_ptr storage = get();
+        const storage_ptr_t storage = get();
         const bool is_started = storage->start_recording();
         record_numbers(storage, old_messages, 2 * old_messages);
         EXPECT_TRUE(storage->stop_recording());
@@ -188,7 +188,7 @@ TEST_F(storage_faults_test, a_log_that_cannot_be_opened_is_not_changed)
     for (const int error : {EROFS, EACCES, EMFILE, ENFILE, ELOOP, ETXTBSY}) {
         const faults_scope_t faults(
             [&](const std::string& call, int) { return call == "open" ? error : 0; });
-        const storage_ptr storage = get();
+        const storage_ptr_t storage = get();
         EXPECT_FALSE(storage->start_recording()) << std::strerror(error);
         record(storage, L"lost");
         EXPECT_TRUE(storage->stop_recording());
@@ -200,7 +200,7 @@ TEST_F(storage_faults_test, a_log_that_cannot_be_opened_is_not_changed)
 TEST_F(storage_faults_test, after_a_failed_write_nothing_more_is_written_until_the_stop)
 {
     for (const int error : {EIO, ENOSPC, EDQUOT}) {
-        const storage_ptr storage = get();
+        const storage_ptr_t storage = get();
         std::filesystem::remove(m_folder.name("log.xml"));
         ASSERT_TRUE(storage->start_recording());
         int writes = 0;
@@ -219,7 +219,7 @@ TEST_F(storage_faults_test, after_a_failed_write_nothing_more_is_written_until_t
 TEST_F(storage_faults_test, a_replay_that_cannot_read_returns_false_and_can_be_repeated)
 {
     make_old_log();
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     const auto ex = velmo_ex_t::get(velmo_ex_t::generate_id(L"storage_faults_test."), L"");
     ASSERT_TRUE(storage->start_reading());
     {
@@ -234,7 +234,7 @@ TEST_F(storage_faults_test, a_replay_that_reads_a_part_continues_after_it)
 {
     m_folder.write("log.xml", "<log><msg><type>a</type></msg>\n<log><msg><type>b</type></msg>");
     const std::size_t first = m_folder.read("log.xml").find('\n');
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     {
         int reads = 0;
         const short_io_scope_t short_io(first, SIZE_MAX);
@@ -248,7 +248,7 @@ TEST_F(storage_faults_test, a_replay_that_reads_a_part_continues_after_it)
 TEST_F(storage_faults_test, a_reading_that_cannot_be_restarted_ends)
 {
     make_old_log();
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     const auto ex = velmo_ex_t::get(velmo_ex_t::generate_id(L"storage_faults_test."), L"");
     ASSERT_TRUE(storage->start_reading());
     {
@@ -262,7 +262,7 @@ TEST_F(storage_faults_test, a_reading_that_cannot_be_restarted_ends)
 
 TEST_F(storage_faults_test, messages_are_written_in_chunks_not_one_by_one)
 {
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     ASSERT_TRUE(storage->start_recording());
     const std::vector<std::string> calls =
         calls_of([&] { record_numbers(storage, 0, old_messages); });
@@ -274,7 +274,7 @@ TEST_F(storage_faults_test, a_copy_that_cannot_be_opened_is_removed_and_the_log_
 {
     const std::string old_log = foreign_old_log();
     m_folder.write("log.xml", old_log);
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     {
         bool is_copied = false;
         const faults_scope_t faults([&](const std::string& call, int) {
@@ -286,7 +286,7 @@ TEST_F(storage_faults_test, a_copy_that_cannot_be_opened_is_removed_and_the_log_
     }
     EXPECT_EQ(files(), std::pair(old_log, std::string()));
     EXPECT_TRUE(descriptors_of_log().empty());
-    const storage_ptr other = get("./log.xml");
+    const storage_ptr_t other = get("./log.xml");
     EXPECT_TRUE(other->start_recording());
     EXPECT_TRUE(storage->start_recording()) << "it counts as recording until it is stopped";
     record(storage, L"lost");
@@ -319,7 +319,7 @@ TEST_F(storage_faults_test, a_start_that_cannot_truncate_the_log_leaves_the_stor
     make_old_log();
     for (const std::string& old_log : {m_folder.read("log.xml"), foreign_old_log()}) {
         m_folder.write("log.xml", old_log);
-        const storage_ptr storage = get();
+        const storage_ptr_t storage = get();
         {
             const faults_scope_t faults(
                 [](const std::string& call, int) { return call == "ftruncate" ? EIO : 0; });
@@ -348,7 +348,7 @@ TEST_F(storage_faults_test, if_the_copy_cannot_be_removed_nothing_is_recorded_or
 
 TEST_F(storage_faults_test, a_log_removed_during_a_recording_is_created_again_by_the_next_start)
 {
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     ASSERT_TRUE(storage->start_recording());
     record(storage, L"a");
     std::filesystem::remove(m_folder.name("log.xml"));
@@ -365,7 +365,7 @@ TEST_F(storage_faults_test, a_log_replaced_during_a_recording_is_left_alone_unti
 {
     record_all(L"xy", "other.xml");
     const std::string other = m_folder.read("other.xml");
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     ASSERT_TRUE(storage->start_recording());
     record(storage, L"a");
     std::filesystem::rename(m_folder.name("other.xml"), m_folder.name("log.xml"));
@@ -380,7 +380,7 @@ TEST_F(storage_faults_test, a_log_replaced_during_a_recording_is_left_alone_unti
 
 TEST_F(storage_faults_test, a_created_log_that_another_recorder_locks_first_stays)
 {
-    const storage_ptr other = get("./log.xml");
+    const storage_ptr_t other = get("./log.xml");
     {
         bool is_created = false;
         const faults_scope_t faults([&](const std::string& call, int) {
@@ -452,7 +452,7 @@ TEST_F(storage_faults_test, a_log_that_vanishes_while_it_has_a_lease_is_created_
             return call == "open" && std::filesystem::remove(m_folder.name("log.xml")) ? EWOULDBLOCK
                                                                                        : 0;
         });
-        const storage_ptr storage = get();
+        const storage_ptr_t storage = get();
         EXPECT_TRUE(storage->start_recording());
         record(storage, L"a");
         EXPECT_TRUE(storage->stop_recording());
@@ -462,7 +462,7 @@ TEST_F(storage_faults_test, a_log_that_vanishes_while_it_has_a_lease_is_created_
 
 TEST_F(storage_faults_test, a_log_that_is_replaced_by_a_folder_cannot_be_recorded_again)
 {
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     ASSERT_TRUE(storage->start_recording());
     std::filesystem::remove(m_folder.name("log.xml"));
     std::filesystem::create_directory(m_folder.name("log.xml"));
@@ -474,7 +474,7 @@ TEST_F(storage_faults_test, a_log_that_is_replaced_by_a_folder_cannot_be_recorde
 
 TEST_F(storage_faults_test, a_log_emptied_during_a_recording_can_be_recorded_again)
 {
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     ASSERT_TRUE(storage->start_recording());
     record_numbers(storage, 0, old_messages);
     m_folder.write("log.xml", "");
@@ -506,7 +506,7 @@ TEST_F(storage_faults_test, a_path_that_is_too_long_for_the_system_is_refused)
 TEST_F(storage_faults_test, a_device_is_not_even_opened)
 {
     std::filesystem::create_symlink("/dev/null", m_folder.name("log.xml"));
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     const std::vector<std::string> calls = calls_of([&] {
         EXPECT_FALSE(storage->start_recording());
         EXPECT_FALSE(storage->start_reading());

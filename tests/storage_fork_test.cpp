@@ -27,7 +27,7 @@ namespace
 class storage_fork_test : public storage_test_t
 {
 protected:
-    typedef std::function<void(const storage_ptr&)> action_t;
+    typedef std::function<void(const storage_ptr_t&)> action_t;
 
     // A process records "a" and forks. The child acts once while its parent lives. It records and
     // stops after the parent's end. Returns when both have ended.
@@ -39,7 +39,7 @@ protected:
         const signal_t parent_has_ended;
         const signal_t child_has_ended;
         status_of_child([&] {
-            const storage_ptr storage = get();
+            const storage_ptr_t storage = get();
             storage->start_recording();
             record(storage, L"a");
             before_fork();
@@ -60,7 +60,7 @@ protected:
         child_has_ended.wait();
     }
 
-    static void record_many(const storage_ptr& storage, const std::wstring& name, int count)
+    static void record_many(const storage_ptr_t& storage, const std::wstring& name, int count)
     {
         for (int i = 0; i < count; ++i)
             record(storage, name + std::to_wstring(i));
@@ -85,7 +85,7 @@ protected:
     // Returns 0 if the log is still locked after a child of its recorder has ended.
     int fork_and_lock() const
     {
-        const storage_ptr storage = get();
+        const storage_ptr_t storage = get();
         storage->start_recording();
         begin_pid_namespace();
         status_of_child([] { return 0; });
@@ -102,16 +102,16 @@ protected:
         });
     }
 
-    static void do_nothing(const storage_ptr& /*storage*/) {}
-    static void kill_self(const storage_ptr& /*storage*/) { raise(SIGKILL); }
-    static void record_b(const storage_ptr& storage) { record(storage, L"b"); }
+    static void do_nothing(const storage_ptr_t& /*storage*/) {}
+    static void kill_self(const storage_ptr_t& /*storage*/) { raise(SIGKILL); }
+    static void record_b(const storage_ptr_t& storage) { record(storage, L"b"); }
 };
 
 } // namespace
 
 TEST_F(storage_fork_test, a_child_that_releases_the_storage_leaves_the_recording_alone)
 {
-    storage_ptr storage = get();
+    storage_ptr_t storage = get();
     ASSERT_TRUE(storage->start_recording());
     record(storage, L"a");
     const auto begin = std::chrono::steady_clock::now();
@@ -139,7 +139,7 @@ TEST_F(storage_fork_test, a_child_with_the_process_id_of_its_parent_does_not_rel
 
 TEST_F(storage_fork_test, a_child_that_stops_the_recording_stops_only_its_own_part)
 {
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     ASSERT_TRUE(storage->start_recording());
     record(storage, L"a");
     const int status = status_of_child([&] { return storage->stop_recording() ? 0 : 1; });
@@ -152,7 +152,7 @@ TEST_F(storage_fork_test, a_child_that_stops_the_recording_stops_only_its_own_pa
 
 TEST_F(storage_fork_test, a_child_that_records_much_does_not_damage_the_log)
 {
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     ASSERT_TRUE(storage->start_recording());
     record_many(storage, L"before", 1000);
     EXPECT_TRUE(has_exited_with(status_of_child([&] {
@@ -167,7 +167,7 @@ TEST_F(storage_fork_test, a_child_that_records_much_does_not_damage_the_log)
 
 TEST_F(storage_fork_test, a_child_cannot_record_until_its_parent_has_stopped)
 {
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     ASSERT_TRUE(storage->start_recording());
     record(storage, L"a");
     EXPECT_TRUE(has_exited_with(status_of_child([&] {
@@ -189,7 +189,7 @@ TEST_F(storage_fork_test, a_child_cannot_record_until_its_parent_has_stopped)
 TEST_F(storage_fork_test, a_child_that_stays_alive_does_not_keep_the_log_locked)
 {
     const auto stop_beside_a_child = [&] {
-        const storage_ptr storage = get();
+        const storage_ptr_t storage = get();
         storage->start_recording();
         const pid_t child = fork();
         if (child == 0) {
@@ -210,7 +210,7 @@ TEST_F(storage_fork_test, a_process_that_becomes_a_daemon_loses_nothing)
 {
     const signal_t has_ended;
     EXPECT_TRUE(has_exited_with(status_of_child([&] {
-                                    const storage_ptr storage = get();
+                                    const storage_ptr_t storage = get();
                                     storage->start_recording();
                                     record_many(storage, L"before", 100);
                                     if (daemon(1, 1) != 0)
@@ -231,7 +231,7 @@ TEST_F(storage_fork_test, a_child_in_another_directory_records_at_the_relative_p
     const current_directory_scope_t directory(m_folder.name("."));
     const signal_t has_ended;
     status_of_child([&] {
-        const storage_ptr storage = messages_storage_t::get(basekit2::path_t(L"log.xml"));
+        const storage_ptr_t storage = messages_storage_t::get(basekit2::path_t(L"log.xml"));
         storage->start_recording();
         record(storage, L"a");
         if (fork() == 0) {
@@ -258,7 +258,7 @@ TEST_F(storage_fork_test, a_child_continues_after_the_messages_of_its_killed_par
 {
     run(
         do_nothing,
-        [](const storage_ptr& storage) {
+        [](const storage_ptr_t& storage) {
             record_many(storage, L"parent", 1000);
             kill_self(storage);
         },
@@ -274,17 +274,17 @@ TEST_F(storage_fork_test, a_child_continues_after_the_log_that_its_parent_closed
 {
     run(
         record_b,
-        [](const storage_ptr& storage) {
+        [](const storage_ptr_t& storage) {
             record(storage, L"parent");
             storage->stop_recording();
         },
-        [](const storage_ptr& storage) { record(storage, L"c"); });
+        [](const storage_ptr_t& storage) { record(storage, L"c"); });
     EXPECT_EQ(types_in(), L"a;parent;b;c;");
 }
 
 TEST_F(storage_fork_test, a_child_writes_before_its_stop_when_its_parent_has_ended)
 {
-    run(record_b, kill_self, [this](const storage_ptr& storage) {
+    run(record_b, kill_self, [this](const storage_ptr_t& storage) {
         record_many(storage, L"child", 1000);
         std::filesystem::copy_file(m_folder.name("log.xml"), m_folder.name("before the stop"));
     });
@@ -299,7 +299,7 @@ TEST_F(storage_fork_test, a_child_that_stops_waits_for_the_end_of_its_parent)
     const signal_t child_has_ended;
     const auto begin = std::chrono::steady_clock::now();
     status_of_child([&] {
-        const storage_ptr storage = get();
+        const storage_ptr_t storage = get();
         storage->start_recording();
         record(storage, L"a");
         if (fork() == 0) {
@@ -322,7 +322,7 @@ TEST_F(storage_fork_test, a_child_begins_a_log_if_that_of_its_killed_parent_was_
 {
     run(
         record_b,
-        [this](const storage_ptr& storage) {
+        [this](const storage_ptr_t& storage) {
             std::filesystem::remove(m_folder.name("log.xml"));
             kill_self(storage);
         },
@@ -334,7 +334,7 @@ TEST_F(storage_fork_test, a_child_without_messages_leaves_its_parents_log_alone)
 {
     run(
         do_nothing,
-        [this](const storage_ptr& storage) {
+        [this](const storage_ptr_t& storage) {
             storage->stop_recording();
             std::filesystem::remove(m_folder.name("log.xml"));
         },
@@ -350,7 +350,7 @@ TEST_F(storage_fork_test, messages_recorded_before_the_fork_outlive_both_process
 
 TEST_F(storage_fork_test, pending_messages_of_a_child_that_forks_are_recorded_once)
 {
-    run(record_b, kill_self, [](const storage_ptr& storage) {
+    run(record_b, kill_self, [](const storage_ptr_t& storage) {
         EXPECT_EQ(status_of_child([&] {
                       storage->stop_recording();
                       return 0;
@@ -365,21 +365,21 @@ TEST_F(storage_fork_test, a_child_waits_for_the_log_that_replaced_the_one_of_its
 {
     run(
         record_b,
-        [this](const storage_ptr& storage) {
+        [this](const storage_ptr_t& storage) {
             storage->stop_recording();
             std::filesystem::rename(m_folder.name("log.xml"), m_folder.name("log.1"));
             storage->start_recording();
             record(storage, L"p");
             storage->stop_recording();
         },
-        [](const storage_ptr& storage) { record(storage, L"c"); });
+        [](const storage_ptr_t& storage) { record(storage, L"c"); });
     EXPECT_EQ(types_in("log.1"), L"a;");
     EXPECT_EQ(types_in(), L"p;b;c;");
 }
 
 TEST_F(storage_fork_test, a_grandchild_continues_as_a_child_does)
 {
-    run(record_b, kill_self, [](const storage_ptr& storage) {
+    run(record_b, kill_self, [](const storage_ptr_t& storage) {
         const pid_t grandchild = fork();
         if (grandchild != 0)
             _exit(0);
@@ -391,7 +391,7 @@ TEST_F(storage_fork_test, a_grandchild_continues_as_a_child_does)
 TEST_F(storage_fork_test, a_grandchild_that_is_forked_while_all_processes_live_continues_too)
 {
     run(
-        [](const storage_ptr& /*storage*/) {
+        [](const storage_ptr_t& /*storage*/) {
             if (fork() != 0)
                 _exit(0);
         },
@@ -401,7 +401,7 @@ TEST_F(storage_fork_test, a_grandchild_that_is_forked_while_all_processes_live_c
 
 TEST_F(storage_fork_test, a_child_of_a_process_that_has_stopped_records_nothing)
 {
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     ASSERT_TRUE(storage->start_recording());
     record(storage, L"a");
     ASSERT_TRUE(storage->stop_recording());
@@ -417,7 +417,7 @@ TEST_F(storage_fork_test, pending_messages_of_a_child_are_whole_and_limited)
 {
     const std::wstring big(1048576, L'x');
     run(
-        [&](const storage_ptr& storage) {
+        [&](const storage_ptr_t& storage) {
             for (int i = 0; i < 40; ++i)
                 record(storage, big);
         },
@@ -433,7 +433,7 @@ TEST_F(storage_fork_test, a_child_continues_though_no_descriptor_was_free_at_the
 {
     rlimit former = {};
     getrlimit(RLIMIT_NOFILE, &former);
-    run([&](const storage_ptr& /*storage*/) { setrlimit(RLIMIT_NOFILE, &former); }, kill_self,
+    run([&](const storage_ptr_t& /*storage*/) { setrlimit(RLIMIT_NOFILE, &former); }, kill_self,
         record_b,
         [&] {
             const rlimit none = {0, former.rlim_max};
@@ -444,7 +444,7 @@ TEST_F(storage_fork_test, a_child_continues_though_no_descriptor_was_free_at_the
 
 TEST_F(storage_fork_test, a_child_continues_after_a_start_without_a_free_descriptor)
 {
-    run(record_b, kill_self, [this](const storage_ptr& storage) {
+    run(record_b, kill_self, [this](const storage_ptr_t& storage) {
         std::filesystem::rename(m_folder.name("log.xml"), m_folder.name("log.xml.tmp"));
         rlimit former = {};
         getrlimit(RLIMIT_NOFILE, &former);
@@ -461,7 +461,7 @@ TEST_F(storage_fork_test, a_child_continues_after_a_start_without_a_free_descrip
 
 TEST_F(storage_fork_test, a_process_created_without_the_fork_handlers_writes_nothing)
 {
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     ASSERT_TRUE(storage->start_recording());
     record_many(storage, L"parent", 300);
     const signal_t is_closed;
@@ -480,7 +480,7 @@ TEST_F(storage_fork_test, a_process_created_without_the_fork_handlers_writes_not
 
 TEST_F(storage_fork_test, a_fork_handler_may_use_a_storage)
 {
-    static storage_ptr storage;
+    static storage_ptr_t storage;
     EXPECT_TRUE(has_exited_with(status_of_child([&] {
                                     storage = get();
                                     pthread_atfork([] { storage->stop_recording(); },
@@ -511,7 +511,7 @@ TEST_F(storage_fork_test, a_message_handler_may_fork_during_a_replay)
     record_all(L"ab");
     const auto ex = velmo_ex_t::get(velmo_ex_t::generate_id(L"storage_fork_test."), L"");
     ex->push_handler(boost::make_shared<forking_handler_t>());
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     EXPECT_TRUE(storage->start_reading());
     EXPECT_TRUE(storage->replay(ex));
 }
@@ -519,7 +519,7 @@ TEST_F(storage_fork_test, a_message_handler_may_fork_during_a_replay)
 TEST_F(storage_fork_test,
        a_child_that_stays_alive_does_not_keep_the_log_of_its_killed_parent_locked)
 {
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     bool is_free = false;
     const signal_t is_forked;
     const signal_t may_end;
@@ -541,7 +541,7 @@ TEST_F(storage_fork_test,
 TEST_F(storage_fork_test, a_child_reads_and_delivers_as_its_parent_does)
 {
     record_all(L"ab");
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     EXPECT_TRUE(
         has_exited_with(status_of_child([&] { return replay(storage) == L"a;b;" ? 0 : 1; }), 0));
     EXPECT_EQ(replay(storage), L"a;b;");
@@ -549,7 +549,7 @@ TEST_F(storage_fork_test, a_child_reads_and_delivers_as_its_parent_does)
 
 TEST_F(storage_fork_test, a_child_whose_start_is_refused_does_not_retry_at_each_message)
 {
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     ASSERT_TRUE(storage->start_recording());
     const signal_t is_refused;
     const pid_t child = fork();
@@ -576,7 +576,7 @@ TEST_F(storage_fork_test, a_child_whose_start_is_refused_does_not_retry_at_each_
 
 TEST_F(storage_fork_test, a_fork_writes_all_messages_while_another_thread_uses_the_storage)
 {
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     ASSERT_TRUE(storage->start_recording());
     std::atomic<bool> is_over{false};
     const message_ptr_t unflagged = make_flagged(L"dropped", 0);
@@ -595,7 +595,7 @@ TEST_F(storage_fork_test, a_fork_writes_all_messages_while_another_thread_uses_t
 
 TEST_F(storage_fork_test, a_child_records_though_other_threads_recorded_at_the_fork)
 {
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     ASSERT_TRUE(storage->start_recording());
     std::atomic<bool> is_over{false};
     std::vector<std::thread> others;
@@ -688,7 +688,7 @@ TEST_F(storage_fork_test, a_fork_does_not_wait_for_a_long_start_and_its_child_ke
 
 TEST_F(storage_fork_test, a_fork_does_not_change_errno)
 {
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     ASSERT_TRUE(storage->start_recording());
     record(storage, L"a");
     const auto fork_with_messages = [&] {
@@ -708,13 +708,13 @@ TEST_F(storage_fork_test, a_fork_does_not_change_errno)
 
 TEST_F(storage_fork_test, a_fork_of_a_child_waits_a_second_for_all_its_storages_together)
 {
-    std::vector<storage_ptr> storages;
+    std::vector<storage_ptr_t> storages;
     for (const char* const leaf : {"1.xml", "2.xml", "3.xml"}) {
         storages.push_back(get(leaf));
         ASSERT_TRUE(storages.back()->start_recording());
     }
     const auto fork_with_messages = [&] {
-        for (const storage_ptr& storage : storages)
+        for (const storage_ptr_t& storage : storages)
             record(storage, L"b");
         const auto begin = std::chrono::steady_clock::now();
         status_of_child([] { return 0; });
@@ -725,7 +725,7 @@ TEST_F(storage_fork_test, a_fork_of_a_child_waits_a_second_for_all_its_storages_
 TEST_F(storage_fork_test, a_child_does_not_replay_while_its_parent_records)
 {
     const auto ex = velmo_ex_t::get(velmo_ex_t::generate_id(L"storage_fork_test."), L"");
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     record_all(L"a");
     ASSERT_TRUE(storage->start_recording());
     const int status = status_of_child([&] {

@@ -66,7 +66,7 @@ TEST_F(storage_full_disk_test, a_start_that_cannot_carry_all_over_returns_false_
 {
     const std::size_t size = make_dense_log();
     const std::string before = m_folder.read("log.xml");
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     testing::internal::CaptureStderr();
     {
         const size_limit_t limit(size + 100);
@@ -111,7 +111,7 @@ TEST_F(storage_full_disk_test, a_log_in_the_written_form_needs_no_room_for_its_o
     record_all(L"");
     {
         const size_limit_t limit(0);
-        const storage_ptr storage = get();
+        const storage_ptr_t storage = get();
         EXPECT_TRUE(storage->start_recording());
         EXPECT_TRUE(storage->stop_recording());
     }
@@ -122,7 +122,7 @@ TEST_F(storage_full_disk_test, a_new_log_stays_though_nothing_can_be_written_int
 {
     {
         const size_limit_t limit(0);
-        const storage_ptr storage = get();
+        const storage_ptr_t storage = get();
         EXPECT_TRUE(storage->start_recording());
         EXPECT_TRUE(storage->stop_recording());
     }
@@ -134,7 +134,7 @@ TEST_F(storage_full_disk_test, a_new_log_stays_though_nothing_can_be_written_int
 TEST_F(storage_full_disk_test, a_recording_ended_by_a_full_disk_keeps_all_earlier_messages)
 {
     make_dense_log();
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     ASSERT_TRUE(storage->start_recording());
     testing::internal::CaptureStderr();
     {
@@ -155,7 +155,7 @@ TEST_F(storage_full_disk_test, a_recording_ended_by_a_full_disk_keeps_all_earlie
 TEST_F(storage_full_disk_test, a_stop_on_a_full_disk_loses_only_the_last_chunk)
 {
     make_dense_log();
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     ASSERT_TRUE(storage->start_recording());
     testing::internal::CaptureStderr();
     {

@@ -98,7 +98,7 @@ protected:
 
     void record_more(const std::string& leaf = "log.xml") const
     {
-        const storage_ptr storage = get(leaf);
+        const storage_ptr_t storage = get(leaf);
         storage->start_recording();
         record(storage, L"new");
         storage->stop_recording();
@@ -107,7 +107,7 @@ protected:
     // Expects that a later start and stop create a whole log from the remaining files.
     void expect_nothing_lost(const std::string& when, const std::string& leaf = "log.xml") const
     {
-        const storage_ptr storage = get(leaf);
+        const storage_ptr_t storage = get(leaf);
         ASSERT_TRUE(storage->start_recording()) << when;
         ASSERT_TRUE(storage->stop_recording()) << when;
         const std::wstring types = types_in();
@@ -198,7 +198,7 @@ TEST_F(storage_kill_test, two_processes_record_in_turn_and_lose_nothing)
 {
     const int rounds = 100;
     const auto record_in_turn = [&](const std::wstring& name) {
-        const storage_ptr storage = get();
+        const storage_ptr_t storage = get();
         for (int round = 0; round < rounds;) {
             if (!storage->start_recording())
                 continue;
@@ -258,7 +258,7 @@ protected:
         itimerval timer = {};
         timer.it_value.tv_usec = static_cast<suseconds_t>(microseconds);
         setitimer(ITIMER_REAL, &timer, nullptr);
-        const storage_ptr storage = get(spellings.at(spelling));
+        const storage_ptr_t storage = get(spellings.at(spelling));
         for (int count = 0;;) {
             if (!storage->start_recording())
                 continue;

@@ -137,7 +137,7 @@ protected:
     std::optional<types_t> m_archive;
     std::map<std::string, types_t> m_copies;
     std::map<std::string, bytes_t> m_interrupted; ///< by copy, the log that a killed start left
-    std::vector<storage_ptr> m_kept;
+    std::vector<storage_ptr_t> m_kept;
     shared_number_t m_certain; ///< how many messages a process recorded before a stop
     std::string m_history;
 };

@@ -38,14 +38,14 @@ private:
 
     void step()
     {
-        typedef storage_model_test self;
+        typedef storage_model_test self_t;
         static const std::array<step_t, 17> steps = {
-            &self::record_here,       &self::record_here,       &self::record_here,
-            &self::record_in_process, &self::record_in_process, &self::record_in_process,
-            &self::record_in_process, &self::record_in_daemon,  &self::record_in_daemon,
-            &self::rename_log,        &self::remove_log,        &self::restore_log,
-            &self::write_foreign_log, &self::leave_copy,        &self::remove_copy,
-            &self::record_into_copy,  &self::replay_log};
+            &self_t::record_here,       &self_t::record_here,       &self_t::record_here,
+            &self_t::record_in_process, &self_t::record_in_process, &self_t::record_in_process,
+            &self_t::record_in_process, &self_t::record_in_daemon,  &self_t::record_in_daemon,
+            &self_t::rename_log,        &self_t::remove_log,        &self_t::restore_log,
+            &self_t::write_foreign_log, &self_t::leave_copy,        &self_t::remove_copy,
+            &self_t::record_into_copy,  &self_t::replay_log};
         (this->*m_random.pick(steps))();
     }
 
@@ -53,7 +53,7 @@ private:
     {
         const start_t start = pick_start();
         add_to_history("record through " + start.spelling);
-        storage_ptr storage = get(start.spelling);
+        storage_ptr_t storage = get(start.spelling);
         if (!storage->start_recording())
             return expect_refused(start);
         EXPECT_FALSE(m_folder.has(start.copy_name));
@@ -72,7 +72,7 @@ private:
     }
 
     // Stops the storage or releases it. Some storages are kept for later recordings.
-    void end_recording(storage_ptr& storage)
+    void end_recording(storage_ptr_t& storage)
     {
         if (m_random.one_in(3))
             m_kept.push_back(storage);
@@ -84,7 +84,7 @@ private:
     }
 
     // While this process records, other processes must not.
-    void expect_no_other_recorder(const std::string& spelling, const storage_ptr& storage)
+    void expect_no_other_recorder(const std::string& spelling, const storage_ptr_t& storage)
     {
         const std::string other = m_random.pick(spellings);
         add_to_history("disturbed through " + other);
@@ -164,7 +164,7 @@ private:
 
     void run_child_beside(const types_t& others, const std::string& spelling, daemon_gates_t& gates)
     {
-        const storage_ptr storage = get(spelling);
+        const storage_ptr_t storage = get(spelling);
         EXPECT_TRUE(others.empty() || storage->start_recording());
         record_types(storage, others);
         gates.end_of_parent.open();
@@ -246,7 +246,7 @@ private:
     {
         const start_t start = pick_start();
         add_to_history("record " + start.copy_name);
-        const storage_ptr storage = get(start.copy_name);
+        const storage_ptr_t storage = get(start.copy_name);
         EXPECT_TRUE(storage->start_recording());
         const types_t types = new_types();
         record_types(storage, types);

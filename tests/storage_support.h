@@ -15,7 +15,7 @@
 namespace velmoext_1_4_8
 {
 
-typedef boost::shared_ptr<messages_storage_t> storage_ptr;
+typedef boost::shared_ptr<messages_storage_t> storage_ptr_t;
 
 /// An empty log in the written form: the declaration and the root.
 inline const std::string empty_log = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<log/>\n";
@@ -51,12 +51,12 @@ inline message_ptr_t make_flagged(const std::wstring& type, int flags = 1)
 class storage_test_t : public testing::Test
 {
 protected:
-    storage_ptr get(const std::string& leaf = "log.xml") const
+    storage_ptr_t get(const std::string& leaf = "log.xml") const
     {
         return messages_storage_t::get(basekit2::path_t(m_folder.wide_name(leaf)));
     }
 
-    static void record(const storage_ptr& storage, const std::wstring& type, int flags = 1)
+    static void record(const storage_ptr_t& storage, const std::wstring& type, int flags = 1)
     {
         EXPECT_FALSE(
             storage->on_message(boost::shared_ptr<velmo_ex_t>(), make_flagged(type, flags)));
@@ -65,7 +65,7 @@ protected:
     /// Records the types, one letter each, in one recording.
     void record_all(const std::wstring& types, const std::string& leaf = "log.xml") const
     {
-        const storage_ptr storage = get(leaf);
+        const storage_ptr_t storage = get(leaf);
         ASSERT_TRUE(storage->start_recording());
         for (const wchar_t type : types)
             record(storage, std::wstring(1, type));
@@ -85,7 +85,7 @@ protected:
     }
 
     /// Returns the types of the messages that a replay delivers, each followed by a semicolon.
-    static std::wstring replay(const storage_ptr& storage)
+    static std::wstring replay(const storage_ptr_t& storage)
     {
         const auto ex = velmo_ex_t::get(velmo_ex_t::generate_id(L"storage_test."), L"");
         const auto handler = boost::make_shared<recording_handler_t>();

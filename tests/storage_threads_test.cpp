@@ -51,7 +51,7 @@ TEST_F(storage_threads_test, threads_that_record_at_once_write_whole_messages_in
 {
     const int recorders = 8;
     const int messages = 500;
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     ASSERT_TRUE(storage->start_recording());
     std::atomic<int> recording{recorders};
     run_threads(recorders + 2, [&](int thread) {
@@ -84,7 +84,7 @@ TEST_F(storage_threads_test, all_threads_may_get_use_and_release_storages_of_few
 {
     run_threads(8, [&](int thread) {
         for (int i = 0; i < 200; ++i) {
-            const storage_ptr storage = get(std::to_string((thread + i) % 3) + ".xml");
+            const storage_ptr_t storage = get(std::to_string((thread + i) % 3) + ".xml");
             storage->start_recording();
             record(storage, L"t");
             if (i % 3 == 0)
@@ -92,7 +92,7 @@ TEST_F(storage_threads_test, all_threads_may_get_use_and_release_storages_of_few
         }
     });
     for (const char* leaf : {"0.xml", "1.xml", "2.xml"}) {
-        const storage_ptr storage = get(leaf);
+        const storage_ptr_t storage = get(leaf);
         EXPECT_TRUE(storage->start_recording()) << leaf;
         EXPECT_TRUE(storage->stop_recording()) << leaf;
     }
@@ -102,7 +102,7 @@ TEST_F(storage_threads_test, threads_that_request_one_path_at_once_get_one_stora
 {
     const int count = 8;
     for (int round = 0; round < 200; ++round) {
-        std::vector<storage_ptr> storages(count);
+        std::vector<storage_ptr_t> storages(count);
         run_threads(count, [&](int thread) { storages[static_cast<std::size_t>(thread)] = get(); });
         EXPECT_EQ(std::count(storages.begin(), storages.end(), storages.front()), count);
     }
@@ -112,7 +112,7 @@ TEST_F(storage_threads_test, a_storage_can_be_replayed_during_the_replay_of_anot
 {
     record_all(L"a", "0.xml");
     record_all(L"abc", "1.xml");
-    const storage_ptr storage = get("0.xml");
+    const storage_ptr_t storage = get("0.xml");
     ASSERT_TRUE(storage->start_reading());
     std::wstring types;
     EXPECT_TRUE(storage->replay(
@@ -134,7 +134,7 @@ TEST_F(storage_threads_test, each_operation_of_a_storage_waits_for_the_end_of_it
         }};
     record_all(L"a");
     for (const auto& operation : operations) {
-        const storage_ptr storage = get();
+        const storage_ptr_t storage = get();
         ASSERT_TRUE(storage->start_reading());
         std::atomic<bool> has_begun{false};
         std::future<void> other;

@@ -16,7 +16,7 @@ using namespace velmoext_1_4_8;
 namespace
 {
 
-typedef boost::shared_ptr<velmo_ex_t> ex_ptr;
+typedef boost::shared_ptr<velmo_ex_t> ex_ptr_t;
 
 // Runs a step in its destructor. On the stack of an object that is being destroyed, the registry
 // still has the object's entry then, which has expired.
@@ -32,12 +32,12 @@ private:
     std::function<void()> m_step;
 };
 
-ex_ptr make_ex(const std::wstring& prefix = L"")
+ex_ptr_t make_ex(const std::wstring& prefix = L"")
 {
     return velmo_ex_t::get(velmo_ex_t::generate_id(L"velmo_ex_test."), prefix);
 }
 
-void run_on_destruction(const ex_ptr& ex, std::function<void()> step)
+void run_on_destruction(const ex_ptr_t& ex, std::function<void()> step)
 {
     ex->push_handler(boost::make_shared<destruction_handler_t>(std::move(step)));
 }
@@ -52,7 +52,7 @@ long generate_number()
 TEST(velmo_ex_test, the_same_id_gives_the_same_object_with_its_first_prefix)
 {
     const std::wstring id = velmo_ex_t::generate_id(L"a");
-    const ex_ptr first = velmo_ex_t::get(id, L"p1");
+    const ex_ptr_t first = velmo_ex_t::get(id, L"p1");
     EXPECT_EQ(velmo_ex_t::get(id, L"p2"), first);
     EXPECT_EQ(first->get_prefix(), L"p1");
 }
@@ -60,7 +60,7 @@ TEST(velmo_ex_test, the_same_id_gives_the_same_object_with_its_first_prefix)
 TEST(velmo_ex_test, an_id_is_free_again_when_its_object_is_destroyed)
 {
     const std::wstring id = velmo_ex_t::generate_id(L"a");
-    ex_ptr ex = velmo_ex_t::get(id, L"p1");
+    ex_ptr_t ex = velmo_ex_t::get(id, L"p1");
     ex->push_handler(boost::make_shared<recording_handler_t>());
     ex.reset();
     ex = velmo_ex_t::get(id, L"p2");
@@ -77,7 +77,7 @@ TEST(velmo_ex_test, ids_that_differ_in_case_are_different)
 
 TEST(velmo_ex_test, the_empty_text_is_an_id)
 {
-    const ex_ptr ex = velmo_ex_t::get(L"", L"p");
+    const ex_ptr_t ex = velmo_ex_t::get(L"", L"p");
     ASSERT_TRUE(ex);
     EXPECT_EQ(velmo_ex_t::get(L"", L""), ex);
 }
@@ -91,14 +91,14 @@ TEST(velmo_ex_test, ids_with_a_zero_inside_are_compared_whole)
 
 TEST(velmo_ex_test, the_prefix_can_be_replaced)
 {
-    const ex_ptr ex = make_ex(L"before");
+    const ex_ptr_t ex = make_ex(L"before");
     ex->set_prefix(L"after");
     EXPECT_EQ(ex->get_prefix(), L"after");
 }
 
 TEST(velmo_ex_test, an_object_returns_shared_pointers_to_itself)
 {
-    const ex_ptr ex = make_ex();
+    const ex_ptr_t ex = make_ex();
     EXPECT_EQ(ex->shared_from_this(), ex);
     const velmo_ex_t& constant = *ex;
     EXPECT_EQ(constant.shared_from_this(), ex);
@@ -114,8 +114,8 @@ TEST(velmo_ex_test, objects_come_only_from_get)
 TEST(velmo_ex_test, get_returns_null_while_the_object_is_being_destroyed)
 {
     const std::wstring id = velmo_ex_t::generate_id(L"a");
-    ex_ptr ex = velmo_ex_t::get(id, L"");
-    ex_ptr found = make_ex();
+    ex_ptr_t ex = velmo_ex_t::get(id, L"");
+    ex_ptr_t found = make_ex();
     run_on_destruction(ex, [&] { found = velmo_ex_t::get(id, L"p"); });
     ex.reset();
     EXPECT_FALSE(found);
@@ -123,7 +123,7 @@ TEST(velmo_ex_test, get_returns_null_while_the_object_is_being_destroyed)
 
 TEST(velmo_ex_test, an_object_that_is_being_destroyed_has_no_shared_pointer_to_itself)
 {
-    ex_ptr ex = make_ex();
+    ex_ptr_t ex = make_ex();
     velmo_ex_t* const destroyed = ex.get();
     bool has_thrown = false;
     run_on_destruction(ex, [&] {
@@ -140,9 +140,9 @@ TEST(velmo_ex_test, an_object_that_is_being_destroyed_has_no_shared_pointer_to_i
 TEST(velmo_ex_test, the_destruction_of_one_object_frees_the_ids_of_others_being_destroyed)
 {
     const std::wstring id = velmo_ex_t::generate_id(L"a");
-    ex_ptr destroyed = velmo_ex_t::get(id, L"old");
-    ex_ptr other = make_ex();
-    ex_ptr successor;
+    ex_ptr_t destroyed = velmo_ex_t::get(id, L"old");
+    ex_ptr_t other = make_ex();
+    ex_ptr_t successor;
     run_on_destruction(destroyed, [&] {
         other.reset();
         successor = velmo_ex_t::get(id, L"new");
@@ -156,7 +156,7 @@ TEST(velmo_ex_test, the_destruction_of_one_object_frees_the_ids_of_others_being_
 TEST(velmo_ex_test, an_object_being_destroyed_releases_its_handlers_in_the_order_of_their_push)
 {
     std::wstring order;
-    ex_ptr ex = make_ex();
+    ex_ptr_t ex = make_ex();
     for (const wchar_t name : {L'a', L'b', L'c'})
         run_on_destruction(ex, [&order, name] { order += name; });
     ex.reset();
@@ -166,9 +166,9 @@ TEST(velmo_ex_test, an_object_being_destroyed_releases_its_handlers_in_the_order
 TEST(velmo_ex_test, an_object_owned_only_by_a_handler_of_another_is_destroyed_with_it)
 {
     const std::wstring id = velmo_ex_t::generate_id(L"inner");
-    ex_ptr inner = velmo_ex_t::get(id, L"");
+    ex_ptr_t inner = velmo_ex_t::get(id, L"");
     boost::weak_ptr<velmo_ex_t> watched = inner;
-    ex_ptr outer = make_ex();
+    ex_ptr_t outer = make_ex();
     run_on_destruction(outer, [inner] {});
     inner.reset();
     EXPECT_FALSE(watched.expired());
@@ -200,7 +200,7 @@ TEST(velmo_ex_test, all_bases_share_one_counter)
 TEST(velmo_ex_test, an_id_that_is_in_use_is_not_generated)
 {
     const long number = generate_number();
-    const ex_ptr taken = velmo_ex_t::get(L"job" + std::to_wstring(number + 1), L"");
+    const ex_ptr_t taken = velmo_ex_t::get(L"job" + std::to_wstring(number + 1), L"");
     EXPECT_EQ(velmo_ex_t::generate_id(L"job"), L"job" + std::to_wstring(number + 2));
     EXPECT_EQ(generate_number(), number + 3);
 }
@@ -208,7 +208,7 @@ TEST(velmo_ex_test, an_id_that_is_in_use_is_not_generated)
 TEST(velmo_ex_test, the_id_of_an_object_being_destroyed_is_not_generated)
 {
     const long number = generate_number();
-    ex_ptr ex = velmo_ex_t::get(L"job" + std::to_wstring(number + 1), L"");
+    ex_ptr_t ex = velmo_ex_t::get(L"job" + std::to_wstring(number + 1), L"");
     std::wstring generated;
     run_on_destruction(ex, [&] { generated = velmo_ex_t::generate_id(L"job"); });
     ex.reset();
@@ -241,7 +241,7 @@ TEST(velmo_ex_test, a_number_is_plain_digits_in_any_global_locale)
 TEST(velmo_ex_test, the_destruction_of_many_objects_takes_linear_time)
 {
     const std::clock_t before = std::clock();
-    std::vector<ex_ptr> exs;
+    std::vector<ex_ptr_t> exs;
     for (int i = 0; i < 100000; ++i)
         exs.push_back(make_ex());
     while (!exs.empty())

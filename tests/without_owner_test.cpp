@@ -106,7 +106,7 @@ protected:
 TEST_F(without_owner_test, a_replay_into_an_object_without_an_owner_throws)
 {
     record_all(L"ab");
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     ASSERT_TRUE(storage->start_reading());
     run_without_owner([&](const boost::shared_ptr<velmo_ex_t>& borrowed) {
         EXPECT_THROW(storage->replay(borrowed), boost::bad_weak_ptr);
@@ -131,7 +131,7 @@ TEST_F(without_owner_test, without_a_handler_nothing_is_thrown)
 {
     record_all(L"ab");
     m_handler.reset();
-    const storage_ptr storage = get();
+    const storage_ptr_t storage = get();
     ASSERT_TRUE(storage->start_reading());
     run_without_owner([&](const boost::shared_ptr<velmo_ex_t>& borrowed) {
         EXPECT_TRUE(storage->replay(borrowed));

@@ -102,7 +102,7 @@ private:
     std::string_view m_unread;
     position_t m_event_end = {1, 1};      ///< of the last event, the begin of the next markup
     std::size_t m_equals_since_event = 0; ///< equals signs that were read since the last event
-    std::size_t m_compared_attributes = 0;
+    std::size_t m_compared_bytes = 0;
     std::size_t m_depth = 0;
     bool m_is_in_entry = false;
     std::vector<entry_t> m_entries;
@@ -136,7 +136,7 @@ void config_parser_t::check_end(std::size_t size)
     // libxml2 reports too many names as an allocation failure.
     if (xmlDictGetUsage(basekit2::dictionary_of(*m_parser)) > limits::max_name_bytes)
         m_fault = {m_event_end, "config-limit",
-                   "The names of elements and attributes take more than 1 MiB. Use fewer names."};
+                   "The names of elements and attributes take more than 256 KiB. Use fewer names."};
     if (!m_fault && !basekit2::is_used_up(*m_parser, size))
         refuse(m_event_end, "config-syntax",
                "The file is not well-formed XML: it goes on after the end of the document. "
@@ -278,14 +278,16 @@ void config_parser_t::start(const std::string& name, const xmlChar** attributes)
 void config_parser_t::add_attributes(const xmlChar** attributes)
 {
     std::size_t count = 0;
+    std::size_t name_bytes = 0;
     for (const xmlChar** at = attributes; at != nullptr && at[0] != nullptr; at += 2) {
         if (++count > limits::max_element_attributes || at[1] == nullptr)
             return refuse(m_event_end, "config-limit", too_many_attributes);
+        name_bytes += std::strlen(from_xml(at[0]));
         if (m_depth == entry_depth && m_is_in_entry)
             m_entries.back().properties.push_back({from_xml(at[0]), from_xml(at[1]), m_event_end});
     }
-    m_compared_attributes += count * count / 2;
-    if (m_compared_attributes > limits::max_compared_attributes)
+    m_compared_bytes += count * name_bytes / 2;
+    if (m_compared_bytes > limits::max_compared_bytes)
         refuse(m_event_end, "config-limit",
                "The elements have too many attributes in all. Use fewer of them.");
 }

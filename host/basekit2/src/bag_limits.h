@@ -23,12 +23,13 @@ constexpr std::size_t max_element_depth = 256;
 /// the element.
 constexpr std::size_t max_element_attributes = 10000;
 
-/// Comparisons of attributes in all elements together.
-constexpr std::size_t max_compared_attributes = 150000000;
+/// Attributes of an element times the bytes of their names, halved, in all elements together:
+/// libxml2 compares names byte by byte.
+constexpr std::size_t max_compared_bytes = 1000000000;
 
 /// Bytes of the different names together. libxml2 looks them up in a hash table with 16,384
 /// buckets.
-constexpr std::size_t max_name_bytes = 1048576;
+constexpr std::size_t max_name_bytes = 262144;
 
 } // namespace limits
 

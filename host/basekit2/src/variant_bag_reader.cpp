@@ -10,6 +10,7 @@
 #include <libxml/parserInternals.h>
 
 #include <algorithm>
+#include <cstring>
 #include <exception>
 #include <memory>
 #include <new>
@@ -76,6 +77,8 @@ private:
     static void on_start(void* reader, const xmlChar* name, const xmlChar** attributes);
     static void on_end(void* reader, const xmlChar* name);
     static void on_text(void* reader, const xmlChar* text, int length);
+    static void on_comment(void* reader, const xmlChar* text);
+    static void on_instruction(void* reader, const xmlChar* target, const xmlChar* data);
 
     template <typename Step>
     void guard(const Step& step) noexcept;
@@ -89,7 +92,7 @@ private:
     std::unique_ptr<xmlParserCtxt, parser_deleter_t> m_parser;
     std::string_view m_unread;
     std::size_t m_equals_since_event = 0; ///< equals signs that were read since the last event
-    std::size_t m_compared_attributes = 0;
+    std::size_t m_compared_bytes = 0;
     bool m_has_root;
     std::string m_root;
     variant_bag_t m_tree;
@@ -171,6 +174,8 @@ xmlSAXHandler tree_reader_t::make_table()
     table.characters = on_text;
     table.ignorableWhitespace = on_text;
     table.cdataBlock = on_text;
+    table.comment = on_comment;
+    table.processingInstruction = on_instruction;
     // Marks the table as SAX1, which reports names as they are written.
     table.initialized = 1;
     return table;
@@ -200,6 +205,17 @@ void tree_reader_t::on_text(void* reader, const xmlChar* text, int length)
     self.guard([&] { return self.add_text(text, static_cast<std::size_t>(length)); });
 }
 
+// Comments and instructions are ignored; they only end a series of equals signs.
+void tree_reader_t::on_comment(void* reader, const xmlChar* /*text*/)
+{
+    static_cast<tree_reader_t*>(reader)->m_equals_since_event = 0;
+}
+
+void tree_reader_t::on_instruction(void* reader, const xmlChar* /*target*/, const xmlChar* /*data*/)
+{
+    static_cast<tree_reader_t*>(reader)->m_equals_since_event = 0;
+}
+
 // Keeps exceptions out of libxml2's frames. Ignores events after an error: libxml2 still reports
 // texts then, but no longer the elements that contain them.
 template <typename Step>
@@ -221,13 +237,15 @@ bool tree_reader_t::start(const std::string& name, const xmlChar** attributes)
     if (bag == nullptr)
         return false;
     std::size_t count = 0;
+    std::size_t name_bytes = 0;
     for (const xmlChar** at = attributes; at != nullptr && at[0] != nullptr; at += 2) {
         if (++count > limits::max_element_attributes || at[1] == nullptr)
             return false;
+        name_bytes += std::strlen(from_xml(at[0]));
         bag->add_value(utf8_to_utf16(from_xml(at[0])), utf8_to_utf16(from_xml(at[1])));
     }
-    m_compared_attributes += count * count / 2;
-    return m_compared_attributes <= limits::max_compared_attributes;
+    m_compared_bytes += count * name_bytes / 2;
+    return m_compared_bytes <= limits::max_compared_bytes;
 }
 
 variant_bag_t* tree_reader_t::open_bag(const std::string& name)

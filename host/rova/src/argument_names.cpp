@@ -1,5 +1,7 @@
 #include "argument_names.h"
 
+#include <unicode/locid.h>
+
 #include <algorithm>
 #include <string>
 
@@ -101,7 +103,7 @@ void argument_names_t::add_part(std::int32_t index)
     if (part.getType() == UMSGPAT_PART_TYPE_ARG_START)
         add_argument(index);
     else if (part.getType() == UMSGPAT_PART_TYPE_ARG_TYPE)
-        add_type(m_pattern.getSubstring(part));
+        add_type(m_pattern.getSubstring(part).toLower(icu::Locale::getRoot()));
     else if (part.getType() == UMSGPAT_PART_TYPE_ARG_STYLE)
         add_style(m_pattern.getSubstring(part));
     else if (part.getType() == UMSGPAT_PART_TYPE_REPLACE_NUMBER)
@@ -129,7 +131,8 @@ void argument_names_t::add_argument(std::int32_t start)
 // After the start and the name of an argument, the pattern has the type.
 bool argument_names_t::is_date(std::int32_t start) const
 {
-    const icu::UnicodeString type = m_pattern.getSubstring(m_pattern.getPart(start + 2));
+    const icu::UnicodeString type =
+        m_pattern.getSubstring(m_pattern.getPart(start + 2)).toLower(icu::Locale::getRoot());
     return type == u"date" || type == u"time";
 }
 

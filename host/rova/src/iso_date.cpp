@@ -5,7 +5,6 @@
 #include <unicode/timezone.h>
 
 #include <cstdint>
-#include <memory>
 #include <new>
 
 namespace ROVA_2_18
@@ -19,6 +18,9 @@ namespace
 // No longer text is a date, whatever it begins with.
 constexpr std::int32_t max_date = 40;
 
+// ICU shows earlier dates in the Julian calendar.
+constexpr std::int32_t min_year = 1583;
+
 /// The parts of a date, as a regular expression finds them.
 class date_parts_t
 {
@@ -26,7 +28,7 @@ public:
     explicit date_parts_t(const icu::UnicodeString& text)
         : m_matcher(u"([0-9]{4})-([0-9]{2})-([0-9]{2})"
                     u"(?:[T ]([0-9]{2}):([0-9]{2})(?::([0-9]{2})(?:[.,]([0-9]{1,9}))?)?"
-                    u"(Z|[+-][0-9]{2}(?::?[0-9]{2})?)?)?",
+                    u"(Z|[+-](?:[01][0-9]|2[0-3])(?::?[0-5][0-9])?)?)?",
                     text, 0, m_status),
           m_is_date(m_matcher.matches(m_status) != 0)
     {
@@ -63,15 +65,26 @@ private:
     bool m_is_date;
 };
 
-// Returns the time zone of the offset, or that of the id if there is no offset.
-std::unique_ptr<icu::TimeZone> make_zone(const std::string& offset, const std::string& id)
+/// Returns the time in the zone with this id, nothing if a part is out of range. A lenient search
+/// returns the next time for one that the zone skips.
+std::optional<UDate> get_time(date_parts_t& parts, const std::string& zone, bool is_lenient)
 {
-    const std::string name = offset.empty() ? id : offset == "Z" ? "GMT" : "GMT" + offset;
-    std::unique_ptr<icu::TimeZone> zone(
-        icu::TimeZone::createTimeZone(icu::UnicodeString::fromUTF8(name)));
-    if (!zone)
+    icu::TimeZone* const time_zone =
+        icu::TimeZone::createTimeZone(icu::UnicodeString::fromUTF8(zone));
+    if (time_zone == nullptr)
         throw std::bad_alloc();
-    return zone;
+    UErrorCode status = U_ZERO_ERROR;
+    icu::GregorianCalendar calendar(time_zone, status); // owns the zone
+    calendar.setLenient(is_lenient);
+    calendar.setSkippedWallTimeOption(UCAL_WALLTIME_NEXT_VALID);
+    calendar.clear();
+    calendar.set(parts.number(1), parts.number(2) - 1, parts.number(3), parts.number(4),
+                 parts.number(5), parts.number(6));
+    calendar.set(UCAL_MILLISECOND, std::stoi((parts.text(7) + "000").substr(0, 3)));
+    const UDate time = calendar.getTime(status);
+    if (status == U_MEMORY_ALLOCATION_ERROR)
+        throw std::bad_alloc();
+    return U_SUCCESS(status) ? std::optional<UDate>(time) : std::nullopt;
 }
 
 } // namespace
@@ -83,17 +96,10 @@ std::optional<UDate> parse_iso_date(const icu::UnicodeString& text, const std::s
     date_parts_t parts(text);
     if (!parts.is_date())
         return std::nullopt;
-    UErrorCode status = U_ZERO_ERROR;
-    icu::GregorianCalendar calendar(make_zone(parts.text(8), zone).release(), status);
-    calendar.setLenient(false);
-    calendar.clear();
-    calendar.set(parts.number(1), parts.number(2) - 1, parts.number(3), parts.number(4),
-                 parts.number(5), parts.number(6));
-    calendar.set(UCAL_MILLISECOND, std::stoi((parts.text(7) + "000").substr(0, 3)));
-    const UDate time = calendar.getTime(status);
-    if (status == U_MEMORY_ALLOCATION_ERROR)
-        throw std::bad_alloc();
-    return U_SUCCESS(status) ? std::optional<UDate>(time) : std::nullopt;
+    if (parts.number(1) < min_year || !get_time(parts, "GMT", false))
+        return std::nullopt;
+    const std::string offset = parts.text(8);
+    return get_time(parts, offset.empty() ? zone : offset == "Z" ? "GMT" : "GMT" + offset, true);
 }
 
 } // namespace i18n

@@ -22,9 +22,11 @@ icu::Locale with_parts(const std::string& name, const std::string& script,
                        const std::string& variant)
 {
     const icu::Locale base(name.c_str());
-    const bool has_script = script.empty() || *base.getScript() != '\0';
-    const std::string language =
-        std::string(base.getLanguage()) + "_" + (has_script ? base.getScript() : script);
+    std::string language = base.getLanguage();
+    if (*base.getScript() != '\0')
+        language += std::string("_") + base.getScript();
+    else if (!script.empty())
+        language += "_" + script;
     return icu::Locale(language.c_str(), base.getCountry(),
                        variant.empty() ? base.getVariant() : variant.c_str());
 }

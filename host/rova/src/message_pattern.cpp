@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <map>
 #include <new>
 #include <utility>
 
@@ -37,6 +38,9 @@ constexpr std::size_t max_result = std::size_t{1} << 24;
 // A double has up to 309 digits. A style may add 99 digits before the decimal point and 99 after
 // it, and there are separators between the digits.
 constexpr std::size_t max_number = 1000;
+
+// Braces, a prefix and a number.
+constexpr std::int32_t max_new_name = 16;
 
 bool succeeded(UErrorCode status)
 {
@@ -67,16 +71,19 @@ bool has_data(const char* package, const icu::Locale& locale)
     return succeeded(status) && status != U_USING_DEFAULT_WARNING;
 }
 
-/// Returns the root locale if ICU has no data of the language. Otherwise ICU would use the data of
-/// the process's default locale.
+/// Returns the first of these locales of which ICU has data: the named one, the one that has
+/// replaced it, the same without a script. Returns the root locale if there is none. Otherwise ICU
+/// would use the data of the process's default locale.
 icu::Locale find_language(const std::string& name, bool with_rules)
 {
-    icu::Locale locale = to_icu_locale(name);
-    if (locale.isBogus() || !has_data(nullptr, locale))
-        return icu::Locale::getRoot();
-    if (with_rules && !has_data(U_ICUDATA_NAME "-rbnf", locale))
-        return icu::Locale::getRoot();
-    return locale;
+    const icu::Locale named = to_icu_locale(name);
+    const icu::Locale candidates[] = {named, icu::Locale::createCanonical(named.getName()),
+                                      icu::Locale(named.getLanguage(), named.getCountry())};
+    for (const icu::Locale& locale : candidates)
+        if (!locale.isBogus() && has_data(nullptr, locale) &&
+            (!with_rules || has_data(U_ICUDATA_NAME "-rbnf", locale)))
+            return locale;
+    return icu::Locale::getRoot();
 }
 
 /// Returns the locale with the time zone. Otherwise ICU would format all dates, nested ones too, in
@@ -97,6 +104,25 @@ bool fits(const std::wstring* text)
 icu::UnicodeString make_placeholder(const icu::UnicodeString& name)
 {
     return icu::UnicodeString(u'{').append(name).append(u'}');
+}
+
+/// Replaces each new name in braces by the original one.
+icu::UnicodeString restore_names(const icu::UnicodeString& text,
+                                 const std::map<icu::UnicodeString, icu::UnicodeString>& names)
+{
+    icu::UnicodeString result;
+    std::int32_t copied = 0;
+    for (std::int32_t at = text.indexOf(u'{'); at >= 0; at = text.indexOf(u'{', at + 1)) {
+        const std::int32_t end = text.indexOf(u'}', at, max_new_name);
+        if (end < 0)
+            continue;
+        const auto found = names.find(text.tempSubStringBetween(at + 1, end));
+        if (found == names.end())
+            continue;
+        result.append(text, copied, at + 1 - copied).append(found->second);
+        copied = end;
+    }
+    return result.append(text, copied, INT32_MAX);
 }
 
 /// Throws std::bad_alloc if the text is bogus: ICU marks it so on allocation failure and continues.
@@ -167,9 +193,8 @@ std::wstring pattern_t::format(const generic::varg_list& arguments) const
     icu::UnicodeString result = format(given, status);
     if (!succeeded(status))
         return m_text;
-    if (!given.is_complete())
-        for (const auto& [name, original_name] : m_original_names)
-            result.findAndReplace(make_placeholder(name), make_placeholder(original_name));
+    if (!given.is_complete() && !m_original_names.empty())
+        result = restore_names(result, m_original_names);
     return strings::from_unicode(result);
 }
 
@@ -197,7 +222,9 @@ void pattern_t::add_slots(const icu::UnicodeString& name, const argument_uses_t&
     const std::size_t argument = find_argument(to_utf8(uses.original_name), 0);
     const icu::UnicodeString placeholder = make_placeholder(uses.original_name);
     const std::size_t text_uses = uses.is_number ? 0 : uses.text_uses;
-    add_slot(name, {argument, uses.is_number, uses.is_date, text_uses, icu::UnicodeString()});
+    const bool is_renamed_text = !uses.is_number && !(uses.original_name == name);
+    add_slot(name, {argument, uses.is_number, uses.is_date, text_uses,
+                    is_renamed_text ? placeholder : icu::UnicodeString()});
     if (!uses.text_name.isEmpty())
         add_slot(uses.text_name, {argument, false, false, uses.text_uses, placeholder});
     if (!uses.selector_name.isEmpty())

@@ -1,5 +1,6 @@
 #include "placeholder_names.h"
 
+#include <unicode/locid.h>
 #include <unicode/messagepattern.h>
 #include <unicode/uchar.h>
 
@@ -107,7 +108,7 @@ private:
         skip_blanks();
         if (!skip(u','))
             return void(skip(u'}'));
-        const icu::UnicodeString type = read_word().toLower();
+        const icu::UnicodeString type = read_word().toLower(icu::Locale::getRoot());
         skip_blanks();
         if (!skip(u','))
             return void(skip(u'}'));

@@ -4,6 +4,7 @@
 #include <rova/strings.h>
 
 #include <unicode/timezone.h>
+#include <unicode/ucal.h>
 
 #include <algorithm>
 #include <memory>
@@ -38,7 +39,8 @@ bool set_time_zone(const std::string& id)
         icu::TimeZone::createTimeZone(icu::UnicodeString::fromUTF8(id)));
     if (!known)
         throw std::bad_alloc();
-    if (*known == icu::TimeZone::getUnknown())
+    icu::UnicodeString known_id;
+    if (known->getID(known_id) == UCAL_UNKNOWN_ZONE_ID)
         return false;
     // A locale name, to which the id is added, has no colons: "GMT+02:00".
     std::string name = id;

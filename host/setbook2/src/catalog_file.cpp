@@ -56,7 +56,9 @@ catalog_file_t::catalog_file_t(mo_file_t texts, std::unique_ptr<charset_t> chars
 std::optional<message_t> catalog_file_t::find(const std::string& id) const
 {
     const std::optional<std::string> key = m_charset ? m_charset->from_utf8(id) : id;
-    const std::string_view text = key ? m_texts.find(*key) : std::string_view();
+    // ICU drops some characters that the charset lacks. The id would be another then.
+    const bool is_same = key && (!m_charset || m_charset->to_utf8(*key) == id);
+    const std::string_view text = is_same ? m_texts.find(*key) : std::string_view();
     if (text.empty())
         return std::nullopt;
     const std::optional<std::string> utf8 =

@@ -2,6 +2,7 @@
 
 #include <rova/strings.h>
 
+#include <cstddef>
 #include <utility>
 
 namespace setbook2
@@ -10,13 +11,22 @@ namespace setbook2
 namespace strings = ROVA_2_18::strings;
 using ROVA_2_18::i18n::message_t;
 
+namespace
+{
+
+const std::size_t max_name = 252; // file systems allow 255 bytes with the extension
+
+} // namespace
+
+bool file_catalog_t::can_name_file(const std::wstring& name)
+{
+    return name.size() <= max_name && name.find(L'/') == std::wstring::npos &&
+           name.find(L'\0') == std::wstring::npos;
+}
+
 std::unique_ptr<const file_catalog_t> file_catalog_t::find(const catalog_location_t& location,
                                                            const std::wstring& name)
 {
-    const bool can_name_file =
-        name.find(L'/') == std::wstring::npos && name.find(L'\0') == std::wstring::npos;
-    if (!can_name_file)
-        return nullptr;
     std::vector<catalog_file_t> files;
     for (const std::string& folder : location.folders)
         if (auto file =
@@ -28,10 +38,11 @@ std::unique_ptr<const file_catalog_t> file_catalog_t::find(const catalog_locatio
 
 file_catalog_t::file_catalog_t(std::vector<catalog_file_t> files) : m_files(std::move(files)) {}
 
-// The empty id is the key of a file's header. An id with a zero character would be cut there.
+// The empty id is the key of a file's header. An id with a zero character would be cut there, and
+// "\x04" ends a context.
 message_t file_catalog_t::message(const strings::ustring16& id) const
 {
-    if (id.empty() || id.find(L'\0') != std::wstring::npos)
+    if (id.empty() || id.find_first_of(std::wstring(L"\0\x04", 2)) != std::wstring::npos)
         return message_t();
     const std::lock_guard<std::mutex> lock(m_mutex);
     const auto known = m_messages.find(id);

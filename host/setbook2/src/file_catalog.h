@@ -25,7 +25,10 @@ struct catalog_location_t
 class file_catalog_t : public ROVA_2_18::i18n::catalog_t
 {
 public:
-    /// Returns null if there is no usable file.
+    /// Returns whether a file can have this name. The names can come from untrusted senders.
+    static bool can_name_file(const std::wstring& name);
+
+    /// Returns null if there is no usable file. Requires a name that a file can have.
     static std::unique_ptr<const file_catalog_t> find(const catalog_location_t& location,
                                                       const std::wstring& name);
 

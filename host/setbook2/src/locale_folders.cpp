@@ -158,11 +158,13 @@ std::vector<std::string> spellings(const std::string& language, const std::strin
 std::vector<std::string> fall_backs(const locale_parts_t& parts)
 {
     std::string script = parts.script;
-    // The country can imply another script than the language alone: "zh_TW".
+    // Folders may name the script that is usual for the country: "zh_Hant" for "zh_TW". Languages
+    // in Latin script seldom do.
     const std::string usual_script =
         most_likely(join(parts.language, "", parts.country)).getScript();
     const bool is_implied =
-        script.empty() && usual_script != most_likely(parts.language).getScript();
+        script.empty() &&
+        (usual_script != "Latn" || usual_script != most_likely(parts.language).getScript());
     if (is_implied)
         script = usual_script;
     std::vector<std::string> names;

@@ -58,7 +58,7 @@ const catalog_t* catalogs_t::find_file(const std::wstring& name)
     const auto known = m_files.find(name);
     if (known != m_files.end())
         return known->second.get();
-    if (!m_location)
+    if (!m_location || !file_catalog_t::can_name_file(name))
         return nullptr;
     const auto now = steady_clock::now();
     const auto missing = m_missing.find(name);

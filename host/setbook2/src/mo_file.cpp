@@ -56,12 +56,14 @@ bool mo_file_t::read()
         if (!read_string(ids + at, id) || !read_string(texts + at, text))
             return false;
         size_of_ids += id.size() + 1;
+        if (size_of_ids > m_bytes.size())
+            return false;
         const std::string_view singular = first_string(id);
-        m_entries.push_back({singular, first_string(text), singular.size() != id.size()});
+        m_entries.push_back({singular, text, singular.size() != id.size()});
     }
     if (!std::is_sorted(m_entries.begin(), m_entries.end(), has_smaller_id))
         std::stable_sort(m_entries.begin(), m_entries.end(), has_smaller_id);
-    return size_of_ids <= m_bytes.size();
+    return true;
 }
 
 // Requires an offset within the file: four bytes are read there.
@@ -87,7 +89,8 @@ std::string_view mo_file_t::find(std::string_view id) const
 {
     const auto found = std::lower_bound(m_entries.begin(), m_entries.end(), entry_t{id, {}, false},
                                         has_smaller_id);
-    return found != m_entries.end() && found->id == id ? found->text : std::string_view();
+    return found != m_entries.end() && found->id == id ? first_string(found->text)
+                                                       : std::string_view();
 }
 
 std::string mo_file_t::charset() const

@@ -19,7 +19,7 @@ public:
     struct entry_t
     {
         std::string_view id;   ///< with its context before it, separated by '\x04', if it has one
-        std::string_view text; ///< the first form if it has plural forms
+        std::string_view text; ///< with all plural forms, separated by zeros
         bool has_plural;
     };
 

@@ -150,9 +150,8 @@ constexpr std::uint32_t load_failed = std::uint32_t{1} << 30U;
 /// - it is not well-formed XML;
 /// - it exceeds a limit of libxml2: elements deeper than 256, or a value or text of more than
 ///   10,000,000 bytes between elements;
-/// - it has more than 10,000 equals signs in one tag, comment or instruction; the elements have
-///   more attributes than three with 10,000 each, counted as squares; or the different names have
-///   more than 1 MiB together. libxml2's time is quadratic in these;
+/// - it has more than 10,000 equals signs in one tag, comment, instruction or section; or its names
+///   exceed the limits of docs/limits.md, in which libxml2's time is quadratic;
 /// - it has a document type declaration;
 /// - its root element is not named `root`; null accepts any name.
 ///

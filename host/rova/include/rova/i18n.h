@@ -48,7 +48,8 @@ public:
     ///
     /// A date or a time must be in milliseconds since the beginning of 1970, or as in ISO 8601:
     /// "2026-11-21", "2026-11-21T14:05" or "2026-11-21T14:05:07.25", a time also with "Z" or an
-    /// offset such as "+01:00". Without an offset it is in the zone of the text.
+    /// offset such as "+01:00". Without an offset it is in the zone of the text. The year is at
+    /// least 1583.
     ///
     /// A placeholder's name extends to the next comma or brace, without the blanks around it. It
     /// has no apostrophe.
