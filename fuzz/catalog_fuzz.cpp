@@ -22,7 +22,7 @@ std::string_view find_first(const setbook2::mo_file_t& file, std::string_view id
 {
     for (const auto& entry : file.entries())
         if (entry.id == id)
-            return entry.text;
+            return entry.text.substr(0, entry.text.find('\0'));
     return std::string_view();
 }
 
@@ -37,7 +37,6 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
     for (const auto& entry : file->entries()) {
         const std::string id(entry.id);
         require(id.find('\0') == std::string::npos, "an id ends at a zero");
-        require(entry.text.find('\0') == std::string_view::npos, "a text ends at a zero");
         require(file->find(id) == find_first(*file, id), "the first text of the id");
         require(file->find(id + "x") == find_first(*file, id + "x"), "another id");
         if (charset)

@@ -27,12 +27,16 @@ std::string find_header(const entries_t& entries)
     return std::string();
 }
 
-/// Joins all strings with a zero after each, so that they are converted at once.
+/// Joins the ids and the first form of each text with a zero after each, so that they are converted
+/// at once.
 std::string joined(const entries_t& entries)
 {
     std::string result;
     for (const auto& entry : entries)
-        result.append(entry.id).append(1, '\0').append(entry.text).append(1, '\0');
+        result.append(entry.id)
+            .append(1, '\0')
+            .append(entry.text.substr(0, entry.text.find('\0')))
+            .append(1, '\0');
     return result;
 }
 
