@@ -75,7 +75,7 @@ std::optional<UDate> get_time(date_parts_t& parts, const std::string& zone, bool
         throw std::bad_alloc();
     UErrorCode status = U_ZERO_ERROR;
     icu::GregorianCalendar calendar(time_zone, status); // owns the zone
-    calendar.setLenient(is_lenient);
+    calendar.setLenient(static_cast<UBool>(is_lenient));
     calendar.setSkippedWallTimeOption(UCAL_WALLTIME_NEXT_VALID);
     calendar.clear();
     calendar.set(parts.number(1), parts.number(2) - 1, parts.number(3), parts.number(4),
