@@ -281,16 +281,17 @@ void require_memory_for_thread()
     ::operator delete(::operator new(thread_bytes));
 }
 
-/// Initializes libxml2, which would otherwise do so itself, but not safely in two threads at once.
-void initialize_xml_library()
+// Initialized on loading, when a program seldom has other threads: libxml2 reads without a lock
+// whether it is initialized, and another user of it can do the same at that time.
+[[maybe_unused]] const bool is_initialized = (xmlInitParser(), true);
+
+/// Lets libxml2 allocate its data of this thread.
+void initialize_thread()
 {
     thread_local bool is_ready = false;
     if (is_ready)
         return;
     require_memory_for_thread();
-    static const bool is_initialized = (xmlInitParser(), true);
-    static_cast<void>(is_initialized);
-    // Lets libxml2 allocate its data of this thread.
     const xml_errors_t errors;
     is_ready = true;
 }
@@ -300,7 +301,7 @@ void initialize_xml_library()
 std::uint32_t load_variant_bag2(variant_bag_t& bag, const std::wstring& file, const wchar_t* root,
                                 bool allow_missing)
 {
-    initialize_xml_library();
+    initialize_thread();
     std::string bytes;
     const content_t content = read_content(file, limits::max_file_bytes, bytes);
     tree_reader_t reader(root);
