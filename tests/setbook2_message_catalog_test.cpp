@@ -445,10 +445,16 @@ TEST_F(setbook2_message_catalog_test, scripts_and_regions_count)
     }
 }
 
-TEST_F(setbook2_message_catalog_test, a_locale_does_not_fall_back_to_another_script)
+TEST_F(setbook2_message_catalog_test, a_locale_does_not_fall_back_to_another_script_or_country)
 {
     make("zh_CN", "simplified");
     make("sr_RS", "cyrillic");
+    make("ru_RU", "of another country");
+    make("ar_EG", "of another country");
+    for (const wchar_t* locale : {L"ru_UA", L"ar_MA", L"zh_SG"}) {
+        m_catalogs.bind(locale);
+        EXPECT_EQ(text_of(), no_catalog) << testing::PrintToString(locale);
+    }
     m_catalogs.bind(L"zh_Hant_TW");
     EXPECT_EQ(text_of(), no_catalog);
     m_catalogs.bind(L"sr_Latn");

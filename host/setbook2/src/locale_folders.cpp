@@ -136,16 +136,19 @@ icu::Locale most_likely(const std::string& name)
 }
 
 // Returns the names of one step: as ICU spells it, with gettext's modifier, and without the script
-// if that is the usual one of the country.
+// if that is the usual one of the country. Without a country, that is the one in which the script
+// is usual, but not if the script is that of the language anyway: "ru_UA" does not lead to "ru_RU".
 std::vector<std::string> spellings(const std::string& language, const std::string& script,
-                                   const std::string& country)
+                                   const std::string& country, bool is_usual_script)
 {
     std::vector<std::string> names = {join(language, script, country)};
     if (script.empty())
         return names;
     const std::string modifier = modifier_of(script);
-    if (modifier.find('_') == std::string::npos) // not for "traditional_han"
+    if (!modifier.empty() && modifier.find('_') == std::string::npos) // not for "traditional_han"
         names.push_back(join(language, "", country) + "@" + modifier);
+    if (country.empty() && is_usual_script)
+        return names;
     const std::string usual_country =
         country.empty() ? most_likely(names.front()).getCountry() : country;
     const std::string without_script = join(language, "", usual_country);
@@ -162,14 +165,14 @@ std::vector<std::string> fall_backs(const locale_parts_t& parts)
     // in Latin script seldom do.
     const std::string usual_script =
         most_likely(join(parts.language, "", parts.country)).getScript();
-    const bool is_implied =
-        script.empty() &&
-        (usual_script != "Latn" || usual_script != most_likely(parts.language).getScript());
+    const bool is_of_language = usual_script == most_likely(parts.language).getScript();
+    const bool is_implied = script.empty() && (usual_script != "Latn" || !is_of_language);
     if (is_implied)
         script = usual_script;
     std::vector<std::string> names;
     const auto add = [&](const std::string& step_script, const std::string& country) {
-        const auto step = spellings(parts.language, step_script, country);
+        const auto step =
+            spellings(parts.language, step_script, country, is_implied && is_of_language);
         names.insert(names.end(), step.begin(), step.end());
     };
     if (is_implied || script.empty())
