@@ -1,5 +1,6 @@
-// The text of any pattern is the same each time and on each thread. If ICU rejects the pattern, the
-// text is the pattern. If all arguments are texts, it is ICU's text.
+// The text of any pattern is the same each time and on each thread. If all arguments are texts, it
+// is ICU's text, also if their names are ones that ICU rejects. If ICU rejects the pattern for
+// another reason than a name, the text is the pattern.
 //
 // The first line of an input is the locale. One argument per line follows, NAME=TEXT, up to an
 // empty line. The rest is the pattern.
@@ -109,6 +110,57 @@ std::wstring format_by_icu(const input_t& input)
     return U_SUCCESS(status) ? unicode_to_wide(text) : input.pattern;
 }
 
+/// Returns whether a text between a brace and the next comma or brace is not a name for ICU.
+bool may_have_rejected_name(const icu::UnicodeString& pattern)
+{
+    for (int at = pattern.indexOf(u'{') + 1; at != 0; at = pattern.indexOf(u'{', at) + 1) {
+        int end = at;
+        while (end != pattern.length() && icu::UnicodeString(u",{}").indexOf(pattern[end]) < 0)
+            ++end;
+        icu::UnicodeString name(pattern, at, end - at);
+        if (icu::MessagePattern::validateArgumentName(name.trim()) == UMSGPAT_ARG_NAME_NOT_VALID)
+            return true;
+    }
+    return false;
+}
+
+/// Returns the pattern with a hyphen at the end of each argument's name.
+icu::UnicodeString append_hyphens_to_names(const icu::MessagePattern& parsed)
+{
+    icu::UnicodeString pattern = parsed.getPatternString();
+    for (int at = parsed.countParts() - 1; at >= 0; --at) {
+        const auto& part = parsed.getPart(at);
+        if (part.getType() == UMSGPAT_PART_TYPE_ARG_NAME ||
+            part.getType() == UMSGPAT_PART_TYPE_ARG_NUMBER)
+            pattern.insert(part.getLimit(), u'-');
+    }
+    return pattern;
+}
+
+bool has_all_arguments(const icu::MessagePattern& parsed, const input_t& input)
+{
+    for (int at = 0; at != parsed.countParts(); ++at) {
+        const auto& part = parsed.getPart(at);
+        std::string name;
+        parsed.getSubstring(part).toUTF8String(name);
+        if ((part.getType() == UMSGPAT_PART_TYPE_ARG_NAME ||
+             part.getType() == UMSGPAT_PART_TYPE_ARG_NUMBER) &&
+            input.values.count(name) == 0)
+            return false;
+    }
+    return true;
+}
+
+void require_same_with_hyphens(const input_t& input, const icu::MessagePattern& parsed,
+                               const std::wstring& text)
+{
+    varg_list arguments;
+    for (const auto& value : input.values)
+        arguments.push_back(ROVA_2_18::generic::argument(value.first + '-', value.second));
+    const message_t message(unicode_to_wide(append_hyphens_to_names(parsed)), input.locale);
+    require(message.as_ustring(arguments) == text, "the same text with other names");
+}
+
 void require_as_by_icu(const input_t& input, const std::wstring& text)
 {
     const bool is_small =
@@ -120,11 +172,18 @@ void require_as_by_icu(const input_t& input, const std::wstring& text)
     if (!is_small || !is_comparable)
         return;
     UErrorCode status = U_ZERO_ERROR;
-    const icu::MessagePattern parsed(wide_to_unicode(input.pattern), nullptr, status);
-    if (U_FAILURE(status) != 0)
-        require(text == input.pattern, "an invalid pattern is its own text");
-    else if (has_only_text_arguments(parsed))
-        require(text == format_by_icu(input), "the text is ICU's");
+    const icu::UnicodeString pattern = wide_to_unicode(input.pattern);
+    const icu::MessagePattern parsed(pattern, nullptr, status);
+    if (U_FAILURE(status) != 0) {
+        if (!may_have_rejected_name(pattern))
+            require(text == input.pattern, "an invalid pattern is its own text");
+        return;
+    }
+    if (!has_only_text_arguments(parsed))
+        return;
+    require(text == format_by_icu(input), "the text is ICU's");
+    if (has_all_arguments(parsed, input))
+        require_same_with_hyphens(input, parsed, text);
 }
 
 } // namespace
