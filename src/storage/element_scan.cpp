@@ -133,7 +133,7 @@ fault_t find_fault_of_token(token_t token, std::string_view bytes)
         return find_fault_of_text(bytes);
     if (token != token_t::start_tag)
         return {damage_t::character, find_invalid_character(bytes)};
-    // Behind its own '<' there must be none.
+    // After its own '<' there must be none.
     const fault_t fault = find_fault_of_text(bytes.substr(1));
     return {fault.damage, fault.offset + 1};
 }
