@@ -144,6 +144,8 @@ TEST_F(log_reader_test, a_log_that_is_read_byte_by_byte_has_the_same_messages)
               read_all("<log><msg><type>a</type></msg>\n <msg>\n  <type>broken</type>\n <\n"
                        "<msg><type>b</type></msg></log>",
                        1));
+    EXPECT_EQ("markup at 6 in line 1, a, end",
+              read_all("<log/><msg><type>a</type></msg></log>", 1));
 }
 
 TEST_F(log_reader_test, reads_a_file)

@@ -71,9 +71,11 @@ private:
     step_t read_text(std::string_view token, bool is_complete);
     step_t read_start_tag(scanner_t& scanner);
     step_t read_end_tag(const scanner_t& scanner);
+    step_t read_document_type(std::size_t size);
     step_t read_instruction(const scanner_t& scanner);
     step_t read_message();
     step_t find_beginning();
+    step_t check(const char* before, std::size_t size, const std::string& after);
     step_t pass(std::size_t size);
     step_t accept_after_root(bool is_message);
     step_t refuse(damage_t damage, std::size_t offset);
