@@ -267,19 +267,23 @@ log_reader_impl_t::step_t log_reader_impl_t::read_message()
         return refuse(scanned.damage, scanned.size);
     const std::string_view element = text.substr(0, scanned.size);
     m_message = read_element(element);
+    // libxml2 may have run out of memory for a moment.
+    if (!m_message && is_well_formed(std::string(element)))
+        m_message = read_element(element);
     if (!m_message) {
         const fault_t fault = find_fault_of_element(element);
         return refuse(fault.damage, fault.offset);
     }
+    m_utf8_type = ROVA_2_18::strings::utf16_to_utf8(message_access_t::type(*m_message));
+    m_utf8_source = source_of(*m_message);
+    // Nothing throws from here on: a message that was not returned is not passed over.
     m_had_root = true;
     m_begin = m_text.position();
     m_end = m_text.position_of(element.size());
     m_skipped_size = element.size();
     m_skipped_lines = m_end.line - m_begin.line;
     m_element = element;
-    m_utf8_type = ROVA_2_18::strings::utf16_to_utf8(message_access_t::type(*m_message));
     m_type = m_utf8_type;
-    m_utf8_source = source_of(*m_message);
     m_source = m_utf8_source;
     m_severity = m_message->get_severity();
     m_search = search_t::none;
