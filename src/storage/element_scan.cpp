@@ -53,6 +53,8 @@ private:
             token = m_scanner.next();
         if (token == token_t::start_tag)
             token = m_scanner.finish_start_tag();
+        if (is_document_type())
+            return token_t::malformed; // also if it is unfinished
         return token == token_t::end ? token_t::unfinished : token;
     }
 
@@ -77,11 +79,14 @@ private:
         return damage_t::none;
     }
 
-    // A tag that does not fit is at fault from its beginning.
+    // A tag that does not fit is at fault from its beginning, and so is a document type.
     std::size_t fault_offset(damage_t damage) const
     {
-        return position() - (damage == damage_t::end_tag ? m_scanner.token().size() : 0);
+        const bool is_misplaced = damage == damage_t::end_tag || is_document_type();
+        return position() - (is_misplaced ? m_scanner.token().size() : 0);
     }
+
+    bool is_document_type() const { return begins_document_type(m_scanner.token()); }
 
     std::size_t position() const
     {

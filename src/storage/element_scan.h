@@ -30,6 +30,12 @@ struct scanned_element_t
 /// messages after the beginning of one does not scan the same text again and again.
 scanned_element_t scan_element(std::string_view text);
 
+/// Returns whether the text begins with the beginning of a document type.
+inline bool begins_document_type(std::string_view text)
+{
+    return text.substr(0, 9) == "<!DOCTYPE";
+}
+
 /// A fault in a text, or its end.
 struct fault_t
 {

@@ -153,6 +153,8 @@ log_reader_impl_t::step_t log_reader_impl_t::read_markup()
 {
     scanner_t scanner(m_text.text());
     const token_t token = scanner.next();
+    if (m_had_root && begins_document_type(m_text.text()))
+        return refuse(damage_t::markup, 0);
     if (token != token_t::end && token != token_t::unfinished)
         return read_token(scanner, token);
     return m_text.text().size() > max_unfinished_bytes ? refuse(damage_t::markup, 0) : step_t::more;
@@ -238,8 +240,6 @@ log_reader_impl_t::step_t log_reader_impl_t::read_end_tag(const scanner_t& scann
 // libxml2 takes an internal subset after the '>' for a part of it.
 log_reader_impl_t::step_t log_reader_impl_t::read_document_type(std::size_t size)
 {
-    if (m_had_root)
-        return refuse(damage_t::markup, 0);
     return size == m_text.text().size() ? step_t::more : check("", size, "<a/>");
 }
 
