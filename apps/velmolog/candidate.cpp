@@ -13,16 +13,14 @@ using ROVA_2_18::strings::utf16_to_utf8;
 candidate_t::candidate_t(const std::string& log, log_reader_t& reader, const presenter_t& presenter)
     : m_presenter(presenter), m_log(&log), m_reader(&reader), m_severity(reader.get_severity()),
       m_type(reader.get_type()), m_source(reader.get_source())
-{
-}
+{}
 
 candidate_t::candidate_t(const entry_t& entry, const presenter_t& presenter)
     : m_presenter(presenter), m_severity(entry.message->get_severity()),
       m_own_type(utf16_to_utf8(entry.message->get_type())),
       m_own_source(utf16_to_utf8(entry.message->get_source())), m_type(m_own_type),
       m_source(m_own_source), m_entry(&entry)
-{
-}
+{}
 
 const entry_t& candidate_t::entry()
 {

@@ -22,8 +22,7 @@ constexpr std::uint64_t all_percent = 100;
 diagnostics_t::diagnostics_t(bool has_progress)
     : m_has_progress(has_progress && isatty(STDERR_FILENO) != 0),
       m_next(steady_clock::now() + first_pause)
-{
-}
+{}
 
 diagnostics_t::~diagnostics_t()
 {

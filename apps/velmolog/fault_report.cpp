@@ -11,8 +11,7 @@ constexpr std::size_t max_reported = 20;
 
 fault_report_t::fault_report_t(const std::string& log, diagnostics_t& diagnostics)
     : m_log(log == "-" ? "standard input" : log), m_diagnostics(diagnostics)
-{
-}
+{}
 
 void fault_report_t::add(const fault_t& fault)
 {

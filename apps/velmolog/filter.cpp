@@ -47,8 +47,7 @@ filter_t::lists_t::lists_t(const conditions_t& conditions)
 
 filter_t::filter_t(const filter_options_t& options)
     : m_wanted(options.wanted), m_unwanted(options.unwanted)
-{
-}
+{}
 
 bool filter_t::has_severity(const lists_t& lists, const candidate_t& candidate)
 {
@@ -62,13 +61,12 @@ bool filter_t::has_argument(const lists_t& lists, candidate_t& candidate)
     if (lists.arguments.empty())
         return false;
     const auto arguments = candidate.entry().message->get_content().args;
-    return std::any_of(lists.arguments.begin(), lists.arguments.end(),
-                       [&arguments](const argument_t& wanted) {
-                           const auto found = arguments.find(wanted.name);
-                           return found != arguments.end() &&
-                                  (!wanted.value ||
-                                   wanted.value->matches(utf16_to_utf8(found->second)));
-                       });
+    return std::any_of(
+        lists.arguments.begin(), lists.arguments.end(), [&arguments](const argument_t& wanted) {
+            const auto found = arguments.find(wanted.name);
+            return found != arguments.end() &&
+                   (!wanted.value || wanted.value->matches(utf16_to_utf8(found->second)));
+        });
 }
 
 bool filter_t::has_text(const lists_t& lists, candidate_t& candidate)

@@ -26,7 +26,9 @@ char32_t character_at(std::string_view text, std::size_t& next)
 
 void append_utf8(std::string& text, char32_t character)
 {
-    const auto byte = [&text](char32_t bits) { text += static_cast<char>(bits); };
+    const auto byte = [&text](char32_t bits) {
+        text += static_cast<char>(bits);
+    };
     if (character < 0x80) {
         byte(character);
     } else if (character < 0x800) {
@@ -160,10 +162,9 @@ bool glob_t::matches(std::string_view text) const
         next = star_end;
         element = star + 1;
     }
-    return std::all_of(m_elements.begin() + static_cast<std::ptrdiff_t>(element), m_elements.end(),
-                       [](const element_t& rest) {
-                           return rest.kind == element_t::kind_t::any_text;
-                       });
+    return std::all_of(
+        m_elements.begin() + static_cast<std::ptrdiff_t>(element), m_elements.end(),
+        [](const element_t& rest) { return rest.kind == element_t::kind_t::any_text; });
 }
 
 bool glob_t::is_literal() const

@@ -49,8 +49,7 @@ bool is_plain(char byte)
 // ones are in strings.
 std::string text_of(const json_t& value, int indentation)
 {
-    const std::string json =
-        value.dump(indentation, ' ', false, json_t::error_handler_t::replace);
+    const std::string json = value.dump(indentation, ' ', false, json_t::error_handler_t::replace);
     std::string result;
     result.reserve(json.size());
     std::size_t next = 0;
@@ -71,12 +70,13 @@ std::string text_of(const json_t& value, int indentation)
     return result;
 }
 
+// The object's own operations compare with all names before.
 json_t object_of(const std::map<std::wstring, std::wstring>& texts)
 {
-    json_t object = json_t::object();
+    json_t::object_t object;
     for (const auto& [name, text] : texts)
-        object[ROVA_2_18::strings::utf16_to_utf8(name)] =
-            ROVA_2_18::strings::utf16_to_utf8(text);
+        object.emplace_back(ROVA_2_18::strings::utf16_to_utf8(name),
+                            ROVA_2_18::strings::utf16_to_utf8(text));
     return object;
 }
 

@@ -26,8 +26,8 @@ log_error_t error_of(const std::string& log, int error)
 } // namespace
 
 log_input_t::log_input_t(const std::string& log, diagnostics_t& diagnostics)
-    : m_log(log), m_descriptor(is_standard_input(log) ? STDIN_FILENO
-                                                      : open(log.c_str(), O_RDONLY | O_CLOEXEC)),
+    : m_log(log),
+      m_descriptor(is_standard_input(log) ? STDIN_FILENO : open(log.c_str(), O_RDONLY | O_CLOEXEC)),
       m_diagnostics(diagnostics)
 {
     if (m_descriptor == -1)
@@ -66,6 +66,7 @@ std::size_t log_input_t::read(char* bytes, std::size_t size)
     for (;;) {
         const ssize_t count = ::read(m_descriptor, bytes, size);
         if (count >= 0) {
+            m_size += static_cast<std::uint64_t>(count);
             m_diagnostics.add_bytes(static_cast<std::uint64_t>(count));
             return static_cast<std::size_t>(count);
         }

@@ -3,6 +3,7 @@
 #include "diagnostics.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <stdexcept>
 #include <string>
 
@@ -30,11 +31,15 @@ public:
     /// log_error_t.
     std::size_t read(char* bytes, std::size_t size);
 
+    /// Returns the number of bytes that were read so far.
+    std::uint64_t size() const { return m_size; }
+
 private:
     void check_kind();
 
     std::string m_log;
     int m_descriptor;
+    std::uint64_t m_size = 0;
     diagnostics_t& m_diagnostics;
 };
 

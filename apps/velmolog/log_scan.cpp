@@ -18,11 +18,12 @@ struct fault_words_t
 };
 
 // In the order of fault_t::kind_t.
-const std::array<fault_words_t, 7> fault_words = {{
+const std::array<fault_words_t, 8> fault_words = {{
     {"markup", "malformed markup, or markup that cannot be here"},
     {"end_tag", "an end tag of another element than the last one that began"},
     {"character", "a character that XML does not have, or malformed UTF-8"},
     {"reference", "an ampersand without a reference, or an unknown entity"},
+    {"encoding", "an encoding that no converter knows, read as if it was UTF-8"},
     {"limit", "an element that exceeds a limit of the library"},
     {"truncated", "a text that lacks its end"},
     {"no_end", "the log has no end"},
@@ -43,6 +44,8 @@ fault_t::kind_t kind_of(log_reader_t::damage_t damage)
         return fault_t::kind_t::character;
     case damage_t::reference:
         return fault_t::kind_t::reference;
+    case damage_t::encoding:
+        return fault_t::kind_t::encoding;
     case damage_t::limit:
         return fault_t::kind_t::limit;
     default:
@@ -66,15 +69,14 @@ log_scan_t::log_scan_t(const std::string& log, diagnostics_t& diagnostics, on_fa
     : m_log(log), m_input(log, diagnostics),
       m_reader([this](char* bytes, std::size_t size) { return m_input.read(bytes, size); }),
       m_on_fault(std::move(on_fault))
-{
-}
+{}
 
 bool log_scan_t::next()
 {
     while (!m_is_at_end) {
         const log_reader_t::result_t result = m_reader.next();
         if (result == log_reader_t::result_t::unreadable)
-            throw log_error_t(m_log + ": its encoding is not known");
+            throw log_error_t(m_log + ": cannot be read");
         if (handle(result))
             return true;
     }

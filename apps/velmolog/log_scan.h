@@ -4,6 +4,7 @@
 
 #include <velmoext1/log_reader.h>
 
+#include <cstdint>
 #include <functional>
 #include <string>
 
@@ -19,6 +20,7 @@ struct fault_t
         end_tag,
         character,
         reference,
+        encoding,
         limit,
         truncated, ///< text without its end is before other messages
         no_end     ///< as while a log is recorded, or after its recorder was killed
@@ -50,6 +52,9 @@ public:
     const std::string& log() const { return m_log; }
     /// Returns the reader, which is at the message.
     velmoext_1_4_8::log_reader_t& reader() { return m_reader; }
+
+    /// Returns the number of bytes that were read so far.
+    std::uint64_t size() const { return m_input.size(); }
 
 private:
     bool handle(velmoext_1_4_8::log_reader_t::result_t result);

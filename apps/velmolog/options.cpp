@@ -209,8 +209,7 @@ std::optional<options_t> read_options(int count, char** arguments)
     for (const command_name_t& command : commands) {
         CLI::App* const subcommand = app.add_subcommand(command.name, command.description);
         add_options(*subcommand, command.command, options);
-        subcommand->final_callback(
-            [&options, &command]() { options.command = command.command; });
+        subcommand->final_callback([&options, &command]() { options.command = command.command; });
     }
     std::vector<std::string> words = completed(count, arguments);
     std::reverse(words.begin(), words.end()); // as CLI11 takes them
@@ -218,6 +217,8 @@ std::optional<options_t> read_options(int count, char** arguments)
         app.parse(words);
     } catch (const CLI::Success& help_or_version) {
         app.exit(help_or_version);
+        if (!std::cout.flush())
+            throw usage_error_t("standard output cannot be written");
         return std::nullopt;
     } catch (const CLI::ParseError& error) {
         throw usage_error_t(std::string(error.what()) + "; velmolog --help lists the commands");

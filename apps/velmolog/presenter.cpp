@@ -92,8 +92,7 @@ presenter_t::presenter_t(const catalog_options_t& options)
 
 void presenter_t::select_language(const std::string& language)
 {
-    if (!setbook2::bindCatalogDirectory(utf8_to_utf16(m_locale_directory),
-                                        utf8_to_utf16(language)))
+    if (!setbook2::bindCatalogDirectory(utf8_to_utf16(m_locale_directory), utf8_to_utf16(language)))
         throw usage_error_t("\"" + language + "\" is not the name of a language");
 }
 

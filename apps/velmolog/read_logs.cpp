@@ -20,8 +20,7 @@ public:
                   const on_message_t& on_message)
         : m_filter(options.filter), m_presenter(options.catalogs), m_diagnostics(diagnostics),
           m_on_message(on_message)
-    {
-    }
+    {}
 
     /// Returns whether more messages are wanted.
     bool read(const std::string& log)

@@ -20,8 +20,7 @@ public:
 
     window_t(const options_t& options, sink_t sink)
         : m_first(options.first), m_last(options.last), m_sink(std::move(sink))
-    {
-    }
+    {}
 
     /// Returns whether more items are wanted.
     bool add(Item item)
