@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <system_error>
 
@@ -11,6 +12,9 @@ namespace velmolog
 {
 namespace
 {
+
+constexpr std::size_t beginning_size = 64;
+const std::string byte_order_mark = "\xEF\xBB\xBF";
 
 bool is_standard_input(const std::string& log)
 {
@@ -67,12 +71,23 @@ std::size_t log_input_t::read(char* bytes, std::size_t size)
         const ssize_t count = ::read(m_descriptor, bytes, size);
         if (count >= 0) {
             m_size += static_cast<std::uint64_t>(count);
+            if (m_beginning.size() < beginning_size)
+                m_beginning.append(bytes,
+                                   std::min(static_cast<std::size_t>(count), beginning_size));
             m_diagnostics.add_bytes(static_cast<std::uint64_t>(count));
             return static_cast<std::size_t>(count);
         }
         if (errno != EINTR)
             throw error_of(m_log, errno);
     }
+}
+
+bool log_input_t::can_be_xml() const
+{
+    const bool has_mark = m_beginning.compare(0, byte_order_mark.size(), byte_order_mark) == 0;
+    const std::size_t first =
+        m_beginning.find_first_not_of(" \t\r\n", has_mark ? byte_order_mark.size() : 0);
+    return first == std::string::npos || m_beginning[first] == '<';
 }
 
 } // namespace velmolog

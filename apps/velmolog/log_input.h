@@ -34,12 +34,16 @@ public:
     /// Returns the number of bytes that were read so far.
     std::uint64_t size() const { return m_size; }
 
+    /// Returns whether what was read so far begins like XML, or is empty.
+    bool can_be_xml() const;
+
 private:
     void check_kind();
 
     std::string m_log;
     int m_descriptor;
     std::uint64_t m_size = 0;
+    std::string m_beginning; ///< the first bytes
     diagnostics_t& m_diagnostics;
 };
 

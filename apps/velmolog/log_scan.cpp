@@ -104,7 +104,8 @@ bool log_scan_t::handle(log_reader_t::result_t result)
 void log_scan_t::handle_unfinished()
 {
     if (m_has_unfinished) {
-        report_unfinished(fault_t::kind_t::no_end);
+        // A text of another kind has no markup that the reader could refuse.
+        report_unfinished(m_input.can_be_xml() ? fault_t::kind_t::no_end : fault_t::kind_t::markup);
         m_is_at_end = true;
         return;
     }

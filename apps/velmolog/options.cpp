@@ -24,6 +24,8 @@ const char footer[] =
     "Exit status: 0 fine, 1 a log is damaged, or there are findings or differences, 2 the program\n"
     "cannot run. The manual page velmolog(1) explains the commands.";
 
+const char hint[] = "velmolog --help lists the commands, velmolog COMMAND --help the options";
+
 struct command_name_t
 {
     command_t command;
@@ -68,7 +70,7 @@ void add_severity(CLI::App& app, const std::string& name, conditions_t& conditio
         ->check([](const std::string& text) {
             const bool is_level = text.size() == 1 && text[0] >= '0' && text[0] <= '4';
             return is_level ? std::string()
-                            : text + " is none of none, info, warning, error, critical";
+                            : "\"" + text + "\" is not none, info, warning, error or critical";
         });
 }
 
@@ -90,30 +92,33 @@ void add_filters(CLI::App& app, filter_options_t& filter)
     add_conditions(app, "--not-", filter.unwanted, "No messages ");
 }
 
+std::string check_number(const std::string& text)
+{
+    const bool is_number = text.find_first_not_of("0123456789") == std::string::npos;
+    return is_number ? std::string() : "\"" + text + "\" is not a number of messages";
+}
+
 void add_limits(CLI::App& app, options_t& options)
 {
     CLI::Option* const first =
         app.add_option("--first", options.first, "Only the first N of these messages");
     CLI::Option* const last =
         app.add_option("--last", options.last, "Only the last N of these messages");
-    first->type_name("N")->group("Filters");
-    last->type_name("N")->group("Filters")->excludes(first);
+    for (CLI::Option* const option : {first, last})
+        option->type_name("N")->group("Filters")->check(check_number);
 }
 
 void add_catalogs(CLI::App& app, catalog_options_t& catalogs)
 {
     const auto add = [&app](const char* name, std::string& value, const char* help,
                             const char* type) {
-        return app.add_option(name, value, help)->type_name(type)->group("Texts");
+        app.add_option(name, value, help)->type_name(type)->group("Texts");
     };
-    CLI::Option* const locale =
-        add("--locale-dir", catalogs.locale_directory,
-            "Directory of the message catalogs: LANGUAGE/LC_MESSAGES/SOURCE.mo", "DIR");
-    add("--config-dir", catalogs.config_directory, "Directory of the configuration files", "DIR")
-        ->needs(locale);
-    add("--prefix", catalogs.prefix, "Prefer the catalogs with this prefix", "P")->needs(locale);
-    add("--lang", catalogs.language, "Language of the texts, such as de_AT", "LOCALE")
-        ->needs(locale);
+    add("--locale-dir", catalogs.locale_directory,
+        "Directory of the message catalogs: LANGUAGE/LC_MESSAGES/SOURCE.mo", "DIR");
+    add("--config-dir", catalogs.config_directory, "Directory of the configuration files", "DIR");
+    add("--prefix", catalogs.prefix, "Prefer the catalogs with this prefix", "P");
+    add("--lang", catalogs.language, "Language of the texts, such as de_AT", "LOCALE");
 }
 
 void add_format(CLI::App& app, options_t& options, const std::vector<std::string>& names)
@@ -188,12 +193,23 @@ std::vector<std::string> completed(int count, char** arguments)
     return words;
 }
 
-void check_logs(const options_t& options)
+void check_catalogs(const catalog_options_t& catalogs)
+{
+    const bool has_option = !catalogs.config_directory.empty() || !catalogs.prefix.empty() ||
+                            !catalogs.language.empty();
+    if (has_option && catalogs.locale_directory.empty())
+        throw usage_error_t("--config-dir, --prefix and --lang require --locale-dir");
+}
+
+void check(const options_t& options)
 {
     if (std::count(options.logs.begin(), options.logs.end(), "-") > 1)
         throw usage_error_t("standard input can be read only once");
+    if (options.first && options.last)
+        throw usage_error_t("--first excludes --last");
     if (options.is_followed && (options.first || options.last))
         throw usage_error_t("--follow excludes --first and --last");
+    check_catalogs(options.catalogs);
 }
 
 } // namespace
@@ -211,6 +227,8 @@ std::optional<options_t> read_options(int count, char** arguments)
         add_options(*subcommand, command.command, options);
         subcommand->final_callback([&options, &command]() { options.command = command.command; });
     }
+    if (count < 2)
+        throw usage_error_t(std::string("a log is missing; ") + hint);
     std::vector<std::string> words = completed(count, arguments);
     std::reverse(words.begin(), words.end()); // as CLI11 takes them
     try {
@@ -221,9 +239,9 @@ std::optional<options_t> read_options(int count, char** arguments)
             throw usage_error_t("standard output cannot be written");
         return std::nullopt;
     } catch (const CLI::ParseError& error) {
-        throw usage_error_t(std::string(error.what()) + "; velmolog --help lists the commands");
+        throw usage_error_t(std::string(error.what()) + "; " + hint);
     }
-    check_logs(options);
+    check(options);
     return options;
 }
 
