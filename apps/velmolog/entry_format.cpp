@@ -15,6 +15,7 @@ namespace velmolog
 
 const char log_beginning[] = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<log>\n";
 const char log_end[] = "</log>\n";
+const char empty_log[] = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<log/>\n";
 
 namespace
 {
@@ -77,7 +78,7 @@ public:
     {
         return log_line_of(candidate.element());
     }
-    std::string end() const override { return log_end; }
+    std::string end(bool has_messages) const override { return has_messages ? log_end : empty_log; }
 };
 
 } // namespace

@@ -18,12 +18,12 @@ public:
     entry_format_t& operator=(const entry_format_t&) = delete;
     virtual ~entry_format_t() = default;
 
-    /// Returns the text before all messages.
+    /// Returns the text before the first message.
     virtual std::string beginning() const { return std::string(); }
     /// Returns the text of one message, with a line break.
     virtual std::string text(candidate_t& candidate) const = 0;
-    /// Returns the text after all messages.
-    virtual std::string end() const { return std::string(); }
+    /// Returns the text after all messages, or instead of them.
+    virtual std::string end(bool /*has_messages*/) const { return std::string(); }
 };
 
 /// Returns the form that the option names. Lines have colors if they are wanted.
@@ -38,6 +38,7 @@ bool can_show_colors();
 // The text of a log around its messages.
 extern const char log_beginning[];
 extern const char log_end[];
+extern const char empty_log[];
 
 /// Returns the element as a line of a log.
 std::string log_line_of(std::string_view element);

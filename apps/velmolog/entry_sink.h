@@ -26,8 +26,11 @@ public:
     void finish();
 
 private:
+    void write(const std::string& text);
+
     std::ostream& m_output;
     std::unique_ptr<entry_format_t> m_format;
+    bool m_has_messages = false;
     window_t<std::string> m_window;
 };
 

@@ -71,10 +71,9 @@ class rescuer_t
 {
 public:
     rescuer_t(const options_t& options, std::ostream& log)
-        : m_filter(options.filter), m_presenter(options.catalogs),
+        : m_filter(options.filter), m_presenter(options.catalogs), m_log(log),
           m_window(options, [this, &log](const std::string& element) {
-              log << log_line_of(element);
-              ++m_count;
+              log << (m_count++ == 0 ? log_beginning : "") << log_line_of(element);
           })
     {}
 
@@ -85,13 +84,18 @@ public:
         return !m_filter.matches(candidate) || m_window.add(std::string(candidate.element()));
     }
 
-    void finish() { m_window.finish(); }
+    void finish()
+    {
+        m_window.finish();
+        m_log << (m_count == 0 ? empty_log : log_end);
+    }
 
     std::uint64_t count() const { return m_count; }
 
 private:
     filter_t m_filter;
     presenter_t m_presenter;
+    std::ostream& m_log;
     std::uint64_t m_count = 0;
     window_t<std::string> m_window;
 };
@@ -106,14 +110,12 @@ exit_status_t rescue(const options_t& options, std::ostream& output)
     log_scan_t scan(log, diagnostics, [&gaps](const fault_t& fault) { gaps.add(fault); });
     new_file_t file(options.output);
     rescuer_t rescuer(options, file.stream());
-    file.stream() << log_beginning;
     bool is_continued = true;
     while (is_continued && scan.next()) {
         gaps.add_message(scan.reader());
         is_continued = rescuer.add(scan);
     }
     rescuer.finish();
-    file.stream() << log_end;
     file.finish();
     if (is_continued)
         gaps.finish(scan.size());
