@@ -19,12 +19,16 @@ public:
     /// The message at which the reader is. All parameters must outlive the object.
     candidate_t(const std::string& log, velmoext_1_4_8::log_reader_t& reader,
                 const presenter_t& presenter);
-    /// A message that was read before. Both parameters must outlive the object.
-    candidate_t(const entry_t& entry, const presenter_t& presenter);
+    /// A message that was read before, with its element in the log if that is known. Both other
+    /// parameters must outlive the object.
+    candidate_t(const entry_t& entry, const presenter_t& presenter,
+                const std::string& element = std::string());
 
     velmoext_1_4_8::message_t::severity_t severity() const { return m_severity; }
     std::string_view type() const { return m_type; }
     std::string_view source() const { return m_source; }
+    const std::string& log() const { return m_entry ? m_entry->log : *m_log; }
+    velmoext_1_4_8::log_reader_t::position_t begin() const;
     const entry_t& entry();
     const texts_t& texts();
     /// Returns the element as it is in the log, or as the library would write it.
@@ -42,8 +46,11 @@ private:
     const entry_t* m_entry = nullptr;
     std::optional<entry_t> m_own_entry;
     std::optional<texts_t> m_texts;
-    std::optional<std::string> m_element;
+    std::string m_element; ///< empty if it is not known
 };
+
+/// Returns the message in an element of a log, or null if it is not a message.
+boost::shared_ptr<velmoext_1_4_8::message_t> message_of_element(std::string_view element);
 
 /// Returns the message as an element of a log.
 std::string element_of(const boost::shared_ptr<velmoext_1_4_8::message_t>& message);

@@ -19,8 +19,8 @@ constexpr std::uint64_t all_percent = 100;
 
 } // namespace
 
-diagnostics_t::diagnostics_t(bool has_progress)
-    : m_has_progress(has_progress && isatty(STDERR_FILENO) != 0),
+diagnostics_t::diagnostics_t(bool has_progress, std::ostream* output)
+    : m_has_progress(has_progress && isatty(STDERR_FILENO) != 0), m_output(output),
       m_next(steady_clock::now() + first_pause)
 {}
 
@@ -31,6 +31,7 @@ diagnostics_t::~diagnostics_t()
 
 void diagnostics_t::report(const std::string& text)
 {
+    flush_output();
     clear_progress();
     std::cerr << "velmolog: " + app_common::escape_controls(text) + "\n";
 }
@@ -50,6 +51,12 @@ void diagnostics_t::add_bytes(std::uint64_t count)
     show_progress();
     m_is_shown = true;
     m_next = steady_clock::now() + later_pause;
+}
+
+void diagnostics_t::flush_output()
+{
+    if (m_output)
+        m_output->flush();
 }
 
 void diagnostics_t::show_progress() const

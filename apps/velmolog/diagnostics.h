@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <ostream>
 #include <string>
 
 namespace velmolog
@@ -11,18 +12,22 @@ namespace velmolog
 class diagnostics_t
 {
 public:
-    /// Without progress if the output itself shows it.
-    explicit diagnostics_t(bool has_progress);
+    /// Without progress if the output itself shows it. The output, if there is one, must outlive
+    /// the object.
+    explicit diagnostics_t(bool has_progress, std::ostream* output = nullptr);
     diagnostics_t(const diagnostics_t&) = delete;
     diagnostics_t& operator=(const diagnostics_t&) = delete;
     ~diagnostics_t();
 
-    /// Writes "velmolog: TEXT", with its control characters escaped.
+    /// Writes "velmolog: TEXT", with its control characters escaped, after the output so far.
     void report(const std::string& text);
 
     /// Begins to count what is read of a log; `size` is 0 if it is not known.
     void begin(const std::string& log, std::uint64_t size);
     void add_bytes(std::uint64_t count);
+
+    /// Writes the output so far, before a time in which nothing is written.
+    void flush_output();
 
 private:
     typedef std::chrono::steady_clock steady_clock;
@@ -31,6 +36,7 @@ private:
     void clear_progress();
 
     bool m_has_progress;
+    std::ostream* m_output; ///< null without an output
     bool m_is_shown = false;
     std::string m_log;
     std::uint64_t m_size = 0;

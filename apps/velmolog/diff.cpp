@@ -57,10 +57,10 @@ struct side_t
 class difference_writer_t
 {
 public:
-    difference_writer_t(const options_t& options, const message_numbers_t& numbers,
-                        std::ostream& output)
+    difference_writer_t(const options_t& options, const presenter_t& presenter,
+                        const message_numbers_t& numbers, std::ostream& output)
         : m_is_json(options.format == format_t::json), m_has_colors(can_show_colors()),
-          m_numbers(numbers), m_presenter(options.catalogs),
+          m_numbers(numbers), m_presenter(presenter),
           m_window(options, [&output](const std::string& text) { output << text; })
     {}
 
@@ -83,7 +83,7 @@ private:
     bool m_is_json;
     bool m_has_colors;
     const message_numbers_t& m_numbers;
-    presenter_t m_presenter;
+    const presenter_t& m_presenter;
     window_t<std::string> m_window;
 };
 
@@ -122,6 +122,7 @@ bool has_difference(const edit_script_t& script)
 exit_status_t diff(const options_t& options, std::ostream& output)
 {
     diagnostics_t diagnostics(true);
+    const presenter_t presenter(options.catalogs);
     message_numbers_t numbers;
     std::array<side_t, 2> sides;
     exit_status_t status = fine;
@@ -135,7 +136,7 @@ exit_status_t diff(const options_t& options, std::ostream& output)
             side.positions.push_back(candidate.entry().begin);
             return true;
         };
-        status = std::max(status, read_logs(one_log, diagnostics, add));
+        status = std::max(status, read_logs(one_log, presenter, diagnostics, add));
     }
     if (status == cannot_run)
         return status;
@@ -143,7 +144,7 @@ exit_status_t diff(const options_t& options, std::ostream& output)
     if (!script.is_in_order)
         diagnostics.report("the logs differ too much: a message that is in both, but at another "
                            "position, does not count as a difference");
-    difference_writer_t writer(options, numbers, output);
+    difference_writer_t writer(options, presenter, numbers, output);
     write(writer, script, sides);
     return std::max(status, has_difference(script) ? found : fine);
 }

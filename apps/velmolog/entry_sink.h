@@ -3,9 +3,12 @@
 #include "candidate.h"
 #include "entry_format.h"
 #include "options.h"
-#include "window.h"
+#include "presenter.h"
 
+#include <cstddef>
+#include <deque>
 #include <memory>
+#include <optional>
 #include <ostream>
 #include <string>
 
@@ -16,8 +19,8 @@ namespace velmolog
 class entry_sink_t
 {
 public:
-    /// Both parameters must outlive the object.
-    entry_sink_t(const options_t& options, std::ostream& output);
+    /// All parameters must outlive the object.
+    entry_sink_t(const options_t& options, const presenter_t& presenter, std::ostream& output);
 
     /// Writes the message, or keeps it if only the last ones are wanted. Returns whether more
     /// messages are wanted.
@@ -26,12 +29,23 @@ public:
     void finish();
 
 private:
-    void write(const std::string& text);
+    /// A message that may be one of the last. Most are not, so it is not yet decoded.
+    struct kept_t
+    {
+        entry_t entry; ///< without its message
+        std::string element;
+    };
 
+    void keep(candidate_t& candidate);
+    void write(candidate_t& candidate);
+
+    const presenter_t& m_presenter;
     std::ostream& m_output;
     std::unique_ptr<entry_format_t> m_format;
-    bool m_has_messages = false;
-    window_t<std::string> m_window;
+    std::optional<std::size_t> m_first;
+    std::optional<std::size_t> m_last;
+    std::size_t m_count = 0; ///< messages that were written
+    std::deque<kept_t> m_kept;
 };
 
 } // namespace velmolog

@@ -56,17 +56,19 @@ void log_input_t::check_kind()
     struct stat status = {};
     if (fstat(m_descriptor, &status) != 0)
         throw error_of(m_log, errno);
-    const bool is_file = S_ISREG(status.st_mode);
+    m_is_file = S_ISREG(status.st_mode);
     if (S_ISDIR(status.st_mode))
         throw error_of(m_log, EISDIR);
     // A device can be without end.
-    if (!is_file && !S_ISFIFO(status.st_mode) && !is_standard_input(m_log))
+    if (!m_is_file && !S_ISFIFO(status.st_mode) && !is_standard_input(m_log))
         throw log_error_t(m_log + ": neither a file nor a pipe");
-    m_diagnostics.begin(m_log, is_file ? static_cast<std::uint64_t>(status.st_size) : 0);
+    m_diagnostics.begin(m_log, m_is_file ? static_cast<std::uint64_t>(status.st_size) : 0);
 }
 
 std::size_t log_input_t::read(char* bytes, std::size_t size)
 {
+    if (!m_is_file)
+        m_diagnostics.flush_output();
     for (;;) {
         const ssize_t count = ::read(m_descriptor, bytes, size);
         if (count >= 0) {

@@ -42,6 +42,7 @@ private:
 
     std::string m_log;
     int m_descriptor;
+    bool m_is_file = false;
     std::uint64_t m_size = 0;
     std::string m_beginning; ///< the first bytes
     diagnostics_t& m_diagnostics;

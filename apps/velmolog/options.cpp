@@ -24,8 +24,6 @@ const char footer[] =
     "Exit status: 0 fine, 1 a log is damaged, or there are findings or differences, 2 the program\n"
     "cannot run. The manual page velmolog(1) explains the commands.";
 
-const char hint[] = "velmolog --help lists the commands, velmolog COMMAND --help the options";
-
 struct command_name_t
 {
     command_t command;
@@ -62,23 +60,33 @@ CLI::Option* add_list(CLI::App& app, const std::string& name, std::vector<Value>
         ->group("Filters");
 }
 
+template <typename Value>
+std::vector<std::string> names_of(const std::map<std::string, Value>& values)
+{
+    std::vector<std::string> names;
+    for (const auto& [name, value] : values)
+        names.push_back(name);
+    return names;
+}
+
 void add_severity(CLI::App& app, const std::string& name, conditions_t& conditions,
                   const std::string& help)
 {
-    add_list(app, name, conditions.severities, help, "LEVEL")
-        ->transform(CLI::Transformer(severities).description(""))
-        ->check([](const std::string& text) {
-            const bool is_level = text.size() == 1 && text[0] >= '0' && text[0] <= '4';
-            return is_level ? std::string()
-                            : "\"" + text + "\" is not none, info, warning, error or critical";
-        });
+    const auto add = [&conditions](const std::vector<std::string>& names) {
+        for (const std::string& severity : names)
+            conditions.severities.push_back(severities.at(severity));
+    };
+    app.add_option_function<std::vector<std::string>>(name, add, help)
+        ->allow_extra_args(false)
+        ->type_name("LEVEL")
+        ->group("Filters")
+        ->check(CLI::IsMember(names_of(severities)));
 }
 
 void add_conditions(CLI::App& app, const std::string& dashes, conditions_t& conditions,
                     const std::string& begin)
 {
-    add_severity(app, dashes + "severity", conditions,
-                 begin + "of this severity or a higher one: none, info, warning, error, critical");
+    add_severity(app, dashes + "severity", conditions, begin + "of this severity or a higher one");
     add_list(app, dashes + "type", conditions.types, begin + "of this type", "GLOB");
     add_list(app, dashes + "source", conditions.sources, begin + "of this source", "GLOB");
     add_list(app, dashes + "arg", conditions.arguments, begin + "with this argument",
@@ -123,21 +131,26 @@ void add_catalogs(CLI::App& app, catalog_options_t& catalogs)
 
 void add_format(CLI::App& app, options_t& options, const std::vector<std::string>& names)
 {
-    std::string help = "Output: " + names.front();
-    for (std::size_t i = 1; i != names.size(); ++i)
-        help += (i + 1 == names.size() ? " or " : ", ") + names[i];
     app.add_option_function<std::string>(
            "--format", [&options](const std::string& name) { options.format = formats.at(name); },
-           help)
+           "The form of the output")
         ->type_name("FORMAT")
         ->check(CLI::IsMember(names));
 }
 
-void add_logs(CLI::App& app, options_t& options, const char* name, int least, int most)
+void add_logs(CLI::App& app, options_t& options)
 {
-    app.add_option(name, options.logs, "Path of a log, or - for standard input")
+    app.add_option("LOG", options.logs, "Paths of logs, or - for standard input")
         ->required()
-        ->expected(least, most)
+        ->type_name("");
+}
+
+void add_log(CLI::App& app, options_t& options, const char* name)
+{
+    app.add_option_function<std::string>(
+           name, [&options](const std::string& log) { options.logs.push_back(log); },
+           "Path of a log, or - for standard input")
+        ->required()
         ->type_name("");
 }
 
@@ -145,8 +158,6 @@ void add_output(CLI::App& app, options_t& options, const char* help)
 {
     app.add_option("-o,--output", options.output, help)->required()->type_name("FILE");
 }
-
-constexpr int any_number = CLI::detail::expected_max_vector_size;
 
 void add_options(CLI::App& app, command_t command, options_t& options)
 {
@@ -159,20 +170,21 @@ void add_options(CLI::App& app, command_t command, options_t& options)
     case command_t::show:
         app.add_flag("--follow", options.is_followed, "Show what is appended, too");
         add_format(app, options, {"line", "json", "xml"});
-        return add_logs(app, options, "LOG", 1, any_number);
+        return add_logs(app, options);
     case command_t::stats:
     case command_t::check:
         add_format(app, options, {"line", "json"});
-        return add_logs(app, options, "LOG", 1, any_number);
+        return add_logs(app, options);
     case command_t::rescue:
         add_output(app, options, "The new log, which must not exist");
-        return add_logs(app, options, "LOG", 1, 1);
+        return add_log(app, options, "LOG");
     case command_t::diff:
         add_format(app, options, {"line", "json"});
-        return add_logs(app, options, "LOG", 2, 2);
+        add_log(app, options, "A");
+        return add_log(app, options, "B");
     case command_t::html:
         add_output(app, options, "The page, which must not exist");
-        return add_logs(app, options, "LOG", 1, any_number);
+        return add_logs(app, options);
     }
 }
 
@@ -228,8 +240,9 @@ std::optional<options_t> read_options(int count, char** arguments)
         subcommand->final_callback([&options, &command]() { options.command = command.command; });
     }
     if (count < 2)
-        throw usage_error_t(std::string("a log is missing; ") + hint);
+        throw usage_error_t("a log is missing; velmolog --help lists the commands");
     std::vector<std::string> words = completed(count, arguments);
+    const std::string help = words.front() + " --help";
     std::reverse(words.begin(), words.end()); // as CLI11 takes them
     try {
         app.parse(words);
@@ -239,7 +252,8 @@ std::optional<options_t> read_options(int count, char** arguments)
             throw usage_error_t("standard output cannot be written");
         return std::nullopt;
     } catch (const CLI::ParseError& error) {
-        throw usage_error_t(std::string(error.what()) + "; " + hint);
+        throw usage_error_t(std::string(error.what()) + "; velmolog " + help +
+                            " lists the options");
     }
     check(options);
     return options;

@@ -16,9 +16,9 @@ class logs_reader_t
 public:
     typedef std::function<bool(candidate_t&)> on_message_t;
 
-    logs_reader_t(const options_t& options, diagnostics_t& diagnostics,
-                  const on_message_t& on_message)
-        : m_filter(options.filter), m_presenter(options.catalogs), m_diagnostics(diagnostics),
+    logs_reader_t(const options_t& options, const presenter_t& presenter,
+                  diagnostics_t& diagnostics, const on_message_t& on_message)
+        : m_filter(options.filter), m_presenter(presenter), m_diagnostics(diagnostics),
           m_on_message(on_message)
     {}
 
@@ -48,7 +48,7 @@ public:
 
 private:
     filter_t m_filter;
-    presenter_t m_presenter;
+    const presenter_t& m_presenter;
     diagnostics_t& m_diagnostics;
     const on_message_t& m_on_message;
     exit_status_t m_status = fine;
@@ -56,10 +56,11 @@ private:
 
 } // namespace
 
-exit_status_t read_logs(const options_t& options, diagnostics_t& diagnostics,
+exit_status_t read_logs(const options_t& options, const presenter_t& presenter,
+                        diagnostics_t& diagnostics,
                         const std::function<bool(candidate_t&)>& on_message)
 {
-    logs_reader_t reader(options, diagnostics, on_message);
+    logs_reader_t reader(options, presenter, diagnostics, on_message);
     for (const std::string& log : options.logs)
         if (!reader.read(log))
             break;

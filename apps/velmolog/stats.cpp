@@ -25,19 +25,21 @@ struct counted_t
 exit_status_t count(const options_t& options, stats_t& stats)
 {
     diagnostics_t diagnostics(true);
+    const presenter_t presenter(options.catalogs);
     const auto add = [&stats](const auto& message) {
         stats.add(message.severity, message.source, message.type);
     };
     if (!options.first && !options.last)
-        return read_logs(options, diagnostics, [&stats](candidate_t& candidate) {
+        return read_logs(options, presenter, diagnostics, [&stats](candidate_t& candidate) {
             stats.add(candidate.severity(), candidate.source(), candidate.type());
             return true;
         });
     window_t<counted_t> window(options, add);
-    const exit_status_t status = read_logs(options, diagnostics, [&window](candidate_t& candidate) {
-        return window.add(
-            {candidate.severity(), std::string(candidate.source()), std::string(candidate.type())});
-    });
+    const exit_status_t status =
+        read_logs(options, presenter, diagnostics, [&window](candidate_t& candidate) {
+            return window.add({candidate.severity(), std::string(candidate.source()),
+                               std::string(candidate.type())});
+        });
     window.finish();
     return status;
 }
