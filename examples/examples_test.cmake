@@ -27,6 +27,17 @@ velmoext1_example_test(file_names "file_large path=/srv/Tom & Žofie.txt"
 set_tests_properties(example.remove_file_names PROPERTIES FIXTURES_SETUP no_file_names)
 set_tests_properties(example.file_names PROPERTIES FIXTURES_REQUIRED no_file_names)
 
+set(log ${CMAKE_CURRENT_BINARY_DIR}/history.xml)
+file(WRITE ${log} "<log>
+ <msg><arg name='path'>/Tom &amp; Jerry</arg><type>file_seen</type></msg>
+ <msg><type>broken</msg>
+ <msg><arg name='path'/><type>file_seen</type></msg>
+</log>
+")
+velmoext1_example_test(history
+  "line 2: file_seen path=/Tom & Jerry\nline 3 is damaged\nline 4: file_seen path="
+  example_history ${log})
+
 set(share $<TARGET_FILE_DIR:audit>/share)
 foreach(case
     "de;Inhalt: /var/log/syslog hat 1.048.576 Bytes."

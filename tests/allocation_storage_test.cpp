@@ -38,6 +38,7 @@ public:
             m_folder.write(leaf, bytes);
     }
 
+    basekit2::path_t path() const { return basekit2::path_t(m_folder.wide_name("log.xml")); }
     storage_ptr_t storage() const { return get("log.xml"); }
     // Another spelling is another storage.
     storage_ptr_t other_storage() const { return get("./log.xml"); }
@@ -168,13 +169,20 @@ const std::string old_log =
     std::string(5000, 'l') +
     "</a_long_element_name_that_is_allocated><severity>INFO</severity></msg></log>";
 
+// With the attributes that a replay adds.
+std::string text_of_old_log(const std::string& added)
+{
+    return R"(type "a long type that is allocated";severity none;)"
+           R"(attribute "source" = "a long source that is allocated";)" +
+           added +
+           R"(arg "n" = "x y";type "";severity info;attribute "a" = "<b>";)"
+           R"(element "a_long_element_name_that_is_allocated" = ")" +
+           std::string(5000, 'l') + R"(";)";
+}
+
 const std::string old_messages =
-    R"(type "a long type that is allocated";severity none;)"
-    R"(attribute "source" = "a long source that is allocated";)"
-    R"(attribute "tool" = "a long source that is allocated";arg "n" = "x y";)"
-    R"(type "";severity info;attribute "a" = "<b>";)"
-    R"(element "a_long_element_name_that_is_allocated" = ")" +
-    std::string(5000, 'l') + R"(";)";
+    text_of_old_log(R"(attribute "tool" = "a long source that is allocated";)");
+const std::string read_messages = text_of_old_log("");
 
 std::string failed_start_result(const log_t& log, const storage_ptr_t& storage,
                                 on_failure_t failure)
@@ -232,6 +240,35 @@ attempt_t replay()
             }};
 }
 
+// ---- reading: after a failure, the reader continues with the same message
+
+void read_to_end(log_reader_t& reader, messages_t& messages)
+{
+    for (auto result = reader.next(); result == log_reader_t::result_t::message;
+         result = reader.next()) {
+        if (const message_ptr_t message = reader.get_message())
+            messages.push_back(message);
+    }
+}
+
+attempt_t read()
+{
+    const auto log = std::make_shared<log_t>("log.xml", old_log);
+    const auto reader = std::make_shared<log_reader_t>(log->path());
+    const auto messages = std::make_shared<messages_t>();
+    messages->reserve(10);
+    const auto is_read = std::make_shared<bool>(false);
+    return {[=] {
+                read_to_end(*reader, *messages);
+                *is_read = true;
+            },
+            [=]() -> std::string {
+                read_to_end(*reader, *messages);
+                const std::string read = text_of(*messages);
+                return *is_read || read != read_messages ? read : "";
+            }};
+}
+
 // ---- the table
 
 const std::vector<memory_t> cxx = {memory_t::cxx};
@@ -245,6 +282,7 @@ const std::vector<operation_t> operations = {
     {"start_after_a_killed_process", both, start("log.xml.tmp", on_failure_t::keeps_all),
      old_messages},
     {"replay", both, replay, old_messages},
+    {"read", both, read, read_messages},
 };
 
 } // namespace

@@ -45,6 +45,14 @@ public:
         return replay();
     }
 
+    message_ptr_t log_and_reader(const message_ptr_t& message) const
+    {
+        record(boost::make_shared<message_t>(*message));
+        log_reader_t reader(m_path);
+        reader.next();
+        return reader.get_message();
+    }
+
 private:
     void record(const message_ptr_t& message) const
     {
@@ -388,6 +396,11 @@ const row_t prefixed_names[] = {
 TEST_P(fidelity_table_test, a_string_transports_it_as_documented)
 {
     EXPECT_EQ(text_of(*string_and_back(GetParam().message)), expectation(GetParam().string));
+}
+
+TEST_P(fidelity_table_test, a_log_and_a_reader_transport_it_as_a_string)
+{
+    EXPECT_EQ(text_of(m_log.log_and_reader(GetParam().message)), expectation(GetParam().string));
 }
 
 TEST_P(fidelity_table_test, a_log_and_a_replay_transport_it_as_documented)

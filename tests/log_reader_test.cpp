@@ -144,6 +144,8 @@ TEST_F(log_reader_test, a_log_that_is_read_byte_by_byte_has_the_same_messages)
               read_all("<log><msg><type>a</type></msg>\n <msg>\n  <type>broken</type>\n <\n"
                        "<msg><type>b</type></msg></log>",
                        1));
+    EXPECT_EQ("markup at 6 in line 1, a, end",
+              read_all("<log/><msg><type>a</type></msg></log>", 1));
 }
 
 TEST_F(log_reader_test, reads_a_file)
@@ -336,18 +338,18 @@ TEST_F(log_reader_test, a_truncated_message_is_unfinished)
 
 TEST_F(log_reader_test, messages_in_a_message_without_an_end_are_read_on_request)
 {
-    growing_text_t log(head + "<msg><arg name='a'>te\n" + message_of("b") + message_of("c") +
+    growing_text_t log(head + "<msg><arg name='a'>t\n" + message_of("b") + message_of("c") +
                        "<msg><arg na");
     log_reader_t reader(log.source());
     EXPECT_EQ("unfinished at 45 in line 3", read_on(reader));
     reader.skip_unfinished();
-    EXPECT_EQ("b, c, unfinished at 187 in line 12", read_on(reader));
+    EXPECT_EQ("b, c, unfinished at 186 in line 12", read_on(reader));
     reader.skip_unfinished();
-    EXPECT_EQ("unfinished at 199 in line 12", read_on(reader));
+    EXPECT_EQ("unfinished at 198 in line 12", read_on(reader));
     reader.skip_unfinished();
-    EXPECT_EQ("unfinished at 199 in line 12", read_on(reader));
+    EXPECT_EQ("unfinished at 198 in line 12", read_on(reader));
     log.append(message_of("d"));
-    EXPECT_EQ("d, unfinished at 259 in line 16", read_on(reader));
+    EXPECT_EQ("d, unfinished at 258 in line 16", read_on(reader));
 }
 
 TEST_F(log_reader_test, damage_is_where_the_first_fault_is)
@@ -357,7 +359,7 @@ TEST_F(log_reader_test, damage_is_where_the_first_fault_is)
         std::string message;
         std::string damage;
     } rows[] = {
-        {"<msg><type>a</tpye></msg>", "end tag at 57 in line 3"},
+        {"<msg><type>a</typo></msg>", "end tag at 57 in line 3"},
         {"<msg><type>a</type><arg name=x/></msg>", "markup at 69 in line 3"},
         {"<msg><type>a & b</type></msg>", "reference at 58 in line 3"},
         {"<msg><type>a\n&unknown;</type></msg>", "reference at 58 in line 4"},
@@ -455,7 +457,7 @@ TEST_F(log_reader_test, other_markup_between_messages_is_passed_over)
                        message_of("a") + "<empty/>" + message_of("b") + "</log><!-- z -->\n"));
 }
 
-TEST_F(log_reader_test, an_element_named_msg_in_a_message_is_no_message)
+TEST_F(log_reader_test, an_element_named_msg_in_a_message_is_not_a_message)
 {
     EXPECT_EQ("a, end", read_all(log_of(" <msg>\n  <msg>b</msg>\n  <type>a</type>\n </msg>\n")));
 }

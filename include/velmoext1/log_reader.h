@@ -59,7 +59,7 @@ public:
     enum class damage_t
     {
         none,
-        markup,    ///< malformed markup, or markup at a position where XML does not allow it
+        markup,    ///< malformed markup, or markup that XML does not allow there
         end_tag,   ///< an end tag of another element than the last one that began
         character, ///< a character that XML does not have, or malformed UTF-8
         reference, ///< an ampersand without a reference, or an unknown entity
@@ -87,10 +87,10 @@ public:
     /// returns the messages in it, if there are any. No effect after another result.
     void skip_unfinished();
 
-    /// Returns where the message begins, or where the damage is. After `unfinished`, returns where
-    /// the unfinished message or other text begins.
+    /// Returns the position of the message or the damage. After `unfinished`, returns that of the
+    /// unfinished message or other text.
     position_t get_begin() const;
-    /// Returns where the message ends. After another result, returns get_begin().
+    /// Returns the end of the message. After another result, returns get_begin().
     position_t get_end() const;
     /// Returns damage_t::none unless the reader is at damage.
     damage_t get_damage() const;

@@ -1,6 +1,7 @@
 #include <velmoext1/extended_message.h>
 
 #include "core/message_access.h"
+#include "encoding/element_composer.h"
 
 #include <velmoext1/config_reader.h>
 
@@ -53,11 +54,13 @@ boost::shared_ptr<message_t> extended_message_t::get_message() const
 
 void extended_message_t::update_title()
 {
+    prefetch_message(*m_message);
     fill(m_title, get_cfg_prop(L"title_msgid"));
 }
 
 void extended_message_t::update_text()
 {
+    prefetch_message(*m_message);
     fill(m_text, m_message->get_type());
 }
 

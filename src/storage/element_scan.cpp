@@ -53,6 +53,8 @@ private:
             token = m_scanner.next();
         if (token == token_t::start_tag)
             token = m_scanner.finish_start_tag();
+        if (is_document_type())
+            return token_t::malformed; // also if it is unfinished
         return token == token_t::end ? token_t::unfinished : token;
     }
 
@@ -77,11 +79,14 @@ private:
         return damage_t::none;
     }
 
-    // A tag that does not fit is at fault from its beginning.
+    // A tag that does not fit is at fault from its beginning, and so is a document type.
     std::size_t fault_offset(damage_t damage) const
     {
-        return position() - (damage == damage_t::end_tag ? m_scanner.token().size() : 0);
+        const bool is_misplaced = damage == damage_t::end_tag || is_document_type();
+        return position() - (is_misplaced ? m_scanner.token().size() : 0);
     }
+
+    bool is_document_type() const { return begins_document_type(m_scanner.token()); }
 
     std::size_t position() const
     {
@@ -133,7 +138,7 @@ fault_t find_fault_of_token(token_t token, std::string_view bytes)
         return find_fault_of_text(bytes);
     if (token != token_t::start_tag)
         return {damage_t::character, find_invalid_character(bytes)};
-    // Behind its own '<' there must be none.
+    // After its own '<' there must be none.
     const fault_t fault = find_fault_of_text(bytes.substr(1));
     return {fault.damage, fault.offset + 1};
 }

@@ -26,9 +26,15 @@ struct scanned_element_t
 
 /// Finds the end of an element by its tags, in linear time. Checks neither names nor texts.
 ///
-/// An element in more than a few open elements "msg" is malformed, so that whoever looks for
-/// messages behind the beginning of one does not scan the same text again and again.
+/// An element in more than a few open elements "msg" is malformed, so that a search for
+/// messages after the beginning of one does not scan the same text again and again.
 scanned_element_t scan_element(std::string_view text);
+
+/// Returns whether the text begins with the beginning of a document type.
+inline bool begins_document_type(std::string_view text)
+{
+    return text.substr(0, 9) == "<!DOCTYPE";
+}
 
 /// A fault in a text, or its end.
 struct fault_t

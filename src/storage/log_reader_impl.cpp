@@ -9,6 +9,7 @@
 #include "xml/characters.h"
 #include "xml/encodings.h"
 #include "xml/limits.h"
+#include "xml/well_formed.h"
 
 #include <rova/strings.h>
 
@@ -152,6 +153,8 @@ log_reader_impl_t::step_t log_reader_impl_t::read_markup()
 {
     scanner_t scanner(m_text.text());
     const token_t token = scanner.next();
+    if (m_had_root && begins_document_type(m_text.text()))
+        return refuse(damage_t::markup, 0);
     if (token != token_t::end && token != token_t::unfinished)
         return read_token(scanner, token);
     return m_text.text().size() > max_unfinished_bytes ? refuse(damage_t::markup, 0) : step_t::more;
@@ -170,11 +173,11 @@ log_reader_impl_t::step_t log_reader_impl_t::read_token(scanner_t& scanner, toke
     case token_t::instruction:
         return read_instruction(scanner);
     case token_t::section:
-        return m_open.empty() ? refuse(damage_t::markup, 0) : pass(size);
+        return m_open.empty() ? refuse(damage_t::markup, 0) : check("<a>", size, "</a>");
     case token_t::document_type:
-        return m_had_root ? refuse(damage_t::markup, 0) : pass(size);
+        return read_document_type(size);
     case token_t::comment:
-        return pass(size);
+        return check("<a>", size, "</a>");
     default:
         return refuse(damage_t::markup, size);
     }
@@ -195,11 +198,13 @@ log_reader_impl_t::step_t log_reader_impl_t::read_text(std::string_view token, b
     if (is_blank_text(text))
         return pass(part);
     const fault_t fault = find_fault_of_text(text);
-    return fault.offset == part ? pass(part) : refuse(fault.damage, fault.offset);
+    return fault.offset == part ? check("<a>", part, "</a>") : refuse(fault.damage, fault.offset);
 }
 
 log_reader_impl_t::step_t log_reader_impl_t::read_start_tag(scanner_t& scanner)
 {
+    if (scanner.token().size() == m_text.text().size())
+        return step_t::more; // the name may go on
     const bool is_message = scanner.name() == element_names::msg;
     if (m_open.empty() && m_had_root)
         return accept_after_root(is_message);
@@ -210,10 +215,15 @@ log_reader_impl_t::step_t log_reader_impl_t::read_start_tag(scanner_t& scanner)
         return step_t::more;
     if (token == token_t::malformed)
         return refuse(damage_t::markup, scanner.token().size());
+    const std::string name(scanner.name());
+    const std::string end_tag = scanner.is_empty_element() ? std::string() : "</" + name + ">";
+    const std::size_t size = scanner.token().size();
+    if (!is_well_formed(std::string(scanner.token()) + end_tag))
+        return refuse(damage_t::markup, 0);
     m_had_root = true;
     if (!scanner.is_empty_element())
-        m_open.emplace_back(scanner.name());
-    return pass(scanner.token().size());
+        m_open.push_back(name);
+    return pass(size);
 }
 
 log_reader_impl_t::step_t log_reader_impl_t::read_end_tag(const scanner_t& scanner)
@@ -227,15 +237,22 @@ log_reader_impl_t::step_t log_reader_impl_t::read_end_tag(const scanner_t& scann
     return pass(scanner.token().size());
 }
 
+// libxml2 takes an internal subset after the '>' for a part of it.
+log_reader_impl_t::step_t log_reader_impl_t::read_document_type(std::size_t size)
+{
+    return size == m_text.text().size() ? step_t::more : check("", size, "<a/>");
+}
+
 log_reader_impl_t::step_t log_reader_impl_t::read_instruction(const scanner_t& scanner)
 {
     if (scanner.name() != "xml")
-        return pass(scanner.token().size());
+        return check("<a>", scanner.token().size(), "</a>");
     const std::int64_t offset = m_text.position().offset;
     if (offset != 0 && !(m_is_utf8 && offset == std::int64_t(byte_order_mark.size())))
         return refuse(damage_t::markup, 0);
     const std::string encoding = declared_encoding(scanner.token());
-    return m_is_utf8 || is_utf8(encoding) ? pass(scanner.token().size()) : convert(encoding);
+    return m_is_utf8 || is_utf8(encoding) ? check("", scanner.token().size(), "<a/>")
+                                          : convert(encoding);
 }
 
 log_reader_impl_t::step_t log_reader_impl_t::read_message()
@@ -250,19 +267,23 @@ log_reader_impl_t::step_t log_reader_impl_t::read_message()
         return refuse(scanned.damage, scanned.size);
     const std::string_view element = text.substr(0, scanned.size);
     m_message = read_element(element);
+    // libxml2 may have run out of memory for a moment.
+    if (!m_message && is_well_formed(std::string(element)))
+        m_message = read_element(element);
     if (!m_message) {
         const fault_t fault = find_fault_of_element(element);
         return refuse(fault.damage, fault.offset);
     }
+    m_utf8_type = ROVA_2_18::strings::utf16_to_utf8(message_access_t::type(*m_message));
+    m_utf8_source = source_of(*m_message);
+    // Nothing throws from here on: a message that was not returned is not passed over.
     m_had_root = true;
     m_begin = m_text.position();
     m_end = m_text.position_of(element.size());
     m_skipped_size = element.size();
     m_skipped_lines = m_end.line - m_begin.line;
     m_element = element;
-    m_utf8_type = ROVA_2_18::strings::utf16_to_utf8(message_access_t::type(*m_message));
     m_type = m_utf8_type;
-    m_utf8_source = source_of(*m_message);
     m_source = m_utf8_source;
     m_severity = m_message->get_severity();
     m_search = search_t::none;
@@ -289,6 +310,15 @@ log_reader_impl_t::step_t log_reader_impl_t::find_beginning()
         return step_t::more;
     m_search = search_t::candidate;
     return step_t::again;
+}
+
+// Passes over markup if it is well-formed with these texts around it.
+log_reader_impl_t::step_t log_reader_impl_t::check(const char* before, std::size_t size,
+                                                   const std::string& after)
+{
+    std::string document(before);
+    document.append(m_text.text().substr(0, size)).append(after);
+    return is_well_formed(document) ? pass(size) : refuse(damage_t::markup, 0);
 }
 
 log_reader_impl_t::step_t log_reader_impl_t::pass(std::size_t size)

@@ -20,7 +20,7 @@ namespace velmoext_1_4_8
 /// Reads the messages of a log's text.
 ///
 /// A message in the written form of plain text, which nearly all are, is found by its lines. Any
-/// other element "msg" is found by its tags and read as a document. Behind damage, each beginning
+/// other element "msg" is found by its tags and read as a document. After damage, each beginning
 /// of an element "msg" is tried.
 class log_reader_impl_t
 {
@@ -47,7 +47,7 @@ public:
     boost::shared_ptr<message_t> message();
 
 private:
-    /// What a step has found.
+    /// The outcome of a step.
     enum class step_t
     {
         again, ///< nothing to return
@@ -55,7 +55,7 @@ private:
         done   ///< a result
     };
 
-    /// The state of the search for a message behind damage.
+    /// The state of the search for a message after damage.
     enum class search_t
     {
         none,
@@ -71,9 +71,11 @@ private:
     step_t read_text(std::string_view token, bool is_complete);
     step_t read_start_tag(scanner_t& scanner);
     step_t read_end_tag(const scanner_t& scanner);
+    step_t read_document_type(std::size_t size);
     step_t read_instruction(const scanner_t& scanner);
     step_t read_message();
     step_t find_beginning();
+    step_t check(const char* before, std::size_t size, const std::string& after);
     step_t pass(std::size_t size);
     step_t accept_after_root(bool is_message);
     step_t refuse(damage_t damage, std::size_t offset);

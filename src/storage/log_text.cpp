@@ -8,7 +8,9 @@ namespace velmoext_1_4_8
 namespace
 {
 
-const std::size_t chunk_bytes = 262144;
+// Most logs are short, and long ones are read faster in long chunks.
+const std::size_t min_chunk_bytes = 8192;
+const std::size_t max_chunk_bytes = 262144;
 
 } // namespace
 
@@ -27,7 +29,8 @@ bool log_text_t::read_more()
     m_end -= m_begin;
     m_begin = 0;
     const std::size_t unread = m_end;
-    const std::size_t needed = unread + std::max(chunk_bytes, unread);
+    const std::size_t chunk = std::clamp(2 * m_bytes.size(), min_chunk_bytes, max_chunk_bytes);
+    const std::size_t needed = unread + std::max(chunk, unread);
     if (m_bytes.size() < needed)
         m_bytes.resize(needed);
     // A source may have a few bytes at a time.

@@ -1,17 +1,19 @@
 #include <rova/varg_list.h>
 
+#include <utility>
+
 namespace ROVA_2_18
 {
 namespace generic
 {
 
-argument::argument(const std::string& name, const types::variant& value)
-    : m_name(name), m_value(value)
+argument::argument(std::string name, types::variant value)
+    : m_name(std::move(name)), m_value(std::move(value))
 {}
 
-void varg_list::push_back(const argument& added)
+void varg_list::push_back(argument added)
 {
-    m_arguments.push_back(added);
+    m_arguments.push_back(std::move(added));
 }
 
 } // namespace generic

@@ -17,7 +17,7 @@ namespace generic
 class ROVA_API argument
 {
 public:
-    argument(const std::string& name, const types::variant& value);
+    argument(std::string name, types::variant value);
 
     const std::string& name() const { return m_name; }
     const types::variant& value() const { return m_value; }
@@ -35,7 +35,7 @@ class ROVA_API varg_list
 public:
     typedef std::vector<argument>::const_iterator const_iterator;
 
-    void push_back(const argument& added);
+    void push_back(argument added);
 
     bool empty() const { return m_arguments.empty(); }
     std::size_t size() const { return m_arguments.size(); }
