@@ -1,5 +1,6 @@
-# Installs the library, its headers and velmolint. With the bundled host, also installs the host libraries and
-# the files for CMake and pkg-config. cmake/package.cmake packs each component separately.
+# Installs the library, its headers and the programs. With the bundled host, also installs the host
+# libraries and the files for CMake and pkg-config. cmake/package.cmake packs each component
+# separately.
 option(VELMOEXT1_INSTALL "Make install rules" ${top_level})
 if(NOT VELMOEXT1_INSTALL)
   return()
@@ -22,17 +23,26 @@ function(install_library target component development_component)
     NAMELINK_COMPONENT ${development_component})
 endfunction()
 
-if(VELMOEXT1_APPS)
-  install(TARGETS velmolint RUNTIME COMPONENT velmolint)
+function(install_program name)
+  install(TARGETS ${name} RUNTIME COMPONENT ${name})
   if(NOT VELMOEXT1_PACKAGES)
-    install(FILES apps/velmolint/velmolint.1
+    install(FILES apps/${name}/${name}.1
       DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
-      COMPONENT velmolint)
+      COMPONENT ${name})
   endif()
-  install(FILES apps/velmolint/velmolint.bash
+  install(FILES apps/${name}/${name}.bash
     DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
-    RENAME velmolint
-    COMPONENT velmolint)
+    RENAME ${name}
+    COMPONENT ${name})
+endfunction()
+
+if(VELMOEXT1_APPS)
+  install_program(velmolint)
+  install_program(velmolog)
+  # $ORIGIN keeps the installed tree movable.
+  set(library_directory ${CMAKE_INSTALL_FULL_LIBDIR})
+  cmake_path(RELATIVE_PATH library_directory BASE_DIRECTORY ${CMAKE_INSTALL_FULL_BINDIR})
+  set_target_properties(velmolog PROPERTIES INSTALL_RPATH $ORIGIN/${library_directory})
 endif()
 
 install_headers(include/ development)

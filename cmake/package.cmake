@@ -139,16 +139,26 @@ if(VELMOEXT1_APPS)
 of components that use velmoext1: titles and texts that do not exist, patterns
 that are invalid, placeholders and plural forms that are missing. It counts the
 translated texts of each language.")
-  string(APPEND config
-    "library_depends(VELMOLINT [[$<TARGET_FILE:velmolint>]] [[$<TARGET_FILE_DIR:rova>]])\n")
-  set(man_page ${PROJECT_BINARY_DIR}/package/velmolint.1)
-  configure_file(apps/velmolint/velmolint.1 ${man_page} COPYONLY)
-  execute_process(
-    COMMAND gzip --best --no-name --force --keep ${man_page}
-    COMMAND_ERROR_IS_FATAL ANY)
-  install(FILES ${man_page}.gz
-    DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
-    COMPONENT velmolint)
+  package(velmolog velmolog utils
+    SUMMARY "shows, checks, compares and rescues logs of messages"
+    TEXT
+"velmolog reads the logs that applications record with velmoext1. It shows the
+messages as lines, in the user's language, as JSON, or as a page for a browser,
+filters and counts them, follows a log while it is recorded, and compares logs.
+It reports damage, and rescues the messages of a log that is damaged.")
+  foreach(program velmolint velmolog)
+    string(TOUPPER ${program} id)
+    string(APPEND config
+      "library_depends(${id} [[$<TARGET_FILE:${program}>]] [[$<TARGET_FILE_DIR:rova>]])\n")
+    set(man_page ${PROJECT_BINARY_DIR}/package/${program}.1)
+    configure_file(apps/${program}/${program}.1 ${man_page} COPYONLY)
+    execute_process(
+      COMMAND gzip --best --no-name --force --keep ${man_page}
+      COMMAND_ERROR_IS_FATAL ANY)
+    install(FILES ${man_page}.gz
+      DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
+      COMPONENT ${program})
+  endforeach()
 endif()
 
 package(documentation libvelmoext1-doc doc
