@@ -1,0 +1,96 @@
+// The messages of the page, as html_page_t wrote them.
+
+const SEVERITIES = ['none', 'info', 'warning', 'error', 'critical'];
+
+// The numbers of a row: these, then one text for each name of its shape, then a title and a text
+// for each language.
+const SHAPE = 0;
+const LOG = 1;
+const OFFSET = 2; // from that of the previous row
+const LINE = 3; // the same
+const SEVERITY = 4;
+const TYPE = 5;
+const SOURCE = 6;
+const FIRST_TEXT = 7;
+
+const PLAIN = -1; // a text that is composed of the type and the arguments
+
+/** Returns the text as plain_text() of the program writes it. */
+function quoted_if_needed(text) {
+  return /^$|[ \t\r\n"]/.test(text) ? `"${text.replace(/["\\]/g, '\\$&')}"` : text;
+}
+
+class Messages {
+  constructor(data) {
+    this.title = data.title;
+    this.languages = data.languages;
+    this.first_language = data.language;
+    this.strings = data.strings;
+    this.rows = data.rows;
+    this.shapes = data.shapes;
+    this.#count_rows();
+    this.#read_columns();
+  }
+
+  #count_rows() {
+    const texts = 2 * Math.max(1, this.languages.length);
+    this.name_counts = this.shapes.map((shape) => shape.flat().length);
+    const sizes = this.name_counts.map((count) => FIRST_TEXT + count + texts);
+    this.count = 0;
+    for (let at = 0; at < this.rows.length; at += sizes[this.rows[at]]) this.count++;
+    this.starts = new Uint32Array(this.count);
+    for (let i = 0, at = 0; i < this.count; at += sizes[this.rows[at]]) this.starts[i++] = at;
+  }
+
+  #read_columns() {
+    this.severities = new Uint8Array(this.count);
+    this.types = new Uint32Array(this.count);
+    this.sources = new Uint32Array(this.count);
+    this.offsets = new Float64Array(this.count);
+    this.lines = new Float64Array(this.count);
+    let offset = 0;
+    let line = 0;
+    for (let i = 0; i < this.count; i++) {
+      const at = this.starts[i];
+      this.severities[i] = this.rows[at + SEVERITY];
+      this.types[i] = this.rows[at + TYPE];
+      this.sources[i] = this.rows[at + SOURCE];
+      this.offsets[i] = offset += this.rows[at + OFFSET];
+      this.lines[i] = line += this.rows[at + LINE];
+    }
+  }
+
+  type(i) { return this.strings[this.types[i]]; }
+  source(i) { return this.strings[this.sources[i]]; }
+  log(i) { return this.strings[this.rows[this.starts[i] + LOG]]; }
+
+  /** Returns the numbers of the names of arguments, elements and attributes. */
+  shape(i) { return this.shapes[this.rows[this.starts[i]]]; }
+
+  /** Returns the index in the row of the title in a language. The text follows it. */
+  title_at(i, language) {
+    const start = this.starts[i];
+    return start + FIRST_TEXT + this.name_counts[this.rows[start]] + 2 * language;
+  }
+
+  title_text(i, language) { return this.strings[this.rows[this.title_at(i, language)]]; }
+
+  text(i, language) {
+    const number = this.rows[this.title_at(i, language) + 1];
+    return number === PLAIN ? this.plain_text(i) : this.strings[number];
+  }
+
+  plain_text(i) {
+    const parts = [this.type(i) === '' ? 'message' : quoted_if_needed(this.type(i))];
+    for (const [name, value] of this.named_texts(i)[0])
+      parts.push(`${quoted_if_needed(name)}=${quoted_if_needed(value)}`);
+    return parts.join(' ');
+  }
+
+  /** Returns arguments, elements and attributes, each as pairs of a name and a text. */
+  named_texts(i) {
+    let at = this.starts[i] + FIRST_TEXT;
+    return this.shape(i).map((names) =>
+      names.map((name) => [this.strings[name], this.strings[this.rows[at++]]]));
+  }
+}
