@@ -2,6 +2,7 @@
 
 #include "json_text.h"
 #include "page_source.h"
+#include "text_pattern.h"
 
 #include <rova/strings.h>
 
@@ -53,10 +54,11 @@ void html_page_t::add(const entry_t& entry, const std::vector<texts_t>& texts)
     append(message.get_severity());
     append_text(utf16_to_utf8(message.get_type()));
     append_text(utf16_to_utf8(message.get_source()));
-    for (const named_texts_t* named : {&content.args, &content.elements, &content.attributes})
-        for (const auto& [name, text] : *named)
-            append_text(utf16_to_utf8(text));
-    append_texts(message, texts);
+    const std::vector<std::string> arguments = append_content(content);
+    for (const texts_t& in_language : texts) {
+        append_text(text_pattern(in_language.title, arguments));
+        append_text(text_pattern(in_language.text, arguments));
+    }
     m_stream << m_row;
 }
 
@@ -94,17 +96,19 @@ void html_page_t::append_position(const entry_t& entry)
     m_previous = entry.begin;
 }
 
-/// Appends -1 instead of a text that the page can compose of the type and the arguments.
-void html_page_t::append_texts(const message_t& message, const std::vector<texts_t>& texts)
+/// Appends all named texts. Returns those of the arguments.
+std::vector<std::string>
+html_page_t::append_content(const message_t::message_content_t& content)
 {
-    const std::string plain = plain_text(message);
-    for (const texts_t& in_language : texts) {
-        append_text(in_language.title);
-        if (in_language.text == plain)
-            append(-1);
-        else
-            append_text(in_language.text);
-    }
+    std::vector<std::string> arguments;
+    for (const auto& [name, text] : content.args)
+        arguments.push_back(utf16_to_utf8(text));
+    for (const std::string& text : arguments)
+        append_text(text);
+    for (const named_texts_t* named : {&content.elements, &content.attributes})
+        for (const auto& [name, text] : *named)
+            append_text(utf16_to_utf8(text));
+    return arguments;
 }
 
 void html_page_t::write_shapes()

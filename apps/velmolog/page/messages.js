@@ -13,12 +13,9 @@ const TYPE = 5;
 const SOURCE = 6;
 const FIRST_TEXT = 7;
 
-const PLAIN = -1; // a text that is composed of the type and the arguments
-
-/** Returns the text as plain_text() of the program writes it. */
-function quoted_if_needed(text) {
-  return /^$|[ \t\r\n"]/.test(text) ? `"${text.replace(/["\\]/g, '\\$&')}"` : text;
-}
+// In a title or a text, U+0001 and a letter are an argument: the first one is "a".
+const MARK = '\u0001';
+const MARKS = /\u0001(.)/g;
 
 class Messages {
   constructor(data) {
@@ -73,18 +70,15 @@ class Messages {
     return start + FIRST_TEXT + this.name_counts[this.rows[start]] + 2 * language;
   }
 
-  title_text(i, language) { return this.strings[this.rows[this.title_at(i, language)]]; }
+  title_text(i, language) { return this.#filled(i, this.title_at(i, language)); }
+  text(i, language) { return this.#filled(i, this.title_at(i, language) + 1); }
 
-  text(i, language) {
-    const number = this.rows[this.title_at(i, language) + 1];
-    return number === PLAIN ? this.plain_text(i) : this.strings[number];
-  }
-
-  plain_text(i) {
-    const parts = [this.type(i) === '' ? 'message' : quoted_if_needed(this.type(i))];
-    for (const [name, value] of this.named_texts(i)[0])
-      parts.push(`${quoted_if_needed(name)}=${quoted_if_needed(value)}`);
-    return parts.join(' ');
+  #filled(i, at) {
+    const pattern = this.strings[this.rows[at]];
+    if (!pattern.includes(MARK)) return pattern;
+    const first = this.starts[i] + FIRST_TEXT;
+    return pattern.replace(MARKS, (mark, letter) => letter === '~'
+      ? MARK : this.strings[this.rows[first + letter.charCodeAt(0) - 'a'.charCodeAt(0)]]);
   }
 
   /** Returns arguments, elements and attributes, each as pairs of a name and a text. */

@@ -4,6 +4,9 @@
 #include "texts.h"
 
 #include <velmoext1/message.h>
+#include <velmoext1/readable_text.h>
+
+#include <rova/strings.h>
 
 #include <boost/make_shared.hpp>
 
@@ -104,6 +107,7 @@ void add_hostile(generator_t& generator)
         std::wstring(L"zero\0end", 8),
         L"high \xD83D low \xDE00 pair \xD83D\xDE00",
         L"line one\nline two\r\n\u2028three\x1B[31m\x7F\u0085",
+        L"\x1\x61 \x1~ \x1",
         L"javascript:document.title='run'",
         L"__proto__",
         L"{{constructor}} ${alert(1)} %s @DATA@ @SCRIPT@",
@@ -123,7 +127,8 @@ public:
 
     texts_t present(const entry_t& entry) const
     {
-        const std::string plain = plain_text(*entry.message);
+        const std::string plain =
+            ROVA_2_18::strings::utf16_to_utf8(velmoext_1_4_8::plain_text(*entry.message));
         const bool is_large = entry.message->get_type() == L"file_large";
         if (m_language == "de")
             return {is_large ? "Größe" : "", "Übersetzt: " + plain};
