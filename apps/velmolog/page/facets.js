@@ -1,4 +1,4 @@
-// The bar charts of counts by severity, source and type. A click on a bar filters by it.
+// The bar charts of counts by severity, source, type and log. A click on a bar filters by it.
 
 const TOP_BARS = 8;
 const MORE_BARS = 50;
@@ -99,21 +99,20 @@ function bar_of(count, longest) {
  * match the search and the other filters, so that its bars show the effect of the next click.
  */
 function filter_messages(matches, view, facets) {
-  const { severity, source, type } = facets;
-  const [of_severity, of_source, of_type] = FACETS.map((name) =>
-    facets[name].accepted(view[name]));
-  for (const name of FACETS) facets[name].counts.fill(0);
+  const all = FACETS.map((name) => facets[name]);
+  const accepted = FACETS.map((name) => facets[name].accepted(view[name]));
+  for (const { counts } of all) counts.fill(0);
   const visible = new Uint32Array(matches.length);
   let count = 0;
   for (let i = 0; i < matches.length; i++) {
     if (!matches[i]) continue;
-    const has_severity = of_severity[severity.values[i]];
-    const has_source = of_source[source.values[i]];
-    const has_type = of_type[type.values[i]];
-    if (has_source && has_type) severity.counts[severity.values[i]]++;
-    if (has_severity && has_type) source.counts[source.values[i]]++;
-    if (has_severity && has_source) type.counts[type.values[i]]++;
-    if (has_severity && has_source && has_type) visible[count++] = i;
+    const refused = all.filter(({ values }, index) => !accepted[index][values[i]]);
+    if (refused.length === 0) {
+      visible[count++] = i;
+      for (const { counts, values } of all) counts[values[i]]++;
+    } else if (refused.length === 1) {
+      refused[0].counts[refused[0].values[i]]++;
+    }
   }
   return visible.subarray(0, count);
 }

@@ -43,6 +43,7 @@ class Messages {
     this.severities = new Uint8Array(this.count);
     this.types = new Uint32Array(this.count);
     this.sources = new Uint32Array(this.count);
+    this.logs = new Uint32Array(this.count);
     this.offsets = new Float64Array(this.count);
     this.lines = new Float64Array(this.count);
     let offset = 0;
@@ -52,6 +53,7 @@ class Messages {
       this.severities[i] = this.rows[at + SEVERITY];
       this.types[i] = this.rows[at + TYPE];
       this.sources[i] = this.rows[at + SOURCE];
+      this.logs[i] = this.rows[at + LOG];
       this.offsets[i] = offset += this.rows[at + OFFSET];
       this.lines[i] = line += this.rows[at + LINE];
     }
@@ -59,7 +61,7 @@ class Messages {
 
   type(i) { return this.strings[this.types[i]]; }
   source(i) { return this.strings[this.sources[i]]; }
-  log(i) { return this.strings[this.rows[this.starts[i] + LOG]]; }
+  log(i) { return this.strings[this.logs[i]]; }
 
   /** Returns the numbers of the names of arguments, elements and attributes. */
   shape(i) { return this.shapes[this.rows[this.starts[i]]]; }

@@ -44,15 +44,17 @@ class Page {
   }
 
   #create_facets() {
-    const { severities, sources, types, strings } = this.messages;
+    const { severities, sources, types, logs, strings } = this.messages;
     const facet = (name, title, values, name_of, is_ranked) =>
       new Facet(document.getElementById(name), {
         title, values, name_of, is_ranked, on_toggle: (value) => this.#toggle(name, value),
       });
+    const string = (number) => strings[number];
     return {
       severity: facet('severity', 'Severity', severities, (number) => SEVERITIES[number], false),
-      source: facet('source', 'Source', sources, (number) => strings[number], true),
-      type: facet('type', 'Type', types, (number) => strings[number], true),
+      source: facet('source', 'Source', sources, string, true),
+      type: facet('type', 'Type', types, string, true),
+      log: facet('log', 'Log', logs, string, true),
     };
   }
 
@@ -63,6 +65,7 @@ class Page {
     document.getElementById('language-label').hidden = languages.length < 2;
     document.getElementById('language').append(...languages.map((locale, index) =>
       create('option', { value: index }, language_name(locale))));
+    document.getElementById('log').hidden = this.facets.log.numbers.length < 2;
     // On a small screen, the messages come first.
     if (matchMedia('(max-width: 60rem)').matches) document.getElementById('facets').open = false;
   }
@@ -118,8 +121,8 @@ class Page {
   }
 
   #clear() {
-    const { query, severity, source, type } = empty_view();
-    this.#change({ query, severity, source, type });
+    const { query, severity, source, type, log } = empty_view();
+    this.#change({ query, severity, source, type, log });
   }
 
   #open(message) {

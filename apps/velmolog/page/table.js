@@ -28,7 +28,7 @@ class Table {
     this.#element.addEventListener('scroll', () => this.#render_soon());
     this.#element.addEventListener('keydown', (event) => this.#on_key(event));
     this.#rows.addEventListener('click', (event) => this.#on_click(event));
-    new ResizeObserver(() => this.#resize()).observe(this.#element);
+    new ResizeObserver(() => this.#keep_in_sight()).observe(this.#element);
   }
 
   /** Shows these messages. Keeps the active one in sight if it is among them. */
@@ -64,6 +64,13 @@ class Table {
   get #scale() {
     const hidden = Math.min(this.#height, MAX_HEIGHT) - this.#viewport;
     return hidden > 0 ? (this.#height - this.#viewport) / hidden : 1;
+  }
+
+  /** Keeps the active row in sight, unless the user has moved away from it. */
+  #keep_in_sight() {
+    const was_in_sight = this.#shown.has(this.#active);
+    this.#resize();
+    if (was_in_sight) this.#scroll_to(this.#active);
   }
 
   #resize() {

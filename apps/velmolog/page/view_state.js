@@ -1,11 +1,11 @@
 // The view: search, filters, language, theme and the open message. The address has all of it.
 
-const FACETS = ['severity', 'source', 'type'];
+const FACETS = ['severity', 'source', 'type', 'log'];
 
 /** Returns the view with nothing selected. */
 function empty_view() {
   return {
-    query: '', severity: new Set(), source: new Set(), type: new Set(),
+    query: '', severity: new Set(), source: new Set(), type: new Set(), log: new Set(),
     language: null, theme: '', message: null,
   };
 }

@@ -144,6 +144,16 @@ class Filters(PageTest):
         self.open("sample", "#source=")
         self.assertEqual(self.count(), "74 of 1,000 messages")
 
+    def test_several_logs_are_a_chart(self):
+        self.open("sample")
+        self.assertEqual(self.bars("log"), {
+            "/var/log/nightly/audit.xml": "500", "/var/log/nightly/second.xml": "500"})
+        self.click_bar("log", "/var/log/nightly/second.xml")
+        self.assertEqual(self.count(), "500 of 1,000 messages")
+        self.assertEqual(self.cells("line")[0], "4")
+        self.open("hostile")
+        self.assertFalse(self.browser.find("#log").is_displayed())
+
     def test_a_clicked_bar_keeps_the_focus(self):
         self.open("sample")
         self.click_bar("source", "disk")
@@ -297,7 +307,7 @@ class Keyboard(PageTest):
                 return document.activeElement.id || document.activeElement.closest('[id]').id;"""))
             if seen.count("search") == 2 or seen[-1] == "body":
                 break
-        for name in ["search", "language", "theme", "severity", "source", "type", "clear", "table",
+        for name in ["search", "language", "theme", "severity", "source", "type", "log", "clear", "table",
                      "details"]:
             self.assertIn(name, seen)
 
