@@ -29,9 +29,10 @@ std::string numbers_of_names(const named_texts_t& texts, string_table_t& strings
 
 std::string shape_of(const message_t::message_content_t& content, string_table_t& strings)
 {
-    return "[" + numbers_of_names(content.args, strings) + "," +
-           numbers_of_names(content.elements, strings) + "," +
-           numbers_of_names(content.attributes, strings) + "]";
+    std::string json;
+    for (const named_texts_t* named : {&content.args, &content.elements, &content.attributes})
+        json.append(json.empty() ? "[" : ",").append(numbers_of_names(*named, strings));
+    return json + "]";
 }
 
 } // namespace
@@ -97,8 +98,7 @@ void html_page_t::append_position(const entry_t& entry)
 }
 
 /// Appends all named texts. Returns those of the arguments.
-std::vector<std::string>
-html_page_t::append_content(const message_t::message_content_t& content)
+std::vector<std::string> html_page_t::append_content(const message_t::message_content_t& content)
 {
     std::vector<std::string> arguments;
     for (const auto& [name, text] : content.args)

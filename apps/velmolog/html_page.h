@@ -38,8 +38,8 @@ private:
     void append(std::int64_t number);
     void append_text(const std::string& text);
     void append_position(const entry_t& entry);
-    std::vector<std::string> append_content(
-        const velmoext_1_4_8::message_t::message_content_t& content);
+    std::vector<std::string>
+    append_content(const velmoext_1_4_8::message_t::message_content_t& content);
     void write_shapes();
     void write_strings();
 

@@ -15,8 +15,7 @@ constexpr std::size_t max_collected = 10000;
 html_report_t::html_report_t(html_page_t& page, const std::vector<std::string>& languages,
                              const select_language_t& select_language, const present_t& present)
     : m_page(page), m_languages(languages), m_select_language(select_language), m_present(present)
-{
-}
+{}
 
 void html_report_t::add(const entry_t& entry)
 {

@@ -13,9 +13,11 @@ const TYPE = 5;
 const SOURCE = 6;
 const FIRST_TEXT = 7;
 
-// In a title or a text, U+0001 and a letter are an argument: the first one is "a".
+// In a title or a text, U+0001 and another control character are an argument, or U+0001 itself.
 const MARK = '\u0001';
-const MARKS = /\u0001(.)/g;
+const MARKS = /\u0001([\u0010-\u0018])/g;
+const FIRST_ARGUMENT = 0x10;
+const MARK_ITSELF = '\u0018';
 
 class Messages {
   constructor(data) {
@@ -79,8 +81,8 @@ class Messages {
     const pattern = this.strings[this.rows[at]];
     if (!pattern.includes(MARK)) return pattern;
     const first = this.starts[i] + FIRST_TEXT;
-    return pattern.replace(MARKS, (mark, letter) => letter === '~'
-      ? MARK : this.strings[this.rows[first + letter.charCodeAt(0) - 'a'.charCodeAt(0)]]);
+    return pattern.replace(MARKS, (mark, which) => (which === MARK_ITSELF
+      ? MARK : this.strings[this.rows[first + which.charCodeAt(0) - FIRST_ARGUMENT]]));
   }
 
   /** Returns arguments, elements and attributes, each as pairs of a name and a text. */

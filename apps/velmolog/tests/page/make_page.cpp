@@ -74,11 +74,9 @@ void add_message(generator_t& generator, std::size_t i)
                        {{L"timestamp", time}},
                        1});
     else if (i % 7 == 2)
-        generator.add(message_t::warning, L"audit", L"file_large",
-                      {{{L"path", path}, {L"size", number(i * 4096)}},
-                       {},
-                       {{L"timestamp", time}},
-                       1});
+        generator.add(
+            message_t::warning, L"audit", L"file_large",
+            {{{L"path", path}, {L"size", number(i * 4096)}}, {}, {{L"timestamp", time}}, 1});
     else if (i % 11 == 1)
         generator.add(message_t::none, L"", L"trace" + number(i % 40), {});
     else
@@ -107,7 +105,7 @@ void add_hostile(generator_t& generator)
         std::wstring(L"zero\0end", 8),
         L"high \xD83D low \xDE00 pair \xD83D\xDE00",
         L"line one\nline two\r\n\u2028three\x1B[31m\x7F\u0085",
-        L"\x1\x61 \x1~ \x1",
+        L"\x1\x10 \x1~ \x1\x18\x1",
         L"javascript:document.title='run'",
         L"__proto__",
         L"{{constructor}} ${alert(1)} %s @DATA@ @SCRIPT@",
@@ -130,6 +128,8 @@ public:
         const std::string plain =
             ROVA_2_18::strings::utf16_to_utf8(velmoext_1_4_8::plain_text(*entry.message));
         const bool is_large = entry.message->get_type() == L"file_large";
+        if (entry.message->get_type() == L"disk_full")
+            return {"", m_language.empty() ? plain : "No space left."};
         if (m_language == "de")
             return {is_large ? "Größe" : "", "Übersetzt: " + plain};
         if (m_language == "ar")

@@ -103,7 +103,9 @@ class Filters(PageTest):
     def test_a_search_finds_text_type_and_arguments_in_any_case(self):
         self.open("sample")
         for words, found in [("TOO LARGE", "135"), ("Connection_Lost", "44"), ("mirror3", "4"),
-                             ("/31676/", "1"), ("SIZE", "135"), ("no such word", "0")]:
+                             ("/31676/", "1"), ("SIZE", "135"),
+                             ("DISK_full", "11"), ("/39595/", "1"), ("Path", "882"),
+                             ("no such word", "0")]:
             search = self.browser.find("#search")
             search.clear()
             search.send_keys(words)
@@ -180,7 +182,7 @@ class Views(PageTest):
         self.assertEqual(self.hash(), "#lang=de")
         self.assertEqual(self.browser.run("return document.querySelector('#rows .text').lang"), "de")
         self.browser.find("#search").send_keys("übersetzt")
-        self.assertEqual(self.count(), "1,000 messages")
+        self.assertEqual(self.count(), "989 of 1,000 messages")
         self.select("language", "1")
         self.assertEqual(self.count(), "0 of 1,000 messages")
 
@@ -323,7 +325,7 @@ class Safety(PageTest):
                      "&lt;b&gt; &amp; \\u003c \\\" \\", "abcU+202Etxt.exeU+202C U+2066U+2069U+200BU+FEFF",
                      "zeroU+0000end", "high \uFFFD low \uFFFD pair \U0001F600",
                      "line oneU+000Aline twoU+000DU+000AU+2028threeU+001B[31mU+007FU+0085",
-                     "U+0001a U+0001~ U+0001", "__proto__", "{{constructor}} ${alert(1)} %s @DATA@ @SCRIPT@"]:
+                     "U+0001U+0010 U+0001~ U+0001U+0018U+0001", "__proto__", "{{constructor}} ${alert(1)} %s @DATA@ @SCRIPT@"]:
             self.assertIn(text, rows)
         for message in range(1, 15):
             self.browser.run("location.hash = `#message=${arguments[0]}`", message)
@@ -359,6 +361,14 @@ class Safety(PageTest):
             self.browser.driver.get(self.page(kind))
             self.browser.find("#row-1").click()
             self.assertEqual(self.browser.requests(), [self.page(kind)])
+
+    def test_the_policy_allows_one_script_and_one_style(self):
+        self.open("sample")
+        digest = "'sha256-[A-Za-z0-9+/]{43}='"
+        self.assertRegex(
+            self.browser.find("meta[http-equiv]").get_attribute("content"),
+            f"^default-src 'none'; script-src {digest}; style-src {digest}; base-uri 'none'; "
+            "form-action 'none'$")
 
     def test_the_policy_refuses_requests_scripts_and_styles(self):
         self.open("sample")
