@@ -1,7 +1,8 @@
 # Writes the source of the page to OUTPUT, as C++: cmake -D OUTPUT=FILE -P embed.cmake
 # The policy of the page allows exactly this style and this script, by their hashes.
 
-# In the order of the script.
+# In this order. The layout changes rules before it.
+set(styles base facets table details layout)
 set(scripts shown_text messages search view_state facets table details page)
 
 # Sets `result` to the SHA-256 of the text, in Base64 as a policy has it.
@@ -34,13 +35,16 @@ endfunction()
 
 set(here ${CMAKE_CURRENT_LIST_DIR})
 file(READ ${here}/page.html page)
-file(READ ${here}/page.css style)
+set(style "\n")
+foreach(name IN LISTS styles)
+  file(READ ${here}/${name}.css text)
+  string(APPEND style "${text}\n")
+endforeach()
 set(script "\n")
 foreach(name IN LISTS scripts)
   file(READ ${here}/${name}.js text)
   string(APPEND script "${text}\n")
 endforeach()
-set(style "\n${style}")
 
 base64_sha256(style_hash "${style}")
 base64_sha256(script_hash "${script}")

@@ -66,8 +66,6 @@ class Page {
     document.getElementById('language').append(...languages.map((locale, index) =>
       create('option', { value: index }, language_name(locale))));
     document.getElementById('log').hidden = this.facets.log.numbers.length < 2;
-    // On a small screen, the messages come first.
-    if (matchMedia('(max-width: 60rem)').matches) document.getElementById('facets').open = false;
   }
 
   #listen() {
@@ -84,8 +82,13 @@ class Page {
     });
     document.addEventListener('keydown', (event) => this.#on_key(event));
     addEventListener('popstate', () => this.#read_address());
-    addEventListener('beforeprint', () => this.table.render_first(PRINTED_ROWS));
-    addEventListener('afterprint', () => this.table.refresh());
+    addEventListener('beforeprint', () => this.#print());
+    addEventListener('afterprint', () => this.#show());
+    // In a narrow window, the messages come first. In a wide one, nothing opens the charts.
+    const narrow = matchMedia('(max-width: 60rem)');
+    const fold = () => { document.getElementById('facets').open = !narrow.matches; };
+    narrow.addEventListener('change', fold);
+    fold();
   }
 
   #on_key(event) {
@@ -145,6 +148,12 @@ class Page {
     this.#show_count(visible.length);
     this.details.show(view.message, view.language);
     this.table.show(visible, active_message);
+  }
+
+  #print() {
+    this.table.render_first(PRINTED_ROWS);
+    if (this.table.count > PRINTED_ROWS)
+      document.getElementById('count').append(`. The first ${formatted.format(PRINTED_ROWS)}:`);
   }
 
   #show_controls() {

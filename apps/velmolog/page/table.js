@@ -47,9 +47,11 @@ class Table {
 
   focus() { this.#element.focus(); }
 
+  get count() { return this.#messages.length; }
+
   /** Shows that many rows at once, for a printer. */
   render_first(count) {
-    this.#render(0, Math.min(count, this.#messages.length), 0);
+    this.#render(0, Math.min(count, this.count), 0);
   }
 
   refresh() {
