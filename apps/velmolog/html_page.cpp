@@ -1,6 +1,6 @@
 #include "html_page.h"
 
-#include "json_text.h"
+#include "html_json.h"
 #include "page_source.h"
 #include "text_pattern.h"
 

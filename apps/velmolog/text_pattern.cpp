@@ -29,7 +29,7 @@ std::string replace_all(const std::string& text, const std::string& old_text,
         result.append(text, begin, end - begin).append(new_text);
         begin = end + old_text.size();
     }
-    return result.append(text, begin, std::string::npos);
+    return result + text.substr(begin);
 }
 
 /// Returns whether the byte can be in a mark.

@@ -21,23 +21,23 @@ using ROVA_2_18::strings::utf16_to_utf8;
 using ROVA_2_18::strings::utf8_to_utf16;
 using namespace velmoext_1_4_8;
 
-class html_report_test : public testing::Test
+namespace
 {
-protected:
-    html_report_test()
+
+/// Creates pages with the texts of catalogs in three languages.
+class reporter_t
+{
+public:
+    reporter_t()
     {
         m_catalogs.make("en", "disk", po_of({{"full", "{path} is full"}}));
         m_catalogs.make("de", "disk", po_of({{"full", "{path} voll"}}));
         m_catalogs.make("sr@latin", "disk", po_of({{"full", "{path} je pun"}}));
     }
 
+    const catalogs_t& catalogs() const { return m_catalogs; }
     std::string directory() const { return utf16_to_utf8(m_catalogs.directory()); }
-
-    texts_t present(const entry_t& entry) const
-    {
-        extended_message_t extended(m_ex, entry.message);
-        return {"", utf16_to_utf8(extended.get_text())};
-    }
+    int selected() const { return m_selected; }
 
     std::string page_of(const std::vector<std::string>& languages, int count)
     {
@@ -45,15 +45,22 @@ protected:
         html_page_t page(stream, languages, "a.xml");
         html_report_t report(
             page, languages,
-            [&](const std::string& language) {
+            [this](const std::string& language) {
                 m_catalogs.bind(utf8_to_utf16(language));
                 ++m_selected;
             },
-            [&](const entry_t& entry) { return present(entry); });
+            [this](const entry_t& entry) { return present(entry); });
         for (int i = 0; i < count; ++i)
             report.add(make_entry(i));
         report.finish();
         return stream.str();
+    }
+
+private:
+    texts_t present(const entry_t& entry) const
+    {
+        extended_message_t extended(m_ex, entry.message);
+        return {"", utf16_to_utf8(extended.get_text())};
     }
 
     static entry_t make_entry(int i)
@@ -70,12 +77,14 @@ protected:
     int m_selected = 0;
 };
 
-TEST_F(html_report_test, each_message_has_its_text_in_every_language)
+} // namespace
+
+TEST(html_report_test, each_message_has_its_text_in_every_language)
 {
-    const int count = 10001;
-    const auto data = data_of(page_of({"de", "en", "sr@latin"}, count));
+    reporter_t reporter;
+    const auto data = data_of(reporter.page_of({"de", "en", "sr@latin"}, 10001));
     const std::size_t row = 7 + 2 + 6;
-    ASSERT_EQ(count * row, data["rows"].size());
+    ASSERT_EQ(10001 * row, data["rows"].size());
     for (const std::size_t i : {0, 1, 9999, 10000}) {
         EXPECT_EQ("/m/" + std::to_string(i), text_at(data, i * row + 7));
         const std::string mark = "\x1\x10";
@@ -83,32 +92,35 @@ TEST_F(html_report_test, each_message_has_its_text_in_every_language)
         EXPECT_EQ(mark + " is full", text_at(data, i * row + 12));
         EXPECT_EQ(mark + " je pun", text_at(data, i * row + 14));
     }
-    EXPECT_EQ(6, m_selected);
+    EXPECT_EQ(6, reporter.selected());
 }
 
-TEST_F(html_report_test, without_languages_none_is_selected)
+TEST(html_report_test, without_languages_none_is_selected)
 {
-    m_catalogs.bind(L"en");
-    const auto data = data_of(page_of({}, 2));
-    EXPECT_EQ(0, m_selected);
+    reporter_t reporter;
+    reporter.catalogs().bind(L"en");
+    const auto data = data_of(reporter.page_of({}, 2));
+    EXPECT_EQ(0, reporter.selected());
     EXPECT_EQ("\x1\x10 is full", text_at(data, 10));
 }
 
-TEST_F(html_report_test, folders_with_catalogs_are_languages)
+TEST(html_report_test, folders_with_catalogs_are_languages)
 {
-    std::filesystem::create_directories(directory() + "/fr/LC_MESSAGES");
-    std::filesystem::create_directories(directory() + "/it/LC_MESSAGES/disk.mo");
+    const reporter_t reporter;
+    const std::string directory = reporter.directory();
+    std::filesystem::create_directories(directory + "/fr/LC_MESSAGES");
+    std::filesystem::create_directories(directory + "/it/LC_MESSAGES/disk.mo");
     for (const char* const folder : {"EN", "no such locale", "_", "templates", "de-AT"})
-        m_catalogs.make(folder, "disk", po_of({{"full", "x"}}));
-    EXPECT_EQ(std::vector<std::string>({"de", "en", "sr@latin"}), catalog_languages(directory()));
+        reporter.catalogs().make(folder, "disk", po_of({{"full", "x"}}));
+    EXPECT_EQ(std::vector<std::string>({"de", "en", "sr@latin"}), catalog_languages(directory));
 }
 
-TEST_F(html_report_test, a_missing_directory_has_no_languages)
+TEST(html_report_test, a_missing_directory_has_no_languages)
 {
-    EXPECT_TRUE(catalog_languages(directory() + "/missing").empty());
+    EXPECT_TRUE(catalog_languages("/missing").empty());
 }
 
-TEST_F(html_report_test, a_locale_shows_the_language_that_it_falls_back_to)
+TEST(html_report_test, a_locale_shows_the_language_that_it_falls_back_to)
 {
     const std::vector<std::string> languages = {"de", "en", "en_GB", "sr@latin"};
     EXPECT_EQ(0U, index_of_language(languages, "de_AT.UTF-8"));

@@ -1,4 +1,4 @@
-#include "json_text.h"
+#include "html_json.h"
 
 #include <nlohmann/json.hpp>
 
