@@ -6,6 +6,7 @@ set(headers
   velmoext1/export.h
   velmoext1/extended_message.h
   velmoext1/handlers.h
+  velmoext1/log_reader.h
   velmoext1/message.h
   velmoext1/message_builder.h
   velmoext1/messages_storage.h

@@ -1,7 +1,7 @@
 #include "charset.h"
 
+#include "common/utf8.h"
 #include "output_text.h"
-#include "utf8.h"
 
 #include <unicode/localpointer.h>
 #include <unicode/ucnv.h>
@@ -53,7 +53,7 @@ std::size_t malformed_line(const std::string& bytes)
     std::size_t next = 0;
     while (next != bytes.size()) {
         const std::size_t begin = next;
-        if (next_character(bytes, next) < 0)
+        if (app_common::next_character(bytes, next) < 0)
             return count_lines(bytes, begin);
     }
     return 0;

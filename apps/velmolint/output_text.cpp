@@ -1,8 +1,5 @@
 #include "output_text.h"
 
-#include "utf8.h"
-
-#include <unicode/uchar.h>
 #include <unicode/utf8.h>
 
 #include <cstddef>
@@ -18,29 +15,6 @@ constexpr std::size_t max_listed = 10;
 
 const char white_space[] = " \t\r\n\f\v";
 
-std::string hexadecimal(std::uint32_t value, std::size_t digits)
-{
-    std::string result;
-    for (; digits != 0; --digits)
-        result += "0123456789ABCDEF"[value >> 4U * (digits - 1) & 0xFU];
-    return result;
-}
-
-/// Returns whether the character has an effect instead of a shape: controls, marks of direction,
-/// separators of lines, characters that Unicode does not define.
-bool is_invisible(UChar32 character)
-{
-    return (U_GET_GC_MASK(character) & (U_GC_C_MASK | U_GC_ZL_MASK | U_GC_ZP_MASK)) != 0;
-}
-
-std::string escaped(UChar32 character)
-{
-    const auto value = static_cast<std::uint32_t>(character);
-    if (value < 0x80)
-        return "\\x" + hexadecimal(value, 2);
-    return value > 0xFFFF ? "\\U" + hexadecimal(value, 8) : "\\u" + hexadecimal(value, 4);
-}
-
 /// Returns the largest size up to `most` that splits no character.
 std::size_t whole_characters(const std::string& text, std::size_t most)
 {
@@ -50,25 +24,6 @@ std::size_t whole_characters(const std::string& text, std::size_t most)
 }
 
 } // namespace
-
-std::string escape_controls(const std::string& text)
-{
-    std::string result;
-    std::size_t next = 0;
-    while (next != text.size()) {
-        const std::size_t begin = next;
-        const UChar32 character = next_character(text, next);
-        if (character < 0) {
-            for (std::size_t i = begin; i != next; ++i)
-                result += "\\x" + hexadecimal(static_cast<std::uint8_t>(text[i]), 2);
-        } else if (is_invisible(character)) {
-            result += escaped(character);
-        } else {
-            result.append(text, begin, next - begin);
-        }
-    }
-    return result;
-}
 
 std::string shortened(const std::string& text)
 {

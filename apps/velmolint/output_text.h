@@ -1,14 +1,14 @@
 #pragma once
 
+#include "common/escape_controls.h"
+
 #include <set>
 #include <string>
 
 namespace velmolint
 {
 
-/// Returns the text without characters that a terminal would execute or hide: control characters
-/// and invisible marks as `\xHH` or `\uHHHH`, and each byte that is not UTF-8 as `\xHH`.
-std::string escape_controls(const std::string& text);
+using app_common::escape_controls;
 
 /// Returns the text, or the beginning of a long text with "..." after it.
 std::string shortened(const std::string& text);

@@ -10,7 +10,7 @@
 namespace velmolog
 {
 
-/// A message of a log, and its position in it.
+/// A message of a log.
 struct entry_t
 {
     std::string log; ///< as named on the command line

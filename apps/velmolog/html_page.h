@@ -2,7 +2,7 @@
 
 #include "entry.h"
 #include "string_table.h"
-#include "texts.h"
+#include "presenter.h"
 
 #include <cstddef>
 #include <cstdint>

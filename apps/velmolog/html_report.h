@@ -2,7 +2,7 @@
 
 #include "entry.h"
 #include "html_page.h"
-#include "texts.h"
+#include "presenter.h"
 
 #include <functional>
 #include <string>

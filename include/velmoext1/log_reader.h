@@ -26,7 +26,7 @@ class log_reader_impl_t;
 /// in one pass, continues after damage and never changes the log.
 ///
 /// Needs memory for the largest message, a few times. A log in another encoding than UTF-8 is in
-/// memory as a whole.
+/// memory as a whole, and ends before the first byte that its encoding does not have.
 ///
 /// Thread safety: not synchronized. Logs can be read while they are recorded.
 class VELMOEXT1_API log_reader_t
@@ -51,8 +51,8 @@ public:
         unfinished, ///< There is no more text now, and the root has not ended. If the recorder was
                     ///< killed, this is the last result.
         end,        ///< The root has ended, and there is no more text now.
-        unreadable  ///< The path is not a regular file that can be read, or no converter knows the
-                    ///< log's encoding. All further results are the same.
+        unreadable  ///< The path is not a regular file that can be read. All further results are
+                    ///< the same.
     };
 
     /// The kind of damage.
@@ -63,6 +63,7 @@ public:
         end_tag,   ///< an end tag of another element than the last one that began
         character, ///< a character that XML does not have, or malformed UTF-8
         reference, ///< an ampersand without a reference, or an unknown entity
+        encoding,  ///< no converter knows the log's encoding; it is read as if it was UTF-8
         limit      ///< an element of a foreign log that exceeds a limit of docs/limits.md
     };
 

@@ -12,6 +12,7 @@
 #include <velmoext1/config_reader.h>
 #include <velmoext1/extended_message.h>
 #include <velmoext1/handlers.h>
+#include <velmoext1/log_reader.h>
 #include <velmoext1/message.h>
 #include <velmoext1/message_builder.h>
 #include <velmoext1/messages_storage.h>

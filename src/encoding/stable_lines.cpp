@@ -29,8 +29,12 @@ public:
 
     std::string_view rest() const { return m_rest; }
 
+    // Of the last message; the size is not set.
+    const message_lines_t& lines() const { return m_lines; }
+
     bool skip_message()
     {
+        m_lines = message_lines_t();
         return skip(" <", names::msg) && skip_attributes() && skip(">\n") && skip_args() &&
                skip_elements() && skip_type() && skip_severity() && skip(" </", names::msg, ">\n");
     }
@@ -46,8 +50,10 @@ private:
             return is_there;
         };
         const bool is_found = (skip_one(expected) && ...);
-        if (is_found)
+        if (is_found) {
             m_rest = rest;
+            m_lines.count += rest.data()[-1] == '\n' ? 1 : 0;
+        }
         return is_found;
     }
 
@@ -77,16 +83,19 @@ private:
         return before < name && is_ascii_name(name) && name.find(':') == std::string_view::npos;
     }
 
-    // To a "source", a reader adds a "tool".
+    // To a "source", a reader adds a "tool". An "xmlns" is not read as an attribute from a
+    // document.
     bool skip_attributes()
     {
         std::string_view name;
         while (skip(" ")) {
-            if (!take_next_name(name) || name == "source" || !skip("=\""))
+            if (!take_next_name(name) || name == "source" || name == "xmlns" || !skip("=\""))
                 return false;
-            take_plain_text();
+            const std::string_view value = take_plain_text();
             if (!skip("\""))
                 return false;
+            if (name == "tool")
+                m_lines.tool = value;
         }
         return true;
     }
@@ -117,7 +126,10 @@ private:
 
     bool skip_type()
     {
-        return skip("  <", names::type, ">") && skip_text() && skip("</", names::type, ">\n");
+        if (!skip("  <", names::type, ">"))
+            return false;
+        m_lines.type = take_plain_text();
+        return !m_lines.type.empty() && skip("</", names::type, ">\n");
     }
 
     bool skip_severity()
@@ -125,11 +137,13 @@ private:
         if (!skip("  <", names::severity, ">"))
             return true;
         const std::string_view text = take_plain_text();
-        return text == severity_text(parse_severity(text)) && !text.empty() &&
+        m_lines.severity = parse_severity(text);
+        return text == severity_text(m_lines.severity) && !text.empty() &&
                skip("</", names::severity, ">\n");
     }
 
     std::string_view m_rest;
+    message_lines_t m_lines;
 };
 
 } // namespace
@@ -141,6 +155,16 @@ std::size_t measure_stable_lines(std::string_view text)
     while (scanner.skip_message())
         rest = scanner.rest();
     return text.size() - rest.size();
+}
+
+message_lines_t find_stable_message(std::string_view text)
+{
+    line_scanner_t scanner(text);
+    if (!scanner.skip_message())
+        return message_lines_t();
+    message_lines_t lines = scanner.lines();
+    lines.size = text.size() - scanner.rest().size();
+    return lines;
 }
 
 } // namespace velmoext_1_4_8

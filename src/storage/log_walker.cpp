@@ -47,16 +47,6 @@ std::string make_document(std::string_view start, std::string_view elements)
     return document.append(elements).append("</log>").append(read_ahead, '\n');
 }
 
-bool is_utf8(const std::string& encoding)
-{
-    static const std::string_view name = "UTF-8";
-    return encoding.empty() || std::equal(encoding.begin(), encoding.end(), name.begin(),
-                                          name.end(), [](char character, char upper) {
-                                              return (character & ~0x20) == upper ||
-                                                     character == upper;
-                                          });
-}
-
 std::size_t size_of(const scanner_t& scanner, std::string_view text)
 {
     return static_cast<std::size_t>(scanner.position() - text.data());

@@ -61,6 +61,16 @@ std::string declared_encoding(std::string_view document)
     return std::string();
 }
 
+bool is_utf8(std::string_view encoding)
+{
+    static constexpr std::string_view name = "UTF-8";
+    return encoding.empty() || std::equal(encoding.begin(), encoding.end(), name.begin(),
+                                          name.end(), [](char character, char upper) {
+                                              return (character & ~0x20) == upper ||
+                                                     character == upper;
+                                          });
+}
+
 std::optional<std::size_t> convert_to_utf8(std::string_view document, const std::string& encoding,
                                            std::string& utf8, std::size_t sufficient_size)
 {

@@ -12,6 +12,9 @@ namespace velmoext_1_4_8
 /// none that XML allows.
 std::string declared_encoding(std::string_view document);
 
+/// Returns whether an encoding from a declaration is UTF-8, which an empty one means too.
+bool is_utf8(std::string_view encoding);
+
 /// Converts a document to UTF-8 with libxml2's converters, up to the first byte that the encoding
 /// does not have, or a little further than until `utf8` has `sufficient_size` bytes. Returns how
 /// many bytes of the document were passed to the converter. Returns nothing, with `utf8` unchanged,

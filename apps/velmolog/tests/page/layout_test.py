@@ -65,6 +65,25 @@ class Layout(PageTest):
         self.browser.resize(1600, 900)
         self.browser.wait_for(self.browser.find("#severity").is_displayed)
 
+    def test_printed_rows_have_all_of_their_text(self):
+        self.open("hostile")
+        self.browser.driver.execute_cdp_cmd("Emulation.setEmulatedMedia", {"media": "print"})
+        self.browser.run("dispatchEvent(new Event('beforeprint'))")
+        self.screenshot("print")
+        rows = self.browser.run("""
+            return [...document.querySelectorAll('#rows .row')].map((row) => {
+              const { top, bottom } = row.getBoundingClientRect();
+              const lowest = Math.max(...[...row.children].map((cell) =>
+                cell.getBoundingClientRect().bottom));
+              return [top, bottom, lowest];
+            });""")
+        self.browser.driver.execute_cdp_cmd("Emulation.setEmulatedMedia", {"media": ""})
+        self.assertEqual(len(rows), 14)
+        for (_, bottom, lowest), (top, _, _) in zip(rows, rows[1:]):
+            self.assertLessEqual(bottom, top + 0.5)
+            self.assertLessEqual(lowest, bottom)
+        self.assertGreater(rows[0][1] - rows[0][0], 40)
+
     def test_print_has_the_first_messages_and_no_controls(self):
         self.open("large", "#theme=dark")
         pdf = base64.b64decode(self.browser.driver.execute_cdp_cmd("Page.printToPDF", {})["data"])

@@ -1,7 +1,7 @@
 // Writes a page of generated messages to standard output: make_page sample|hostile|large|plain
 #include "html_page.h"
 #include "html_report.h"
-#include "texts.h"
+#include "presenter.h"
 
 #include <velmoext1/message.h>
 #include <velmoext1/readable_text.h>

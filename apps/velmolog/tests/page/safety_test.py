@@ -15,6 +15,8 @@ class Safety(PageTest):
                      "line oneU+000Aline twoU+000DU+000AU+2028threeU+001B[31mU+007FU+0085",
                      "U+0001U+0010 U+0001~ U+0001U+0018U+0001", "__proto__", "{{constructor}} ${alert(1)} %s @DATA@ @SCRIPT@"]:
             self.assertIn(text, rows)
+        self.assertIn("U+0001U+0010 U+0001~ U+0001U+0018U+0001",
+                      "\n".join(self.cells("text")))
         for message in range(1, 15):
             self.browser.run("location.hash = `#message=${arguments[0]}`", message)
             self.browser.wait_for(lambda number=message: f"Message {number}" in

@@ -68,3 +68,6 @@ class Views(PageTest):
         self.browser.prefer("light")
         self.select("theme", "dark")
         self.assertEqual(self.browser.run(background), dark)
+        self.browser.prefer("dark")
+        self.open("sample", "#theme=light")
+        self.assertEqual(self.browser.run(background), light)

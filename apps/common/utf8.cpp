@@ -1,11 +1,11 @@
-#include "utf8.h"
+#include "common/utf8.h"
 
 #include <unicode/utf8.h>
 
-namespace velmolint
+namespace app_common
 {
 
-UChar32 next_character(const std::string& text, std::size_t& next)
+UChar32 next_character(std::string_view text, std::size_t& next)
 {
     const char* const bytes = text.data();
     UChar32 character = 0;
@@ -17,4 +17,4 @@ UChar32 next_character(const std::string& text, std::size_t& next)
     return character;
 }
 
-} // namespace velmolint
+} // namespace app_common

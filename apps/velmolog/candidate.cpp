@@ -1,0 +1,59 @@
+#include "candidate.h"
+
+#include <velmoext1/string_message_serializer.h>
+
+#include <rova/strings.h>
+
+namespace velmolog
+{
+
+using namespace velmoext_1_4_8;
+using ROVA_2_18::strings::utf16_to_utf8;
+
+candidate_t::candidate_t(const std::string& log, log_reader_t& reader, const presenter_t& presenter)
+    : m_presenter(presenter), m_log(&log), m_reader(&reader), m_severity(reader.get_severity()),
+      m_type(reader.get_type()), m_source(reader.get_source())
+{}
+
+candidate_t::candidate_t(const entry_t& entry, const presenter_t& presenter)
+    : m_presenter(presenter), m_severity(entry.message->get_severity()),
+      m_own_type(utf16_to_utf8(entry.message->get_type())),
+      m_own_source(utf16_to_utf8(entry.message->get_source())), m_type(m_own_type),
+      m_source(m_own_source), m_entry(&entry)
+{}
+
+const entry_t& candidate_t::entry()
+{
+    if (m_entry)
+        return *m_entry;
+    if (!m_own_entry)
+        m_own_entry =
+            entry_t{*m_log, m_reader->get_begin(), m_reader->get_message(), std::string()};
+    return *m_own_entry;
+}
+
+const texts_t& candidate_t::texts()
+{
+    if (!m_texts)
+        m_texts = m_presenter.present(entry());
+    return *m_texts;
+}
+
+std::string_view candidate_t::element()
+{
+    if (m_reader)
+        return m_reader->get_text();
+    if (!m_element)
+        m_element = element_of(m_entry->message);
+    return *m_element;
+}
+
+std::string element_of(const boost::shared_ptr<message_t>& message)
+{
+    const std::string document =
+        utf16_to_utf8(string_message_serializer_t::message_to_xml_string(message));
+    const std::size_t begin = document.find("<msg");
+    return document.substr(begin, document.rfind('>') + 1 - begin);
+}
+
+} // namespace velmolog

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "entry.h"
+#include "presenter.h"
+
+#include <velmoext1/log_reader.h>
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace velmolog
+{
+
+/// A message that the filters can want. Each of its parts is created on the first use only.
+class candidate_t
+{
+public:
+    /// The message at which the reader is. All parameters must outlive the object.
+    candidate_t(const std::string& log, velmoext_1_4_8::log_reader_t& reader,
+                const presenter_t& presenter);
+    /// A message that was read before. Both parameters must outlive the object.
+    candidate_t(const entry_t& entry, const presenter_t& presenter);
+
+    velmoext_1_4_8::message_t::severity_t severity() const { return m_severity; }
+    std::string_view type() const { return m_type; }
+    std::string_view source() const { return m_source; }
+    const entry_t& entry();
+    const texts_t& texts();
+    /// Returns the element as it is in the log, or as the library would write it.
+    std::string_view element();
+
+private:
+    const presenter_t& m_presenter;
+    const std::string* m_log = nullptr;
+    velmoext_1_4_8::log_reader_t* m_reader = nullptr; ///< null if there is an entry from the start
+    velmoext_1_4_8::message_t::severity_t m_severity;
+    std::string m_own_type; ///< what the views refer to without a reader
+    std::string m_own_source;
+    std::string_view m_type;
+    std::string_view m_source;
+    const entry_t* m_entry = nullptr;
+    std::optional<entry_t> m_own_entry;
+    std::optional<texts_t> m_texts;
+    std::optional<std::string> m_element;
+};
+
+/// Returns the message as an element of a log.
+std::string element_of(const boost::shared_ptr<velmoext_1_4_8::message_t>& message);
+
+} // namespace velmolog

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <velmoext1/log_reader.h>
+
+#include <cstddef>
+#include <string_view>
+
+namespace velmoext_1_4_8
+{
+
+/// An element at the beginning of a text.
+struct scanned_element_t
+{
+    enum class state_t
+    {
+        complete,
+        unfinished, ///< the text ends within it
+        malformed
+    };
+
+    state_t state;
+    std::size_t size;               ///< up to its end or to the fault; 0 when unfinished
+    log_reader_t::damage_t damage;  ///< none unless it is malformed
+    bool has_message_in_it = false; ///< an element "msg", complete, below the first one
+};
+
+/// Finds the end of an element by its tags, in linear time. Checks neither names nor texts.
+///
+/// An element in more than a few open elements "msg" is malformed, so that whoever looks for
+/// messages behind the beginning of one does not scan the same text again and again.
+scanned_element_t scan_element(std::string_view text);
+
+/// A fault in a text, or its end.
+struct fault_t
+{
+    log_reader_t::damage_t damage;
+    std::size_t offset;
+};
+
+/// Returns the first fault that can be found in a complete element that is not read as a message.
+fault_t find_fault_of_element(std::string_view element);
+
+/// Returns the first fault in a text between tags. If there is none, its offset is the text's size.
+fault_t find_fault_of_text(std::string_view text);
+
+} // namespace velmoext_1_4_8

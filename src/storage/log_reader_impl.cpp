@@ -1,0 +1,361 @@
+#include "storage/log_reader_impl.h"
+
+#include "core/message_access.h"
+#include "encoding/document_parser.h"
+#include "encoding/element_names.h"
+#include "encoding/message_recognizer.h"
+#include "encoding/stable_lines.h"
+#include "storage/element_scan.h"
+#include "xml/characters.h"
+#include "xml/encodings.h"
+#include "xml/limits.h"
+
+#include <rova/strings.h>
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+
+namespace velmoext_1_4_8
+{
+namespace
+{
+
+typedef scanner_t::token_t token_t;
+
+const std::string_view byte_order_mark = "\xEF\xBB\xBF";
+
+// Markup that swallows more than this, or a message that has others in it, lacks its end.
+const std::size_t max_unfinished_bytes = 16777216;
+
+// A text of this size is passed over in parts.
+const std::size_t max_text_bytes = 65536;
+
+bool begins_with(std::string_view text, std::string_view beginning)
+{
+    return text.substr(0, beginning.size()) == beginning;
+}
+
+// Returns whether the text begins with a tag's beginning and the end of its name, or may if it is
+// continued.
+bool can_begin_with(std::string_view text, std::string_view tag)
+{
+    const std::size_t size = std::min(text.size(), tag.size());
+    return text.substr(0, size) == tag.substr(0, size) &&
+           (text.size() <= tag.size() || ends_name(text[tag.size()]));
+}
+
+// Requires a whole element "msg". Null when it has a fault.
+boost::shared_ptr<message_t> read_element(std::string_view element)
+{
+    if (element.find('\0') != std::string_view::npos)
+        return boost::shared_ptr<message_t>();
+    boost::shared_ptr<message_t> message = recognize_document(element);
+    return message ? message : parse_document(std::string(element)).message;
+}
+
+std::string source_of(const message_t& message)
+{
+    const std::wstring* const source = message_access_t::find_source(message);
+    return source ? ROVA_2_18::strings::utf16_to_utf8(*source) : std::string();
+}
+
+} // namespace
+
+log_reader_impl_t::log_reader_impl_t(log_reader_t::source_t source, const position_t& position)
+    : m_text(std::move(source), position), m_had_root(position.offset != 0), m_begin(position),
+      m_end(position)
+{
+    if (m_had_root)
+        m_open.emplace_back(); // any name
+}
+
+log_reader_impl_t::result_t log_reader_impl_t::next()
+{
+    if (m_result == result_t::unreadable)
+        return m_result;
+    leave_item();
+    step_t step = step_t::again;
+    while (step != step_t::done) {
+        step = m_search == search_t::beginning ? find_beginning() : read_item();
+        if (step != step_t::more)
+            continue;
+        if (m_text.read_more())
+            m_is_last = false;
+        else
+            step = lacks_text();
+    }
+    return m_result;
+}
+
+void log_reader_impl_t::skip_unfinished()
+{
+    if (m_result != result_t::unfinished || m_element.empty())
+        return;
+    m_element = std::string_view();
+    m_search = search_t::candidate;
+    m_is_last = true;
+}
+
+boost::shared_ptr<message_t> log_reader_impl_t::message()
+{
+    if (!m_message && m_result == result_t::message)
+        m_message = read_element(m_element);
+    return m_message;
+}
+
+void log_reader_impl_t::leave_item()
+{
+    m_text.skip(m_skipped_size, m_skipped_lines);
+    m_skipped_size = 0;
+    m_skipped_lines = 0;
+    m_damage = damage_t::none;
+    m_element = m_type = m_source = std::string_view();
+    m_severity = message_t::none;
+    m_message.reset();
+}
+
+log_reader_impl_t::step_t log_reader_impl_t::read_item()
+{
+    const std::string_view text = m_text.text();
+    if (begins_with(text, "\n"))
+        return pass(1);
+    if (m_text.position().offset == 0 && begins_with(text, byte_order_mark)) {
+        m_is_utf8 = true;
+        return pass(byte_order_mark.size());
+    }
+    const step_t step = m_open.empty() ? step_t::again : read_lines();
+    return step == step_t::again ? read_markup() : step;
+}
+
+log_reader_impl_t::step_t log_reader_impl_t::read_lines()
+{
+    const message_lines_t lines = find_stable_message(m_text.text());
+    if (lines.size == 0)
+        return step_t::again;
+    m_begin = m_text.position();
+    ++m_begin.offset; // the indentation
+    m_skipped_size = lines.size;
+    m_skipped_lines = static_cast<std::int64_t>(lines.count);
+    m_element = m_text.text().substr(1, lines.size - 2);
+    m_end.offset = m_begin.offset + static_cast<std::int64_t>(m_element.size());
+    m_end.line = m_begin.line + m_skipped_lines - 1;
+    m_type = lines.type;
+    m_source = lines.tool;
+    m_severity = lines.severity;
+    m_search = search_t::none;
+    m_result = result_t::message;
+    return step_t::done;
+}
+
+log_reader_impl_t::step_t log_reader_impl_t::read_markup()
+{
+    scanner_t scanner(m_text.text());
+    const token_t token = scanner.next();
+    if (token != token_t::end && token != token_t::unfinished)
+        return read_token(scanner, token);
+    return m_text.text().size() > max_unfinished_bytes ? refuse(damage_t::markup, 0) : step_t::more;
+}
+
+log_reader_impl_t::step_t log_reader_impl_t::read_token(scanner_t& scanner, token_t token)
+{
+    const std::size_t size = scanner.token().size();
+    switch (token) {
+    case token_t::text:
+        return read_text(scanner.token(), size != m_text.text().size());
+    case token_t::start_tag:
+        return read_start_tag(scanner);
+    case token_t::end_tag:
+        return read_end_tag(scanner);
+    case token_t::instruction:
+        return read_instruction(scanner);
+    case token_t::section:
+        return m_open.empty() ? refuse(damage_t::markup, 0) : pass(size);
+    case token_t::document_type:
+        return m_had_root ? refuse(damage_t::markup, 0) : pass(size);
+    case token_t::comment:
+        return pass(size);
+    default:
+        return refuse(damage_t::markup, size);
+    }
+}
+
+// The end of an incomplete text may be a part of a character or a reference.
+log_reader_impl_t::step_t log_reader_impl_t::read_text(std::string_view token, bool is_complete)
+{
+    const bool is_outside = m_open.empty() && (m_had_root || is_complete);
+    if (is_outside && !is_blank_text(token))
+        return refuse(damage_t::markup, count_blanks(token));
+    const std::size_t part = is_complete                     ? token.size()
+                             : token.size() > max_text_bytes ? token.rfind(' ')
+                                                             : 0;
+    if (part == 0 || part == std::string_view::npos)
+        return step_t::more;
+    const std::string_view text = token.substr(0, part);
+    if (is_blank_text(text))
+        return pass(part);
+    const fault_t fault = find_fault_of_text(text);
+    return fault.offset == part ? pass(part) : refuse(fault.damage, fault.offset);
+}
+
+log_reader_impl_t::step_t log_reader_impl_t::read_start_tag(scanner_t& scanner)
+{
+    const bool is_message = scanner.name() == element_names::msg;
+    if (m_open.empty() && m_had_root)
+        return accept_after_root(is_message);
+    if (is_message)
+        return read_message();
+    const token_t token = scanner.finish_start_tag();
+    if (token == token_t::unfinished)
+        return step_t::more;
+    if (token == token_t::malformed)
+        return refuse(damage_t::markup, scanner.token().size());
+    m_had_root = true;
+    if (!scanner.is_empty_element())
+        m_open.emplace_back(scanner.name());
+    return pass(scanner.token().size());
+}
+
+log_reader_impl_t::step_t log_reader_impl_t::read_end_tag(const scanner_t& scanner)
+{
+    if (m_open.empty())
+        return refuse(damage_t::markup, 0);
+    if (!m_open.back().empty() && m_open.back() != scanner.name())
+        return refuse(damage_t::end_tag, 0);
+    m_open.pop_back();
+    m_search = search_t::none;
+    return pass(scanner.token().size());
+}
+
+log_reader_impl_t::step_t log_reader_impl_t::read_instruction(const scanner_t& scanner)
+{
+    if (scanner.name() != "xml")
+        return pass(scanner.token().size());
+    const std::int64_t offset = m_text.position().offset;
+    if (offset != 0 && !(m_is_utf8 && offset == std::int64_t(byte_order_mark.size())))
+        return refuse(damage_t::markup, 0);
+    const std::string encoding = declared_encoding(scanner.token());
+    return m_is_utf8 || is_utf8(encoding) ? pass(scanner.token().size()) : convert(encoding);
+}
+
+log_reader_impl_t::step_t log_reader_impl_t::read_message()
+{
+    const std::string_view text = m_text.text();
+    const scanned_element_t scanned = scan_element(text);
+    if (scanned.state == scanned_element_t::state_t::unfinished)
+        return scanned.has_message_in_it && text.size() > max_unfinished_bytes
+                   ? refuse(damage_t::markup, 0)
+                   : step_t::more;
+    if (scanned.state == scanned_element_t::state_t::malformed)
+        return refuse(scanned.damage, scanned.size);
+    const std::string_view element = text.substr(0, scanned.size);
+    m_message = read_element(element);
+    if (!m_message) {
+        const fault_t fault = find_fault_of_element(element);
+        return refuse(fault.damage, fault.offset);
+    }
+    m_had_root = true;
+    m_begin = m_text.position();
+    m_end = m_text.position_of(element.size());
+    m_skipped_size = element.size();
+    m_skipped_lines = m_end.line - m_begin.line;
+    m_element = element;
+    m_utf8_type = ROVA_2_18::strings::utf16_to_utf8(message_access_t::type(*m_message));
+    m_type = m_utf8_type;
+    m_utf8_source = source_of(*m_message);
+    m_source = m_utf8_source;
+    m_severity = m_message->get_severity();
+    m_search = search_t::none;
+    m_result = result_t::message;
+    return step_t::done;
+}
+
+// Passes over all text before a "msg", or before the end of the root.
+log_reader_impl_t::step_t log_reader_impl_t::find_beginning()
+{
+    const std::string end_name =
+        m_open.front().empty() ? std::string(element_names::log) : m_open.front();
+    const std::string tags[] = {std::string("<") + element_names::msg, "</" + end_name};
+    const std::string_view text = m_text.text();
+    std::size_t at = text.find('<');
+    for (; at != std::string_view::npos; at = text.find('<', at + 1)) {
+        const std::string_view rest = text.substr(at);
+        if (can_begin_with(rest, tags[0]) || can_begin_with(rest, tags[1]))
+            break;
+    }
+    m_text.skip(std::min(at, text.size()));
+    const std::size_t needed = std::max(tags[0].size(), tags[1].size()) + 1;
+    if (m_text.text().size() < needed && !m_is_last)
+        return step_t::more;
+    m_search = search_t::candidate;
+    return step_t::again;
+}
+
+log_reader_impl_t::step_t log_reader_impl_t::pass(std::size_t size)
+{
+    m_text.skip(size);
+    return step_t::again;
+}
+
+// The search for the next message begins after the first character of the item. The elements around
+// that message are unknown, up to the root.
+log_reader_impl_t::step_t log_reader_impl_t::refuse(damage_t damage, std::size_t offset)
+{
+    const bool is_known = m_search == search_t::candidate;
+    if (!is_known) {
+        m_damage = damage;
+        m_begin = m_end = m_text.position_of(offset);
+        m_result = result_t::damage;
+    }
+    m_open.resize(1);
+    m_had_root = true;
+    m_search = search_t::beginning;
+    m_text.skip(1);
+    return is_known ? step_t::again : step_t::done;
+}
+
+// The element after the root is damage, and is read by the next call: a message as if it was in the
+// root, any other as a further root.
+log_reader_impl_t::step_t log_reader_impl_t::accept_after_root(bool is_message)
+{
+    m_damage = damage_t::markup;
+    m_begin = m_end = m_text.position();
+    m_result = result_t::damage;
+    if (is_message)
+        m_open.emplace_back();
+    else
+        m_had_root = false;
+    return step_t::done;
+}
+
+log_reader_impl_t::step_t log_reader_impl_t::lacks_text()
+{
+    if (m_is_last && m_search == search_t::candidate && !m_text.text().empty())
+        return refuse(damage_t::markup, 0);
+    const std::size_t blanks = count_blanks(m_text.text());
+    const bool is_end = m_open.empty() && m_had_root && blanks == m_text.text().size();
+    m_begin = m_end = m_text.position_of(blanks);
+    m_element = m_text.text().substr(blanks);
+    m_result = is_end ? result_t::end : result_t::unfinished;
+    return step_t::done;
+}
+
+// The text is in memory as a whole then. Without a converter it is read as if it was UTF-8: most
+// encodings write markup and Latin letters alike.
+log_reader_impl_t::step_t log_reader_impl_t::convert(const std::string& encoding)
+{
+    while (m_text.text().size() <= limits::max_document_bytes && m_text.read_more()) {
+    }
+    m_is_utf8 = true;
+    const std::string_view text = m_text.text();
+    std::string utf8;
+    const auto converted = text.size() <= limits::max_document_bytes
+                               ? convert_to_utf8(text, encoding, utf8)
+                               : std::nullopt;
+    if (!converted)
+        return refuse(damage_t::encoding, 0);
+    m_text.assign(utf8);
+    return step_t::again;
+}
+
+} // namespace velmoext_1_4_8
