@@ -1,8 +1,8 @@
 #pragma once
 
 #include "entry.h"
-#include "string_table.h"
 #include "presenter.h"
+#include "string_table.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -39,7 +39,7 @@ class Facet {
     const focused = document.activeElement?.dataset.bar;
     const had_focus = this.#list.contains(document.activeElement);
     const [bars, others] = this.#choose(selected);
-    const longest = Math.max(1, ...bars.map((number) => this.counts[number]));
+    const longest = bars.reduce((most, number) => Math.max(most, this.counts[number]), 1);
     this.#list.replaceChildren(...bars.map((number) => this.#bar(number, longest, selected)));
     if (others.length > 0) this.#list.append(this.#others(others, longest, selected));
     if (had_focus) this.#focus(focused);

@@ -8,6 +8,7 @@ const INVISIBLE_IN_LINES = /(?![\n\t])[\p{C}\p{Zl}\p{Zp}\p{Default_Ignorable_Cod
 const INVISIBLE_IN_LINES_EACH = new RegExp(`(${INVISIBLE_IN_LINES.source})`, 'u');
 
 const MAX_ROW_CHARACTERS = 500;
+const MAX_DETAIL_CHARACTERS = 100_000; // more elements than that take seconds
 
 /** Returns a new element. `parts` are nodes and texts. */
 function create(name, attributes = {}, ...parts) {
@@ -44,9 +45,14 @@ function on_one_line(text) {
   return isolated(cut, INVISIBLE, INVISIBLE_EACH);
 }
 
-/** Returns the whole text, with its line breaks and tabs. */
+/** Returns the text with its line breaks and tabs. States how much is left out of a huge one. */
 function in_lines(text) {
-  return isolated(text, INVISIBLE_IN_LINES, INVISIBLE_IN_LINES_EACH);
+  const shown = whole_characters(text.slice(0, MAX_DETAIL_CHARACTERS));
+  const element = isolated(text.length > MAX_DETAIL_CHARACTERS ? shown : text,
+    INVISIBLE_IN_LINES, INVISIBLE_IN_LINES_EACH);
+  if (text.length > MAX_DETAIL_CHARACTERS)
+    element.append(create('em', {}, `… and ${count_text(text.length - shown.length, 'character')}`));
+  return element;
 }
 
 /** Returns the text for a title or an option, which have no elements. */

@@ -24,7 +24,7 @@ public:
     {
         m_catalogs.make("en", "disk", po_of({{"full", "{path} is full"}}));
         m_catalogs.make("de", "disk", po_of({{"full", "{path} voll"}}));
-        m_folder.write("a.xml", "<?xml version=\"1.0\"?>\n<log>\n" + messages);
+        m_folder.write("a.xml", "<?xml version='1.0'?>\n<log>\n" + messages);
         m_options.command = command_t::html;
         m_options.logs = {m_folder.name("a.xml")};
         m_options.output = m_folder.name("a.html");
@@ -58,7 +58,7 @@ private:
 
 std::string message_with(const std::string& path)
 {
-    return "<msg tool=\"disk\"><type>full</type><arg name=\"path\">" + path + "</arg></msg>\n";
+    return "<msg tool='disk'><type>full</type><arg name='path'>" + path + "</arg></msg>\n";
 }
 
 constexpr std::size_t row_of_two_languages = 7 + 2 + 4;

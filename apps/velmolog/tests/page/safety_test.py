@@ -44,6 +44,11 @@ class Safety(PageTest):
         text = self.browser.run("return document.querySelector('#details .whole-text').innerText")
         self.assertIn("line one\nline twoU+000D\nU+2028three", text)
 
+    def test_details_of_a_huge_text_state_how_much_is_left_out(self):
+        self.open("hostile", "#message=13")
+        text = self.browser.run("return document.querySelector('#details .whole-text').textContent")
+        self.assertRegex(text, "^Übersetzt: x{99989}… and 300,0[0-9]{2} characters$")
+
     def test_nothing_is_requested(self):
         for kind in ["sample", "hostile"]:
             self.browser.open("about:blank")
