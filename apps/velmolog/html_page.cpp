@@ -73,9 +73,10 @@ void html_page_t::finish()
         m_stream << separator << json_in_html(language);
         separator = ",";
     }
-    m_stream << "],\n\"language\":" << m_first_language << ",\n";
+    m_stream << "],\n\"language\":" << m_first_language << "}";
+    m_stream << page_between_data;
     write_strings();
-    m_stream << "}" << page_after_data;
+    m_stream << page_after_data;
 }
 
 void html_page_t::append(std::int64_t number)
@@ -122,15 +123,13 @@ void html_page_t::write_shapes()
     m_stream << "],\n";
 }
 
+/// Writes a line for each string. A browser splits lines faster than it reads an array of JSON.
 void html_page_t::write_strings()
 {
-    m_stream << "\"strings\":[";
-    const char* separator = "\n";
     for (const std::string* text : m_strings.texts()) {
-        m_stream << separator << json_in_html(*text);
-        separator = ",\n";
+        const std::string json = json_in_html(*text);
+        m_stream << json.substr(1, json.size() - 2) << '\n';
     }
-    m_stream << "]";
 }
 
 } // namespace velmolog

@@ -8,9 +8,7 @@ namespace velmolog
 namespace
 {
 
-constexpr char mark = '\x1';
-constexpr char first_value = '\x10';
-constexpr char mark_itself = '\x18';
+constexpr char mark = '\x7F';
 
 // They bound the cost of the search for values.
 constexpr std::size_t max_text_bytes = 10000;
@@ -32,34 +30,24 @@ std::string replace_all(const std::string& text, const std::string& old_text,
     return result + text.substr(begin);
 }
 
-/// Returns whether the byte can be in a mark.
-bool is_of_mark(char byte)
-{
-    return byte == mark || (first_value <= byte && byte <= mark_itself);
-}
-
-/// Returns whether the value can be replaced, and is not found in the marks of others.
+/// Returns whether the value can be replaced. Without U+007F, and longer than the letter of a mark,
+/// it is not found in marks.
 bool is_replaced(const std::string& value)
 {
     return min_value_bytes <= value.size() && value.size() <= max_value_bytes &&
-           std::none_of(value.begin(), value.end(), is_of_mark);
+           value.find(mark) == std::string::npos;
 }
 
 } // namespace
 
 std::string text_pattern(const std::string& text, const std::vector<std::string>& values)
 {
-    std::string pattern;
-    for (const char byte : text) {
-        pattern += byte;
-        if (byte == mark)
-            pattern += mark_itself;
-    }
+    std::string pattern = replace_all(text, {mark}, {mark, '~', mark});
     if (text.size() > max_text_bytes)
         return pattern;
     for (std::size_t i = 0; i < std::min(values.size(), max_values); ++i)
         if (is_replaced(values[i]))
-            pattern = replace_all(pattern, values[i], {mark, static_cast<char>(first_value + i)});
+            pattern = replace_all(pattern, values[i], {mark, static_cast<char>('a' + i), mark});
     return pattern;
 }
 

@@ -13,18 +13,22 @@ const TYPE = 5;
 const SOURCE = 6;
 const FIRST_TEXT = 7;
 
-// In a title or a text, U+0001 and another control character are an argument, or U+0001 itself.
-const MARK = '\u0001';
-const MARKS = /\u0001([\u0010-\u0018])/g;
-const FIRST_ARGUMENT = 0x10;
-const MARK_ITSELF = '\u0018';
+// In a title or a text, a character between two U+007F is an argument, or U+007F itself.
+const MARK = '\u007F';
+const MARKS = /\u007F(.)\u007F/g;
+const FIRST_ARGUMENT = 'a'.charCodeAt(0);
+const MARK_ITSELF = '~';
 
 class Messages {
-  constructor(data) {
+  #strings;
+
+  /** `strings` has a line for each string, as in a string of JSON. */
+  constructor(data, strings) {
     this.title = data.title;
     this.languages = data.languages;
     this.first_language = data.language;
-    this.strings = data.strings;
+    this.#strings = strings.split('\n');
+    this.string_count = this.#strings.length - 1;
     this.rows = data.rows;
     this.shapes = data.shapes;
     this.#count_rows();
@@ -61,9 +65,15 @@ class Messages {
     }
   }
 
-  type(i) { return this.strings[this.types[i]]; }
-  source(i) { return this.strings[this.sources[i]]; }
-  log(i) { return this.strings[this.logs[i]]; }
+  /** Returns a string by its number. */
+  string(number) {
+    const line = this.#strings[number];
+    return line.includes('\\') ? JSON.parse(`"${line}"`) : line;
+  }
+
+  type(i) { return this.string(this.types[i]); }
+  source(i) { return this.string(this.sources[i]); }
+  log(i) { return this.string(this.logs[i]); }
 
   /** Returns the numbers of the names of arguments, elements and attributes. */
   shape(i) { return this.shapes[this.rows[this.starts[i]]]; }
@@ -78,17 +88,17 @@ class Messages {
   text(i, language) { return this.#filled(i, this.title_at(i, language) + 1); }
 
   #filled(i, at) {
-    const pattern = this.strings[this.rows[at]];
+    const pattern = this.string(this.rows[at]);
     if (!pattern.includes(MARK)) return pattern;
     const first = this.starts[i] + FIRST_TEXT;
     return pattern.replace(MARKS, (mark, which) => (which === MARK_ITSELF
-      ? MARK : this.strings[this.rows[first + which.charCodeAt(0) - FIRST_ARGUMENT]]));
+      ? MARK : this.string(this.rows[first + which.charCodeAt(0) - FIRST_ARGUMENT])));
   }
 
   /** Returns arguments, elements and attributes, each as pairs of a name and a text. */
   named_texts(i) {
     let at = this.starts[i] + FIRST_TEXT;
     return this.shape(i).map((names) =>
-      names.map((name) => [this.strings[name], this.strings[this.rows[at++]]]));
+      names.map((name) => [this.string(name), this.string(this.rows[at++])]));
   }
 }

@@ -44,12 +44,12 @@ class Page {
   }
 
   #create_facets() {
-    const { severities, sources, types, logs, strings } = this.messages;
+    const { severities, sources, types, logs } = this.messages;
     const facet = (name, title, values, name_of, is_ranked) =>
       new Facet(document.getElementById(name), {
         title, values, name_of, is_ranked, on_toggle: (value) => this.#toggle(name, value),
       });
-    const string = (number) => strings[number];
+    const string = (number) => this.messages.string(number);
     return {
       severity: facet('severity', 'Severity', severities, (number) => SEVERITIES[number], false),
       source: facet('source', 'Source', sources, string, true),
@@ -200,7 +200,8 @@ class Page {
   }
 }
 
-const data = document.getElementById('data');
-new Page(new Messages(JSON.parse(data.textContent)));
-data.remove();
+const [rows, strings] = ['data', 'strings'].map((id) => document.getElementById(id));
+new Page(new Messages(JSON.parse(rows.textContent), strings.textContent));
+rows.remove();
+strings.remove();
 performance.mark('first rows');

@@ -40,7 +40,8 @@ class Search {
 
   /** Searches each distinct string once, however many messages have it. */
   #strings_with(folded) {
-    this.#strings ??= this.#messages.strings.map((text) => text.toLowerCase());
+    this.#strings ??= Array.from({ length: this.#messages.string_count },
+      (_, number) => this.#messages.string(number).toLowerCase());
     const result = new Uint8Array(this.#strings.length);
     for (let i = 0; i < result.length; i++) result[i] = this.#strings[i].includes(folded) ? 1 : 0;
     return result;

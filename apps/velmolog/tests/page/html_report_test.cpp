@@ -87,7 +87,8 @@ TEST(html_report_test, each_message_has_its_text_in_every_language)
     ASSERT_EQ(10001 * row, data["rows"].size());
     for (const std::size_t i : {0, 1, 9999, 10000}) {
         EXPECT_EQ("/m/" + std::to_string(i), text_at(data, i * row + 7));
-        const std::string mark = "\x1\x10";
+        const std::string mark = "\x7F"
+                                 "a\x7F";
         EXPECT_EQ(mark + " voll", text_at(data, i * row + 10));
         EXPECT_EQ(mark + " is full", text_at(data, i * row + 12));
         EXPECT_EQ(mark + " je pun", text_at(data, i * row + 14));
@@ -101,7 +102,9 @@ TEST(html_report_test, without_languages_none_is_selected)
     reporter.catalogs().bind(L"en");
     const auto data = data_of(reporter.page_of({}, 2));
     EXPECT_EQ(0, reporter.selected());
-    EXPECT_EQ("\x1\x10 is full", text_at(data, 10));
+    EXPECT_EQ("\x7F"
+              "a\x7F is full",
+              text_at(data, 10));
 }
 
 TEST(html_report_test, folders_with_catalogs_are_languages)

@@ -105,7 +105,7 @@ void add_hostile(generator_t& generator)
         std::wstring(L"zero\0end", 8),
         L"high \xD83D low \xDE00 pair \xD83D\xDE00",
         L"line one\nline two\r\n\u2028three\x1B[31m\x7F\u0085",
-        L"\x1\x10 \x1~ \x1\x18\x1",
+        L"\x7F\x61\x7F \x7F~\x7F \x7F\x1",
         L"javascript:document.title='run'",
         L"__proto__",
         L"{{constructor}} ${alert(1)} %s @DATA@ @SCRIPT@",

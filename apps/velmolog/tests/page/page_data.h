@@ -3,15 +3,25 @@
 #include <nlohmann/json.hpp>
 
 #include <cstddef>
+#include <sstream>
 #include <string>
 
-/// Returns the data of a page, as a parser of HTML and then one of JSON read it.
+/// Returns the text of an element of a page, as a parser of HTML reads it.
+inline std::string element_of(const std::string& page, const std::string& id)
+{
+    const std::string begin = "id=\"" + id + "\">";
+    const std::size_t first = page.find(begin) + begin.size();
+    return page.substr(first, page.find("</script", first) - first);
+}
+
+/// Returns the data of a page, and the strings of their lines as its member "strings".
 inline nlohmann::json data_of(const std::string& page)
 {
-    const std::string begin = "id=\"data\">";
-    const std::size_t first = page.find(begin) + begin.size();
-    const std::size_t last = page.find("</script", first);
-    return nlohmann::json::parse(page.substr(first, last - first));
+    nlohmann::json data = nlohmann::json::parse(element_of(page, "data"));
+    std::istringstream lines(element_of(page, "strings"));
+    for (std::string line; std::getline(lines, line);)
+        data["strings"].push_back(nlohmann::json::parse('"' + line + '"'));
+    return data;
 }
 
 /// Returns the text that a number of a row means.

@@ -14,19 +14,23 @@ static std::string filled(const std::string& pattern, const std::vector<std::str
 {
     std::string text;
     for (std::size_t i = 0; i < pattern.size(); ++i) {
-        if (pattern[i] != '\x1')
+        if (pattern[i] != '\x7F') {
             text += pattern[i];
-        else if (pattern[++i] == '\x18')
-            text += '\x1';
-        else
-            text += values.at(static_cast<std::size_t>(pattern[i] - '\x10'));
+            continue;
+        }
+        const char which = pattern.at(++i);
+        text += which == '~' ? "\x7F" : values.at(static_cast<std::size_t>(which - 'a'));
+        EXPECT_EQ('\x7F', pattern.at(++i));
     }
     return text;
 }
 
 TEST(text_pattern_test, texts_with_other_values_are_one_pattern)
 {
-    EXPECT_EQ("\x1\x11 is larger than \x1\x10, \x1\x11!",
+    EXPECT_EQ("\x7F"
+              "b\x7F is larger than \x7F"
+              "a\x7F, \x7F"
+              "b\x7F!",
               text_pattern("/tmp/x is larger than 4096, /tmp/x!", {"4096", "/tmp/x"}));
 }
 
@@ -51,7 +55,7 @@ TEST(text_pattern_test, each_pattern_is_filled_to_its_text)
     const auto random_text = [&](std::size_t size) {
         std::string text;
         for (; size != 0; --size)
-            text += "aaaabbbb\x1\x10\x11\x18"[random() % 12];
+            text += "aaaabbbb~\x7F\x7F\x7F"[random() % 12];
         return text;
     };
     std::size_t replaced = 0;
@@ -60,7 +64,10 @@ TEST(text_pattern_test, each_pattern_is_filled_to_its_text)
         const std::string text = random_text(3) + values[i % 3] + random_text(random() % 40);
         const std::string pattern = text_pattern(text, values);
         ASSERT_EQ(text, filled(pattern, values));
-        replaced += pattern.size() < text.size() ? 1 : 0;
+        replaced += pattern.find("\x7F"
+                                 "b\x7F") != std::string::npos
+                        ? 1
+                        : 0;
     }
     EXPECT_GT(replaced, 1000U);
 }
