@@ -3,11 +3,6 @@
 namespace velmolog
 {
 
-exit_status_t html(const options_t& /*options*/, std::ostream& /*output*/)
-{
-    throw usage_error_t("velmolog html is not available yet");
-}
-
 exit_status_t follow(const options_t& /*options*/, std::ostream& /*output*/)
 {
     throw usage_error_t("--follow is not available yet");

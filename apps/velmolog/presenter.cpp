@@ -84,7 +84,8 @@ presenter_t::presenter_t(const catalog_options_t& options)
         return;
     require_directory(m_locale_directory);
     require_directory(options.config_directory);
-    select_language(options.language.empty() ? language_of_environment() : options.language);
+    m_first_language = options.language.empty() ? language_of_environment() : options.language;
+    select_language(m_first_language);
     m_config = config_reader_t::get();
     m_config->set_cfg_dir(utf8_to_utf16(options.config_directory));
     m_ex = velmo_ex_t::get(velmo_ex_t::generate_id(L"velmolog"), utf8_to_utf16(options.prefix));

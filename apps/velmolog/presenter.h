@@ -38,6 +38,9 @@ public:
     /// name of a language. Reads the catalogs again, so a caller presents many entries in between.
     void select_language(const std::string& language);
 
+    /// Returns the language that the constructor selected, empty without catalogs.
+    const std::string& first_language() const { return m_first_language; }
+
     /// Returns the texts, or plain_text() if there are no catalogs or they have none.
     texts_t present(const entry_t& entry) const;
 
@@ -45,6 +48,7 @@ private:
     bool has_catalogs() const { return m_ex != nullptr; }
 
     std::string m_locale_directory;
+    std::string m_first_language;
     boost::shared_ptr<velmoext_1_4_8::config_reader_t> m_config;
     boost::shared_ptr<velmoext_1_4_8::velmo_ex_t> m_ex; ///< null without catalogs
 };
