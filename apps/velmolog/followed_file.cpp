@@ -25,9 +25,8 @@ bool is_recent(const timespec& time)
 
 followed_file_t::followed_file_t(std::string log, descriptor_t file, file_events_t& events)
     : m_file(std::move(file)), m_reader(std::move(log), m_file.get()), m_events(events),
-      m_watch(events.watch_file(m_file, [this](std::uint32_t mask, const std::string&) {
-          on_event(mask);
-      }))
+      m_watch(events.watch_file(m_file,
+                                [this](std::uint32_t mask, const std::string&) { on_event(mask); }))
 {}
 
 followed_file_t::~followed_file_t()

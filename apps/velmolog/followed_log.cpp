@@ -38,8 +38,7 @@ bool followed_log_t::read(std::vector<entry_t>& entries)
 bool followed_log_t::read_file(followed_file_t& file, std::vector<entry_t>& entries)
 {
     const bool is_current = &file == m_files.back().get();
-    const followed_file_t::result_t result =
-        file.read(is_current && has_copy_changed(), entries);
+    const followed_file_t::result_t result = file.read(is_current && has_copy_changed(), entries);
     if (result == followed_file_t::result_t::replaced)
         return is_current && resolve_replacement(file);
     if (is_current)

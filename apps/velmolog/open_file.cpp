@@ -54,8 +54,8 @@ descriptor_t open_regular_file(const std::string& path)
 
 bool file_state_t::operator==(const file_state_t& other) const
 {
-    return is_same_file(other) && size == other.size &&
-           modified.tv_sec == other.modified.tv_sec && modified.tv_nsec == other.modified.tv_nsec;
+    return is_same_file(other) && size == other.size && modified.tv_sec == other.modified.tv_sec &&
+           modified.tv_nsec == other.modified.tv_nsec;
 }
 
 file_state_t state_of(const descriptor_t& file)

@@ -43,7 +43,8 @@ stable_reader_t::result_t stable_reader_t::read(bool is_thorough, std::vector<en
     }
     accept(batch, entries);
     const steady_clock::time_point end = steady_clock::now();
-    if (m_bytes.unreleased() > max_unfinished_bytes && batch.result != log_reader_t::result_t::message)
+    if (m_bytes.unreleased() > max_unfinished_bytes &&
+        batch.result != log_reader_t::result_t::message)
         m_next_look = end + pause_factor * (end - begin);
     return batch.result == log_reader_t::result_t::message ? result_t::more : result_t::nothing;
 }
@@ -154,7 +155,9 @@ void stable_reader_t::read_from(const position_t& position, const checked_bytes_
     m_next_look = steady_clock::time_point();
     m_position = position;
     m_bytes.go_back(bytes);
-    const auto source = [this](char* to, std::size_t size) { return read_source(to, size); };
+    const auto source = [this](char* to, std::size_t size) {
+        return read_source(to, size);
+    };
     m_reader = position.at.offset == 0 ? std::make_unique<log_reader_t>(source)
                                        : std::make_unique<log_reader_t>(source, position.at);
 }

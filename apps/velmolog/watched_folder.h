@@ -26,7 +26,8 @@ public:
     /// Returns whether the copy exists, or was there since forget_copy(), as far as the events were
     /// dispatched.
     bool has_seen_copy() const;
-    /// Returns whether the copy was there when the log was created. Then the log is written from it.
+    /// Returns whether the copy was there when the log was created. Then the log is written from
+    /// it.
     bool has_begun_beside_copy() const { return m_has_begun_beside_copy; }
     /// Returns whether the copy was created or removed since forget_copy().
     bool has_copy_changed() const { return m_has_copy_changed; }

@@ -75,8 +75,7 @@ public:
     const lines_t& lines() const { return m_lines; }
 
     /// Returns whether the line is printed within the time.
-    bool prints(const std::string& line,
-                std::chrono::milliseconds time = std::chrono::seconds(20))
+    bool prints(const std::string& line, std::chrono::milliseconds time = std::chrono::seconds(20))
     {
         const auto end = std::chrono::steady_clock::now() + time;
         while (std::find(m_lines.begin(), m_lines.end(), line) == m_lines.end())
@@ -111,8 +110,8 @@ private:
     // Returns false at the end of the output or of the time.
     bool read_until(std::chrono::steady_clock::time_point end)
     {
-        const auto time = std::chrono::ceil<std::chrono::milliseconds>(
-            end - std::chrono::steady_clock::now());
+        const auto time =
+            std::chrono::ceil<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
         pollfd input = {m_output, POLLIN, 0};
         if (time.count() <= 0 || poll(&input, 1, static_cast<int>(time.count())) != 1)
             return false;
