@@ -146,7 +146,7 @@ TEST_F(log_follower_test, the_callback_ends_the_following)
     record_all(L"abc");
     follower_process_t follower({"-2", log()});
     const int status = follower.end(0);
-    EXPECT_TRUE(WIFEXITED(status)) << status;
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
     EXPECT_EQ(follower.lines(), (lines_t{"a", "b"}));
 }
 
@@ -157,7 +157,7 @@ TEST_F(log_follower_test, a_signal_ends_the_following_in_order)
         follower_process_t follower({log()});
         ASSERT_TRUE(follower.prints("b"));
         const int status = follower.end(signal);
-        EXPECT_TRUE(WIFEXITED(status)) << status;
+        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
         EXPECT_EQ(follower.lines(), (lines_t{"a", "b"}));
     }
 }
@@ -171,7 +171,7 @@ TEST_F(log_follower_test, a_signal_ends_the_reading_of_a_long_log)
     follower_process_t follower({log()});
     ASSERT_TRUE(follower.prints("a"));
     const int status = follower.end();
-    EXPECT_TRUE(WIFEXITED(status)) << status;
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
     EXPECT_LT(follower.lines().size(), text.size() / message_of("a").size());
 }
 

@@ -121,7 +121,7 @@ TEST_F(rewritten_logs_test, a_long_log_is_read_once_while_it_is_rewritten)
     expect_once(foreign_log(types), types);
 }
 
-TEST_F(rewritten_logs_test, the_copy_of_a_log_behind_a_link_is_noticed)
+TEST_F(rewritten_logs_test, the_copy_of_a_log_that_is_named_by_a_link_is_noticed)
 {
     std::filesystem::create_directory(m_folder.name("elsewhere"));
     std::filesystem::create_symlink("elsewhere/log.xml", log());
