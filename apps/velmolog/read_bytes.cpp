@@ -86,14 +86,6 @@ std::size_t read_bytes_t::read(char* bytes, std::size_t size)
     return count;
 }
 
-std::string_view read_bytes_t::at(std::int64_t offset, std::size_t size) const
-{
-    const std::int64_t begin = offset - released();
-    if (begin < 0 || begin > static_cast<std::int64_t>(m_bytes.size()))
-        return std::string_view();
-    return std::string_view(m_bytes).substr(static_cast<std::size_t>(begin), size);
-}
-
 void read_bytes_t::release(std::int64_t offset)
 {
     if (offset <= released())

@@ -38,9 +38,6 @@ public:
 
     /// Copies the next bytes. Returns their number, 0 at the end of the file.
     std::size_t read(char* bytes, std::size_t size);
-    /// Returns the bytes from the offset on that were read, at most `size`; fewer if some of them
-    /// were released.
-    std::string_view at(std::int64_t offset, std::size_t size) const;
 
     /// Keeps no more than a checksum of the bytes before the offset.
     void release(std::int64_t offset);

@@ -30,7 +30,7 @@ stable_reader_t::stable_reader_t(std::string log, int descriptor)
 
 stable_reader_t::result_t stable_reader_t::read(bool is_thorough, std::vector<entry_t>& entries)
 {
-    const steady_clock::time_point begin = steady_clock::now();
+    const steady_clock_t::time_point begin = steady_clock_t::now();
     if (begin < m_next_look)
         return result_t::nothing;
     batch_t batch = collect();
@@ -42,7 +42,7 @@ stable_reader_t::result_t stable_reader_t::read(bool is_thorough, std::vector<en
         return result_t::more;
     }
     accept(batch, entries);
-    const steady_clock::time_point end = steady_clock::now();
+    const steady_clock_t::time_point end = steady_clock_t::now();
     if (m_bytes.unreleased() > max_unfinished_bytes &&
         batch.result != log_reader_t::result_t::message)
         m_next_look = end + pause_factor * (end - begin);
@@ -81,14 +81,10 @@ stable_reader_t::batch_t stable_reader_t::collect()
 
 void stable_reader_t::add_message(batch_t& batch)
 {
-    const std::string_view text = m_reader->get_text();
-    const log_reader_t::position_t begin = m_reader->get_begin();
-    if (begin.offset >= m_bytes.released() && m_bytes.at(begin.offset, text.size()) != text)
-        m_has_byte_positions = false;
     if (batch.skipped > 0)
         --batch.skipped;
     else if (auto message = m_reader->get_message())
-        batch.entries.push_back({m_log, begin, std::move(message), utc_time_now()});
+        batch.entries.push_back({m_log, m_reader->get_begin(), std::move(message), utc_time_now()});
     batch.end.at = m_reader->get_end();
     batch.end.count.add(*m_reader);
     batch.known = batch.end.at.offset;
@@ -106,7 +102,7 @@ void stable_reader_t::accept(batch_t& batch, std::vector<entry_t>& entries)
 {
     if (m_position.count.all() == 0 && m_skipped == 0 && !batch.entries.empty())
         m_first = batch.entries.front().message;
-    if (batch.first_damage && m_has_byte_positions) {
+    if (batch.first_damage) {
         m_bytes.release(batch.first_damage->at.offset);
         m_first_damage = batch.first_damage;
         m_bytes_before_damage = m_bytes.released_bytes();
@@ -115,17 +111,16 @@ void stable_reader_t::accept(batch_t& batch, std::vector<entry_t>& entries)
     m_skipped = batch.skipped;
     m_has_damage = m_has_damage || batch.end.count.has_damage();
     m_has_ended = batch.result == log_reader_t::result_t::end;
-    // The offsets in a log that is not in UTF-8 are not those in the file. Nothing of it remains
-    // after a recorder's start.
-    m_bytes.release(m_has_byte_positions ? batch.known : m_bytes.read_size());
+    m_bytes.release(batch.known);
     entries.insert(entries.end(), std::make_move_iterator(batch.entries.begin()),
                    std::make_move_iterator(batch.entries.end()));
 }
 
-// Reads what was not released again.
+// Reads what was not released again. The offsets in a log that is not in UTF-8 are not those in the
+// file.
 void stable_reader_t::restart()
 {
-    if (m_has_byte_positions && m_bytes.released() == m_position.at.offset)
+    if (m_bytes.released() == m_position.at.offset)
         read_from(m_position, m_bytes.released_bytes());
     else
         begin_again(m_position.count.all() + m_skipped);
@@ -146,13 +141,12 @@ void stable_reader_t::begin_again(std::uint64_t skipped)
     m_skipped = skipped;
     m_first.reset();
     m_first_damage.reset();
-    m_has_byte_positions = true;
     read_from(position_t(), checked_bytes_t());
 }
 
 void stable_reader_t::read_from(const position_t& position, const checked_bytes_t& bytes)
 {
-    m_next_look = steady_clock::time_point();
+    m_next_look = steady_clock_t::time_point();
     m_position = position;
     m_bytes.go_back(bytes);
     const auto source = [this](char* to, std::size_t size) {

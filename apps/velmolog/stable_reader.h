@@ -61,7 +61,7 @@ public:
 
 private:
     typedef velmoext_1_4_8::log_reader_t log_reader_t;
-    typedef std::chrono::steady_clock steady_clock;
+    typedef std::chrono::steady_clock steady_clock_t;
 
     /// A position between two messages, and the messages before it.
     struct position_t
@@ -98,10 +98,9 @@ private:
     boost::shared_ptr<velmoext_1_4_8::message_t> m_first;
     std::optional<position_t> m_first_damage;
     checked_bytes_t m_bytes_before_damage;
-    steady_clock::time_point m_next_look;
+    steady_clock_t::time_point m_next_look;
     bool m_has_ended = false;
     bool m_has_damage = false;
-    bool m_has_byte_positions = true; ///< false in a log that is not in UTF-8
 };
 
 } // namespace velmolog

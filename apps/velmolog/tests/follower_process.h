@@ -22,11 +22,11 @@ namespace velmolog
 typedef std::vector<std::string> lines_t;
 
 /// Runs a program with these arguments. Its standard output is the descriptor if that is not -1.
-inline pid_t run_program(const std::vector<std::string>& command, int output = -1)
+inline pid_t run_program(std::vector<std::string> command, int output = -1)
 {
     std::vector<char*> arguments;
-    for (const std::string& argument : command)
-        arguments.push_back(const_cast<char*>(argument.c_str()));
+    for (std::string& argument : command)
+        arguments.push_back(argument.data());
     arguments.push_back(nullptr);
     const pid_t child = fork();
     if (child != 0)

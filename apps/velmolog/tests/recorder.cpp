@@ -25,7 +25,7 @@ boost::shared_ptr<message_t> make_message(unsigned long number, bool is_unstable
     content.args[L"text"] = std::wstring(size, L'x');
     if (is_unstable && number % 11 == 0)
         content.args[L"more"] = L"a & b";
-    const auto message = boost::make_shared<message_t>();
+    auto message = boost::make_shared<message_t>();
     message->set_content(content);
     message->set_type(std::to_wstring(number));
     message->set_severity(number % 3 == 0 ? message_t::none : message_t::info);
