@@ -22,6 +22,9 @@ namespace velmolog
 ///   as a new log.
 /// - There is no log yet, or no folder.
 ///
+/// Misses a text that is truncated, and a file that is at the path, for less than a few
+/// milliseconds; without inotify, for less than a second.
+///
 /// Uses inotify, and looks at each log once a second in addition: network file systems report
 /// nothing.
 class log_follower_t

@@ -14,6 +14,7 @@
 #include <chrono>
 #include <csignal>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace velmolog
