@@ -33,6 +33,16 @@ if(VELMOEXT1_APPS)
     DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
     RENAME velmolint
     COMPONENT velmolint)
+  # lnav itself looks in /etc/lnav only, which is the administrator's.
+  install(FILES apps/velmolog/schema.json
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/velmolog
+    COMPONENT velmolog)
+  install(FILES apps/velmolog/lnav/velmolog.json
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/velmolog/lnav
+    COMPONENT velmolog)
+  install(DIRECTORY apps/velmolog/rsyslog
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/velmolog/examples
+    COMPONENT velmolog)
 endif()
 
 install_headers(include/ development)
