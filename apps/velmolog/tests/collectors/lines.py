@@ -2,7 +2,7 @@
 import datetime
 import json
 
-TEXTS = ["plain", "ä 日 \U0001f600", "<&> \"'\\", "two\nlines\ttab", "\x7f\x85\u2028", "é" * 31000]
+TEXTS = ["plain", "ä 日 \U0001f600", "<&> \"'\\", "two\nlines\ttab", "\x7f\x85\u2028", "é" * 33000]
 SEVERITIES = ["none", "info", "warning", "error", "critical"]
 
 

@@ -18,7 +18,7 @@ const std::array<message_t::severity_t, 5> severities = {
 std::wstring text_of(int number)
 {
     const std::array<std::wstring, 5> texts = {L"plain", L"\u00e4 \u65e5", L"<&> \"'\\",
-                                               L"two\nlines\ttab", std::wstring(31000, L'\u00e9')};
+                                               L"two\nlines\ttab", std::wstring(33000, L'\u00e9')};
     return texts[number % texts.size()];
 }
 
