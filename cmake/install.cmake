@@ -43,6 +43,16 @@ if(VELMOEXT1_APPS)
   set(library_directory ${CMAKE_INSTALL_FULL_LIBDIR})
   cmake_path(RELATIVE_PATH library_directory BASE_DIRECTORY ${CMAKE_INSTALL_FULL_BINDIR})
   set_target_properties(velmolog PROPERTIES INSTALL_RPATH $ORIGIN/${library_directory})
+  # lnav itself looks in /etc/lnav only, which is the administrator's.
+  install(FILES apps/velmolog/schema.json
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/velmolog
+    COMPONENT velmolog)
+  install(FILES apps/velmolog/lnav/velmolog.json
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/velmolog/lnav
+    COMPONENT velmolog)
+  install(DIRECTORY apps/velmolog/rsyslog
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/velmolog/examples
+    COMPONENT velmolog)
 endif()
 
 install_headers(include/ development)
