@@ -19,6 +19,6 @@ struct edit_script_t
 /// Returns the fewest differences. Equal numbers are equal elements. Needs memory for both
 /// sequences, and at most `max_steps` comparisons, beyond which is_in_order is false.
 edit_script_t compare(const std::vector<std::uint32_t>& left,
-                      const std::vector<std::uint32_t>& right, std::size_t max_steps = 300000000);
+                      const std::vector<std::uint32_t>& right, std::size_t max_steps = 100000000);
 
 } // namespace velmolog

@@ -20,7 +20,7 @@ using ROVA_2_18::strings::utf8_to_utf16;
 
 constexpr std::size_t max_source_size = 200;
 
-/// Returns the text, in quotation marks if a reader could not see otherwise where it ends.
+/// Returns the text, in quotation marks if its end could not be seen otherwise.
 std::string quoted_if_needed(const std::string& text)
 {
     if (!text.empty() && text.find_first_of(" \t\r\n\"") == std::string::npos)
