@@ -100,15 +100,20 @@ std::string read_all(const std::string& text, std::size_t most = 1000000)
     return read_on(reader);
 }
 
-std::string types_of(const std::string& text)
+std::string read_types(log_reader_t& reader)
 {
-    growing_text_t log(text);
-    log_reader_t reader(log.source());
     std::string types;
     for (result_t result = reader.next(); !is_last(result); result = reader.next())
         if (result == result_t::message)
             types += std::string(reader.get_type()) + ";";
     return types;
+}
+
+std::string types_of(const std::string& text)
+{
+    growing_text_t log(text);
+    log_reader_t reader(log.source());
+    return read_types(reader);
 }
 
 class log_reader_test : public storage_test_t
@@ -496,6 +501,36 @@ TEST_F(log_reader_test, an_exception_of_the_source_passes_and_loses_nothing)
         }
     types.erase(std::remove(types.begin(), types.end(), '!'), types.end());
     EXPECT_EQ("ab", types);
+}
+
+TEST_F(log_reader_test, a_long_text_between_messages_needs_little_memory)
+{
+    const std::string texts[] = {std::string(50000000, '\0'), std::string(50000000, 'x')};
+    for (const std::string& text : texts) {
+        const std::string log = log_of(message_of("a") + text + message_of("b"));
+        std::size_t offset = 0;
+        log_reader_t reader([&log, &offset](char* bytes, std::size_t size) {
+            const std::size_t count = log.copy(bytes, size, offset);
+            offset += count;
+            return count;
+        });
+        const usage_t usage;
+        EXPECT_EQ("a;b;", read_types(reader));
+        EXPECT_LT(usage.megabytes(), 20);
+    }
+}
+
+TEST_F(log_reader_test, the_parts_of_a_long_text_end_between_its_characters)
+{
+    for (const std::string unit : {"\u00C4", "\U0001F4C1", "&#228;", "&amp;", "]]"}) {
+        std::string text;
+        while (text.size() < 200000)
+            text += unit;
+        for (std::size_t shift = 0; shift != 40; ++shift)
+            EXPECT_EQ("a, end", read_all("<log>" + std::string(shift, 'x') + text +
+                                         message_of("a") + "</log>"))
+                << unit << shift;
+    }
 }
 
 TEST_F(log_reader_test, hostile_text_costs_linear_time)

@@ -35,8 +35,7 @@ const entry_t& candidate_t::entry()
     if (m_entry)
         return *m_entry;
     if (!m_own_entry)
-        m_own_entry =
-            entry_t{*m_log, m_reader->get_begin(), m_reader->get_message(), std::string()};
+        m_own_entry = entry_t{*m_log, m_reader->get_begin(), m_reader->get_message(), m_observed};
     return *m_own_entry;
 }
 

@@ -30,6 +30,9 @@ public:
     const std::string& log() const { return m_entry ? m_entry->log : *m_log; }
     velmoext_1_4_8::log_reader_t::position_t begin() const;
     const entry_t& entry();
+    /// Sets the time at which the message was read. Has no effect on an entry that was read before.
+    void set_observed(const std::string& time) { m_observed = time; }
+    const std::string& observed() const { return m_entry ? m_entry->observed : m_observed; }
     const texts_t& texts();
     /// Returns the element as it is in the log, or as the library would write it.
     std::string_view element();
@@ -45,6 +48,7 @@ private:
     std::string_view m_source;
     const entry_t* m_entry = nullptr;
     std::optional<entry_t> m_own_entry;
+    std::string m_observed;
     std::optional<texts_t> m_texts;
     std::string m_element; ///< empty if it is not known
 };

@@ -32,7 +32,7 @@ void entry_sink_t::finish()
 
 void entry_sink_t::keep(candidate_t& candidate)
 {
-    m_kept.push_back({{candidate.log(), candidate.begin(), nullptr, std::string()},
+    m_kept.push_back({{candidate.log(), candidate.begin(), nullptr, candidate.observed()},
                       std::string(candidate.element())});
     if (m_kept.size() > *m_last)
         m_kept.pop_front();

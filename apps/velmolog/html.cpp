@@ -43,8 +43,9 @@ public:
     exit_status_t write()
     {
         diagnostics_t diagnostics(true);
-        const exit_status_t status = read_logs(
-            m_options, diagnostics, [this](candidate_t& candidate) { return add(candidate); });
+        const exit_status_t status =
+            read_logs(m_options, m_presenter, diagnostics,
+                      [this](candidate_t& candidate) { return add(candidate); });
         m_window.finish();
         m_report.finish();
         return status;

@@ -169,6 +169,7 @@ void add_options(CLI::App& app, command_t command, options_t& options)
     switch (command) {
     case command_t::show:
         app.add_flag("--follow", options.is_followed, "Show what is appended, too");
+        app.add_flag("--observed", options.is_observed, "Add the time of reading to JSON");
         add_format(app, options, {"line", "json", "xml"});
         return add_logs(app, options);
     case command_t::stats:
@@ -219,6 +220,8 @@ void check(const options_t& options)
         throw usage_error_t("standard input can be read only once");
     if (options.first && options.last)
         throw usage_error_t("--first excludes --last");
+    if (options.is_followed && std::count(options.logs.begin(), options.logs.end(), "-") != 0)
+        throw usage_error_t("--follow cannot read standard input");
     if (options.is_followed && (options.first || options.last))
         throw usage_error_t("--follow excludes --first and --last");
     check_catalogs(options.catalogs);

@@ -77,6 +77,7 @@ struct options_t
     std::optional<std::size_t> last;
     format_t format = format_t::line;
     bool is_followed = false;
+    bool is_observed = false; ///< whether JSON has the time of reading; always if it is followed
     catalog_options_t catalogs;
     std::string output; ///< path of a file to be created
 };

@@ -2,6 +2,7 @@
 #include "diagnostics.h"
 #include "entry_sink.h"
 #include "read_logs.h"
+#include "utc_time.h"
 
 #include <unistd.h>
 
@@ -16,8 +17,11 @@ exit_status_t show(const options_t& options, std::ostream& output)
     const presenter_t presenter(options.catalogs);
     entry_sink_t sink(options, presenter, output);
     const exit_status_t status =
-        read_logs(options, presenter, diagnostics,
-                  [&sink](candidate_t& candidate) { return sink.add(candidate); });
+        read_logs(options, presenter, diagnostics, [&sink, &options](candidate_t& candidate) {
+            if (options.is_observed)
+                candidate.set_observed(utc_time_now());
+            return sink.add(candidate);
+        });
     sink.finish();
     return status;
 }

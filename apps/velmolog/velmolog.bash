@@ -12,7 +12,7 @@ _velmolog() {
         command=${COMP_WORDS[1]}
     fi
     case $command in
-    show) options="$limits --follow --format" ;;
+    show) options="$limits --follow --observed --format" ;;
     stats | diff) options="$limits --format" ;;
     check) options="--format" ;;
     rescue | html) options="$limits --output" ;;

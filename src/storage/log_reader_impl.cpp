@@ -31,6 +31,7 @@ const std::size_t max_unfinished_bytes = 16777216;
 
 // A text of this size is passed over in parts.
 const std::size_t max_text_bytes = 65536;
+const std::size_t max_reference_bytes = 16;
 
 bool begins_with(std::string_view text, std::string_view beginning)
 {
@@ -53,6 +54,24 @@ boost::shared_ptr<message_t> read_element(std::string_view element)
         return boost::shared_ptr<message_t>();
     boost::shared_ptr<message_t> message = recognize_document(element);
     return message ? message : parse_document(std::string(element)).message;
+}
+
+bool is_trail(char byte)
+{
+    return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80;
+}
+
+// Returns the size of a long text without its end, which may be a part of a character, a reference
+// or "]]>"; 0 if the text is short.
+std::size_t size_without_end(std::string_view text)
+{
+    if (text.size() < max_text_bytes)
+        return 0;
+    std::size_t size = text.size() - 2 * max_reference_bytes;
+    size = std::min(text.find('&', size), text.size() - max_reference_bytes);
+    while (size > 1 && (is_trail(text[size]) || text[size - 1] == ']'))
+        --size;
+    return size;
 }
 
 std::string source_of(const message_t& message)
@@ -183,16 +202,13 @@ log_reader_impl_t::step_t log_reader_impl_t::read_token(scanner_t& scanner, toke
     }
 }
 
-// The end of an incomplete text may be a part of a character or a reference.
 log_reader_impl_t::step_t log_reader_impl_t::read_text(std::string_view token, bool is_complete)
 {
     const bool is_outside = m_open.empty() && (m_had_root || is_complete);
     if (is_outside && !is_blank_text(token))
         return refuse(damage_t::markup, count_blanks(token));
-    const std::size_t part = is_complete                     ? token.size()
-                             : token.size() > max_text_bytes ? token.rfind(' ')
-                                                             : 0;
-    if (part == 0 || part == std::string_view::npos)
+    const std::size_t part = is_complete ? token.size() : size_without_end(token);
+    if (part == 0)
         return step_t::more;
     const std::string_view text = token.substr(0, part);
     if (is_blank_text(text))
