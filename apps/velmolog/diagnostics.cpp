@@ -21,7 +21,7 @@ constexpr std::uint64_t all_percent = 100;
 
 diagnostics_t::diagnostics_t(bool has_progress, std::ostream* output)
     : m_has_progress(has_progress && isatty(STDERR_FILENO) != 0), m_output(output),
-      m_next(steady_clock::now() + first_pause)
+      m_next(clock_t::now() + first_pause)
 {}
 
 diagnostics_t::~diagnostics_t()
@@ -46,11 +46,11 @@ void diagnostics_t::begin(const std::string& log, std::uint64_t size)
 void diagnostics_t::add_bytes(std::uint64_t count)
 {
     m_read += count;
-    if (!m_has_progress || steady_clock::now() < m_next)
+    if (!m_has_progress || clock_t::now() < m_next)
         return;
     show_progress();
     m_is_shown = true;
-    m_next = steady_clock::now() + later_pause;
+    m_next = clock_t::now() + later_pause;
 }
 
 void diagnostics_t::flush_output()

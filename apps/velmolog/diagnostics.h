@@ -30,7 +30,7 @@ public:
     void flush_output();
 
 private:
-    typedef std::chrono::steady_clock steady_clock;
+    typedef std::chrono::steady_clock clock_t;
 
     void show_progress() const;
     void clear_progress();
@@ -41,7 +41,7 @@ private:
     std::string m_log;
     std::uint64_t m_size = 0;
     std::uint64_t m_read = 0;
-    steady_clock::time_point m_next;
+    clock_t::time_point m_next;
 };
 
 } // namespace velmolog

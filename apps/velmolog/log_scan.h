@@ -25,7 +25,7 @@ struct fault_t
         truncated, ///< text without its end is before other messages
         no_end     ///< as while a log is recorded, or after its recorder was killed
     };
-    kind_t kind;
+    kind_t kind = kind_t::markup;
     velmoext_1_4_8::log_reader_t::position_t begin;
 
     /// Returns whether a log that is being recorded cannot have this fault.

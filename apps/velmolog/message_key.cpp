@@ -96,7 +96,7 @@ std::string key_of(const message_t& message)
 boost::shared_ptr<message_t> message_of(const std::string& key)
 {
     key_reader_t reader(key);
-    const auto message = boost::make_shared<message_t>();
+    auto message = boost::make_shared<message_t>();
     message->set_severity(static_cast<message_t::severity_t>(reader.number()));
     message->set_type(reader.text());
     message_t::message_content_t content;

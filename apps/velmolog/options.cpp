@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <iostream>
+#include <iterator>
 #include <map>
 #include <string_view>
 
@@ -63,9 +64,9 @@ CLI::Option* add_list(CLI::App& app, const std::string& name, std::vector<Value>
 template <typename Value>
 std::vector<std::string> names_of(const std::map<std::string, Value>& values)
 {
-    std::vector<std::string> names;
-    for (const auto& [name, value] : values)
-        names.push_back(name);
+    std::vector<std::string> names(values.size());
+    std::transform(values.begin(), values.end(), names.begin(),
+                   [](const auto& value) { return value.first; });
     return names;
 }
 
@@ -73,8 +74,8 @@ void add_severity(CLI::App& app, const std::string& name, conditions_t& conditio
                   const std::string& help)
 {
     const auto add = [&conditions](const std::vector<std::string>& names) {
-        for (const std::string& severity : names)
-            conditions.severities.push_back(severities.at(severity));
+        std::transform(names.begin(), names.end(), std::back_inserter(conditions.severities),
+                       [](const std::string& severity) { return severities.at(severity); });
     };
     app.add_option_function<std::vector<std::string>>(name, add, help)
         ->allow_extra_args(false)
