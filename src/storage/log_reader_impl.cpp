@@ -69,9 +69,11 @@ std::size_t size_without_end(std::string_view text)
         return 0;
     std::size_t size = text.size() - 2 * max_reference_bytes;
     size = std::min(text.find('&', size), text.size() - max_reference_bytes);
-    while (size > 1 && (is_trail(text[size]) || text[size - 1] == ']'))
+    while (is_trail(text[size]) && size > 1)
         --size;
-    return size;
+    const bool is_in_section_end =
+        text.substr(size - 1, 3) == "]]>" || text.substr(size - 2, 3) == "]]>";
+    return is_in_section_end ? size - 2 : size;
 }
 
 std::string source_of(const message_t& message)
