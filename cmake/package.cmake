@@ -149,7 +149,8 @@ It reports damage, and rescues the messages of a log that is damaged.")
   foreach(program velmolint velmolog)
     string(TOUPPER ${program} id)
     string(APPEND config
-      "library_depends(${id} [[$<TARGET_FILE:${program}>]] [[$<TARGET_FILE_DIR:rova>]])\n")
+      "library_depends(${id} [[$<TARGET_FILE:${program}>]] [[$<TARGET_FILE_DIR:rova>]]"
+      " [[$<TARGET_FILE_DIR:velmoext1>]])\n")
     set(man_page ${PROJECT_BINARY_DIR}/package/${program}.1)
     configure_file(apps/${program}/${program}.1 ${man_page} COPYONLY)
     execute_process(

@@ -1,7 +1,9 @@
-# CPack reads this through the file that cmake/package.cmake generates.
-function(library_depends id library neighbours)
+# CPack reads this through the file that cmake/package.cmake generates. The last arguments are the directories of
+# the libraries of other packages.
+function(library_depends id library)
+  list(TRANSFORM ARGN PREPEND -l)
   execute_process(
-    COMMAND dpkg-shlibdeps -O -l${neighbours} ${library}
+    COMMAND dpkg-shlibdeps -O ${ARGN} ${library}
     WORKING_DIRECTORY ${CMAKE_CURRENT_LIST_DIR}
     OUTPUT_VARIABLE depends
     OUTPUT_STRIP_TRAILING_WHITESPACE
