@@ -51,8 +51,8 @@ private:
         };
         const bool is_found = (skip_one(expected) && ...);
         if (is_found) {
+            m_lines.count += m_rest[m_rest.size() - rest.size() - 1] == '\n' ? 1 : 0;
             m_rest = rest;
-            m_lines.count += rest.data()[-1] == '\n' ? 1 : 0;
         }
         return is_found;
     }

@@ -18,9 +18,9 @@ struct scanned_element_t
         malformed
     };
 
-    state_t state;
-    std::size_t size;               ///< up to its end or to the fault; 0 when unfinished
-    log_reader_t::damage_t damage;  ///< none unless it is malformed
+    state_t state = state_t::unfinished;
+    std::size_t size = 0; ///< up to its end or to the fault; 0 when unfinished
+    log_reader_t::damage_t damage = log_reader_t::damage_t::none; ///< none unless it is malformed
     bool has_message_in_it = false; ///< an element "msg", complete, below the first one
 };
 
