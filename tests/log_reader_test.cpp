@@ -348,13 +348,22 @@ TEST_F(log_reader_test, messages_in_a_message_without_an_end_are_read_on_request
     log_reader_t reader(log.source());
     EXPECT_EQ("unfinished at 45 in line 3", read_on(reader));
     reader.skip_unfinished();
-    EXPECT_EQ("b, c, unfinished at 186 in line 12", read_on(reader));
-    reader.skip_unfinished();
-    EXPECT_EQ("unfinished at 198 in line 12", read_on(reader));
+    EXPECT_EQ("b, c, unfinished at 198 in line 12", read_on(reader));
     reader.skip_unfinished();
     EXPECT_EQ("unfinished at 198 in line 12", read_on(reader));
     log.append(message_of("d"));
     EXPECT_EQ("d, unfinished at 258 in line 16", read_on(reader));
+}
+
+TEST_F(log_reader_test, messages_in_unfinished_markup_are_read_on_request)
+{
+    growing_text_t log("<log><? </log><? <msg><type>b</type></msg><msg><![CDATA[ <msg>"
+                       "<type>c</type></msg>");
+    log_reader_t reader(log.source());
+    EXPECT_EQ("unfinished at 5 in line 1", read_on(reader));
+    reader.skip_unfinished();
+    EXPECT_EQ("markup at 14 in line 1, b, markup at 47 in line 1, c, unfinished at 82 in line 1",
+              read_on(reader));
 }
 
 TEST_F(log_reader_test, damage_is_where_the_first_fault_is)
@@ -477,7 +486,7 @@ TEST_F(log_reader_test, a_log_in_another_encoding_is_read)
     EXPECT_EQ("encoding at 0 in line 1, a, character at 83 in line 1, end",
               read_all("<?xml version='1.0' encoding='x-unknown'?><log><msg><type>a</type></msg>"
                        "<msg><type>\xC4</type></msg></log>"));
-    EXPECT_EQ("a, unfinished at 72 in line 1",
+    EXPECT_EQ("a, character at 83 in line 1, end",
               read_all("<?xml version='1.0' encoding='Shift_JIS'?><log><msg><type>a</type></msg>"
                        "<msg><type>\xFF</type></msg></log>"));
 }
@@ -536,9 +545,21 @@ TEST_F(log_reader_test, the_parts_of_a_long_text_end_between_its_characters)
 TEST_F(log_reader_test, hostile_text_costs_linear_time)
 {
     const std::size_t count = 300000;
-    const std::string beginnings[] = {
-        "<msg>", "<msg ",     "<!-- ", "<msg><a>",          "</msg>", "<msg a='", "<",
-        "&",     "<![CDATA[", "<x>",   std::string(1, '\0')};
+    const std::string beginnings[] = {"<msg>",
+                                      "<msg ",
+                                      "<!-- ",
+                                      "<msg><a>",
+                                      "</msg>",
+                                      "<msg a='",
+                                      "<",
+                                      "&",
+                                      "<![CDATA[",
+                                      "<x>",
+                                      std::string(1, '\0'),
+                                      "<msg><?x ]]]",
+                                      "<msg><![CDATA[",
+                                      "</log><?x ",
+                                      "</log>&"};
     for (const std::string& beginning : beginnings) {
         std::string text = head;
         for (std::size_t i = 0; i != count; ++i)

@@ -3,6 +3,7 @@
 #include "options.h"
 #include "output_buffer.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -51,10 +52,21 @@ void report(const std::exception& error)
     std::cerr << "velmolog: " + app_common::escape_controls(error.what()) + "\n";
 }
 
+/// Opens the null device for standard streams that are closed. Otherwise a file that is opened
+/// later would be one of them.
+void open_standard_streams()
+{
+    int descriptor = 0;
+    while (descriptor <= STDERR_FILENO)
+        descriptor = open("/dev/null", O_RDWR | O_CLOEXEC); // NOLINT(*-vararg)
+    close(descriptor);
+}
+
 } // namespace
 
 int main(int count, char** arguments)
 {
+    open_standard_streams();
     // A closed pipe is an error of write(), which ends the program as any other failed output.
     std::signal(SIGPIPE, SIG_IGN); // NOLINT(cert-err33-c)
     try {

@@ -26,7 +26,7 @@ class log_reader_impl_t;
 /// in one pass, continues after damage and never changes the log.
 ///
 /// Needs memory for the largest message, a few times. A log in another encoding than UTF-8 is in
-/// memory as a whole, and ends before the first byte that its encoding does not have.
+/// memory as a whole, and what follows a byte that its encoding does not have is read as UTF-8.
 ///
 /// Thread safety: not synchronized. Logs can be read while they are recorded.
 class VELMOEXT1_API log_reader_t
@@ -83,8 +83,8 @@ public:
     /// exceptions propagate; the next call continues with its next bytes.
     result_t next();
 
-    /// Counts the text that is unfinished as damage: it lacks its end. The next call of next()
-    /// returns the messages in it, if there are any. No effect after another result.
+    /// Gives up the text that is unfinished, since it lacks its end. The next calls of next()
+    /// return the messages in it, if there are any. No effect after another result.
     void skip_unfinished();
 
     /// Returns the position of the message or the damage. After `unfinished`, returns that of the

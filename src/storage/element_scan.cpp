@@ -27,7 +27,9 @@ const std::size_t max_open_messages = 8;
 class element_scan_t
 {
 public:
-    explicit element_scan_t(std::string_view text) : m_text(text), m_scanner(text) {}
+    element_scan_t(std::string_view text, bool is_search)
+        : m_text(text), m_scanner(text), m_is_search(is_search)
+    {}
 
     scanned_element_t scan()
     {
@@ -47,10 +49,13 @@ public:
 private:
     token_t next_tag()
     {
-        token_t token = m_scanner.next();
+        token_t token = token_t::text;
         while (token == token_t::text || token == token_t::comment || token == token_t::section ||
-               token == token_t::instruction)
+               token == token_t::instruction) {
+            if (m_is_search && hides_message(m_text.substr(position())))
+                return token_t::malformed;
             token = m_scanner.next();
+        }
         if (token == token_t::start_tag)
             token = m_scanner.finish_start_tag();
         if (is_document_type())
@@ -95,6 +100,7 @@ private:
 
     std::string_view m_text;
     scanner_t m_scanner;
+    bool m_is_search;
     std::vector<std::string_view> m_open; ///< names
     std::size_t m_open_messages = 0;
     bool m_has_message_in_it = false;
@@ -127,6 +133,20 @@ std::size_t find_invalid_character(std::string_view text)
     return at;
 }
 
+// Returns the end of the comment, instruction or section that the text begins with.
+std::string_view end_of_markup(std::string_view text)
+{
+    static const struct
+    {
+        std::string_view begin;
+        std::string_view end;
+    } kinds[] = {{"<!--", "-->"}, {"<![CDATA[", "]]>"}, {"<?", "?>"}};
+    for (const auto& kind : kinds)
+        if (text.substr(0, kind.begin.size()) == kind.begin)
+            return kind.end;
+    return std::string_view();
+}
+
 bool is_whole(token_t token)
 {
     return token != token_t::end && token != token_t::unfinished && token != token_t::malformed;
@@ -150,9 +170,21 @@ std::size_t offset_in(std::string_view text, std::string_view part)
 
 } // namespace
 
-scanned_element_t scan_element(std::string_view text)
+scanned_element_t scan_element(std::string_view text, bool is_search)
 {
-    return element_scan_t(text).scan();
+    return element_scan_t(text, is_search).scan();
+}
+
+bool hides_message(std::string_view text)
+{
+    const std::string_view end = end_of_markup(text);
+    if (end.empty())
+        return false;
+    std::size_t at = text.find('<', 1);
+    while (at != std::string_view::npos && text.compare(at, 4, "<msg") != 0 &&
+           text.compare(at, 2, "</") != 0)
+        at = text.find('<', at + 1);
+    return at != std::string_view::npos && text.substr(0, at).find(end) == std::string_view::npos;
 }
 
 fault_t find_fault_of_text(std::string_view text)

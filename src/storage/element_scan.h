@@ -28,7 +28,12 @@ struct scanned_element_t
 ///
 /// An element in more than a few open elements "msg" is malformed, so that a search for
 /// messages after the beginning of one does not scan the same text again and again.
-scanned_element_t scan_element(std::string_view text);
+/// For the same reason, `is_search` has markup that hides a message be malformed.
+scanned_element_t scan_element(std::string_view text, bool is_search = false);
+
+/// Returns whether the text begins with a comment, an instruction or a section in which the
+/// beginning of a message or an end tag precedes its end.
+bool hides_message(std::string_view text);
 
 /// Returns whether the text begins with the beginning of a document type.
 inline bool begins_document_type(std::string_view text)

@@ -116,6 +116,7 @@ void log_reader_impl_t::skip_unfinished()
         return;
     m_element = std::string_view();
     m_search = search_t::candidate;
+    m_is_damaged = true;
     m_is_last = true;
 }
 
@@ -172,6 +173,8 @@ log_reader_impl_t::step_t log_reader_impl_t::read_lines()
 
 log_reader_impl_t::step_t log_reader_impl_t::read_markup()
 {
+    if (m_is_damaged && hides_message(m_text.text()))
+        return refuse(damage_t::markup, 0);
     scanner_t scanner(m_text.text());
     const token_t token = scanner.next();
     if (m_had_root && begins_document_type(m_text.text()))
@@ -276,7 +279,7 @@ log_reader_impl_t::step_t log_reader_impl_t::read_instruction(const scanner_t& s
 log_reader_impl_t::step_t log_reader_impl_t::read_message()
 {
     const std::string_view text = m_text.text();
-    const scanned_element_t scanned = scan_element(text);
+    const scanned_element_t scanned = scan_element(text, m_is_damaged);
     if (scanned.state == scanned_element_t::state_t::unfinished)
         return scanned.has_message_in_it && text.size() > max_unfinished_bytes
                    ? refuse(damage_t::markup, 0)
@@ -357,6 +360,7 @@ log_reader_impl_t::step_t log_reader_impl_t::refuse(damage_t damage, std::size_t
     }
     m_open.resize(1);
     m_had_root = true;
+    m_is_damaged = true;
     m_search = search_t::beginning;
     m_text.skip(1);
     return is_known ? step_t::again : step_t::done;
@@ -378,9 +382,11 @@ log_reader_impl_t::step_t log_reader_impl_t::accept_after_root(bool is_message)
 
 log_reader_impl_t::step_t log_reader_impl_t::lacks_text()
 {
-    if (m_is_last && m_search == search_t::candidate && !m_text.text().empty())
-        return refuse(damage_t::markup, 0);
     const std::size_t blanks = count_blanks(m_text.text());
+    if (m_is_last && blanks != m_text.text().size()) {
+        m_search = search_t::candidate;
+        return refuse(damage_t::markup, 0);
+    }
     const bool is_end = m_open.empty() && m_had_root && blanks == m_text.text().size();
     m_begin = m_end = m_text.position_of(blanks);
     m_element = m_text.text().substr(blanks);
@@ -397,11 +403,15 @@ log_reader_impl_t::step_t log_reader_impl_t::convert(const std::string& encoding
     m_is_utf8 = true;
     const std::string_view text = m_text.text();
     std::string utf8;
-    const auto converted = text.size() <= limits::max_document_bytes
-                               ? convert_to_utf8(text, encoding, utf8)
-                               : std::nullopt;
+    std::size_t unconverted = 0;
+    const auto converted =
+        text.size() <= limits::max_document_bytes
+            ? convert_to_utf8(text, encoding, utf8, std::string::npos, &unconverted)
+            : std::nullopt;
     if (!converted)
         return refuse(damage_t::encoding, 0);
+    // What follows a byte that the encoding does not have is read as without a converter.
+    utf8.append(text.substr(text.size() - unconverted));
     m_text.assign(utf8);
     return step_t::again;
 }

@@ -87,7 +87,8 @@ private:
     bool m_had_root;
     bool m_is_utf8 = false; ///< whatever the log declares
     search_t m_search = search_t::none;
-    bool m_is_last = false; ///< whether no text is expected that would complete a message
+    bool m_is_damaged = false; ///< whether there was damage, or text that was given up
+    bool m_is_last = false;    ///< whether no text is expected that would complete a message
 
     result_t m_result = result_t::unfinished;
     damage_t m_damage = damage_t::none;

@@ -72,7 +72,8 @@ bool is_utf8(std::string_view encoding)
 }
 
 std::optional<std::size_t> convert_to_utf8(std::string_view document, const std::string& encoding,
-                                           std::string& utf8, std::size_t sufficient_size)
+                                           std::string& utf8, std::size_t sufficient_size,
+                                           std::size_t* unconverted)
 {
     initialize_xml_library();
     const xml_error_scope_t errors;
@@ -98,6 +99,8 @@ std::optional<std::size_t> convert_to_utf8(std::string_view document, const std:
     }
     if (!has_memory || errors.has_run_out_of_memory())
         throw std::bad_alloc();
+    if (unconverted)
+        *unconverted = static_cast<std::size_t>(xmlBufferLength(in.get()));
     return converted;
 }
 
