@@ -26,7 +26,7 @@ class log_reader_impl_t;
 /// in one pass, continues after damage and never changes the log.
 ///
 /// Needs memory for the largest message, a few times. A log in another encoding than UTF-8 is in
-/// memory as a whole, and what follows a byte that its encoding does not have is read as UTF-8.
+/// memory as a whole. The text after a byte that its encoding does not have is read as UTF-8.
 ///
 /// Thread safety: not synchronized. Logs can be read while they are recorded.
 class VELMOEXT1_API log_reader_t

@@ -410,7 +410,7 @@ log_reader_impl_t::step_t log_reader_impl_t::convert(const std::string& encoding
             : std::nullopt;
     if (!converted)
         return refuse(damage_t::encoding, 0);
-    // What follows a byte that the encoding does not have is read as without a converter.
+    // The text after a byte that the encoding does not have is read as without a converter.
     utf8.append(text.substr(text.size() - unconverted));
     m_text.assign(utf8);
     return step_t::again;
