@@ -239,10 +239,11 @@ TEST_F(log_reader_test, type_source_and_severity_are_those_of_the_message)
         " <msg tool=\"audit\">\n  <arg name=\"n\">1</arg>\n  <type>plain</type>\n"
         "  <severity>WARNING</severity>\n </msg>\n"
         " <msg source=\"other\" tool=\"audit\">\n  <type>two</type>\n </msg>\n"
+        " <msg tool=\"a\" x=\"y\">\n  <type>three</type>\n </msg>\n"
         " <msg tool=\"a\" x=\"y\"><type>short</type><severity>0</severity></msg>\n";
     growing_text_t log(log_of(messages));
     log_reader_t reader(log.source());
-    for (int i = 0; i != 3; ++i) {
+    for (int i = 0; i != 4; ++i) {
         ASSERT_EQ(result_t::message, reader.next());
         const message_ptr_t message = reader.get_message();
         using ROVA_2_18::strings::utf16_to_utf8;
@@ -389,12 +390,145 @@ TEST_F(log_reader_test, damage_is_where_the_first_fault_is)
         {"<!-- a -- b -->", "markup at 54 in line 3"},
         {"<?xml version='1.0'?>", "markup at 45 in line 3"},
         {"<msg 1='x'><type>a</type></msg>", "markup at 45 in line 3"},
+        {"<msg><!-- \x01 --><type>a</type></msg>", "character at 55 in line 3"},
+        {"<msg><!DOCTYPE log [<type>a</type></msg>", "markup at 50 in line 3"},
+        {"<msg><type>a ]]> b</type></msg>", "markup at 58 in line 3"},
+        {"<msg><type>a</type><b x='1' x='2'/></msg>", "markup at 45 in line 3"},
+        {"<msg><type>\xED\xA0\x80</type></msg>", "character at 56 in line 3"},
+        {"<msg><type>\xC0\x80</type></msg>", "character at 56 in line 3"},
+        {"<!-- \x01 -->", "markup at 45 in line 3"},
+        {"a ]]> b", "markup at 47 in line 3"},
+        {"<other a=x/>", "markup at 52 in line 3"},
+        {"<other a='&unknown;'/>", "markup at 45 in line 3"},
     };
     for (const auto& row : rows) {
         const std::string results = read_all(head + row.message + message_of("z") + "</log>\n");
         EXPECT_EQ(row.damage, results.substr(0, results.find(", "))) << row.message;
         EXPECT_EQ(", z, end", results.substr(results.rfind(", z, end"))) << row.message;
     }
+}
+
+TEST_F(log_reader_test, nothing_is_left_of_the_item_before)
+{
+    growing_text_t log(head + "<msg tool='t'><type>a</type><severity>ERROR</severity></msg>a & b" +
+                       message_of("b"));
+    log_reader_t reader(log.source());
+    ASSERT_EQ(result_t::message, reader.next());
+    ASSERT_EQ(result_t::damage, reader.next());
+    EXPECT_EQ("", reader.get_type());
+    EXPECT_EQ("", reader.get_source());
+    EXPECT_EQ(message_t::none, reader.get_severity());
+    ASSERT_EQ(result_t::message, reader.next());
+    EXPECT_EQ(damage_t::none, reader.get_damage());
+}
+
+TEST_F(log_reader_test, damage_is_reported_after_text_that_was_skipped)
+{
+    growing_text_t log(head);
+    log_reader_t reader(log.source());
+    EXPECT_EQ("unfinished at 45 in line 3", read_on(reader));
+    reader.skip_unfinished();
+    log.append("a & b<!-- -->");
+    EXPECT_EQ("reference at 47 in line 3, unfinished at 58 in line 3", read_on(reader));
+    log.append(" <msg>\n  <ty");
+    EXPECT_EQ("unfinished at 59 in line 3", read_on(reader));
+    log.append("pe>c</type>\n </msg>\n<msg><ty");
+    EXPECT_EQ("c, unfinished at 90 in line 6", read_on(reader));
+    reader.skip_unfinished();
+    EXPECT_EQ("unfinished at 98 in line 6", read_on(reader));
+    log.append("\n <msg>\n  <ty");
+    EXPECT_EQ("unfinished at 100 in line 7", read_on(reader));
+    log.append("pe>d</type>\n </msg>\n");
+    EXPECT_EQ("d, unfinished at 131 in line 10", read_on(reader));
+}
+
+TEST_F(log_reader_test, a_skipped_message_that_is_completed_is_read)
+{
+    growing_text_t log(head + " <msg>\n  <ty");
+    log_reader_t reader(log.source());
+    EXPECT_EQ("unfinished at 46 in line 3", read_on(reader));
+    reader.skip_unfinished();
+    log.append("pe>a</type>\n </msg>\n&" + message_of("b"));
+    EXPECT_EQ("a, reference at 77 in line 6, b, unfinished at 138 in line 10", read_on(reader));
+}
+
+TEST_F(log_reader_test, what_is_left_of_a_tag_is_skipped_too)
+{
+    growing_text_t log(head + "<msg>x<m");
+    log_reader_t reader(log.source());
+    EXPECT_EQ("unfinished at 45 in line 3", read_on(reader));
+    reader.skip_unfinished();
+    EXPECT_EQ("unfinished at 53 in line 3", read_on(reader));
+}
+
+TEST_F(log_reader_test, damage_outside_the_root_is_where_it_begins)
+{
+    const struct
+    {
+        std::string log;
+        std::string results;
+    } rows[] = {
+        {"\n\xEF\xBB\xBF<log/>", "markup at 1 in line 2, unfinished at 10 in line 2"},
+        {"  x<log/>", "markup at 2 in line 1, unfinished at 9 in line 1"},
+        {"x<log></log>", "markup at 0 in line 1, end"},
+        {"<log/><![CDATA[x]]>", "markup at 6 in line 1, unfinished at 19 in line 1"},
+        {"<log/> <!-- z", "unfinished at 7 in line 1"},
+        {"<log>&</log>x", "reference at 5 in line 1, markup at 12 in line 1, "
+                          "unfinished at 13 in line 1"},
+        {"<logs>&</logs>", "reference at 6 in line 1, end"},
+        {"<log>&<msgs>" + message_of("a") + "</log>", "reference at 5 in line 1, a, end"},
+        {"<!DOCTYPE log>", "unfinished at 0 in line 1"},
+        {"<log/>" + message_of("a"), "markup at 7 in line 1, a, unfinished at 66 in line 5"},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(row.results, read_all(row.log)) << row.log;
+}
+
+TEST_F(log_reader_test, a_byte_order_mark_is_stronger_than_a_declaration)
+{
+    EXPECT_EQ("\u00C4, end", read_all("\xEF\xBB\xBF<?xml version='1.0' encoding='ISO-8859-1'?>"
+                                      "<log><msg><type>\u00C4</type></msg></log>"));
+}
+
+TEST_F(log_reader_test, markup_without_an_end_is_damage_after_16_megabytes)
+{
+    const std::string text(40000000, 'x');
+    EXPECT_EQ("markup at 45 in line 3, a, end",
+              read_all(head + "<!-- " + text + message_of("a") + "</log>"));
+    EXPECT_EQ("markup at 45 in line 3, a, b, end",
+              read_all(head + "<msg><arg name='a'>" + message_of("a") + text + message_of("b") +
+                       "</log>"));
+}
+
+TEST_F(log_reader_test, messages_in_a_message_are_limited_in_depth_only)
+{
+    std::string nested;
+    std::string listed;
+    for (int i = 0; i != 9; ++i) {
+        nested += "<msg>";
+        listed += "<msg>b</msg>";
+    }
+    EXPECT_EQ("unfinished at 45 in line 3", read_all(head + nested.substr(5)));
+    EXPECT_EQ("markup at 90 in line 3, unfinished at 50 in line 3", read_all(head + nested));
+    EXPECT_EQ("a, end", read_all(log_of("<msg>" + listed + "<type>a</type></msg>")));
+}
+
+TEST_F(log_reader_test, white_space_at_the_end_is_not_unfinished_text)
+{
+    growing_text_t log(head + "  ");
+    log_reader_t reader(log.source());
+    EXPECT_EQ("unfinished at 47 in line 3", read_on(reader));
+    EXPECT_EQ("", reader.get_text());
+}
+
+TEST_F(log_reader_test, a_message_with_too_many_attributes_exceeds_a_limit)
+{
+    std::string attributes;
+    for (int i = 0; i != 30000; ++i)
+        attributes += " a" + std::to_string(i) + "='x'";
+    EXPECT_EQ("limit at 45 in line 3, b, end",
+              read_all(head + "<msg><type>a</type><x" + attributes + "/></msg>" + message_of("b") +
+                       "</log>"));
 }
 
 TEST_F(log_reader_test, text_before_or_after_the_root_is_damage)

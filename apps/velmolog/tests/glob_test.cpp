@@ -59,6 +59,7 @@ TEST(glob_test, a_question_mark_is_one_character_of_unicode)
 {
     EXPECT_TRUE(matches("?", "\u00E9"));
     EXPECT_TRUE(matches("?", "\U0001F600"));
+    EXPECT_TRUE(matches("\uFFFD", "\xFF"));
     EXPECT_FALSE(matches("?", ""));
     EXPECT_FALSE(matches("?", "ab"));
 }
@@ -73,6 +74,7 @@ TEST(glob_test, a_set_has_characters_and_ranges)
     EXPECT_FALSE(matches("[!a]", "a"));
     EXPECT_TRUE(matches("[]a]", "]"));
     EXPECT_TRUE(matches("[!]]", "a"));
+    EXPECT_TRUE(matches("[^]]", "a"));
     EXPECT_TRUE(matches("[a-]", "-"));
     EXPECT_TRUE(matches("[\\]\\-a]", "-"));
     EXPECT_FALSE(matches("[z-a]", "m"));
@@ -83,6 +85,7 @@ TEST(glob_test, a_bracket_without_an_end_is_itself)
     EXPECT_TRUE(matches("[a", "[a"));
     EXPECT_TRUE(matches("[", "["));
     EXPECT_TRUE(matches("[!]", "[!]"));
+    EXPECT_TRUE(matches("[^]", "[^]"));
     EXPECT_TRUE(matches("[a\\]", "[a]"));
 }
 
@@ -93,6 +96,7 @@ TEST(glob_test, a_backslash_makes_a_wildcard_an_ordinary_character)
     EXPECT_TRUE(matches("a\\", "a\\"));
     EXPECT_TRUE(glob_t("a\\*b").is_literal());
     EXPECT_EQ(glob_t("a\\*\u00E9\U0001F600").literal(), "a*\u00E9\U0001F600");
+    EXPECT_EQ(glob_t("\u0800\uFFFF\U00010000").literal(), "\u0800\uFFFF\U00010000");
     EXPECT_FALSE(glob_t("[a]").is_literal());
     EXPECT_FALSE(glob_t("a*").is_literal());
     EXPECT_FALSE(glob_t("a?").is_literal());

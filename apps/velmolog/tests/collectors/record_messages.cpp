@@ -4,6 +4,7 @@
 #include <rova/strings.h>
 
 #include <array>
+#include <cstddef>
 #include <cstdlib>
 #include <string>
 
@@ -15,14 +16,14 @@ namespace
 const std::array<message_t::severity_t, 5> severities = {
     message_t::none, message_t::info, message_t::warning, message_t::error, message_t::critical};
 
-std::wstring text_of(int number)
+std::wstring text_of(std::size_t number)
 {
     const std::array<std::wstring, 5> texts = {L"plain", L"\u00e4 \u65e5", L"<&> \"'\\",
                                                L"two\nlines\ttab", std::wstring(33000, L'\u00e9')};
     return texts[number % texts.size()];
 }
 
-boost::shared_ptr<message_t> message_of(int number)
+boost::shared_ptr<message_t> message_of(std::size_t number)
 {
     message_builder_t message(L"type_" + std::to_wstring(number % 4));
     message.severity(severities[number % severities.size()]).source(L"audit");
@@ -32,7 +33,7 @@ boost::shared_ptr<message_t> message_of(int number)
     return message.build();
 }
 
-bool record(const basekit2::path_t& log, int count)
+bool record(const basekit2::path_t& log, std::size_t count)
 {
     const auto storage = messages_storage_t::get(log);
     const auto ex = velmo_ex_t::get(L"recorder", L"");
@@ -45,7 +46,7 @@ bool record(const basekit2::path_t& log, int count)
     channel.set_output_velmoext(ex);
     velmo_adapter_t sender;
     sender.set_output_velmo(&channel);
-    for (int number = 0; number < count; ++number)
+    for (std::size_t number = 0; number < count; ++number)
         sender.send_to_velmo(message_of(number));
     return storage->stop_recording();
 }
@@ -57,5 +58,5 @@ int main(int argc, char** argv)
     if (argc != 3)
         return EXIT_FAILURE;
     const basekit2::path_t log(ROVA_2_18::strings::utf8_to_utf16(argv[1]));
-    return record(log, std::atoi(argv[2])) ? EXIT_SUCCESS : EXIT_FAILURE;
+    return record(log, std::strtoull(argv[2], nullptr, 10)) ? EXIT_SUCCESS : EXIT_FAILURE;
 }

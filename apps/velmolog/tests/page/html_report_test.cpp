@@ -85,7 +85,7 @@ TEST(html_report_test, each_message_has_its_text_in_every_language)
     const auto data = data_of(reporter.page_of({"de", "en", "sr@latin"}, 10001));
     const std::size_t row = 7 + 2 + 6;
     ASSERT_EQ(10001 * row, data["rows"].size());
-    for (const std::size_t i : {0, 1, 9999, 10000}) {
+    for (const std::size_t i : {0UL, 1UL, 9999UL, 10000UL}) {
         EXPECT_EQ("/m/" + std::to_string(i), text_at(data, i * row + 7));
         const std::string mark = "\x7F"
                                  "a\x7F";
