@@ -9,6 +9,7 @@
 
 #include <rova/strings.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -23,6 +24,9 @@ typedef scanner_t::token_t token_t;
 
 // The library writes messages with one other "msg" at most.
 const std::size_t max_open_messages = 8;
+
+// Each search for the end of markup passes over so much of what another one has passed over.
+const std::size_t max_hidden_bytes = 4096;
 
 class element_scan_t
 {
@@ -184,7 +188,8 @@ bool hides_message(std::string_view text)
     while (at != std::string_view::npos && text.compare(at, 4, "<msg") != 0 &&
            text.compare(at, 2, "</") != 0)
         at = text.find('<', at + 1);
-    return at != std::string_view::npos && text.substr(0, at).find(end) == std::string_view::npos;
+    return at != std::string_view::npos &&
+           text.substr(0, std::max(at, max_hidden_bytes)).find(end) == std::string_view::npos;
 }
 
 fault_t find_fault_of_text(std::string_view text)

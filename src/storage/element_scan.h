@@ -31,8 +31,8 @@ struct scanned_element_t
 /// For the same reason, `is_search` has markup that hides a message be malformed.
 scanned_element_t scan_element(std::string_view text, bool is_search = false);
 
-/// Returns whether the text begins with a comment, an instruction or a section in which the
-/// beginning of a message or an end tag precedes its end.
+/// Returns whether the text begins with a comment, an instruction or a section of some length in
+/// which the beginning of a message or an end tag precedes its end.
 bool hides_message(std::string_view text);
 
 /// Returns whether the text begins with the beginning of a document type.
