@@ -363,8 +363,7 @@ TEST_F(log_reader_test, messages_in_unfinished_markup_are_read_on_request)
     log_reader_t reader(log.source());
     EXPECT_EQ("unfinished at 5 in line 1", read_on(reader));
     reader.skip_unfinished();
-    EXPECT_EQ("markup at 14 in line 1, b, markup at 47 in line 1, c, unfinished at 82 in line 1",
-              read_on(reader));
+    EXPECT_EQ("b, c, unfinished at 82 in line 1", read_on(reader));
 }
 
 TEST_F(log_reader_test, damage_is_where_the_first_fault_is)

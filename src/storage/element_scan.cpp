@@ -182,7 +182,8 @@ scanned_element_t scan_element(std::string_view text, bool is_search)
 bool hides_message(std::string_view text)
 {
     const std::string_view end = end_of_markup(text);
-    if (end.empty())
+    // The result must not depend on how much of the text has been read.
+    if (end.empty() || text.size() < max_hidden_bytes)
         return false;
     std::size_t at = text.find('<', 1);
     while (at != std::string_view::npos && text.compare(at, 4, "<msg") != 0 &&
