@@ -116,6 +116,14 @@ std::string types_of(const std::string& text)
     return read_types(reader);
 }
 
+std::string repeat(const std::string& text, std::size_t count)
+{
+    std::string result;
+    for (std::size_t i = 0; i != count; ++i)
+        result += text;
+    return result;
+}
+
 class log_reader_test : public storage_test_t
 {
 protected:
@@ -395,10 +403,14 @@ TEST_F(log_reader_test, damage_is_where_the_first_fault_is)
         {"<msg><type>a</type><b x='1' x='2'/></msg>", "markup at 45 in line 3"},
         {"<msg><type>\xED\xA0\x80</type></msg>", "character at 56 in line 3"},
         {"<msg><type>\xC0\x80</type></msg>", "character at 56 in line 3"},
-        {"<!-- \x01 -->", "markup at 45 in line 3"},
+        {"<!-- \x01 -->", "character at 50 in line 3"},
+        {"<![CDATA[\x01]]>", "character at 54 in line 3"},
+        {"<?x \xFF?>", "character at 49 in line 3"},
         {"a ]]> b", "markup at 47 in line 3"},
         {"<other a=x/>", "markup at 52 in line 3"},
-        {"<other a='&unknown;'/>", "markup at 45 in line 3"},
+        {"<other a='&unknown;'/>", "reference at 55 in line 3"},
+        {"<other a='<'/>", "markup at 55 in line 3"},
+        {"<other a='\xFF'></other>", "character at 55 in line 3"},
     };
     for (const auto& row : rows) {
         const std::string results = read_all(head + row.message + message_of("z") + "</log>\n");
@@ -508,8 +520,63 @@ TEST_F(log_reader_test, messages_in_a_message_are_limited_in_depth_only)
         listed += "<msg>b</msg>";
     }
     EXPECT_EQ("unfinished at 45 in line 3", read_all(head + nested.substr(5)));
-    EXPECT_EQ("markup at 90 in line 3, unfinished at 50 in line 3", read_all(head + nested));
+    EXPECT_EQ("limit at 85 in line 3, unfinished at 50 in line 3", read_all(head + nested));
     EXPECT_EQ("a, end", read_all(log_of("<msg>" + listed + "<type>a</type></msg>")));
+}
+
+TEST_F(log_reader_test, elements_are_limited_in_depth)
+{
+    const auto begin_tags = [](std::size_t count) {
+        return repeat("<b>", count);
+    };
+    const auto end_tags = [](std::size_t count) {
+        return repeat("</b>", count);
+    };
+    const std::string message = "<msg><type>a</type></msg>";
+    EXPECT_EQ("a, end", read_all("<log>" + begin_tags(253) + message + end_tags(253) + "</log>"));
+    EXPECT_EQ("limit at 772 in line 1, end",
+              read_all("<log>" + begin_tags(254) + message + end_tags(254) + "</log>"));
+    EXPECT_EQ("limit at 770 in line 1, a, end",
+              read_all("<log>" + begin_tags(256) + message + "</log>"));
+    EXPECT_EQ("a, end", read_all("<log><msg><type>a</type>" + begin_tags(254) + end_tags(254) +
+                                 "</msg></log>"));
+    EXPECT_EQ("limit at 786 in line 1, a, end",
+              read_all("<log><msg><type>a</type>" + begin_tags(254) + "<c/>" + end_tags(254) +
+                       "</msg>" + message + "</log>"));
+}
+
+TEST_F(log_reader_test, markup_that_never_ends_needs_little_memory)
+{
+    const std::string filling(100000, 'x');
+    for (const std::string beginning :
+         {"<log a='", "<!--", "<?x ", "<msg><!--", "<msg><![CDATA[", "<msg><type>a</type>"}) {
+        std::string next = "<log>" + beginning + message_of("a");
+        std::size_t bytes_left = 300000000;
+        log_reader_t reader([&](char* bytes, std::size_t size) {
+            const std::size_t count = std::min(next.copy(bytes, size), bytes_left);
+            next.erase(0, count);
+            next += next.empty() ? message_of("b") + filling : "";
+            bytes_left -= count;
+            return count;
+        });
+        const usage_t usage;
+        EXPECT_EQ(result_t::damage, reader.next()) << beginning;
+        EXPECT_EQ(result_t::message, reader.next()) << beginning;
+        EXPECT_LT(usage.megabytes(), 100) << beginning;
+    }
+}
+
+TEST_F(log_reader_test, a_long_message_is_read_from_short_chunks)
+{
+    const std::string element = "<e>" + std::string(9000000, 'x') + "</e>";
+    const std::string type(1000000, 'y');
+    const std::string message =
+        "<msg><!-- -->" + repeat(element, 4) + "<type>" + type + "</type></msg>";
+    growing_text_t log(log_of(message + message_of("b")), 5000);
+    log_reader_t reader(log.source());
+    ASSERT_EQ(result_t::message, reader.next());
+    EXPECT_EQ(type, reader.get_type());
+    EXPECT_EQ("b, end", read_on(reader));
 }
 
 TEST_F(log_reader_test, white_space_at_the_end_is_not_unfinished_text)
@@ -619,6 +686,9 @@ TEST_F(log_reader_test, a_log_in_another_encoding_is_read)
     EXPECT_EQ("encoding at 0 in line 1, a, character at 83 in line 1, end",
               read_all("<?xml version='1.0' encoding='x-unknown'?><log><msg><type>a</type></msg>"
                        "<msg><type>\xC4</type></msg></log>"));
+    EXPECT_EQ("encoding at 0 in line 1, a, end",
+              read_all("<?xml version='1.0' encoding='UTF-16'?><log><msg><type>a</type></msg>"
+                       "</log>"));
     EXPECT_EQ("a, character at 83 in line 1, end",
               read_all("<?xml version='1.0' encoding='Shift_JIS'?><log><msg><type>a</type></msg>"
                        "<msg><type>\xFF</type></msg></log>"));
@@ -694,9 +764,7 @@ TEST_F(log_reader_test, hostile_text_costs_linear_time)
                                       "</log><?x ",
                                       "</log>&"};
     for (const std::string& beginning : beginnings) {
-        std::string text = head;
-        for (std::size_t i = 0; i != count; ++i)
-            text += beginning;
+        const std::string text = head + repeat(beginning, count);
         const usage_t usage;
         growing_text_t log(text);
         log_reader_t reader(log.source());

@@ -26,7 +26,8 @@ class log_reader_impl_t;
 /// in one pass, continues after damage and never changes the log.
 ///
 /// Needs memory for the largest message, a few times. A log in another encoding than UTF-8 is in
-/// memory as a whole. The text after a byte that its encoding does not have is read as UTF-8.
+/// memory as a whole, and text that is appended to it later is not read. The text after a byte that
+/// its encoding does not have is read as UTF-8. UTF-16 and UTF-32 are not read.
 ///
 /// Thread safety: not synchronized. Logs can be read while they are recorded.
 class VELMOEXT1_API log_reader_t
@@ -63,8 +64,9 @@ public:
         end_tag,   ///< an end tag of another element than the last one that began
         character, ///< a character that XML does not have, or malformed UTF-8
         reference, ///< an ampersand without a reference, or an unknown entity
-        encoding,  ///< no converter knows the log's encoding; it is read as if it was UTF-8
-        limit      ///< an element of a foreign log that exceeds a limit of docs/limits.md
+        encoding, ///< no converter knows the log's encoding, or it cannot be the declaration's; the
+                  ///< log is read as if it was UTF-8
+        limit     ///< markup of a foreign log that exceeds a limit of docs/limits.md
     };
 
     /// Reads a file from its beginning. Text that is appended later is read too.
@@ -72,7 +74,8 @@ public:
     /// Reads from a source, which must not be empty.
     explicit log_reader_t(source_t source);
     /// Continues between two messages: the source begins at the position that another reader's
-    /// get_end() returned at a message. Requires a log in UTF-8.
+    /// get_end() returned at a message. Requires a log in UTF-8. If elements other than the root
+    /// are around that message, their end tags are damage.
     log_reader_t(source_t source, const position_t& position);
     log_reader_t(const log_reader_t&) = delete;
     log_reader_t& operator=(const log_reader_t&) = delete;

@@ -3,6 +3,7 @@
 #include "encoding/element_names.h"
 #include "xml/characters.h"
 #include "xml/cost.h"
+#include "xml/limits.h"
 #include "xml/references.h"
 #include "xml/scanner.h"
 #include "xml/utf8.h"
@@ -22,17 +23,15 @@ typedef log_reader_t::damage_t damage_t;
 typedef scanned_element_t::state_t state_t;
 typedef scanner_t::token_t token_t;
 
-// The library writes messages with one other "msg" at most.
-const std::size_t max_open_messages = 8;
-
 // Each search for the end of markup passes over so much of what another one has passed over.
 const std::size_t max_hidden_bytes = 4096;
 
 class element_scan_t
 {
 public:
-    element_scan_t(std::string_view text, bool is_search)
-        : m_text(text), m_scanner(text), m_is_search(is_search)
+    element_scan_t(std::string_view text, std::size_t depth, bool is_search)
+        : m_text(text), m_scanner(text), m_max_open(limits::max_element_depth - depth),
+          m_is_search(is_search)
     {}
 
     scanned_element_t scan()
@@ -69,11 +68,13 @@ private:
 
     damage_t open()
     {
+        if (m_open.size() == m_max_open)
+            return damage_t::limit;
         if (m_scanner.is_empty_element())
             return damage_t::none;
         m_open.push_back(m_scanner.name());
         m_open_messages += m_scanner.name() == element_names::msg ? 1 : 0;
-        return m_open_messages > max_open_messages ? damage_t::markup : damage_t::none;
+        return m_open_messages > limits::max_open_messages ? damage_t::limit : damage_t::none;
     }
 
     damage_t close()
@@ -91,7 +92,7 @@ private:
     // A tag that does not fit is at fault from its beginning, and so is a document type.
     std::size_t fault_offset(damage_t damage) const
     {
-        const bool is_misplaced = damage == damage_t::end_tag || is_document_type();
+        const bool is_misplaced = damage != damage_t::markup || is_document_type();
         return position() - (is_misplaced ? m_scanner.token().size() : 0);
     }
 
@@ -104,6 +105,7 @@ private:
 
     std::string_view m_text;
     scanner_t m_scanner;
+    std::size_t m_max_open;
     bool m_is_search;
     std::vector<std::string_view> m_open; ///< names
     std::size_t m_open_messages = 0;
@@ -174,9 +176,9 @@ std::size_t offset_in(std::string_view text, std::string_view part)
 
 } // namespace
 
-scanned_element_t scan_element(std::string_view text, bool is_search)
+scanned_element_t scan_element(std::string_view text, std::size_t depth, bool is_search)
 {
-    return element_scan_t(text, is_search).scan();
+    return element_scan_t(text, depth, is_search).scan();
 }
 
 bool hides_message(std::string_view text)

@@ -26,10 +26,11 @@ struct scanned_element_t
 
 /// Finds the end of an element by its tags, in linear time. Checks neither names nor texts.
 ///
-/// An element in more than a few open elements "msg" is malformed, so that a search for
-/// messages after the beginning of one does not scan the same text again and again.
-/// For the same reason, `is_search` has markup that hides a message be malformed.
-scanned_element_t scan_element(std::string_view text, bool is_search = false);
+/// `depth` is the number of elements around it, at most limits::max_element_depth. More than
+/// limits::max_open_messages are malformed, so that a search for messages after the beginning of
+/// one does not scan the same text again and again. For the same reason, `is_search` has markup
+/// that hides a message be malformed.
+scanned_element_t scan_element(std::string_view text, std::size_t depth, bool is_search);
 
 /// Returns whether the text begins with a comment, an instruction or a section of some length in
 /// which the beginning of a message or an end tag precedes its end.

@@ -26,7 +26,7 @@ typedef scanner_t::token_t token_t;
 
 const std::string_view byte_order_mark = "\xEF\xBB\xBF";
 
-// Markup that swallows more than this, or a message that has others in it, lacks its end.
+// Markup that swallows more than this lacks its end, and so does a message that swallows others.
 const std::size_t max_unfinished_bytes = 16777216;
 
 // A text of this size is passed over in parts.
@@ -45,6 +45,13 @@ bool can_begin_with(std::string_view text, std::string_view tag)
     const std::size_t size = std::min(text.size(), tag.size());
     return text.substr(0, size) == tag.substr(0, size) &&
            (text.size() <= tag.size() || ends_name(text[tag.size()]));
+}
+
+// Returns whether a long element that is unfinished has swallowed messages.
+bool is_endless(const scanned_element_t& scanned, std::string_view text)
+{
+    return scanned.has_message_in_it ||
+           scan_element(text, 0, true).state == scanned_element_t::state_t::malformed;
 }
 
 // Requires a whole element "msg". Null when it has a fault.
@@ -179,8 +186,12 @@ log_reader_impl_t::step_t log_reader_impl_t::read_markup()
     const token_t token = scanner.next();
     if (m_had_root && begins_document_type(m_text.text()))
         return refuse(damage_t::markup, 0);
-    if (token != token_t::end && token != token_t::unfinished)
-        return read_token(scanner, token);
+    return token == token_t::end || token == token_t::unfinished ? require_end()
+                                                                 : read_token(scanner, token);
+}
+
+log_reader_impl_t::step_t log_reader_impl_t::require_end()
+{
     return m_text.text().size() > max_unfinished_bytes ? refuse(damage_t::markup, 0) : step_t::more;
 }
 
@@ -233,16 +244,20 @@ log_reader_impl_t::step_t log_reader_impl_t::read_start_tag(scanner_t& scanner)
         return read_message();
     const token_t token = scanner.finish_start_tag();
     if (token == token_t::unfinished)
-        return step_t::more;
+        return require_end();
     if (token == token_t::malformed)
         return refuse(damage_t::markup, scanner.token().size());
+    if (m_open.size() == limits::max_element_depth)
+        return refuse(damage_t::limit, 0);
     const std::string name(scanner.name());
-    const std::string end_tag = scanner.is_empty_element() ? std::string() : "</" + name + ">";
+    const bool is_empty = scanner.is_empty_element();
+    const std::string end_tag = is_empty ? std::string() : "</" + name + ">";
     const std::size_t size = scanner.token().size();
-    if (!is_well_formed(std::string(scanner.token()) + end_tag))
-        return refuse(damage_t::markup, 0);
+    const fault_t fault = find_fault_of_markup("", size, end_tag);
+    if (fault.damage != damage_t::none)
+        return refuse(fault.damage, fault.offset);
     m_had_root = true;
-    if (!scanner.is_empty_element())
+    if (!is_empty)
         m_open.push_back(name);
     return pass(size);
 }
@@ -279,9 +294,9 @@ log_reader_impl_t::step_t log_reader_impl_t::read_instruction(const scanner_t& s
 log_reader_impl_t::step_t log_reader_impl_t::read_message()
 {
     const std::string_view text = m_text.text();
-    const scanned_element_t scanned = scan_element(text, m_is_damaged);
+    const scanned_element_t scanned = scan_element(text, m_open.size(), m_is_damaged);
     if (scanned.state == scanned_element_t::state_t::unfinished)
-        return scanned.has_message_in_it && text.size() > max_unfinished_bytes
+        return text.size() > max_unfinished_bytes && is_endless(scanned, text)
                    ? refuse(damage_t::markup, 0)
                    : step_t::more;
     if (scanned.state == scanned_element_t::state_t::malformed)
@@ -334,12 +349,23 @@ log_reader_impl_t::step_t log_reader_impl_t::find_beginning()
 }
 
 // Passes over markup if it is well-formed with these texts around it.
-log_reader_impl_t::step_t log_reader_impl_t::check(const char* before, std::size_t size,
+log_reader_impl_t::step_t log_reader_impl_t::check(std::string_view before, std::size_t size,
                                                    const std::string& after)
+{
+    const fault_t fault = find_fault_of_markup(before, size, after);
+    return fault.damage == damage_t::none ? pass(size) : refuse(fault.damage, fault.offset);
+}
+
+fault_t log_reader_impl_t::find_fault_of_markup(std::string_view before, std::size_t size,
+                                                const std::string& after) const
 {
     std::string document(before);
     document.append(m_text.text().substr(0, size)).append(after);
-    return is_well_formed(document) ? pass(size) : refuse(damage_t::markup, 0);
+    if (is_well_formed(document))
+        return {damage_t::none, size};
+    fault_t fault = find_fault_of_element(document);
+    fault.offset = std::min(fault.offset - std::min(fault.offset, before.size()), size);
+    return fault;
 }
 
 log_reader_impl_t::step_t log_reader_impl_t::pass(std::size_t size)
@@ -408,7 +434,8 @@ log_reader_impl_t::step_t log_reader_impl_t::convert(const std::string& encoding
         text.size() <= limits::max_document_bytes
             ? convert_to_utf8(text, encoding, utf8, std::string::npos, &unconverted)
             : std::nullopt;
-    if (!converted)
+    // An encoding that writes the declaration in other bytes is not the log's.
+    if (!converted || !begins_with(utf8, "<?xml"))
         return refuse(damage_t::encoding, 0);
     // The text after a byte that the encoding does not have is read as without a converter.
     utf8.append(text.substr(text.size() - unconverted));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "storage/element_scan.h"
 #include "storage/log_text.h"
 #include "xml/scanner.h"
 
@@ -67,6 +68,7 @@ private:
     step_t read_item();
     step_t read_lines();
     step_t read_markup();
+    step_t require_end();
     step_t read_token(scanner_t& scanner, scanner_t::token_t token);
     step_t read_text(std::string_view token, bool is_complete);
     step_t read_start_tag(scanner_t& scanner);
@@ -75,7 +77,9 @@ private:
     step_t read_instruction(const scanner_t& scanner);
     step_t read_message();
     step_t find_beginning();
-    step_t check(const char* before, std::size_t size, const std::string& after);
+    step_t check(std::string_view before, std::size_t size, const std::string& after);
+    fault_t find_fault_of_markup(std::string_view before, std::size_t size,
+                                 const std::string& after) const;
     step_t pass(std::size_t size);
     step_t accept_after_root(bool is_message);
     step_t refuse(damage_t damage, std::size_t offset);

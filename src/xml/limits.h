@@ -64,6 +64,12 @@ constexpr std::size_t max_entity_bytes = 10000000;
 /// Nesting of entities and elements in the text of one element: each is a call on the stack.
 constexpr int max_text_depth = 1000;
 
+/// Nesting of elements in a log that log_reader_t reads. libxml2 has about the same limit.
+constexpr std::size_t max_element_depth = 256;
+
+/// Open elements "msg" at once in a log that log_reader_t reads. The library writes two at most.
+constexpr std::size_t max_open_messages = 8;
+
 /// Bytes that are searched for the next tag after the events of one type in a log, all together.
 /// Each event counts up to that tag, and a search from each of very many would be quadratic.
 constexpr std::size_t max_look_ahead_bytes = 65536;
