@@ -1,7 +1,5 @@
 #include "candidate.h"
 
-#include <velmoext1/string_message_serializer.h>
-
 #include <rova/strings.h>
 
 #include <cstddef>
@@ -17,12 +15,11 @@ candidate_t::candidate_t(const std::string& log, log_reader_t& reader, const pre
       m_type(reader.get_type()), m_source(reader.get_source())
 {}
 
-candidate_t::candidate_t(const entry_t& entry, const presenter_t& presenter,
-                         const std::string& element)
+candidate_t::candidate_t(const entry_t& entry, const presenter_t& presenter)
     : m_presenter(presenter), m_severity(entry.message->get_severity()),
       m_own_type(utf16_to_utf8(entry.message->get_type())),
       m_own_source(utf16_to_utf8(entry.message->get_source())), m_type(m_own_type),
-      m_source(m_own_source), m_entry(&entry), m_element(element)
+      m_source(m_own_source), m_entry(&entry)
 {}
 
 log_reader_t::position_t candidate_t::begin() const
@@ -35,7 +32,7 @@ const entry_t& candidate_t::entry()
     if (m_entry)
         return *m_entry;
     if (!m_own_entry)
-        m_own_entry = entry_t{*m_log, m_reader->get_begin(), m_reader->get_message(), m_observed};
+        m_own_entry = {*m_log, m_reader->get_begin(), m_reader->get_message(), m_observed, ""};
     return *m_own_entry;
 }
 
@@ -44,15 +41,6 @@ const texts_t& candidate_t::texts()
     if (!m_texts)
         m_texts = m_presenter.present(entry());
     return *m_texts;
-}
-
-std::string_view candidate_t::element()
-{
-    if (m_reader)
-        return m_reader->get_text();
-    if (m_element.empty())
-        m_element = element_of(m_entry->message);
-    return m_element;
 }
 
 boost::shared_ptr<message_t> message_of_element(std::string_view element)
@@ -64,14 +52,6 @@ boost::shared_ptr<message_t> message_of_element(std::string_view element)
     });
     reader.next();
     return reader.get_message();
-}
-
-std::string element_of(const boost::shared_ptr<message_t>& message)
-{
-    const std::string document =
-        utf16_to_utf8(string_message_serializer_t::message_to_xml_string(message));
-    const std::size_t begin = document.find("<msg");
-    return document.substr(begin, document.rfind('>') + 1 - begin);
 }
 
 } // namespace velmolog

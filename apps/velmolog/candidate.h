@@ -19,10 +19,8 @@ public:
     /// The message at which the reader is. All parameters must outlive the object.
     candidate_t(const std::string& log, velmoext_1_4_8::log_reader_t& reader,
                 const presenter_t& presenter);
-    /// A message that was read before, with its element in the log if that is known. Both other
-    /// parameters must outlive the object.
-    candidate_t(const entry_t& entry, const presenter_t& presenter,
-                const std::string& element = std::string());
+    /// A message that was read before. All parameters must outlive the object.
+    candidate_t(const entry_t& entry, const presenter_t& presenter);
 
     velmoext_1_4_8::message_t::severity_t severity() const { return m_severity; }
     std::string_view type() const { return m_type; }
@@ -34,8 +32,8 @@ public:
     void set_observed(const std::string& time) { m_observed = time; }
     const std::string& observed() const { return m_entry ? m_entry->observed : m_observed; }
     const texts_t& texts();
-    /// Returns the element as it is in the log, or as the library would write it.
-    std::string_view element();
+    /// Returns the element as it is in the log.
+    std::string_view element() const { return m_reader ? m_reader->get_text() : m_entry->element; }
 
 private:
     const presenter_t& m_presenter;
@@ -50,13 +48,9 @@ private:
     std::optional<entry_t> m_own_entry;
     std::string m_observed;
     std::optional<texts_t> m_texts;
-    std::string m_element; ///< empty if it is not known
 };
 
 /// Returns the message in an element of a log, or null if it is not a message.
 boost::shared_ptr<velmoext_1_4_8::message_t> message_of_element(std::string_view element);
-
-/// Returns the message as an element of a log.
-std::string element_of(const boost::shared_ptr<velmoext_1_4_8::message_t>& message);
 
 } // namespace velmolog

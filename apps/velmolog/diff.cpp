@@ -68,7 +68,7 @@ public:
     bool add(const side_t& side, std::size_t index, bool is_left)
     {
         const entry_t entry = {side.log, side.positions[index],
-                               m_numbers.message(side.numbers[index]), std::string()};
+                               m_numbers.message(side.numbers[index]), "", ""};
         candidate_t candidate(entry, m_presenter);
         if (!m_is_json)
             return m_window.add((is_left ? "- " : "+ ") + line_of(candidate, m_has_colors) + "\n");

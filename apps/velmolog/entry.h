@@ -16,7 +16,8 @@ struct entry_t
     std::string log; ///< as named on the command line
     velmoext_1_4_8::log_reader_t::position_t begin;
     boost::shared_ptr<velmoext_1_4_8::message_t> message;
-    std::string observed; ///< when it was read, empty unless logs are followed
+    std::string observed; ///< when it was read; empty if that is not shown
+    std::string element;  ///< as it is in the log; empty if it is not shown
 };
 
 } // namespace velmolog

@@ -89,7 +89,7 @@ std::string line_of(candidate_t& candidate, bool has_colors)
     const texts_t& texts = candidate.texts();
     std::string head = escape_controls(texts.title.empty() ? candidate.type() : texts.title);
     const std::string text = escape_controls(texts.text);
-    if (texts.title.empty() && begins_with(text, head))
+    if (texts.title.empty() && (texts.is_plain || begins_with(text, head)))
         head.clear(); // the text has the type already
     if (!head.empty())
         head = colored(head + ":", has_colors ? bold : "") + " ";

@@ -21,9 +21,9 @@ bool entry_sink_t::add(candidate_t& candidate)
 
 void entry_sink_t::finish()
 {
-    for (kept_t& kept : m_kept) {
-        kept.entry.message = message_of_element(kept.element);
-        candidate_t candidate(kept.entry, m_presenter, kept.element);
+    for (entry_t& kept : m_kept) {
+        kept.message = message_of_element(kept.element);
+        candidate_t candidate(kept, m_presenter);
         write(candidate);
     }
     m_kept.clear();
@@ -32,7 +32,7 @@ void entry_sink_t::finish()
 
 void entry_sink_t::keep(candidate_t& candidate)
 {
-    m_kept.push_back({{candidate.log(), candidate.begin(), nullptr, candidate.observed()},
+    m_kept.push_back({candidate.log(), candidate.begin(), nullptr, candidate.observed(),
                       std::string(candidate.element())});
     if (m_kept.size() > *m_last)
         m_kept.pop_front();

@@ -29,13 +29,6 @@ public:
     void finish();
 
 private:
-    /// A message that may be one of the last. Most are not, so it is not yet decoded.
-    struct kept_t
-    {
-        entry_t entry; ///< without its message
-        std::string element;
-    };
-
     void keep(candidate_t& candidate);
     void write(candidate_t& candidate);
 
@@ -44,8 +37,8 @@ private:
     std::unique_ptr<entry_format_t> m_format;
     std::optional<std::size_t> m_first;
     std::optional<std::size_t> m_last;
-    std::size_t m_count = 0; ///< messages that were written
-    std::deque<kept_t> m_kept;
+    std::size_t m_count = 0;    ///< messages that were written
+    std::deque<entry_t> m_kept; ///< without their messages: most are not among the last
 };
 
 } // namespace velmolog

@@ -73,13 +73,9 @@ log_scan_t::log_scan_t(const std::string& log, diagnostics_t& diagnostics, on_fa
 
 bool log_scan_t::next()
 {
-    while (!m_is_at_end) {
-        const log_reader_t::result_t result = m_reader.next();
-        if (result == log_reader_t::result_t::unreadable)
-            throw log_error_t(m_log + ": cannot be read");
-        if (handle(result))
+    while (!m_is_at_end)
+        if (handle(m_reader.next()))
             return true;
-    }
     return false;
 }
 

@@ -28,12 +28,6 @@ descriptor_t::descriptor_t(descriptor_t&& other) noexcept
     : m_number(std::exchange(other.m_number, -1))
 {}
 
-descriptor_t& descriptor_t::operator=(descriptor_t&& other) noexcept
-{
-    std::swap(m_number, other.m_number);
-    return *this;
-}
-
 descriptor_t::~descriptor_t()
 {
     if (is_open())

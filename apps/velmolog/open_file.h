@@ -17,7 +17,6 @@ public:
     descriptor_t(const descriptor_t&) = delete;
     descriptor_t& operator=(const descriptor_t&) = delete;
     descriptor_t(descriptor_t&& other) noexcept;
-    descriptor_t& operator=(descriptor_t&& other) noexcept;
     ~descriptor_t();
 
     bool is_open() const { return m_number != -1; }

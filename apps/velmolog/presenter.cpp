@@ -105,7 +105,8 @@ texts_t presenter_t::present(const entry_t& entry) const
         texts.title = utf16_to_utf8(extended.get_title());
         texts.text = utf16_to_utf8(extended.get_text());
     }
-    if (texts.text.empty())
+    texts.is_plain = texts.text.empty();
+    if (texts.is_plain)
         texts.text = plain_text(*entry.message);
     return texts;
 }

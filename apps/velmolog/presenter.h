@@ -16,8 +16,9 @@ namespace velmolog
 /// The title and the text of a message, in UTF-8 and not escaped.
 struct texts_t
 {
-    std::string title; ///< may be empty
-    std::string text;  ///< is never empty
+    std::string title;     ///< may be empty
+    std::string text;      ///< is never empty
+    bool is_plain = false; ///< whether the text is plain_text()
 };
 
 /// Returns the type of the message and its arguments, such as `file_large path=/a`. Quotes an empty

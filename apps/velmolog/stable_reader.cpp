@@ -84,7 +84,8 @@ void stable_reader_t::add_message(batch_t& batch)
     if (batch.skipped > 0)
         --batch.skipped;
     else if (auto message = m_reader->get_message())
-        batch.entries.push_back({m_log, m_reader->get_begin(), std::move(message), utc_time_now()});
+        batch.entries.push_back({m_log, m_reader->get_begin(), std::move(message), utc_time_now(),
+                                 std::string(m_reader->get_text())});
     batch.end.at = m_reader->get_end();
     batch.end.count.add(*m_reader);
     batch.known = batch.end.at.offset;

@@ -63,11 +63,11 @@ public:
     }
     follower_process_t(const follower_process_t&) = delete;
     follower_process_t& operator=(const follower_process_t&) = delete;
+    /// Expects that the process ends in order.
     ~follower_process_t()
     {
         if (m_child != -1) {
-            kill(m_child, SIGKILL);
-            wait_for_end(m_child);
+            EXPECT_TRUE(WIFEXITED(end()));
         }
         close(m_output);
     }

@@ -17,7 +17,7 @@ static entry_t entry_of(const message_t::message_content_t& content, std::int64_
     message->set_severity(message_t::error);
     message->set_type(L"lost");
     message->set_content(content);
-    return {"a.xml", {offset, offset / 10}, message, ""};
+    return {"a.xml", {offset, offset / 10}, message, "", ""};
 }
 
 static std::string page_of(const message_t::message_content_t& content, const texts_t& texts)

@@ -69,7 +69,7 @@ private:
         message->set_type(L"full");
         message->set_content({{{L"path", L"/m/" + std::to_wstring(i)}}, {}, {}, 1});
         message->set_source(L"disk");
-        return {"a.xml", {i, i}, message, ""};
+        return {"a.xml", {i, i}, message, "", ""};
     }
 
     catalogs_t m_catalogs;

@@ -38,7 +38,7 @@ public:
         message->set_content(content);
         if (!source.empty())
             message->set_source(source);
-        m_report.add({m_log, m_position, message, ""});
+        m_report.add({m_log, m_position, message, "", ""});
         m_position.offset += 240;
         m_position.line += 9;
     }
