@@ -74,6 +74,7 @@ std::string text_of(const json_t& value, int indentation)
 json_t object_of(const std::map<std::wstring, std::wstring>& texts)
 {
     json_t::object_t object;
+    object.reserve(texts.size());
     for (const auto& [name, text] : texts)
         object.emplace_back(ROVA_2_18::strings::utf16_to_utf8(name),
                             ROVA_2_18::strings::utf16_to_utf8(text));

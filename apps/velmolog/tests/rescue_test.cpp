@@ -2,7 +2,8 @@
 
 #include "commands.h"
 
-#include "scratch_folder.h"
+#include "random_messages.h"
+#include "storage_support.h"
 
 #include <velmoext1/log_reader.h>
 
@@ -73,15 +74,34 @@ std::vector<message_range_t> messages_of(const std::string& log, bool& is_whole)
     return messages;
 }
 
-class rescue_test : public testing::Test
+/// Each of these, at any offset, damages a log that has another byte there.
+const std::string damaging_bytes("&<>\"x \x01\xFF\0", 9);
+
+class rescue_test : public storage_test_t
 {
 protected:
-    rescue_test()
+    rescue_test() { set_log(log_text); }
+
+    void set_log(const std::string& log)
     {
+        m_log = log;
         bool is_whole = false;
         m_messages = messages_of(m_log, is_whole);
         EXPECT_TRUE(is_whole);
-        EXPECT_EQ(m_messages.size(), 5U);
+    }
+
+    /// Records random messages, and takes their log.
+    void set_random_log(std::uint64_t seed)
+    {
+        random_source_t random(seed);
+        std::filesystem::remove(m_folder.name("random.xml"));
+        const storage_ptr_t storage = get("random.xml");
+        ASSERT_TRUE(storage->start_recording());
+        for (std::size_t count = 1 + random.below(6); count != 0; --count)
+            storage->on_message(boost::shared_ptr<velmo_ex_t>(),
+                                boost::make_shared<message_t>(random_message(random)));
+        ASSERT_TRUE(storage->stop_recording());
+        set_log(m_folder.read("random.xml"));
     }
 
     /// Rescues the log, and returns the texts of the messages in the new one.
@@ -104,12 +124,13 @@ protected:
         return texts;
     }
 
-    /// Checks that the texts have all messages without the byte, in their order.
-    void expect_others(const std::vector<std::string>& texts, std::size_t byte) const
+    /// Checks that the texts have all messages without these bytes, in their order.
+    void expect_others(const std::vector<std::string>& texts, std::size_t begin,
+                       std::size_t end) const
     {
         auto next = texts.begin();
         for (const message_range_t& message : m_messages) {
-            if (message.begin <= byte && byte < message.end)
+            if (begin < message.end && message.begin < end)
                 continue;
             next = std::find(next, texts.end(), message.text);
             ASSERT_NE(next, texts.end()) << "lost: " << message.text;
@@ -117,9 +138,25 @@ protected:
         }
     }
 
-    std::string m_log = log_text;
+    /// Damages each byte in several ways. Counts the logs that were found damaged.
+    void damage_everywhere(std::size_t& damaged)
+    {
+        for (std::size_t offset = 0; offset != m_log.size(); ++offset)
+            for (const char byte : damaging_bytes) {
+                SCOPED_TRACE("offset " + std::to_string(offset) + ", byte " +
+                             std::to_string(static_cast<unsigned char>(byte)));
+                std::string log = m_log;
+                log[offset] = byte;
+                exit_status_t status = cannot_run;
+                expect_others(rescued(log, status), offset, offset + 1);
+                if (HasFailure())
+                    return;
+                damaged += status == found ? 1 : 0;
+            }
+    }
+
+    std::string m_log;
     std::vector<message_range_t> m_messages;
-    scratch_folder_t m_folder;
     std::ostringstream m_report;
 };
 
@@ -142,21 +179,37 @@ TEST_F(rescue_test, a_log_that_is_cut_anywhere_keeps_its_complete_messages)
 
 TEST_F(rescue_test, a_log_that_is_damaged_anywhere_keeps_its_other_messages)
 {
-    const std::string bytes("&<>\"x \x01\xFF\0", 9);
+    ASSERT_EQ(m_messages.size(), 5U);
     std::size_t damaged = 0;
-    for (std::size_t offset = 0; offset != m_log.size(); ++offset)
-        for (const char byte : bytes) {
-            SCOPED_TRACE("offset " + std::to_string(offset) + ", byte " +
-                         std::to_string(static_cast<unsigned char>(byte)));
-            std::string log = m_log;
-            log[offset] = byte;
-            exit_status_t status = cannot_run;
-            expect_others(rescued(log, status), offset);
-            if (HasFailure())
-                return;
-            damaged += status == found ? 1 : 0;
-        }
+    damage_everywhere(damaged);
     EXPECT_GT(damaged, m_log.size());
+}
+
+TEST_F(rescue_test, a_random_log_that_is_cut_anywhere_keeps_its_complete_messages)
+{
+    const random_seeds_t seeds(5);
+    for (auto seed = seeds.first; seed != seeds.end(); ++seed) {
+        set_random_log(seed);
+        for (std::size_t size = 0; size <= m_log.size(); ++size) {
+            SCOPED_TRACE("seed " + std::to_string(seed) + ", size " + std::to_string(size));
+            exit_status_t status = cannot_run;
+            expect_others(rescued(m_log.substr(0, size), status), size, m_log.size());
+            ASSERT_FALSE(HasFailure());
+        }
+    }
+}
+
+TEST_F(rescue_test, a_random_log_that_is_damaged_anywhere_keeps_its_other_messages)
+{
+    const random_seeds_t seeds(1);
+    for (auto seed = seeds.first; seed != seeds.end(); ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        set_random_log(seed);
+        std::size_t damaged = 0;
+        damage_everywhere(damaged);
+        ASSERT_FALSE(HasFailure());
+        EXPECT_GT(damaged, m_log.size());
+    }
 }
 
 TEST_F(rescue_test, a_recording_that_was_cut_and_continued_keeps_the_messages_of_both)

@@ -12,6 +12,7 @@ class PageTest(unittest.TestCase):
     browser = None
     folder = None
     make_page = None
+    velmolog = None
 
     @classmethod
     def page(cls, kind):
