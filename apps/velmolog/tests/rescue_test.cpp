@@ -97,7 +97,7 @@ protected:
         std::filesystem::remove(m_folder.name("random.xml"));
         const storage_ptr_t storage = get("random.xml");
         ASSERT_TRUE(storage->start_recording());
-        for (std::size_t count = 1 + random.below(6); count != 0; --count)
+        for (std::size_t count = 1 + random.below(4); count != 0; --count)
             storage->on_message(boost::shared_ptr<velmo_ex_t>(),
                                 boost::make_shared<message_t>(random_message(random)));
         ASSERT_TRUE(storage->stop_recording());
