@@ -762,9 +762,13 @@ TEST_F(log_reader_test, hostile_text_costs_linear_time)
                                       "<msg><?x ]]]",
                                       "<msg><![CDATA[",
                                       "</log><?x ",
-                                      "</log>&"};
+                                      "</log>&",
+                                      "<!---->",
+                                      "<?x?>",
+                                      "<![CDATA[]]>",
+                                      "<!--" + std::string(40, ' ') + "-->"};
     for (const std::string& beginning : beginnings) {
-        const std::string text = head + repeat(beginning, count);
+        const std::string text = head + "&<msg/>" + repeat(beginning, count);
         const usage_t usage;
         growing_text_t log(text);
         log_reader_t reader(log.source());

@@ -16,6 +16,7 @@ public:
     explicit descriptor_t(int number = -1) : m_number(number) {}
     descriptor_t(const descriptor_t&) = delete;
     descriptor_t& operator=(const descriptor_t&) = delete;
+    descriptor_t& operator=(descriptor_t&&) = delete;
     descriptor_t(descriptor_t&& other) noexcept;
     ~descriptor_t();
 

@@ -153,6 +153,16 @@ std::string_view end_of_markup(std::string_view text)
     return std::string_view();
 }
 
+// Returns whether the beginning of a message or of an end tag follows the first character.
+bool has_tag(std::string_view text)
+{
+    std::size_t at = text.find('<', 1);
+    while (at != std::string_view::npos && text.compare(at, 4, "<msg") != 0 &&
+           text.compare(at, 2, "</") != 0)
+        at = text.find('<', at + 1);
+    return at != std::string_view::npos;
+}
+
 bool is_whole(token_t token)
 {
     return token != token_t::end && token != token_t::unfinished && token != token_t::malformed;
@@ -187,12 +197,17 @@ bool hides_message(std::string_view text)
     // The result must not depend on how much of the text has been read.
     if (end.empty() || text.size() < max_hidden_bytes)
         return false;
-    std::size_t at = text.find('<', 1);
-    while (at != std::string_view::npos && text.compare(at, 4, "<msg") != 0 &&
-           text.compare(at, 2, "</") != 0)
-        at = text.find('<', at + 1);
-    return at != std::string_view::npos &&
-           text.substr(0, std::max(at, max_hidden_bytes)).find(end) == std::string_view::npos;
+    // The search goes a little beyond the end or the tag, whichever is first.
+    for (std::size_t size = max_hidden_bytes;; size *= 2) {
+        const std::string_view part = text.substr(0, size);
+        const std::size_t end_at = part.find(end);
+        if (end_at != std::string_view::npos)
+            return end_at + end.size() > max_hidden_bytes && has_tag(part.substr(0, end_at));
+        if (has_tag(part))
+            return true;
+        if (size >= text.size())
+            return false;
+    }
 }
 
 fault_t find_fault_of_text(std::string_view text)
