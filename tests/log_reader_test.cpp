@@ -495,10 +495,11 @@ TEST_F(log_reader_test, damage_outside_the_root_is_where_it_begins)
         EXPECT_EQ(row.results, read_all(row.log)) << row.log;
 }
 
-TEST_F(log_reader_test, a_byte_order_mark_is_stronger_than_a_declaration)
+TEST_F(log_reader_test, a_declaration_is_stronger_than_a_byte_order_mark)
 {
-    EXPECT_EQ("\u00C4, end", read_all("\xEF\xBB\xBF<?xml version='1.0' encoding='ISO-8859-1'?>"
-                                      "<log><msg><type>\u00C4</type></msg></log>"));
+    EXPECT_EQ("\u00C3\u0084, end",
+              read_all("\xEF\xBB\xBF<?xml version='1.0' encoding='ISO-8859-1'?>"
+                       "<log><msg><type>\u00C4</type></msg></log>"));
 }
 
 TEST_F(log_reader_test, markup_without_an_end_is_damage_after_16_megabytes)
@@ -506,9 +507,9 @@ TEST_F(log_reader_test, markup_without_an_end_is_damage_after_16_megabytes)
     const std::string text(40000000, 'x');
     EXPECT_EQ("markup at 45 in line 3, a, end",
               read_all(head + "<!-- " + text + message_of("a") + "</log>"));
-    EXPECT_EQ("markup at 45 in line 3, a, b, end",
-              read_all(head + "<msg><arg name='a'>" + message_of("a") + text + message_of("b") +
-                       "</log>"));
+    EXPECT_EQ("limit at 45 in line 3, a, a, a, a, a, a, a, a, a, b, end",
+              read_all(head + "<msg><arg name='a'>" + repeat(message_of("a"), 9) + text +
+                       message_of("b") + "</log>"));
 }
 
 TEST_F(log_reader_test, messages_in_a_message_are_limited_in_depth_only)
@@ -549,7 +550,7 @@ TEST_F(log_reader_test, markup_that_never_ends_needs_little_memory)
 {
     const std::string filling(100000, 'x');
     for (const std::string beginning :
-         {"<log a='", "<!--", "<?x ", "<msg><!--", "<msg><![CDATA[", "<msg><type>a</type>"}) {
+         {"<log a='", "<a", "<!--", "<?x ", "<msg><!--", "<msg><![CDATA[", "<msg><type>a</type>"}) {
         std::string next = "<log>" + beginning + message_of("a");
         std::size_t bytes_left = 300000000;
         log_reader_t reader([&](char* bytes, std::size_t size) {
@@ -563,6 +564,50 @@ TEST_F(log_reader_test, markup_that_never_ends_needs_little_memory)
         EXPECT_EQ(result_t::damage, reader.next()) << beginning;
         EXPECT_EQ(result_t::message, reader.next()) << beginning;
         EXPECT_LT(usage.megabytes(), 100) << beginning;
+    }
+}
+
+TEST_F(log_reader_test, a_long_message_with_few_messages_in_it_is_read_from_any_chunks)
+{
+    const std::string element = "<e>" + std::string(1000000, 'x') + "</e>";
+    const std::string begin = "<msg>" + repeat("<msg></msg>", 8);
+    const std::string end = repeat(element, 20) + "<type>a</type></msg>";
+    for (const std::size_t chunk : {1000, 1100, 100000, 1500000, 100000000}) {
+        EXPECT_EQ("a, end", read_all("<log>" + begin + end + "</log>", chunk)) << chunk;
+        EXPECT_EQ(
+            "limit at 5 in line 1",
+            read_all("<log>" + begin + "<msg/><msg></msg>" + end + "</log>", chunk).substr(0, 20))
+            << chunk;
+    }
+}
+
+TEST_F(log_reader_test, a_text_beyond_a_limit_of_the_parser_costs_no_other_message)
+{
+    const std::string text(10000001, 'x');
+    EXPECT_EQ("a, markup at 70 in line 3, b, end",
+              read_all(head + "<msg><type>a</type></msg><msg><type>\r" + text + "</type></msg>" +
+                       message_of("b") + "</log>"));
+}
+
+TEST_F(log_reader_test, a_log_has_one_document_type_before_its_root)
+{
+    EXPECT_EQ("end", read_all("<!DOCTYPE log><log/>"));
+    EXPECT_EQ("markup at 14 in line 1, unfinished at 34 in line 1",
+              read_all("<!DOCTYPE log><!DOCTYPE log><log/>"));
+    EXPECT_EQ("markup at 21 in line 1, unfinished at 41 in line 1",
+              read_all("<!DOCTYPE log><!---->"
+                       "<!DOCTYPE log><log/>"));
+}
+
+TEST_F(log_reader_test, messages_in_the_written_form_are_limited_in_depth_too)
+{
+    const auto log = [](std::size_t depth) {
+        return "<log>\n" + repeat("<b>", depth - 1) + "\n" + message_of("a") +
+               repeat("</b>", depth - 1) + "</log>";
+    };
+    for (const std::size_t chunk : {1, 1000000}) {
+        EXPECT_EQ("a, end", read_all(log(254), chunk));
+        EXPECT_EQ("limit at 778 in line 4, end", read_all(log(255), chunk));
     }
 }
 
@@ -763,6 +808,8 @@ TEST_F(log_reader_test, hostile_text_costs_linear_time)
                                       "<msg><![CDATA[",
                                       "</log><?x ",
                                       "</log>&",
+                                      "<!DOCTYPE[<msg/>",
+                                      "<msg><!DOCTYPE[",
                                       "<!---->",
                                       "<?x?>",
                                       "<![CDATA[]]>",

@@ -23,7 +23,7 @@ const std::array<fault_words_t, 8> fault_words = {{
     {"end_tag", "an end tag of another element than the last one that began"},
     {"character", "a character that XML does not have, or malformed UTF-8"},
     {"reference", "an ampersand without a reference, or an unknown entity"},
-    {"encoding", "an encoding that no converter knows, read as if it was UTF-8"},
+    {"encoding", "an encoding that no converter knows or that is not the log's, read as UTF-8"},
     {"limit", "an element that exceeds a limit of the library"},
     {"truncated", "a text that lacks its end"},
     {"no_end", "the log has no end"},

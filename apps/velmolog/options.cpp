@@ -95,7 +95,7 @@ words_t complete(int count, char** arguments)
     for (char** argument = arguments + 1; argument != dashes; ++argument) {
         const std::string word = *argument;
         // CLI11 would take the next word for the value.
-        const bool has_empty_value = word.substr(0, 2) == "--" && word.back() == '=';
+        const bool has_empty_value = word.substr(0, 2) == "--" && word.find('=') == word.size() - 1;
         result.words.push_back(word.substr(0, word.size() - (has_empty_value ? 1 : 0)));
         if (has_empty_value)
             result.words.emplace_back();
@@ -121,6 +121,8 @@ void take_logs(const std::vector<std::string>& words, const std::vector<std::str
         throw CLI::ExtrasError({*option});
     options.logs = words;
     options.logs.insert(options.logs.end(), more.begin(), more.end());
+    if (std::count(options.logs.begin(), options.logs.end(), "") != 0)
+        throw usage_error_t("the name of a log is empty");
 }
 
 void check_logs(const command_name_t& command, const std::vector<std::string>& logs)

@@ -49,8 +49,8 @@ public:
     {
         message,    ///< The reader is at a message.
         damage,     ///< It is at text that a log cannot have, see get_damage().
-        unfinished, ///< There is no more text now, and the root has not ended. If the recorder was
-                    ///< killed, this is the last result.
+        unfinished, ///< There is no more text now, and the root has not ended, or there was damage
+                    ///< after it. If the recorder was killed, this is the last result.
         end,        ///< The root has ended, and there is no more text now.
         unreadable  ///< The path is not a regular file that can be read. All further results are
                     ///< the same.
@@ -66,7 +66,7 @@ public:
         reference, ///< an ampersand without a reference, or an unknown entity
         encoding, ///< no converter knows the log's encoding, or it cannot be the declaration's; the
                   ///< log is read as if it was UTF-8
-        limit     ///< markup of a foreign log that exceeds a limit of docs/limits.md
+        limit     ///< markup beyond one of the library\'s own limits, see docs/limits.md
     };
 
     /// Reads a file from its beginning. Text that is appended later is read too.

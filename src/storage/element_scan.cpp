@@ -39,14 +39,14 @@ public:
         do {
             const token_t token = next_tag();
             if (token == token_t::unfinished)
-                return {state_t::unfinished, 0, damage_t::none, m_has_message_in_it};
+                return {state_t::unfinished, 0, damage_t::none, m_messages};
             const damage_t damage = token == token_t::start_tag ? open()
                                     : token == token_t::end_tag ? close()
                                                                 : damage_t::markup;
             if (damage != damage_t::none)
-                return {state_t::malformed, fault_offset(damage), damage};
+                return {state_t::malformed, fault_offset(damage), damage, m_messages};
         } while (!m_open.empty());
-        return {state_t::complete, position(), damage_t::none, m_has_message_in_it};
+        return {state_t::complete, position(), damage_t::none, m_messages};
     }
 
 private:
@@ -55,14 +55,13 @@ private:
         token_t token = token_t::text;
         while (token == token_t::text || token == token_t::comment || token == token_t::section ||
                token == token_t::instruction) {
-            if (m_is_search && hides_message(m_text.substr(position())))
+            const std::string_view rest = m_text.substr(position());
+            if (begins_document_type(rest) || (m_is_search && hides_message(rest)))
                 return token_t::malformed;
             token = m_scanner.next();
         }
         if (token == token_t::start_tag)
             token = m_scanner.finish_start_tag();
-        if (is_document_type())
-            return token_t::malformed; // also if it is unfinished
         return token == token_t::end ? token_t::unfinished : token;
     }
 
@@ -83,20 +82,17 @@ private:
             return damage_t::end_tag;
         m_open.pop_back();
         if (m_scanner.name() == element_names::msg) {
-            m_has_message_in_it = !m_open.empty();
+            m_messages += m_open.empty() ? 0 : 1;
             --m_open_messages;
         }
         return damage_t::none;
     }
 
-    // A tag that does not fit is at fault from its beginning, and so is a document type.
+    // A tag that does not fit is at fault from its beginning.
     std::size_t fault_offset(damage_t damage) const
     {
-        const bool is_misplaced = damage != damage_t::markup || is_document_type();
-        return position() - (is_misplaced ? m_scanner.token().size() : 0);
+        return position() - (damage == damage_t::markup ? 0 : m_scanner.token().size());
     }
-
-    bool is_document_type() const { return begins_document_type(m_scanner.token()); }
 
     std::size_t position() const
     {
@@ -109,7 +105,7 @@ private:
     bool m_is_search;
     std::vector<std::string_view> m_open; ///< names
     std::size_t m_open_messages = 0;
-    bool m_has_message_in_it = false;
+    std::size_t m_messages = 0; ///< complete, in the first one
 };
 
 // Returns the size of the character at the beginning of a text, 0 when it is malformed or none of

@@ -21,7 +21,7 @@ struct scanned_element_t
     state_t state = state_t::unfinished;
     std::size_t size = 0; ///< up to its end or to the fault; 0 when unfinished
     log_reader_t::damage_t damage = log_reader_t::damage_t::none; ///< none unless it is malformed
-    bool has_message_in_it = false; ///< an element "msg", complete, below the first one
+    std::size_t messages = 0; ///< elements "msg", complete, below the first one
 };
 
 /// Finds the end of an element by its tags, in linear time. Checks neither names nor texts.

@@ -27,11 +27,14 @@ typedef scanner_t::token_t token_t;
 const std::string_view byte_order_mark = "\xEF\xBB\xBF";
 
 // Markup that swallows more than this lacks its end, and so does a message that swallows others.
-const std::size_t max_unfinished_bytes = 16777216;
+const std::size_t max_unfinished_bytes = limits::max_long_message_bytes;
 
 // A text of this size is passed over in parts.
 const std::size_t max_text_bytes = 65536;
 const std::size_t max_reference_bytes = 16;
+
+// A message in the written form has elements in it, and no others in these.
+const std::size_t depth_of_lines = 2;
 
 bool begins_with(std::string_view text, std::string_view beginning)
 {
@@ -47,11 +50,11 @@ bool can_begin_with(std::string_view text, std::string_view tag)
            (text.size() <= tag.size() || ends_name(text[tag.size()]));
 }
 
-// Returns whether a long element that is unfinished has swallowed messages.
-bool is_endless(const scanned_element_t& scanned, std::string_view text)
+// Returns whether a long message probably lacks its end, so that it has others in it.
+bool has_swallowed_messages(const scanned_element_t& scanned, std::string_view element)
 {
-    return scanned.has_message_in_it ||
-           scan_element(text, 0, true).state == scanned_element_t::state_t::malformed;
+    return scanned.messages > limits::max_messages_in_long_message ||
+           scan_element(element, 0, true).state == scanned_element_t::state_t::malformed;
 }
 
 // Requires a whole element "msg". Null when it has a fault.
@@ -151,10 +154,12 @@ log_reader_impl_t::step_t log_reader_impl_t::read_item()
     if (begins_with(text, "\n"))
         return pass(1);
     if (m_text.position().offset == 0 && begins_with(text, byte_order_mark)) {
-        m_is_utf8 = true;
+        m_has_mark = true;
         return pass(byte_order_mark.size());
     }
-    const step_t step = m_open.empty() ? step_t::again : read_lines();
+    const bool can_have_lines =
+        !m_open.empty() && m_open.size() + depth_of_lines <= limits::max_element_depth;
+    const step_t step = can_have_lines ? read_lines() : step_t::again;
     return step == step_t::again ? read_markup() : step;
 }
 
@@ -182,10 +187,10 @@ log_reader_impl_t::step_t log_reader_impl_t::read_markup()
 {
     if (m_is_damaged && hides_message(m_text.text()))
         return refuse(damage_t::markup, 0);
+    if ((m_had_root || m_had_document_type) && begins_document_type(m_text.text()))
+        return refuse(damage_t::markup, 0);
     scanner_t scanner(m_text.text());
     const token_t token = scanner.next();
-    if (m_had_root && begins_document_type(m_text.text()))
-        return refuse(damage_t::markup, 0);
     return token == token_t::end || token == token_t::unfinished ? require_end()
                                                                  : read_token(scanner, token);
 }
@@ -236,7 +241,7 @@ log_reader_impl_t::step_t log_reader_impl_t::read_text(std::string_view token, b
 log_reader_impl_t::step_t log_reader_impl_t::read_start_tag(scanner_t& scanner)
 {
     if (scanner.token().size() == m_text.text().size())
-        return step_t::more; // the name may go on
+        return require_end(); // the name may go on
     const bool is_message = scanner.name() == element_names::msg;
     if (m_open.empty() && m_had_root)
         return accept_after_root(is_message);
@@ -276,7 +281,11 @@ log_reader_impl_t::step_t log_reader_impl_t::read_end_tag(const scanner_t& scann
 // libxml2 takes an internal subset after the '>' for a part of it.
 log_reader_impl_t::step_t log_reader_impl_t::read_document_type(std::size_t size)
 {
-    return size == m_text.text().size() ? step_t::more : check("", size, "<a/>");
+    if (size == m_text.text().size())
+        return require_end();
+    const step_t step = check("", size, "<a/>");
+    m_had_document_type = true;
+    return step;
 }
 
 log_reader_impl_t::step_t log_reader_impl_t::read_instruction(const scanner_t& scanner)
@@ -284,7 +293,7 @@ log_reader_impl_t::step_t log_reader_impl_t::read_instruction(const scanner_t& s
     if (scanner.name() != "xml")
         return check("<a>", scanner.token().size(), "</a>");
     const std::int64_t offset = m_text.position().offset;
-    if (offset != 0 && !(m_is_utf8 && offset == std::int64_t(byte_order_mark.size())))
+    if (offset != 0 && !(m_has_mark && offset == std::int64_t(byte_order_mark.size())))
         return refuse(damage_t::markup, 0);
     const std::string encoding = declared_encoding(scanner.token());
     return m_is_utf8 || is_utf8(encoding) ? check("", scanner.token().size(), "<a/>")
@@ -295,13 +304,15 @@ log_reader_impl_t::step_t log_reader_impl_t::read_message()
 {
     const std::string_view text = m_text.text();
     const scanned_element_t scanned = scan_element(text, m_open.size(), m_is_damaged);
-    if (scanned.state == scanned_element_t::state_t::unfinished)
-        return text.size() > max_unfinished_bytes && is_endless(scanned, text)
-                   ? refuse(damage_t::markup, 0)
-                   : step_t::more;
+    const bool is_unfinished = scanned.state == scanned_element_t::state_t::unfinished;
+    const std::string_view element = is_unfinished ? text : text.substr(0, scanned.size);
+    // The result must not depend on how much of the text has been read.
+    if (element.size() > max_unfinished_bytes && has_swallowed_messages(scanned, element))
+        return refuse(damage_t::limit, 0);
+    if (is_unfinished)
+        return step_t::more;
     if (scanned.state == scanned_element_t::state_t::malformed)
         return refuse(scanned.damage, scanned.size);
-    const std::string_view element = text.substr(0, scanned.size);
     m_message = read_element(element);
     // libxml2 may have run out of memory for a moment.
     if (!m_message && is_well_formed(std::string(element)))

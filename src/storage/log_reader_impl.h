@@ -88,8 +88,10 @@ private:
 
     log_text_t m_text;
     std::vector<std::string> m_open; ///< names of the elements around the next message
+    bool m_had_document_type = false;
     bool m_had_root;
-    bool m_is_utf8 = false; ///< whatever the log declares
+    bool m_has_mark = false; ///< of the byte order
+    bool m_is_utf8 = false;  ///< whatever the log declares
     search_t m_search = search_t::none;
     bool m_is_damaged = false; ///< whether there was damage, or text that was given up
     bool m_is_last = false;    ///< whether no text is expected that would complete a message

@@ -25,6 +25,13 @@ bool can_look_up_name(const xmlError& error)
            (!parser || xmlDictQLookup(parser->dict, to_xml(error.str1), to_xml(error.str2)));
 }
 
+// libxml2 before 2.14 reports a text beyond its limit like a lack of memory.
+bool is_lack_of_memory(const xmlError& error)
+{
+    return error.code == XML_ERR_NO_MEMORY &&
+           !(error.message && std::strstr(error.message, "huge text node"));
+}
+
 } // namespace
 
 xml_error_scope_t::xml_error_scope_t()
@@ -58,7 +65,7 @@ void xml_error_scope_t::on_text(void* scope, const char* format, ...)
 
 void xml_error_scope_t::on_error(void* scope, xml_error_ptr_t error)
 {
-    if (error->code == XML_ERR_NO_MEMORY ||
+    if (is_lack_of_memory(*error) ||
         (error->code == XML_NS_ERR_UNDEFINED_NAMESPACE && !can_look_up_name(*error)))
         static_cast<xml_error_scope_t*>(scope)->m_has_run_out_of_memory = true;
 }

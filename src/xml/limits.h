@@ -70,6 +70,13 @@ constexpr std::size_t max_element_depth = 256;
 /// Open elements "msg" at once in a log that log_reader_t reads. The library writes two at most.
 constexpr std::size_t max_open_messages = 8;
 
+/// Bytes of a message with more than max_messages_in_long_message elements "msg" in it, in a log
+/// that log_reader_t reads. One that lacks its end would have the rest of the log in memory.
+constexpr std::size_t max_long_message_bytes = 16777216;
+
+/// The library writes one at most.
+constexpr std::size_t max_messages_in_long_message = 8;
+
 /// Bytes that are searched for the next tag after the events of one type in a log, all together.
 /// Each event counts up to that tag, and a search from each of very many would be quadratic.
 constexpr std::size_t max_look_ahead_bytes = 65536;
