@@ -1,9 +1,14 @@
 #include "command_options.h"
 
 #include <algorithm>
+#include <charconv>
+#include <cstddef>
 #include <iterator>
+#include <limits>
 #include <map>
+#include <optional>
 #include <string>
+#include <system_error>
 #include <vector>
 
 namespace velmolog
@@ -80,14 +85,25 @@ std::string check_number(const std::string& text)
     return is_number ? std::string() : "\"" + text + "\" is not a number of messages";
 }
 
+void add_limit(CLI::App& app, const std::string& name, std::optional<std::size_t>& limit,
+               const std::string& help)
+{
+    const auto set = [&limit](const std::string& digits) {
+        std::size_t number = 0;
+        const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+        // No log has so many messages.
+        limit = result.ec == std::errc() ? number : std::numeric_limits<std::size_t>::max();
+    };
+    app.add_option_function<std::string>(name, set, help)
+        ->type_name("N")
+        ->group("Filters")
+        ->check(check_number);
+}
+
 void add_limits(CLI::App& app, options_t& options)
 {
-    CLI::Option* const first =
-        app.add_option("--first", options.first, "Only the first N of these messages");
-    CLI::Option* const last =
-        app.add_option("--last", options.last, "Only the last N of these messages");
-    for (CLI::Option* const option : {first, last})
-        option->type_name("N")->group("Filters")->check(check_number);
+    add_limit(app, "--first", options.first, "Only the first N of these messages");
+    add_limit(app, "--last", options.last, "Only the last N of these messages");
 }
 
 void add_catalogs(CLI::App& app, catalog_options_t& catalogs)

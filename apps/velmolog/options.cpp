@@ -19,11 +19,11 @@ namespace
 
 const char description[] = "Reads the logs of messages that velmoext1 records.";
 const char footer[] =
-    "Without a command, velmolog shows the logs. LOG is a file or a pipe, - standard input. After\n"
-    "--, all words are logs.\n"
+    "Without a command, velmolog shows the logs.\n"
+    "LOG is a file or a pipe, - standard input. After --, all words are logs.\n"
     "velmolog COMMAND --help lists the options of a command.\n"
-    "Exit status: 0 fine, 1 a log is damaged, or there are findings or differences, 2 the program\n"
-    "cannot run. The manual page velmolog(1) explains the commands.";
+    "Exit status: 0 fine, 1 a log is damaged, or there are differences,\n"
+    "2 the program cannot run. The manual page velmolog(1) explains the commands.";
 
 struct command_name_t
 {
@@ -63,7 +63,7 @@ const command_name_t* find_command(std::string_view name)
     return found == commands.end() ? nullptr : found;
 }
 
-/// Adds the names of the logs to the usage of a command.
+/// Writes the usage, with the names of the logs.
 class formatter_t : public CLI::Formatter
 {
 public:
@@ -71,7 +71,7 @@ public:
     {
         const command_name_t* const command = find_command(app->get_name());
         if (!command)
-            return CLI::Formatter::make_usage(app, name);
+            return "Usage: " + name + " [COMMAND] [OPTIONS] LOG...\n";
         std::string usage = "Usage: " + name + " [OPTIONS] " + command->logs[0];
         if (command->logs[1])
             usage.append(" ").append(command->logs[1]);
