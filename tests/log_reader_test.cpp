@@ -17,6 +17,7 @@ namespace
 
 typedef log_reader_t::result_t result_t;
 typedef log_reader_t::damage_t damage_t;
+typedef std::vector<std::size_t> sizes_t;
 
 const std::string head = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<log>\n";
 
@@ -572,7 +573,7 @@ TEST_F(log_reader_test, a_long_message_with_few_messages_in_it_is_read_from_any_
     const std::string element = "<e>" + std::string(1000000, 'x') + "</e>";
     const std::string begin = "<msg>" + repeat("<msg></msg>", 8);
     const std::string end = repeat(element, 20) + "<type>a</type></msg>";
-    for (const std::size_t chunk : {1000, 1100, 100000, 1500000, 100000000}) {
+    for (const std::size_t chunk : sizes_t{1000, 1100, 100000, 1500000, 100000000}) {
         EXPECT_EQ("a, end", read_all("<log>" + begin + end + "</log>", chunk)) << chunk;
         EXPECT_EQ(
             "limit at 5 in line 1",
@@ -605,7 +606,7 @@ TEST_F(log_reader_test, messages_in_the_written_form_are_limited_in_depth_too)
         return "<log>\n" + repeat("<b>", depth - 1) + "\n" + message_of("a") +
                repeat("</b>", depth - 1) + "</log>";
     };
-    for (const std::size_t chunk : {1, 1000000}) {
+    for (const std::size_t chunk : sizes_t{1, 1000000}) {
         EXPECT_EQ("a, end", read_all(log(254), chunk));
         EXPECT_EQ("limit at 778 in line 4, end", read_all(log(255), chunk));
     }
