@@ -66,7 +66,7 @@ public:
         reference, ///< an ampersand without a reference, or an unknown entity
         encoding, ///< no converter knows the log's encoding, or it cannot be the declaration's; the
                   ///< log is read as if it was UTF-8
-        limit     ///< markup beyond one of the library\'s own limits, see docs/limits.md
+        limit     ///< markup beyond one of the library's own limits, see docs/limits.md
     };
 
     /// Reads a file from its beginning. Text that is appended later is read too.
