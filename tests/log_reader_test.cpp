@@ -412,6 +412,10 @@ TEST_F(log_reader_test, damage_is_where_the_first_fault_is)
         {"<other a='&unknown;'/>", "reference at 55 in line 3"},
         {"<other a='<'/>", "markup at 55 in line 3"},
         {"<other a='\xFF'></other>", "character at 55 in line 3"},
+        {"<msg><type>\xE0\xA4\x85\xFF</type></msg>", "character at 59 in line 3"},
+        {"<msg><type>\xF0\x9F\x98\x80\xFF</type></msg>", "character at 60 in line 3"},
+        {"<msg><!-- & --><type>a & b</type></msg>", "reference at 68 in line 3"},
+        {"a &#99999999999999999999; b", "markup at 45 in line 3"},
     };
     for (const auto& row : rows) {
         const std::string results = read_all(head + row.message + message_of("z") + "</log>\n");
@@ -828,4 +832,76 @@ TEST_F(log_reader_test, hostile_text_costs_linear_time)
         }
         EXPECT_LT(usage.seconds(), 10) << beginning;
     }
+}
+
+TEST_F(log_reader_test, a_declaration_after_blank_lines_is_damage)
+{
+    EXPECT_EQ("markup at 3 in line 4, z, end",
+              read_all("\n\n\n<?xml version=\"1.0\"?>\n<log>\n" + message_of("z") + "</log>\n"));
+}
+
+TEST_F(log_reader_test, markup_hides_a_message_after_damage_only)
+{
+    const std::string filling(5000, 'x');
+    const std::string damage = "reference at 47 in line 3, a, ";
+    const struct
+    {
+        std::string markup;
+        std::string results;
+    } rows[] = {
+        {"<!--" + filling + "<msg/> -->", "markup at 110 in line 7, , z, end"},
+        {"<!--" + filling + "</a> -->", "markup at 110 in line 7, z, end"},
+        {"<!--" + filling + "<a> -->", "z, end"},
+        {"<!--" + std::string(4000, 'x') + "<msg/> -->", "z, end"},
+        {"<![CDATA[" + filling + "<msg/> ]]>",
+         "markup at 110 in line 7, , markup at 5126 in line 7, z, end"},
+        {"<?p " + filling + "<msg/> ?>", "markup at 110 in line 7, , z, end"},
+        {"<msg><!--" + filling + "</msg> --><type>a</type></msg>",
+         "markup at 115 in line 7, z, end"},
+        {"<!--" + filling + "<msg/>" + filling, "markup at 110 in line 7, , z, end"},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(damage + row.results, read_all(head + "a & b" + message_of("a") + row.markup +
+                                                 message_of("z") + repeat(" ", 5000) + "</log>\n"))
+            << row.markup.substr(0, 20);
+    EXPECT_EQ("a, z, end",
+              read_all(head + "<msg><!--" + filling + "</msg> --><type>a</type></msg>" +
+                       message_of("z") + "</log>\n"));
+    EXPECT_EQ("z, end",
+              read_all(head + "<!--" + filling + "<msg/> -->" + message_of("z") + "</log>\n"));
+}
+
+TEST_F(log_reader_test, a_long_text_of_trail_bytes_is_damage)
+{
+    EXPECT_EQ("character at 45 in line 3, z, end",
+              read_all(head + repeat("\x80", 200000) + message_of("z") + "</log>\n"));
+}
+
+TEST_F(log_reader_test, only_an_unfinished_text_is_skipped)
+{
+    growing_text_t log(head + message_of("a") + message_of("b"));
+    log_reader_t reader(log.source());
+    ASSERT_EQ(result_t::message, reader.next());
+    const std::string text(reader.get_text());
+    reader.skip_unfinished();
+    EXPECT_EQ(text, reader.get_text());
+    EXPECT_EQ("b, unfinished at 165 in line 11", read_on(reader));
+}
+
+TEST_F(log_reader_test, skipped_text_is_not_damage)
+{
+    growing_text_t log(head + "<msg><!--" + std::string(5000, 'x') + "</a>");
+    log_reader_t reader(log.source());
+    EXPECT_EQ("unfinished at 45 in line 3", read_on(reader));
+    reader.skip_unfinished();
+    EXPECT_EQ("unfinished at 5058 in line 3", read_on(reader));
+}
+
+TEST_F(log_reader_test, a_message_has_no_damage_after_others_that_are_passed_over)
+{
+    growing_text_t log(head + "a & b<msg>&</msg>" + message_of("z"));
+    log_reader_t reader(log.source());
+    ASSERT_EQ(result_t::damage, reader.next());
+    ASSERT_EQ(result_t::message, reader.next());
+    EXPECT_EQ(damage_t::none, reader.get_damage());
 }

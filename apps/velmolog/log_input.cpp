@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <system_error>
 
 namespace velmolog
@@ -72,7 +73,6 @@ std::size_t log_input_t::read(char* bytes, std::size_t size)
     for (;;) {
         const ssize_t count = ::read(m_descriptor, bytes, size);
         if (count >= 0) {
-            m_size += static_cast<std::uint64_t>(count);
             if (m_beginning.size() < beginning_size)
                 m_beginning.append(bytes,
                                    std::min(static_cast<std::size_t>(count), beginning_size));

@@ -3,7 +3,6 @@
 #include "diagnostics.h"
 
 #include <cstddef>
-#include <cstdint>
 #include <stdexcept>
 #include <string>
 
@@ -31,9 +30,6 @@ public:
     /// log_error_t.
     std::size_t read(char* bytes, std::size_t size);
 
-    /// Returns the number of bytes that were read so far.
-    std::uint64_t size() const { return m_size; }
-
     /// Returns whether what was read so far begins like XML, or is empty.
     bool can_be_xml() const;
 
@@ -43,7 +39,6 @@ private:
     std::string m_log;
     int m_descriptor;
     bool m_is_file = false;
-    std::uint64_t m_size = 0;
     std::string m_beginning; ///< the first bytes
     diagnostics_t& m_diagnostics;
 };

@@ -87,7 +87,7 @@ bool log_scan_t::handle(log_reader_t::result_t result)
         handle_unfinished();
         return false;
     }
-    if (m_has_unfinished)
+    if (m_unfinished)
         report_unfinished(fault_t::kind_t::truncated);
     if (result == result_t::damage)
         m_on_fault({kind_of(m_reader.get_damage()), m_reader.get_begin()});
@@ -99,21 +99,22 @@ bool log_scan_t::handle(log_reader_t::result_t result)
 // only.
 void log_scan_t::handle_unfinished()
 {
-    if (m_has_unfinished) {
+    if (m_unfinished) {
         // A text of another kind has no markup that the reader could refuse.
         report_unfinished(m_input.can_be_xml() ? fault_t::kind_t::no_end : fault_t::kind_t::markup);
         m_is_at_end = true;
         return;
     }
-    m_unfinished = m_reader.get_begin();
-    m_has_unfinished = true;
+    m_unfinished = {fault_t::kind_t::no_end, m_reader.get_begin(), !m_reader.get_text().empty()};
     m_reader.skip_unfinished();
 }
 
 void log_scan_t::report_unfinished(fault_t::kind_t kind)
 {
-    m_has_unfinished = false;
-    m_on_fault({kind, m_unfinished});
+    fault_t fault = *m_unfinished;
+    fault.kind = kind;
+    m_unfinished.reset();
+    m_on_fault(fault);
 }
 
 } // namespace velmolog

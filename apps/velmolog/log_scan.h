@@ -4,8 +4,8 @@
 
 #include <velmoext1/log_reader.h>
 
-#include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 
 namespace velmolog
@@ -27,6 +27,7 @@ struct fault_t
     };
     kind_t kind = kind_t::markup;
     velmoext_1_4_8::log_reader_t::position_t begin;
+    bool has_text = true; ///< false if the log lacks nothing but its end
 
     /// Returns whether a log that is being recorded cannot have this fault.
     bool is_damage() const { return kind != kind_t::no_end; }
@@ -53,9 +54,6 @@ public:
     /// Returns the reader, which is at the message.
     velmoext_1_4_8::log_reader_t& reader() { return m_reader; }
 
-    /// Returns the number of bytes that were read so far.
-    std::uint64_t size() const { return m_input.size(); }
-
 private:
     bool handle(velmoext_1_4_8::log_reader_t::result_t result);
     void handle_unfinished();
@@ -65,8 +63,7 @@ private:
     log_input_t m_input;
     velmoext_1_4_8::log_reader_t m_reader;
     on_fault_t m_on_fault;
-    velmoext_1_4_8::log_reader_t::position_t m_unfinished;
-    bool m_has_unfinished = false; ///< text without its end was skipped, and not yet reported
+    std::optional<fault_t> m_unfinished; ///< text without its end that was skipped
     bool m_is_at_end = false;
 };
 

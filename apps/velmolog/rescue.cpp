@@ -40,12 +40,9 @@ public:
         m_end = reader.get_end();
     }
 
-    /// Ends a log of this size.
-    void finish(std::uint64_t size)
+    void finish()
     {
-        // A log that lacks nothing but its end tag has lost no text.
-        if (m_fault &&
-            (m_fault->is_damage() || m_fault->begin.offset < static_cast<std::int64_t>(size)))
+        if (m_fault && m_fault->has_text)
             report("everything from offset " + std::to_string(m_end.offset));
     }
 
@@ -117,8 +114,7 @@ exit_status_t rescue(const options_t& options, std::ostream& output)
     }
     rescuer.finish();
     file.finish();
-    if (is_continued)
-        gaps.finish(scan.size());
+    gaps.finish();
     output << app_common::escape_controls(options.output) << ": " << rescuer.count()
            << (rescuer.count() == 1 ? " message\n" : " messages\n");
     return gaps.has_damage() ? found : fine;

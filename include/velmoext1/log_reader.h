@@ -98,11 +98,12 @@ public:
     /// Returns damage_t::none unless the reader is at damage.
     damage_t get_damage() const;
 
-    /// Returns the message's element as it is in the log, in UTF-8; empty unless the reader is at a
-    /// message. Valid until the next call of next().
+    /// Returns the message's element as it is in the log, in UTF-8. After `unfinished`, returns the
+    /// text that lacks its end, empty if the log lacks nothing but its end tag. Empty after another
+    /// result. Valid until the next call of next().
     std::string_view get_text() const;
-    /// Returns the message's type, in UTF-8, without the cost of get_message(). Valid as
-    /// get_text().
+    /// Returns the message's type, in UTF-8, without the cost of get_message(). Empty unless the
+    /// reader is at a message. Valid as get_text().
     std::string_view get_type() const;
     /// Returns the message's source in the same way.
     std::string_view get_source() const;

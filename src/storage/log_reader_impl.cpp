@@ -32,6 +32,7 @@ const std::size_t max_unfinished_bytes = limits::max_long_message_bytes;
 // A text of this size is passed over in parts.
 const std::size_t max_text_bytes = 65536;
 const std::size_t max_reference_bytes = 16;
+const std::size_t max_trail_bytes = 3; // of a character
 
 // A message in the written form has elements in it, and no others in these.
 const std::size_t depth_of_lines = 2;
@@ -79,7 +80,7 @@ std::size_t size_without_end(std::string_view text)
         return 0;
     std::size_t size = text.size() - 2 * max_reference_bytes;
     size = std::min(text.find('&', size), text.size() - max_reference_bytes);
-    while (is_trail(text[size]) && size > 1)
+    for (std::size_t i = 0; i != max_trail_bytes && is_trail(text[size]); ++i)
         --size;
     const bool is_in_section_end =
         text.substr(size - 1, 3) == "]]>" || text.substr(size - 2, 3) == "]]>";

@@ -189,3 +189,15 @@ TEST_F(rewritten_logs_test, a_foreign_log_that_takes_the_name_is_read_from_its_b
     ASSERT_TRUE(follower.prints("e"));
     expect_lines_after_a_start(follower, {"a", "b", "c", "d", "e"});
 }
+
+TEST_F(rewritten_logs_test, a_rewriting_without_events_is_noticed_after_messages_that_were_appended)
+{
+    setenv("VELMOLOG_WITHOUT_EVENTS", "1", 1);
+    m_folder.write("log.xml", foreign_log({"a", "b"}));
+    follower_process_t follower({log()});
+    unsetenv("VELMOLOG_WITHOUT_EVENTS");
+    ASSERT_TRUE(follower.prints("b"));
+    m_folder.write("log.xml", foreign_log({"a", "b", "c"}));
+    ASSERT_TRUE(follower.prints("c"));
+    expect_lines_after_a_start(follower, {"a", "b", "c"});
+}

@@ -2,13 +2,58 @@
 
 #include "follower_support.h"
 
+#include <chrono>
+#include <cstddef>
+#include <filesystem>
+#include <string>
+#include <system_error>
+#include <thread>
+
 using namespace velmolog;
 
 namespace
 {
 
 class rotated_logs_test : public follower_test_t
-{};
+{
+protected:
+    /// Renames the log, if there is one, and creates another one with this text.
+    void replace_log(const std::string& text)
+    {
+        m_folder.write("new.xml", text);
+        if (std::filesystem::exists(log()))
+            rename("log.xml", "log." + std::to_string(++m_renamed));
+        rename("new.xml", "log.xml");
+    }
+
+    /// Returns whether the process soon has so many files of the folder open.
+    bool has_open_files(const follower_process_t& follower, std::size_t count) const
+    {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+        while (open_files(follower) != count) {
+            if (std::chrono::steady_clock::now() > end)
+                return false;
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        }
+        return true;
+    }
+
+private:
+    std::size_t open_files(const follower_process_t& follower) const
+    {
+        const std::string descriptors = "/proc/" + std::to_string(follower.process()) + "/fd";
+        std::size_t count = 0;
+        for (const auto& descriptor : std::filesystem::directory_iterator(descriptors)) {
+            std::error_code error;
+            const auto target = std::filesystem::read_symlink(descriptor.path(), error);
+            const bool is_in_folder = target.string().find(m_folder.name("")) == 0;
+            count += is_in_folder && std::filesystem::is_regular_file(target, error) ? 1 : 0;
+        }
+        return count;
+    }
+
+    int m_renamed = 0;
+};
 
 } // namespace
 
@@ -178,4 +223,25 @@ TEST_F(rotated_logs_test, a_log_is_followed_without_events)
     record_all(L"c");
     ASSERT_TRUE(follower.prints("c"));
     expect_lines_after_a_start(follower, {"a", "b", "c"});
+}
+
+TEST_F(rotated_logs_test, only_the_last_files_are_open)
+{
+    follower_process_t follower({log()});
+    for (int i = 0; i != 9; ++i) {
+        const std::string type = "type_" + std::to_string(i);
+        replace_log(log_beginning + message_of(type));
+        ASSERT_TRUE(follower.prints(type));
+    }
+    EXPECT_TRUE(has_open_files(follower, 5));
+}
+
+TEST_F(rotated_logs_test, a_complete_file_is_closed_when_there_is_another_one)
+{
+    follower_process_t follower({log()});
+    for (const char* const type : {"a", "b", "c"}) {
+        replace_log(log_beginning + message_of(type) + "</log>\n");
+        ASSERT_TRUE(follower.prints(type));
+    }
+    EXPECT_TRUE(has_open_files(follower, 1));
 }

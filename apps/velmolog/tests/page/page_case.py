@@ -19,7 +19,7 @@ class PageTest(unittest.TestCase):
         """Returns the address of a page of messages, which is written on the first use."""
         path = pathlib.Path(cls.folder, f"{kind}.html")
         if not path.exists():
-            path.write_bytes(subprocess.run([cls.make_page, kind], check=True, timeout=120,
+            path.write_bytes(subprocess.run([cls.make_page, kind], check=True, timeout=400,
                                             stdout=subprocess.PIPE).stdout)
         return path.as_uri()
 
