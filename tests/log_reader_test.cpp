@@ -325,6 +325,19 @@ TEST_F(log_reader_test, text_that_is_appended_is_read_too)
     EXPECT_EQ("end", read_on(reader));
 }
 
+TEST_F(log_reader_test, a_message_is_returned_before_the_text_after_it_is_read)
+{
+    const std::vector<std::string> parts = {head + " <msg>\n  <type>a</type>\n", " </msg>\n", " ",
+                                            "</log>\n"};
+    std::size_t next = 0;
+    log_reader_t reader([&parts, &next](char* bytes, std::size_t size) {
+        return next == parts.size() ? 0 : parts[next++].copy(bytes, size);
+    });
+    EXPECT_EQ("a", name_of(reader, reader.next()));
+    EXPECT_EQ(2U, next);
+    EXPECT_EQ("end", read_on(reader));
+}
+
 TEST_F(log_reader_test, a_log_is_read_while_it_is_recorded)
 {
     const storage_ptr_t storage = get();

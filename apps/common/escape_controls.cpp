@@ -52,7 +52,8 @@ void append_character(std::string& result, std::string_view text, std::size_t& n
 
 bool is_invisible(UChar32 character)
 {
-    return (U_GET_GC_MASK(character) & (U_GC_C_MASK | U_GC_ZL_MASK | U_GC_ZP_MASK)) != 0;
+    return (U_GET_GC_MASK(character) & (U_GC_C_MASK | U_GC_ZL_MASK | U_GC_ZP_MASK)) != 0 ||
+           u_hasBinaryProperty(character, UCHAR_DEFAULT_IGNORABLE_CODE_POINT) != 0;
 }
 
 std::string escape_controls(std::string_view text)

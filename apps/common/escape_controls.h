@@ -9,7 +9,7 @@ namespace app_common
 {
 
 /// Returns whether the character has an effect instead of a shape: controls, marks of direction,
-/// separators of lines, characters that Unicode does not define.
+/// separators of lines, characters that are displayed as nothing or that Unicode does not define.
 bool is_invisible(UChar32 character);
 
 /// Returns the text without characters that a terminal would execute or hide: control characters

@@ -1,6 +1,7 @@
 #include "entry_format.h"
 
 #include "common/escape_controls.h"
+#include "common/utf8.h"
 #include "entry_json.h"
 
 #include <unistd.h>
@@ -70,15 +71,35 @@ public:
     }
 };
 
+/// Returns the markup with references instead of the characters that a terminal would execute or
+/// hide.
+std::string with_references(std::string_view markup)
+{
+    std::string result;
+    for (std::size_t next = 0; next != markup.size();) {
+        const std::size_t begin = next;
+        const UChar32 character = app_common::next_character(markup, next);
+        if (app_common::is_invisible(character) && character != '\n' && character != '\t')
+            result.append("&#").append(std::to_string(character)).append(";");
+        else
+            result.append(markup, begin, next - begin);
+    }
+    return result;
+}
+
 class xml_format_t : public entry_format_t
 {
 public:
     std::string beginning() const override { return log_beginning; }
     std::string text(candidate_t& candidate) const override
     {
-        return log_line_of(candidate.element());
+        const std::string_view element = candidate.element();
+        return log_line_of(m_is_on_terminal ? with_references(element) : element);
     }
     std::string end(bool has_messages) const override { return has_messages ? log_end : empty_log; }
+
+private:
+    bool m_is_on_terminal = isatty(STDOUT_FILENO) != 0;
 };
 
 } // namespace

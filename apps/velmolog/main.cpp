@@ -52,14 +52,13 @@ void report(const std::exception& error)
     std::cerr << "velmolog: " + app_common::escape_controls(error.what()) + "\n";
 }
 
-/// Opens the null device for standard streams that are closed. Otherwise a file that is opened
-/// later would be one of them.
+/// Opens the null device for standard streams that are closed, so that their use fails. Otherwise a
+/// file that is opened later would be one of them.
 void open_standard_streams()
 {
-    int descriptor = 0;
-    while (descriptor <= STDERR_FILENO)
-        descriptor = open("/dev/null", O_RDWR | O_CLOEXEC); // NOLINT(*-vararg)
-    close(descriptor);
+    for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream)
+        if (fcntl(stream, F_GETFD) == -1)                                    // NOLINT(*-vararg)
+            open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY); // NOLINT(*-vararg)
 }
 
 } // namespace

@@ -22,8 +22,9 @@ const char footer[] =
     "Without a command, velmolog shows the logs.\n"
     "LOG is a file or a pipe, - standard input. After --, all words are logs.\n"
     "velmolog COMMAND --help lists the options of a command.\n"
-    "Exit status: 0 fine, 1 a log is damaged, or there are differences,\n"
-    "2 the program cannot run. The manual page velmolog(1) explains the commands.";
+    "Exit status: 0 fine, 1 a log is damaged, or there are differences, or check\n"
+    "has found a log without its end, 2 the program cannot run.\n"
+    "The manual page velmolog(1) explains the commands.";
 
 struct command_name_t
 {

@@ -34,7 +34,9 @@ std::string quoted_if_needed(const std::string& text)
     return result + "\"";
 }
 
-/// Returns English if the environment has no language.
+const char default_language[] = "en";
+
+/// Returns the default language if the environment has none.
 std::string language_of_environment()
 {
     for (const char* const name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
@@ -42,9 +44,9 @@ std::string language_of_environment()
         if (!value || !*value)
             continue;
         const std::string language = std::string(value).substr(0, std::string(value).find('.'));
-        return language == "C" || language == "POSIX" ? "en" : value;
+        return language == "C" || language == "POSIX" ? default_language : value;
     }
-    return "en";
+    return default_language;
 }
 
 /// An empty path is not used.
@@ -85,15 +87,23 @@ presenter_t::presenter_t(const catalog_options_t& options)
     require_directory(m_locale_directory);
     require_directory(options.config_directory);
     m_first_language = options.language.empty() ? language_of_environment() : options.language;
+    if (options.language.empty() && !bind(m_first_language))
+        m_first_language = default_language;
     select_language(m_first_language);
     m_config = config_reader_t::get();
     m_config->set_cfg_dir(utf8_to_utf16(options.config_directory));
     m_ex = velmo_ex_t::get(velmo_ex_t::generate_id(L"velmolog"), utf8_to_utf16(options.prefix));
 }
 
+bool presenter_t::bind(const std::string& language) const
+{
+    return setbook2::bindCatalogDirectory(utf8_to_utf16(m_locale_directory),
+                                          utf8_to_utf16(language));
+}
+
 void presenter_t::select_language(const std::string& language)
 {
-    if (!setbook2::bindCatalogDirectory(utf8_to_utf16(m_locale_directory), utf8_to_utf16(language)))
+    if (!bind(language))
         throw usage_error_t("\"" + language + "\" is not the name of a language");
 }
 

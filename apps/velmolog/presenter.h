@@ -46,6 +46,8 @@ public:
     texts_t present(const entry_t& entry) const;
 
 private:
+    bool bind(const std::string& language) const;
+
     bool has_catalogs() const { return m_ex != nullptr; }
 
     std::string m_locale_directory;

@@ -74,8 +74,9 @@ public:
     /// Reads from a source, which must not be empty.
     explicit log_reader_t(source_t source);
     /// Continues between two messages: the source begins at the position that another reader's
-    /// get_end() returned at a message. Requires a log in UTF-8. If elements other than the root
-    /// are around that message, their end tags are damage.
+    /// get_end() returned at a message. Requires a log in UTF-8. The next end tag without its
+    /// beginning is taken for the root's, so if elements other than the root are around that
+    /// message, the text after the first of their end tags is damage.
     log_reader_t(source_t source, const position_t& position);
     log_reader_t(const log_reader_t&) = delete;
     log_reader_t& operator=(const log_reader_t&) = delete;

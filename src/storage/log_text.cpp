@@ -12,6 +12,9 @@ namespace
 const std::size_t min_chunk_bytes = 8192;
 const std::size_t max_chunk_bytes = 262144;
 
+// A longer text is only searched again when it has doubled.
+const std::size_t max_short_text_bytes = 4096;
+
 } // namespace
 
 log_text_t::log_text_t(source_t source, const position_t& position)
@@ -33,10 +36,10 @@ bool log_text_t::read_more()
     const std::size_t needed = unread + std::max(chunk, unread);
     if (m_bytes.size() < needed)
         m_bytes.resize(needed);
-    // A source may have a few bytes at a time.
+    // A source may have a few bytes at a time, and wait for the next ones after a whole message.
     std::size_t read = m_source ? m_source(m_bytes.data() + m_end, needed - m_end) : 0;
     m_end += read;
-    while (read != 0 && m_end - unread < unread) {
+    while (read != 0 && unread > max_short_text_bytes && m_end - unread < unread) {
         read = m_source(m_bytes.data() + m_end, needed - m_end);
         m_end += read;
     }

@@ -23,8 +23,8 @@ public:
     /// Returns the text from position() on. Valid until read_more() or assign().
     std::string_view text() const;
 
-    /// Reads more text, at least as much as there is if the source has it: a long element is then
-    /// scanned a few times only. Returns false if the source has none now.
+    /// Reads more text; after a long one, at least as much as there is if the source has it: a long
+    /// element is then scanned a few times only. Returns false if the source has none now.
     bool read_more();
 
     /// Replaces all text that is left, the source's included.
