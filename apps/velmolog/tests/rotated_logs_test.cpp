@@ -26,7 +26,8 @@ protected:
         rename("new.xml", "log.xml");
     }
 
-    /// Returns whether the process soon has so many files of the folder open.
+    /// Waits until the process has this number of files of the folder open. Returns false after
+    /// 20 seconds.
     bool has_open_files(const follower_process_t& follower, std::size_t count) const
     {
         const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
